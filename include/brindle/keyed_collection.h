@@ -1,0 +1,54 @@
+// The ordered, keyed collection that holds the ids of a tag's frames.
+#pragma once
+
+#include <brindle/values.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace brindle {
+
+// Items under unique keys, in the order in which they were added. Keys are compared exactly.
+//
+// Looking up, adding and finding a duplicate take constant time; removing takes time linear in
+// the number of entries. Positions count from 1.
+class KeyedCollection {
+public:
+    // Removes the entry under `key`. Error 5 when there is none.
+    void Remove(std::u16string_view key);
+    // Appends `item` under `key`. Error 457 when the key is taken; the collection is unchanged
+    // then.
+    void Add(Variant item, const String& key);
+    // The item at a position (error 9 outside 1..Count), or under a key (error 5 when missing).
+    [[nodiscard]] Variant Item(std::int32_t position) const;
+    [[nodiscard]] Variant Item(std::u16string_view key) const;
+    [[nodiscard]] bool Exists(std::u16string_view key) const noexcept;
+    [[nodiscard]] std::int32_t Count() const noexcept;
+
+    // Appends a key whose item is that same text, as frame ids are kept: one copy is held.
+    void AddKey(std::u16string_view key);
+
+private:
+    struct Entry {
+        String key;
+        std::unique_ptr<Variant> item;  // none: the item is the key's own text
+    };
+
+    [[nodiscard]] std::size_t find(std::u16string_view key) const noexcept;
+    void append(std::u16string_view key, std::unique_ptr<Variant> item);
+    void rebuild_index(std::size_t buckets);
+    void index_entry(std::size_t entry) noexcept;
+    [[nodiscard]] std::size_t home_bucket(std::u16string_view key) const noexcept;
+
+    std::deque<Entry> entries_;
+    // Open addressing over a power of two of buckets; entry number + 1, 0 = free. Empty while the
+    // collection is so small that comparing the keys one by one is faster.
+    std::vector<std::uint32_t> index_;
+    std::uint64_t seed_ = 0;
+};
+
+}  // namespace brindle

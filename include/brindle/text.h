@@ -1,0 +1,17 @@
+// Between the library's wide strings and UTF-8, the text of every host that is not Windows.
+#pragma once
+
+#include <brindle/values.h>
+
+#include <string>
+#include <string_view>
+
+namespace brindle {
+
+// Both directions are total and undo each other, so that any file name survives the round trip:
+// a byte that is no part of valid UTF-8 becomes one unit U+DC80..U+DCFF and back; any other lone
+// surrogate is written as U+FFFD.
+[[nodiscard]] std::string to_utf8(std::u16string_view text);
+[[nodiscard]] String from_utf8(std::string_view text);
+
+}  // namespace brindle

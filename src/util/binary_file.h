@@ -1,0 +1,67 @@
+// The one door to the disk. Tests put a counting or a failing file system behind it.
+#pragma once
+
+#include <brindle/values.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace brindle {
+
+// An open regular file, read and written at 0-based positions. Every member raises Error.
+class BinaryFile {
+public:
+    BinaryFile() = default;
+    BinaryFile(const BinaryFile&) = delete;
+    BinaryFile& operator=(const BinaryFile&) = delete;
+    // Closes without a report when close() was not called.
+    virtual ~BinaryFile() = default;
+
+    // Asks the system each time: another program may have changed the file.
+    [[nodiscard]] virtual std::int64_t length() = 0;
+    // Fills `into` from `offset`; fewer bytes than asked for only at the end of the file.
+    virtual std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) = 0;
+    // Writes all bytes or raises (61 disk full, 57 device).
+    virtual void write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) = 0;
+    // Copies up to `count` bytes of `source` to `offset` of this file, through the kernel where
+    // it can; the number copied, 0 at the end of `source`.
+    virtual std::size_t copy_from(BinaryFile& source, std::int64_t source_offset,
+                                  std::int64_t offset, std::size_t count) = 0;
+    // To the device, so that a power cut loses nothing of it.
+    virtual void flush() = 0;
+    // Reports what the system had put off until now. The file is closed in any case.
+    virtual void close() = 0;
+};
+
+enum class OpenMode {
+    Read,       // must exist
+    ReadWrite,  // created empty when missing
+};
+
+// Opening and naming files. Names are wide; elsewhere than on Windows they are UTF-8 on disk.
+class FileSystem {
+public:
+    FileSystem() = default;
+    FileSystem(const FileSystem&) = delete;
+    FileSystem& operator=(const FileSystem&) = delete;
+    virtual ~FileSystem() = default;
+
+    // Never blocks on a pipe or a device: what is no regular file is error 75.
+    virtual std::unique_ptr<BinaryFile> open(const String& name, OpenMode mode) = 0;
+    // True when some entry matches; "*" and "?" in the last component are wildcards. No errors.
+    virtual bool exists(const String& name) = 0;
+    // The file that a name stands for, symbolic links followed to the end.
+    virtual String resolve_links(const String& name) = 0;
+    // A new, empty file of a unique name in the folder of `neighbour`, with a new file's
+    // attributes. `name` receives its name.
+    virtual std::unique_ptr<BinaryFile> create_beside(const String& neighbour, String& name) = 0;
+    virtual void remove(const String& name) = 0;
+    // Gives the file `from` the name `to` in one step; an existing `to` is replaced.
+    virtual void replace(const String& from, const String& to) = 0;
+    // Makes a finished replace() of a file in the same folder survive a power cut.
+    virtual void flush_folder_of(const String& name) = 0;
+};
+
+}  // namespace brindle

@@ -1,0 +1,188 @@
+#include "util/binary_file_posix.h"
+
+#include <brindle/error.h>
+
+#include "util/system_error_posix.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace brindle {
+namespace {
+
+static_assert(sizeof(off_t) == sizeof(std::int64_t), "files of 2 GiB and more are ordinary");
+
+// Where files share their storage on disk, they share it in units of this.
+constexpr std::int64_t kPage = 4096;
+constexpr std::size_t kCopyBlock = 256 * 1024;
+
+// Runs a system call until no signal comes in between.
+template <typename Call>
+auto uninterrupted(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+[[noreturn]] void raise_transfer_error() {
+    throw Error(runtime_error(errno, FileAction::Transfer));
+}
+
+bool kernel_cannot_copy(int code) {
+    // EPERM: a sandbox that knows only older calls.
+    return code == EXDEV || code == EINVAL || code == ENOSYS || code == EOPNOTSUPP || code == EPERM;
+}
+
+}  // namespace
+
+PosixFile::~PosixFile() {
+    if (descriptor_ >= 0) {
+        ::close(descriptor_);
+    }
+}
+
+void PosixFile::require_regular_file() const {
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0) {
+        raise_transfer_error();
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw Error(RuntimeError::PathFileAccess);
+    }
+}
+
+std::int64_t PosixFile::length() {
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0) {
+        raise_transfer_error();
+    }
+    return status.st_size;
+}
+
+std::size_t PosixFile::read_at(std::int64_t offset, std::span<std::uint8_t> into) {
+    std::size_t done = 0;
+    while (done < into.size()) {
+        const ssize_t count = uninterrupted([&] {
+            return ::pread(descriptor_, into.data() + done, into.size() - done,
+                           offset + static_cast<std::int64_t>(done));
+        });
+        if (count < 0) {
+            raise_transfer_error();
+        }
+        if (count == 0) {
+            break;
+        }
+        done += static_cast<std::size_t>(count);
+    }
+    return done;
+}
+
+void PosixFile::write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) {
+    // A device that takes nothing, again and again, would otherwise hang the host.
+    constexpr int kMostEmptyWrites = 100;
+    std::size_t done = 0;
+    int empty_writes = 0;
+    while (done < bytes.size()) {
+        const ssize_t count = uninterrupted([&] {
+            return ::pwrite(descriptor_, bytes.data() + done, bytes.size() - done,
+                            offset + static_cast<std::int64_t>(done));
+        });
+        if (count < 0) {
+            raise_transfer_error();
+        }
+        empty_writes = count == 0 ? empty_writes + 1 : 0;
+        if (empty_writes > kMostEmptyWrites) {
+            throw Error(RuntimeError::DeviceInputOutput);
+        }
+        done += static_cast<std::size_t>(count);
+    }
+}
+
+std::size_t PosixFile::copy_from(BinaryFile& source, std::int64_t source_offset,
+                                 std::int64_t offset, std::size_t count) {
+    std::size_t done = 0;
+    const auto* const native = dynamic_cast<const PosixFile*>(&source);
+    if (native != nullptr && kernel_copies_ && (offset - source_offset) % kPage == 0) {
+        done = copy_through_kernel(*native, source_offset, offset, count);
+    }
+    const auto copied = static_cast<std::int64_t>(done);
+    return done +
+           copy_through_memory(source, source_offset + copied, offset + copied, count - done);
+}
+
+// Ends early where the kernel refuses, and at the end of the file.
+std::size_t PosixFile::copy_through_kernel(const PosixFile& source, std::int64_t source_offset,
+                                           std::int64_t offset, std::size_t count) {
+#ifdef __linux__
+    off64_t from = source_offset;
+    off64_t to = offset;
+    std::size_t done = 0;
+    while (done < count) {
+        const ssize_t copied = uninterrupted([&] {
+            return ::copy_file_range(source.descriptor_, &from, descriptor_, &to, count - done, 0);
+        });
+        if (copied < 0) {
+            if (!kernel_cannot_copy(errno)) {
+                raise_transfer_error();
+            }
+            kernel_copies_ = false;
+            break;
+        }
+        if (copied == 0) {
+            break;
+        }
+        done += static_cast<std::size_t>(copied);
+    }
+    return done;
+#else
+    static_cast<void>(source);
+    static_cast<void>(source_offset);
+    static_cast<void>(offset);
+    static_cast<void>(count);
+    kernel_copies_ = false;
+    return 0;
+#endif
+}
+
+std::size_t PosixFile::copy_through_memory(BinaryFile& source, std::int64_t source_offset,
+                                           std::int64_t offset, std::size_t count) {
+    std::size_t done = 0;
+    while (done < count) {
+        if (!block_) {
+            block_ = std::make_unique_for_overwrite<std::uint8_t[]>(kCopyBlock);
+        }
+        const auto so_far = static_cast<std::int64_t>(done);
+        const auto into_page = static_cast<std::size_t>((offset + so_far) % kPage);
+        const std::span<std::uint8_t> block(block_.get(),
+                                            std::min(count - done, kCopyBlock - into_page));
+        const std::size_t bytes = source.read_at(source_offset + so_far, block);
+        write_at(offset + so_far, block.first(bytes));
+        done += bytes;
+        if (bytes < block.size()) {
+            break;
+        }
+    }
+    return done;
+}
+
+void PosixFile::flush() {
+    // Not fdatasync: of a file that was just made, owner, mode and times belong to the device too.
+    if (uninterrupted([&] { return ::fsync(descriptor_); }) != 0) {
+        raise_transfer_error();
+    }
+}
+
+void PosixFile::close() {
+    // Never again after a signal: the descriptor is gone by then and may already be another's.
+    if (::close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) {
+        raise_transfer_error();
+    }
+}
+
+}  // namespace brindle

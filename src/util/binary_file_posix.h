@@ -1,0 +1,45 @@
+#pragma once
+
+#include "util/binary_file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace brindle {
+
+// A regular file behind the system's own descriptor.
+class PosixFile final : public BinaryFile {
+public:
+    // Made before the descriptor is opened, so that no lack of memory can leave that open.
+    PosixFile() = default;
+    PosixFile(const PosixFile&) = delete;
+    PosixFile& operator=(const PosixFile&) = delete;
+    ~PosixFile() override;
+
+    // Owns the descriptor from here on.
+    void adopt(int descriptor) noexcept { descriptor_ = descriptor; }
+    // Error 75 for a folder, a pipe or a device.
+    void require_regular_file() const;
+
+    [[nodiscard]] std::int64_t length() override;
+    std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override;
+    void write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) override;
+    std::size_t copy_from(BinaryFile& source, std::int64_t source_offset, std::int64_t offset,
+                          std::size_t count) override;
+    void flush() override;
+    void close() override;
+
+private:
+    std::size_t copy_through_kernel(const PosixFile& source, std::int64_t source_offset,
+                                    std::int64_t offset, std::size_t count);
+    std::size_t copy_through_memory(BinaryFile& source, std::int64_t source_offset,
+                                    std::int64_t offset, std::size_t count);
+
+    int descriptor_ = -1;
+    bool kernel_copies_ = true;  // until it refuses
+    std::unique_ptr<std::uint8_t[]> block_;
+};
+
+}  // namespace brindle

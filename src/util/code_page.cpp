@@ -1,0 +1,92 @@
+#include "util/code_page.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+namespace brindle {
+namespace {
+
+constexpr std::size_t kBytes = 256;
+
+// What the bytes 80 to 9F stand for; all others are the code points of their own number.
+constexpr std::size_t kFirstSpecial = 0x80;
+constexpr std::array<char16_t, 32> kSpecial = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,  // 80
+    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,  // 88
+    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,  // 90
+    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,  // 98
+};
+
+constexpr bool is_special(std::size_t byte) {
+    return byte >= kFirstSpecial && byte < kFirstSpecial + kSpecial.size();
+}
+
+constexpr auto kUnits = [] {
+    std::array<char16_t, kBytes> units{};
+    for (std::size_t byte = 0; byte < kBytes; ++byte) {
+        units[byte] =
+            is_special(byte) ? kSpecial[byte - kFirstSpecial] : static_cast<char16_t>(byte);
+    }
+    return units;
+}();
+
+struct Narrowed {
+    char16_t unit;
+    std::uint8_t byte;
+};
+
+constexpr auto kBytesOfSpecial = [] {
+    std::array<Narrowed, kSpecial.size()> rows{};
+    for (std::size_t i = 0; i < kSpecial.size(); ++i) {
+        rows[i] = {kSpecial[i], static_cast<std::uint8_t>(kFirstSpecial + i)};
+    }
+    std::sort(rows.begin(), rows.end(),
+              [](const Narrowed& a, const Narrowed& b) { return a.unit < b.unit; });
+    return rows;
+}();
+
+}  // namespace
+
+char16_t widen(std::uint8_t byte) noexcept {
+    return kUnits[byte];
+}
+
+String widen(std::span<const std::uint8_t> bytes) {
+    // Nearly all text is ASCII, where widening is no more than making room: eight bytes at once.
+    constexpr std::size_t kRun = 8;
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    String text(bytes.size(), u'\0');
+    const std::uint8_t* from = bytes.data();
+    const std::uint8_t* const end = from + bytes.size();
+    char16_t* to = text.data();
+    while (from != end) {
+        std::uint64_t run = kHighBits;
+        if (static_cast<std::size_t>(end - from) >= kRun) {
+            std::memcpy(&run, from, kRun);
+        }
+        if ((run & kHighBits) == 0) {
+            for (std::size_t i = 0; i < kRun; ++i) {
+                to[i] = from[i];
+            }
+            from += kRun;
+            to += kRun;
+        } else {
+            *to++ = kUnits[*from++];
+        }
+    }
+    return text;
+}
+
+std::uint8_t narrow(char16_t unit) noexcept {
+    if (unit < kBytes && !is_special(unit)) {
+        return static_cast<std::uint8_t>(unit);
+    }
+    const auto found =
+        std::lower_bound(kBytesOfSpecial.begin(), kBytesOfSpecial.end(), unit,
+                         [](const Narrowed& row, char16_t wanted) { return row.unit < wanted; });
+    return found != kBytesOfSpecial.end() && found->unit == unit ? found->byte : std::uint8_t{'?'};
+}
+
+}  // namespace brindle

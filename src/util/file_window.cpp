@@ -1,0 +1,117 @@
+#include "util/file_window.h"
+
+#include <cstring>
+#include <utility>
+
+namespace brindle {
+
+FileWindow::FileWindow(BinaryFile& file)
+    : file_(file), length_(file.length()), readable_end_(length_) {}
+
+std::span<const std::uint8_t> FileWindow::view_block(std::int64_t offset, std::size_t wanted) {
+    return holds(offset, wanted) ? held_from(offset) : refill(offset, wanted);
+}
+
+std::size_t FileWindow::copy(std::int64_t offset, std::span<std::uint8_t> into) {
+    std::size_t copied = 0;
+    while (copied < into.size()) {
+        const std::int64_t position = offset + static_cast<std::int64_t>(copied);
+        std::span<std::uint8_t> rest = into.subspan(copied);
+        const std::span<const std::uint8_t> held = held_from(position);
+        if (!held.empty()) {
+            const std::size_t count = std::min(rest.size(), held.size());
+            std::memcpy(rest.data(), held.data(), count);
+            copied += count;
+            continue;
+        }
+        const std::int64_t until = position < begin_ ? begin_ : readable_end_;
+        if (position < 0 || position >= until) {
+            break;
+        }
+        if (static_cast<std::uint64_t>(until - position) < rest.size()) {
+            rest = rest.first(static_cast<std::size_t>(until - position));
+        }
+        const std::size_t count = file_.read_at(position, rest);
+        copied += count;
+        if (count < rest.size()) {
+            break;
+        }
+    }
+    return copied;
+}
+
+std::span<const std::uint8_t> FileWindow::held_from(std::int64_t offset) const noexcept {
+    if (offset < begin_ || offset >= end_) {
+        return {};
+    }
+    return {data(offset), static_cast<std::size_t>(end_ - offset)};
+}
+
+// Reads on behind what the window holds, as far as it is contiguous with what is wanted.
+std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_t wanted) {
+    constexpr auto kBlockLength = static_cast<std::int64_t>(kBlock);
+    constexpr auto kHeadLength = static_cast<std::int64_t>(kHeadBlock);
+    constexpr auto kMostHeldLength = static_cast<std::int64_t>(kMostHeld);
+
+    if (offset < 0 || offset >= readable_end_) {
+        return {};
+    }
+    const auto left = static_cast<std::uint64_t>(readable_end_ - offset);
+    const std::int64_t wanted_end =
+        wanted < left ? offset + static_cast<std::int64_t>(wanted) : readable_end_;
+    if (holds(offset, static_cast<std::size_t>(wanted_end - offset))) {
+        return held_from(offset);
+    }
+
+    const auto end_of_read_from = [&](std::int64_t position) {
+        const std::int64_t expected = expected_end_ - position;
+        const std::int64_t block = expected > 0 ? std::min(expected, kBlockLength) : kHeadLength;
+        return std::min(std::max(wanted_end, position + block), readable_end_);
+    };
+
+    std::int64_t from = std::max(begin_, std::min(keep_from_, offset));
+    std::int64_t read_end = end_of_read_from(end_);
+    // What lies between the window and a later offset is read only to keep what stands before it.
+    bool reads_on = offset >= begin_ && from <= end_ && offset - end_ <= kBlockLength;
+    if (reads_on && read_end - from > kMostHeldLength) {
+        from = offset;
+        reads_on = offset <= end_;
+    }
+    if (!reads_on) {
+        from = offset;
+        read_end = end_of_read_from(offset);
+    }
+    move_to(from, reads_on ? end_ : from, static_cast<std::size_t>(read_end - from));
+
+    const std::span<std::uint8_t> room(buffer_.get() + (end_ - begin_),
+                                       static_cast<std::size_t>(read_end - end_));
+    ++refills_;
+    const std::size_t count = file_.read_at(end_, room);
+    end_ += static_cast<std::int64_t>(count);
+    if (count < room.size()) {
+        // Another program has cut the file: there is nothing more to come.
+        readable_end_ = end_;
+    }
+    return held_from(offset);
+}
+
+// Lets go of all but the bytes from `begin` to `end`, and has room for `capacity` bytes from there.
+void FileWindow::move_to(std::int64_t begin, std::int64_t end, std::size_t capacity) {
+    const auto kept = static_cast<std::size_t>(end - begin);
+    const std::uint8_t* const source = kept == 0 ? nullptr : data(begin);
+    if (capacity > capacity_) {
+        const std::size_t grown = std::max(capacity, std::min(2 * capacity_, kMostHeld));
+        auto larger = std::make_unique_for_overwrite<std::uint8_t[]>(grown);
+        if (kept != 0) {
+            std::memcpy(larger.get(), source, kept);
+        }
+        buffer_ = std::move(larger);
+        capacity_ = grown;
+    } else if (kept != 0) {
+        std::memmove(buffer_.get(), source, kept);
+    }
+    begin_ = begin;
+    end_ = end;
+}
+
+}  // namespace brindle

@@ -1,0 +1,78 @@
+// The one way of reading: a window of bytes that moves over an open file.
+#pragma once
+
+#include "util/binary_file.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <span>
+
+namespace brindle {
+
+// Keeps system calls few and memory small: reads blocks, never a header at a time and never the
+// whole file. The head of a file is read in 8 KiB, later blocks are at most 64 KiB.
+class FileWindow {
+public:
+    static constexpr std::size_t kHeadBlock = 8 * 1024;
+    static constexpr std::size_t kBlock = 64 * 1024;
+    // The most that keep_from() can make the window hold: 101 of the longest frames and a block.
+    static constexpr std::size_t kMostHeld = 384 * 1024;
+
+    // Asks the file for its length, once.
+    explicit FileWindow(BinaryFile& file);
+
+    [[nodiscard]] std::int64_t length() const noexcept { return length_; }
+
+    // The bytes from `offset` on: `wanted` of them, fewer only where the file ends. Valid until
+    // the next call. Cheap when the window holds them already.
+    [[nodiscard]] std::span<const std::uint8_t> view(std::int64_t offset, std::size_t wanted) {
+        if (holds(offset, wanted)) {
+            return {data(offset), wanted};
+        }
+        const std::span<const std::uint8_t> bytes = refill(offset, wanted);
+        return bytes.first(std::min(bytes.size(), wanted));
+    }
+    // Everything from `offset` on that the window holds, `wanted` bytes at least, fewer only where
+    // the file ends: a whole block for loops that go through it on their own.
+    [[nodiscard]] std::span<const std::uint8_t> view_block(std::int64_t offset, std::size_t wanted);
+    // Copies bytes out without moving the window: what it holds from memory, the rest straight
+    // from the file. The number copied, smaller only where the file ends.
+    std::size_t copy(std::int64_t offset, std::span<std::uint8_t> into);
+
+    // The caller will want the bytes up to `end`: the next refills go that far (a block at a
+    // time) and not much farther. Without it a refill takes kHeadBlock.
+    void expect_until(std::int64_t end) noexcept { expected_end_ = end; }
+    // Bytes from `offset` on stay in the window while later ones are viewed (up to kMostHeld), so
+    // that going back to them costs nothing. A leap of more than a block lets them go.
+    void keep_from(std::int64_t offset) noexcept { keep_from_ = offset; }
+    // How often the file was read into the window; a scan looks at the clock when it has changed.
+    [[nodiscard]] std::uint32_t refills() const noexcept { return refills_; }
+
+private:
+    [[nodiscard]] bool holds(std::int64_t offset, std::size_t wanted) const noexcept {
+        return offset >= begin_ && offset <= end_ &&
+               static_cast<std::uint64_t>(end_ - offset) >= wanted;
+    }
+    [[nodiscard]] const std::uint8_t* data(std::int64_t offset) const noexcept {
+        return buffer_.get() + (offset - begin_);
+    }
+    [[nodiscard]] std::span<const std::uint8_t> held_from(std::int64_t offset) const noexcept;
+    std::span<const std::uint8_t> refill(std::int64_t offset, std::size_t wanted);
+    void move_to(std::int64_t begin, std::int64_t end, std::size_t capacity);
+
+    BinaryFile& file_;
+    std::int64_t length_;
+    std::int64_t readable_end_;  // length_, less once a read has met an earlier end
+    std::int64_t begin_ = 0;     // file offset of the first byte held
+    std::int64_t end_ = 0;       // file offset behind the last byte held
+    std::int64_t expected_end_ = 0;
+    std::int64_t keep_from_ = std::numeric_limits<std::int64_t>::max();
+    std::uint32_t refills_ = 0;
+    std::size_t capacity_ = 0;
+    std::unique_ptr<std::uint8_t[]> buffer_;
+};
+
+}  // namespace brindle

@@ -1,0 +1,35 @@
+#include "util/wildcard.h"
+
+#include <cstddef>
+
+namespace brindle {
+
+bool has_wildcard(std::u16string_view pattern) noexcept {
+    return pattern.find_first_of(u"*?") != std::u16string_view::npos;
+}
+
+// What stands between two "*" matches best where it matches first, so only the last "*" has ever
+// to take one character more: time at most pattern by name, whatever the pattern.
+bool matches_wildcard(std::u16string_view pattern, std::u16string_view name) noexcept {
+    std::size_t p = 0;
+    std::size_t n = 0;
+    std::size_t behind_star = std::u16string_view::npos;
+    std::size_t star_end = 0;  // where in the name the run of that "*" ends
+    while (n < name.size()) {
+        if (p < pattern.size() && pattern[p] == u'*') {
+            behind_star = ++p;
+            star_end = n;
+        } else if (p < pattern.size() && (pattern[p] == u'?' || pattern[p] == name[n])) {
+            ++p;
+            ++n;
+        } else if (behind_star != std::u16string_view::npos) {
+            p = behind_star;
+            n = ++star_end;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of(u'*', p) == std::u16string_view::npos;
+}
+
+}  // namespace brindle
