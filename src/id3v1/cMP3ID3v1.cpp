@@ -1,0 +1,175 @@
+#include "id3v1/cMP3ID3v1.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include <brindle/error.h>
+
+#include "id3v1/genre_table.h"
+#include "util/code_page.h"
+#include "util/file_exists.h"
+#include "util/replace_file.h"
+#include "util/skip_errors.h"
+#include "util/trim_chars.h"
+
+namespace brindle {
+namespace {
+
+// Hosts tell the tagger's errors from others by these.
+constexpr char16_t kSource[] = u"BrindleId3v1Tagger";
+constexpr std::int32_t kNotValidMp3File = -2147217407;  // 0x80041001
+constexpr char16_t kNotValidMp3FileText[] = u" is not a valid MP3 file.";
+
+constexpr auto kRecordLength = static_cast<std::int64_t>(kId3v1Length);
+constexpr auto kIdentifierLength = static_cast<std::int64_t>(kId3v1Identifier.width);
+
+// Large enough that the number of calls does not count, and a divisor of every block size.
+constexpr std::int64_t kCopyPiece = 256 * 1024;
+
+std::vector<std::uint8_t> narrowed(const String& text) {
+    std::vector<std::uint8_t> bytes(text.size());
+    std::transform(text.begin(), text.end(), bytes.begin(),
+                   [](char16_t unit) { return narrow(unit); });
+    return bytes;
+}
+
+// A file that became shorter since its length was asked for must not be taken for a whole one.
+void read_all(BinaryFile& file, std::int64_t offset, std::span<std::uint8_t> into) {
+    if (file.read_at(offset, into) != into.size()) {
+        throw Error(RuntimeError::InputPastEnd);
+    }
+}
+
+void copy_head(BinaryFile& from, BinaryFile& to, std::int64_t length) {
+    for (std::int64_t done = 0; done < length;) {
+        const auto wanted = static_cast<std::size_t>(std::min(kCopyPiece, length - done));
+        const std::size_t copied = to.copy_from(from, done, done, wanted);
+        if (copied == 0) {
+            throw Error(RuntimeError::InputPastEnd);
+        }
+        done += static_cast<std::int64_t>(copied);
+    }
+}
+
+}  // namespace
+
+cMP3ID3v1::cMP3ID3v1(Environment& environment) : environment_(environment) {}
+
+void cMP3ID3v1::MP3File(const String& NewFile) {
+    file_name_ = NewFile;
+    reset();
+    std::unique_ptr<BinaryFile> file;
+    try {
+        file = environment_.files.open(file_name_, OpenMode::Read);
+    } catch (const Error& error) {
+        throw error.from(kSource);
+    }
+    FileWindow window(*file);
+    read(file_name_, window);
+}
+
+void cMP3ID3v1::read(const String& name, FileWindow& window) {
+    file_name_ = name;
+    reset();
+    // A record and nothing else is no MP3 file.
+    if (window.length() <= kRecordLength) {
+        return;
+    }
+    std::array<std::uint8_t, kId3v1Length> bytes{};
+    const std::size_t copied = window.copy(window.length() - kRecordLength, bytes);
+    if (const auto found = Id3v1Record::parse(std::span(bytes).first(copied))) {
+        record_ = *found;
+        has_tag_ = true;
+    }
+}
+
+String cMP3ID3v1::GenreName(std::uint8_t Genre) const {
+    return brindle::GenreName(Genre);
+}
+
+void cMP3ID3v1::Update() {
+    try {
+        write_record();
+    } catch (const Error& error) {
+        throw error.from(kSource);
+    }
+}
+
+bool cMP3ID3v1::Stripv1Tag() {
+    return FileExists(environment_.files, file_name_) && skip_errors([this] { strip_record(); });
+}
+
+void cMP3ID3v1::reset() noexcept {
+    has_tag_ = false;
+    record_ = Id3v1Record();
+    for (HostText* text : {&title_, &artist_, &album_, &year_, &comment_}) {
+        text->reset();
+    }
+}
+
+String cMP3ID3v1::text(const HostText& set, Id3v1Field field) const {
+    String cleaned = TrimChars(set ? *set : widen(record_.text(field)), u" ", kBinaryCompare);
+    std::erase(cleaned, u'\0');
+    return cleaned;
+}
+
+Id3v1Record cMP3ID3v1::record_to_write() const {
+    const std::pair<const HostText&, Id3v1Field> texts[] = {{title_, kId3v1Title},
+                                                            {artist_, kId3v1Artist},
+                                                            {album_, kId3v1Album},
+                                                            {year_, kId3v1Year},
+                                                            {comment_, kId3v1Comment}};
+    Id3v1Record record = record_;
+    for (const auto& [set, field] : texts) {
+        if (set) {
+            record.set_text(field, narrowed(*set));
+        }
+    }
+    return record;
+}
+
+void cMP3ID3v1::write_record() {
+    const Id3v1Record record = record_to_write();
+    const auto file = environment_.files.open(file_name_, OpenMode::ReadWrite);
+    const std::int64_t length = file->length();
+    if (length <= 0) {
+        throw Error(kNotValidMp3File, file_name_ + kNotValidMp3FileText);
+    }
+    if (length > kRecordLength) {
+        std::array<std::uint8_t, kId3v1Identifier.width> identifier{};
+        read_all(*file, length - kRecordLength, identifier);
+        if (is_id3v1_identifier(identifier)) {
+            file->write_at(length - kRecordLength + kIdentifierLength,
+                           record.bytes().subspan(kId3v1Identifier.width));
+        } else {
+            file->write_at(length, record.bytes());
+        }
+    }
+    file->close();
+}
+
+void cMP3ID3v1::strip_record() {
+    FileSystem& files = environment_.files;
+    const auto file = files.open(file_name_, OpenMode::Read);
+    const std::int64_t length = file->length();
+    std::array<std::uint8_t, kId3v1Length> last{};
+    if (length < kRecordLength) {
+        throw Error(RuntimeError::InputPastEnd);
+    }
+    read_all(*file, length - kRecordLength, last);
+    if (!is_id3v1_identifier(last) && !is_lower_case_id3v1_identifier(last)) {
+        return;
+    }
+    replace_file(files, file_name_, [&](BinaryFile& stripped) {
+        copy_head(*file, stripped, length - kRecordLength);
+        file->close();
+    });
+    MP3File(file_name_);
+}
+
+}  // namespace brindle

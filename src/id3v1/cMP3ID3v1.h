@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include <brindle/values.h>
+
+#include "id3v1/id3v1_record.h"
+#include "util/environment.h"
+#include "util/file_window.h"
+
+namespace brindle {
+
+// The ID3v1 record of one file, held in memory: nothing reaches the file before Update() or
+// Stripv1Tag().
+class cMP3ID3v1 {
+public:
+    explicit cMP3ID3v1(Environment& environment = system_environment());
+
+    [[nodiscard]] String MP3File() const { return file_name_; }
+    // Keeps the name and reads the record. Raises what opening the file raises; the fields are
+    // then those of a file without a record.
+    void MP3File(const String& NewFile);
+    // The same over a file that the caller has opened already. The window does not move.
+    void read(const String& name, FileWindow& window);
+
+    // Whether the last reading found a record; writing one does not change it.
+    [[nodiscard]] bool HasID3v1Tag() const noexcept { return has_tag_; }
+
+    // Texts are handed out without spaces at their ends and without NULs, and kept as given, to be
+    // cut only when they are written.
+    [[nodiscard]] String Title() const { return text(title_, kId3v1Title); }
+    [[nodiscard]] String Artist() const { return text(artist_, kId3v1Artist); }
+    [[nodiscard]] String Album() const { return text(album_, kId3v1Album); }
+    [[nodiscard]] String Year() const { return text(year_, kId3v1Year); }
+    [[nodiscard]] String Comment() const { return text(comment_, kId3v1Comment); }
+    void Title(String NewTitle) { title_ = std::move(NewTitle); }
+    void Artist(String NewArtist) { artist_ = std::move(NewArtist); }
+    void Album(String NewAlbum) { album_ = std::move(NewAlbum); }
+    void Year(String NewYear) { year_ = std::move(NewYear); }
+    void Comment(String NewComment) { comment_ = std::move(NewComment); }
+
+    [[nodiscard]] std::uint8_t Track() const noexcept { return record_.track(); }
+    [[nodiscard]] std::uint8_t Genre() const noexcept { return record_.genre(); }
+    void Track(std::uint8_t NewTrack) noexcept { record_.set_track(NewTrack); }
+    void Genre(std::uint8_t NewGenre) noexcept { record_.set_genre(NewGenre); }
+    [[nodiscard]] String GenreName(std::uint8_t Genre) const;
+
+    // Writes the fields over the file's record, or behind its end where it has none. An empty file
+    // raises an error, one of up to 128 bytes is left alone. Every error names the tagger as its
+    // source.
+    void Update();
+    // Takes the record off the file. True also when there was none; false, and an unchanged file,
+    // when anything failed.
+    bool Stripv1Tag();
+
+private:
+    // A text that the host has set; without it the record's own bytes count.
+    using HostText = std::optional<String>;
+
+    void reset() noexcept;
+    [[nodiscard]] String text(const HostText& set, Id3v1Field field) const;
+    [[nodiscard]] Id3v1Record record_to_write() const;
+    void write_record();
+    void strip_record();
+
+    Environment& environment_;
+    String file_name_;
+    bool has_tag_ = false;
+    Id3v1Record record_;
+    HostText title_;
+    HostText artist_;
+    HostText album_;
+    HostText year_;
+    HostText comment_;
+};
+
+}  // namespace brindle
