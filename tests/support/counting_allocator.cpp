@@ -1,0 +1,132 @@
+#include "support/counting_allocator.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+namespace brindle::test {
+namespace {
+
+struct State {
+    std::uint64_t count;
+    std::uint64_t bytes;
+    std::uint64_t until_fault;  // 0: no fault planned
+    bool from_then_on;
+    bool has_failed;
+};
+
+thread_local State state{};
+
+bool fails() noexcept {
+    if (state.until_fault == 0) {
+        return false;
+    }
+    if (state.until_fault > 1) {
+        --state.until_fault;
+        return false;
+    }
+    if (state.has_failed && !state.from_then_on) {
+        return false;
+    }
+    state.has_failed = true;
+    return true;
+}
+
+void* allocate(std::size_t size, std::size_t alignment) noexcept {
+    ++state.count;
+    state.bytes += size;
+    if (fails()) {
+        return nullptr;
+    }
+    const std::size_t wanted = size == 0 ? 1 : size;
+    if (alignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__) {
+        return std::malloc(wanted);
+    }
+    return std::aligned_alloc(alignment, (wanted + alignment - 1) / alignment * alignment);
+}
+
+void* allocate_or_raise(std::size_t size, std::size_t alignment) {
+    void* memory = allocate(size, alignment);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+}  // namespace
+
+std::uint64_t allocations() noexcept {
+    return state.count;
+}
+
+std::uint64_t allocated_bytes() noexcept {
+    return state.bytes;
+}
+
+AllocationFault::AllocationFault(std::uint64_t nth, bool from_then_on) noexcept {
+    state.until_fault = nth;
+    state.from_then_on = from_then_on;
+    state.has_failed = false;
+}
+
+AllocationFault::~AllocationFault() {
+    state.until_fault = 0;
+}
+
+bool AllocationFault::has_failed() const noexcept {
+    return state.has_failed;
+}
+
+}  // namespace brindle::test
+
+using brindle::test::allocate;
+using brindle::test::allocate_or_raise;
+
+void* operator new(std::size_t size) {
+    return allocate_or_raise(size, 0);
+}
+void* operator new[](std::size_t size) {
+    return allocate_or_raise(size, 0);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size, 0);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size, 0);
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return allocate_or_raise(size, static_cast<std::size_t>(alignment));
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return allocate_or_raise(size, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}

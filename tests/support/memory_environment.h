@@ -1,0 +1,16 @@
+#pragma once
+
+#include "support/fake_clock.h"
+#include "support/memory_files.h"
+#include "util/environment.h"
+
+namespace brindle::test {
+
+// A world of its own for one test: files in memory and a clock that stands still.
+struct MemoryEnvironment {
+    MemoryFiles files;
+    FakeClock clock;
+    Environment environment{files, clock};
+};
+
+}  // namespace brindle::test

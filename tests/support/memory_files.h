@@ -1,0 +1,154 @@
+// A file system in memory that counts every call and fails when it is told to.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <vector>
+
+#include <brindle/error.h>
+#include <brindle/values.h>
+
+#include "support/bytes.h"
+#include "util/binary_file.h"
+
+namespace brindle::test {
+
+enum class FileCall {
+    Open,
+    Length,
+    Read,
+    Write,
+    Copy,
+    Flush,
+    Close,
+    Exists,
+    Resolve,
+    Create,
+    Remove,
+    Replace,
+    FlushFolder,
+};
+inline constexpr std::size_t kFileCalls = 13;
+
+[[nodiscard]] std::string_view name_of(FileCall call);
+
+// Which call fails, and how.
+struct Fault {
+    enum class Kind {
+        Raise,    // the call raises `error`; exists() answers false
+        Shorten,  // a read or a copy hands over half of what it could; other calls do their work
+    };
+
+    // Counted from 1 on, over the calls of `call`, or over all calls where that is empty, from the
+    // moment the plan is set.
+    std::uint64_t nth = 1;
+    std::optional<FileCall> call = std::nullopt;
+    bool from_then_on = false;
+    Error error = Error(RuntimeError::DeviceInputOutput);
+    // So many bytes a failing write or copy has written before it raises, as on a full disk.
+    std::size_t bytes_before = 0;
+    Kind kind = Kind::Raise;
+};
+
+struct LoggedCall {
+    FileCall call;
+    String name;  // of the file; of the new name in Replace
+
+    friend bool operator==(const LoggedCall&, const LoggedCall&) = default;
+};
+
+// Prints as "write song.mp3".
+void PrintTo(const LoggedCall& logged, std::ostream* stream);
+
+class MemoryFiles : public FileSystem {
+public:
+    // --- what the test puts there and finds there ---
+
+    void put(const String& name, const Bytes& content);
+    // A name that stands for another; several in a row are followed.
+    void link(const String& name, const String& to);
+    void make_folder(const String& name);
+    // Opening it for writing is refused (75).
+    void make_read_only(const String& name) { read_only_.insert(name); }
+    // Nothing can be created, removed or renamed in a read-only folder (75 and 70).
+    void make_folders_read_only() { folders_read_only_ = true; }
+
+    [[nodiscard]] bool has(const String& name) const { return files_.contains(name); }
+    [[nodiscard]] const Bytes& content(const String& name) const { return *files_.at(name); }
+    // All files, without links and folders.
+    [[nodiscard]] std::vector<String> names() const;
+    // Handles not closed yet, of any file.
+    [[nodiscard]] std::size_t open_files() const;
+
+    // --- what it counted since the last reset_counts() ---
+
+    [[nodiscard]] std::uint64_t calls(FileCall call) const {
+        return calls_[static_cast<std::size_t>(call)];
+    }
+    // All calls together.
+    [[nodiscard]] std::uint64_t calls() const;
+    [[nodiscard]] std::uint64_t bytes_read() const { return bytes_read_; }
+    [[nodiscard]] std::uint64_t bytes_written() const { return bytes_written_; }  // copies too
+    // In the order in which they came, failed ones too.
+    [[nodiscard]] const std::vector<LoggedCall>& log() const { return log_; }
+    void reset_counts();
+
+    // --- what goes wrong ---
+
+    void fail(Fault fault);
+    void fail_nothing() { fault_.reset(); }
+    // Whether the planned fault has come about.
+    [[nodiscard]] bool has_failed() const { return has_failed_; }
+
+    // --- the file system ---
+
+    std::unique_ptr<BinaryFile> open(const String& name, OpenMode mode) override;
+    bool exists(const String& name) override;
+    String resolve_links(const String& name) override;
+    std::unique_ptr<BinaryFile> create_beside(const String& neighbour, String& name) override;
+    // Both refuse a file that is still open (70), as the strictest of the systems does.
+    void remove(const String& name) override;
+    void replace(const String& from, const String& to) override;
+    void flush_folder_of(const String& name) override;
+
+private:
+    friend class MemoryFile;
+    using Content = std::shared_ptr<Bytes>;
+
+    enum class Outcome { Works, Shortened, Fails };
+    // Counts a call and tells what becomes of it.
+    Outcome count(FileCall call, const String& name);
+    // The same for a call that can only work or raise.
+    void count_or_raise(FileCall call, const String& name);
+    [[nodiscard]] const Fault& fault() const { return *fault_; }
+    [[nodiscard]] String followed(const String& name) const;
+    [[nodiscard]] bool is_folder(const String& name) const;
+    [[nodiscard]] std::unique_ptr<BinaryFile> handle(const String& name, OpenMode mode);
+    void refuse_if_open(const String& name) const;
+
+    std::map<String, Content> files_;
+    std::map<String, String> links_;
+    std::set<String> folders_;
+    std::set<String> read_only_;
+    bool folders_read_only_ = false;
+    // By content: a file that was replaced while open is another one than that of its name.
+    std::map<const Bytes*, std::size_t> handles_;
+    unsigned created_ = 0;
+
+    std::array<std::uint64_t, kFileCalls> calls_{};
+    std::uint64_t bytes_read_ = 0;
+    std::uint64_t bytes_written_ = 0;
+    std::vector<LoggedCall> log_;
+
+    std::optional<Fault> fault_;
+    std::uint64_t calls_until_fault_ = 0;
+    bool has_failed_ = false;
+};
+
+}  // namespace brindle::test
