@@ -45,6 +45,17 @@ void read_all(BinaryFile& file, std::int64_t offset, std::span<std::uint8_t> int
     }
 }
 
+// All of it or nothing: a part of a record behind the audio would be one that no reader knows and
+// no stripper takes off.
+void append(BinaryFile& file, std::int64_t length, std::span<const std::uint8_t> bytes) {
+    try {
+        file.write_at(length, bytes);
+    } catch (const Error&) {
+        skip_errors([&] { file.set_length(length); });
+        throw;
+    }
+}
+
 void copy_head(BinaryFile& from, BinaryFile& to, std::int64_t length) {
     for (std::int64_t done = 0; done < length;) {
         const auto wanted = static_cast<std::size_t>(std::min(kCopyPiece, length - done));
@@ -147,7 +158,7 @@ void cMP3ID3v1::write_record() {
             file->write_at(length - kRecordLength + kIdentifierLength,
                            record.bytes().subspan(kId3v1Identifier.width));
         } else {
-            file->write_at(length, record.bytes());
+            append(*file, length, record.bytes());
         }
     }
     file->close();

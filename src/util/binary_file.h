@@ -29,6 +29,8 @@ public:
     // it can; the number copied, 0 at the end of `source`.
     virtual std::size_t copy_from(BinaryFile& source, std::int64_t source_offset,
                                   std::int64_t offset, std::size_t count) = 0;
+    // Cuts the file, or extends it with zeros.
+    virtual void set_length(std::int64_t length) = 0;
     // To the device, so that a power cut loses nothing of it.
     virtual void flush() = 0;
     // Reports what the system had put off until now. The file is closed in any case.

@@ -171,6 +171,12 @@ std::size_t PosixFile::copy_through_memory(BinaryFile& source, std::int64_t sour
     return done;
 }
 
+void PosixFile::set_length(std::int64_t length) {
+    if (uninterrupted([&] { return ::ftruncate(descriptor_, length); }) != 0) {
+        raise_transfer_error();
+    }
+}
+
 void PosixFile::flush() {
     // Not fdatasync: of a file that was just made, owner, mode and times belong to the device too.
     if (uninterrupted([&] { return ::fsync(descriptor_); }) != 0) {

@@ -28,6 +28,7 @@ public:
     void write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) override;
     std::size_t copy_from(BinaryFile& source, std::int64_t source_offset, std::int64_t offset,
                           std::size_t count) override;
+    void set_length(std::int64_t length) override;
     void flush() override;
     void close() override;
 

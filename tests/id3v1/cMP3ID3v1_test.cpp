@@ -435,6 +435,24 @@ TEST_F(WritingTheRecord, EachFailingCallIsRaisedFromTheTaggerAndTheAudioStays) {
     }
 }
 
+TEST_F(WritingTheRecord, DiskThatIsFullAmidAnAppendedRecordLeavesTheOldFile) {
+    open(kAudio);
+    world_.files.fail(
+        {.call = FileCall::Write, .error = Error(RuntimeError::DiskFull), .bytes_before = 50});
+    EXPECT_EQ(error_of([&] { record_.Update(); }).number(), 61);
+    EXPECT_EQ(content(), kAudio);
+}
+
+TEST_F(WritingTheRecord, ErrorOfAnAppendIsRaisedAlsoWhenItCannotBeUndone) {
+    open(kAudio);
+    const Error full(RuntimeError::DiskFull);
+    // Open, length and read work.
+    world_.files.fail({.nth = 4, .from_then_on = true, .error = full, .bytes_before = 50});
+    EXPECT_EQ(error_of([&] { record_.Update(); }).number(), 61);
+    EXPECT_EQ(world_.files.calls(FileCall::SetLength), 1U);
+    EXPECT_EQ(content().first(kAudio.size()), kAudio);
+}
+
 TEST_F(WritingTheRecord, FileThatBecameShorterMeanwhileIsNotWritten) {
     open(kAudio);
     world_.files.fail({.call = FileCall::Read, .kind = Fault::Kind::Shorten});

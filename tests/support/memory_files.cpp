@@ -33,8 +33,8 @@ std::u16string_view folder_of(std::u16string_view name) {
 
 std::string_view name_of(FileCall call) {
     constexpr std::array<std::string_view, kFileCalls> kNames{
-        "open",   "length",  "read",   "write",  "copy",    "flush",       "close",
-        "exists", "resolve", "create", "remove", "replace", "flush folder"};
+        "open",  "length", "read",    "write",  "copy",   "set length", "flush",
+        "close", "exists", "resolve", "create", "remove", "replace",    "flush folder"};
     return kNames.at(static_cast<std::size_t>(call));
 }
 
@@ -96,6 +96,11 @@ public:
         return moved.size();
     }
 
+    void set_length(std::int64_t length) override {
+        files_.count_or_raise(FileCall::SetLength, name_);
+        writable_content().resize(static_cast<std::size_t>(length));
+    }
+
     void flush() override { files_.count_or_raise(FileCall::Flush, name_); }
 
     void close() override {
@@ -122,6 +127,13 @@ private:
         return *content_;
     }
 
+    Bytes& writable_content() {
+        if (mode_ != OpenMode::ReadWrite) {
+            throw std::logic_error("a write to a file opened for reading");
+        }
+        return open_content();
+    }
+
     std::span<const std::uint8_t> from(std::int64_t offset, std::size_t count) {
         const Bytes& all = open_content();
         const std::size_t begin = std::min(static_cast<std::size_t>(offset), all.size());
@@ -130,10 +142,7 @@ private:
     }
 
     void put(std::int64_t offset, std::span<const std::uint8_t> bytes) {
-        if (mode_ != OpenMode::ReadWrite) {
-            throw std::logic_error("a write to a file opened for reading");
-        }
-        Bytes& all = open_content();
+        Bytes& all = writable_content();
         const auto begin = static_cast<std::size_t>(offset);
         all.resize(std::max(all.size(), begin + bytes.size()));
         std::copy(bytes.begin(), bytes.end(), all.begin() + static_cast<std::ptrdiff_t>(begin));

@@ -25,6 +25,7 @@ enum class FileCall {
     Read,
     Write,
     Copy,
+    SetLength,
     Flush,
     Close,
     Exists,
@@ -34,7 +35,7 @@ enum class FileCall {
     Replace,
     FlushFolder,
 };
-inline constexpr std::size_t kFileCalls = 13;
+inline constexpr std::size_t kFileCalls = 14;
 
 [[nodiscard]] std::string_view name_of(FileCall call);
 
