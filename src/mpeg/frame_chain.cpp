@@ -1,0 +1,127 @@
+#include "mpeg/frame_chain.h"
+
+#include <array>
+#include <cstddef>
+#include <string>
+
+#include "mpeg/frame_trace.h"
+
+namespace brindle {
+namespace {
+
+constexpr double kYieldSeconds = 1.0;
+
+// A power of two above the longest way from a first frame to the last that confirms it.
+constexpr std::size_t kRing = std::size_t{1} << 19;
+static_assert(kRing > static_cast<std::size_t>(kMostConfirmations) * kLongestFrame);
+
+// An entry of the ring: 0 when unknown, else the links and one, and the reason of the break.
+constexpr std::uint8_t kUnknown = 0;
+constexpr std::uint8_t kFileEndFlag = 0x80;
+constexpr std::uint8_t kLinksMask = 0x7F;
+static_assert(kMostConfirmations <= kLinksMask);
+
+constexpr std::size_t slot(std::int64_t position) {
+    return static_cast<std::size_t>(position) & (kRing - 1);
+}
+
+}  // namespace
+
+ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first,
+                                 std::int32_t needed) {
+    forget_before(position);
+    std::array<std::int64_t, kMostConfirmations> followers{};
+    std::int32_t count = 0;
+    bool bit_rate_differs = false;
+    Tail tail{0, Break::Invalid};
+    FrameHeader previous = first;
+    std::int64_t next = position;
+
+    while (count < needed) {
+        next += previous.length;
+        if (count != 0 && reaches_file_end(next)) {
+            trace_at(trace_text::kBailed, next);
+            tail.reason = Break::FileEnd;
+            break;
+        }
+        const auto bytes = window_.view(next, kHeaderBytes);
+        if (cadence_.longer_than(kYieldSeconds)) {
+            trace_at(trace_text::kSlowChain, next);
+            yield_to(host_);
+        }
+        if (bytes.size() < kHeaderBytes) {
+            write_trace(trace_, trace_text::kDecodeFailed);
+            break;
+        }
+        const std::uint32_t bits = header_bits(bytes.data());
+        const auto header = parse_frame_header(bits);
+        const bool whole = header && next + header->length <= window_.length();
+        if (!whole || !headers_agree(first.bits, bits)) {
+            trace_rejected(first.bits, bits, trace_);
+            break;
+        }
+        followers[static_cast<std::size_t>(count)] = next;
+        ++count;
+        if (knows(next)) {
+            // Nearer to the file's end fewer frames are needed, so a chain that failed can serve.
+            tail = recall(next);
+            if (count + tail.links < needed) {
+                break;
+            }
+        }
+        if (header->bit_rate != first.bit_rate && !bit_rate_differs) {
+            bit_rate_differs = true;
+            window_.expect_until(next + std::int64_t{needed - count + 1} * header->length);
+        }
+        previous = *header;
+    }
+
+    if (count == needed) {
+        return {true, needed, bit_rate_differs};
+    }
+    const std::int32_t links = count + tail.links;
+    for (std::int32_t index = 0; index < count; ++index) {
+        remember(followers[static_cast<std::size_t>(index)], {links - index - 1, tail.reason});
+    }
+    return {false, tail.reason == Break::FileEnd ? links : 0, false};
+}
+
+bool FrameChains::reaches_file_end(std::int64_t position) const {
+    // One byte more than a header: a chain ends there even if a header would just fit.
+    return position + static_cast<std::int64_t>(kHeaderBytes) + 1 > window_.length();
+}
+
+void FrameChains::forget_before(std::int64_t position) {
+    if (!tails_.empty()) {
+        for (; forgotten_before_ < position; ++forgotten_before_) {
+            tails_[slot(forgotten_before_)] = kUnknown;
+        }
+    }
+    forgotten_before_ = position;
+}
+
+bool FrameChains::knows(std::int64_t position) const {
+    return !tails_.empty() && tails_[slot(position)] != kUnknown;
+}
+
+FrameChains::Tail FrameChains::recall(std::int64_t position) const {
+    const std::uint8_t entry = tails_[slot(position)];
+    return {(entry & kLinksMask) - 1,
+            (entry & kFileEndFlag) != 0 ? Break::FileEnd : Break::Invalid};
+}
+
+void FrameChains::remember(std::int64_t position, const Tail& tail) {
+    if (tails_.empty()) {
+        tails_.resize(kRing, kUnknown);
+    }
+    tails_[slot(position)] = static_cast<std::uint8_t>(
+        (tail.links + 1) | (tail.reason == Break::FileEnd ? kFileEndFlag : 0));
+}
+
+void FrameChains::trace_at(std::string_view text, std::int64_t position) const {
+    if (trace_) {
+        trace_(std::string(text) + std::to_string(position));
+    }
+}
+
+}  // namespace brindle

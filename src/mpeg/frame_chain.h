@@ -1,0 +1,60 @@
+// Runs of frames that follow each other without a gap.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "mpeg/frame_header.h"
+#include "mpeg/pacing.h"
+#include "mpeg/trace.h"
+#include "util/clock.h"
+#include "util/file_window.h"
+#include "util/host.h"
+
+namespace brindle {
+
+// As many frames as have to confirm a first one.
+inline constexpr std::int32_t kMostConfirmations = 100;
+
+struct ChainOutcome {
+    bool found = false;  // all the frames that were needed follow
+    // Frames that followed: all when found, those in front of the file's end when the chain came
+    // there, 0 when it broke anywhere else.
+    std::int32_t count = 0;
+    bool bit_rate_differs = false;  // when found: in some frame from the first one's
+};
+
+// Follows chains from first frames in the order of their positions. Chains that meet share their
+// tails, so the outcome of a failed one is kept for its frames and no frame is walked twice.
+class FrameChains {
+public:
+    FrameChains(FileWindow& window, Clock& clock, Host* host, const Trace& trace)
+        : window_(window), host_(host), trace_(trace), cadence_(clock, window) {}
+
+    // The first frame stands at `position`; no earlier call had a later one.
+    ChainOutcome follow(std::int64_t position, const FrameHeader& first, std::int32_t needed);
+
+private:
+    enum class Break : std::uint8_t { Invalid, FileEnd };
+    struct Tail {
+        std::int32_t links;  // frames that follow
+        Break reason;
+    };
+
+    void forget_before(std::int64_t position);
+    [[nodiscard]] bool knows(std::int64_t position) const;
+    [[nodiscard]] Tail recall(std::int64_t position) const;
+    void remember(std::int64_t position, const Tail& tail);
+    [[nodiscard]] bool reaches_file_end(std::int64_t position) const;
+    void trace_at(std::string_view text, std::int64_t position) const;
+
+    FileWindow& window_;
+    Host* host_;
+    const Trace& trace_;
+    Cadence cadence_;
+    std::vector<std::uint8_t> tails_;  // a ring over positions, made when the first chain breaks
+    std::int64_t forgotten_before_ = 0;
+};
+
+}  // namespace brindle

@@ -1,0 +1,90 @@
+// The frame header as the walks need it: valid or not, how long the frame, at what bit rate.
+//
+//   AAAAAAAA AAABBCCD EEEEFFGH IIJJKLMM
+//
+//   A sync (all ones)   D protection           G padding      J mode extension   M emphasis
+//   B version           E bit rate             H private      K copyright
+//   C layer             F sampling frequency   I mode         L original
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace brindle {
+
+inline constexpr std::size_t kHeaderBytes = 4;
+
+inline constexpr std::uint32_t kSyncMask = 0xFFE0'0000;
+inline constexpr std::uint32_t kVersionMask = 0x0018'0000;
+inline constexpr std::uint32_t kLayerMask = 0x0006'0000;
+inline constexpr std::uint32_t kFrequencyMask = 0x0000'0C00;
+inline constexpr std::uint32_t kPaddingMask = 0x0000'0200;
+inline constexpr std::uint32_t kModeMask = 0x0000'00C0;
+inline constexpr std::uint32_t kCopyrightMask = 0x0000'0008;
+inline constexpr std::uint32_t kOriginalMask = 0x0000'0004;
+inline constexpr std::uint32_t kEmphasisMask = 0x0000'0003;
+inline constexpr std::uint32_t kReservedEmphasis = 0x0000'0002;
+
+// What frames of one stream have in common. Bit rate, padding and protection may change.
+inline constexpr std::uint32_t kStreamMask = kSyncMask | kVersionMask | kLayerMask |
+                                             kFrequencyMask | kModeMask | kCopyrightMask |
+                                             kOriginalMask | kEmphasisMask;
+
+// MPEG 2.5 Layer II at 160 kbit/s, 8000 Hz, padded; MPEG 2 Layer III at 8 kbit/s, 24000 Hz.
+inline constexpr std::int32_t kLongestFrame = 2'881;
+inline constexpr std::int32_t kShortestFrame = 24;
+
+struct FrameHeader {
+    std::uint32_t bits;
+    std::uint16_t length;    // bytes, header and padding included
+    std::uint16_t bit_rate;  // kbit/s
+};
+
+// What version, layer, bit rate and frequency make of a frame. Every bit rate of the format is a
+// multiple of 8, which keeps an entry at four bytes.
+struct FrameShape {
+    std::uint16_t length = 0;  // without padding; 0 where one of the fields is reserved
+    std::uint8_t bit_rate_by_8 = 0;
+    std::uint8_t padding = 0;  // bytes, when the padding bit is set
+
+    [[nodiscard]] constexpr std::uint32_t length_of(std::uint32_t bits) const noexcept {
+        return length + ((bits & kPaddingMask) != 0 ? padding : 0U);
+    }
+};
+
+inline constexpr std::uint32_t kShapeShift = 10;
+inline constexpr std::size_t kShapeCount = 2'048;
+// Indexed by the bits from version down to frequency.
+extern const std::array<FrameShape, kShapeCount> kFrameShapes;
+
+[[nodiscard]] inline const FrameShape& frame_shape(std::uint32_t bits) noexcept {
+    return kFrameShapes[(bits >> kShapeShift) & (kShapeCount - 1)];
+}
+
+[[nodiscard]] inline std::uint32_t header_bits(const std::uint8_t* bytes) noexcept {
+    return (std::uint32_t{bytes[0]} << 24) | (std::uint32_t{bytes[1]} << 16) |
+           (std::uint32_t{bytes[2]} << 8) | std::uint32_t{bytes[3]};
+}
+
+[[nodiscard]] inline std::optional<FrameHeader> parse_frame_header(std::uint32_t bits) noexcept {
+    if ((bits & kSyncMask) != kSyncMask || (bits & kEmphasisMask) == kReservedEmphasis) {
+        return std::nullopt;
+    }
+    const FrameShape& shape = frame_shape(bits);
+    if (shape.length == 0) {
+        return std::nullopt;
+    }
+    return FrameHeader{bits, static_cast<std::uint16_t>(shape.length_of(bits)),
+                       static_cast<std::uint16_t>(shape.bit_rate_by_8 * 8)};
+}
+
+// Of two valid headers: whether they can belong to one stream. An equivalence, so a frame that
+// agrees with its predecessor agrees with the first of its chain, and chains that meet go on as
+// one.
+[[nodiscard]] constexpr bool headers_agree(std::uint32_t a, std::uint32_t b) noexcept {
+    return ((a ^ b) & kStreamMask) == 0;
+}
+
+}  // namespace brindle

@@ -1,0 +1,227 @@
+#include "mpeg/full_scan.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "mpeg/frame_header.h"
+#include "mpeg/frame_trace.h"
+#include "mpeg/pacing.h"
+
+namespace brindle {
+namespace {
+
+constexpr double kProgressSeconds = 0.5;
+constexpr std::int32_t kMostRejectedFrames = 10;
+constexpr std::int32_t kMostRejectedAverage = 20;  // kbit/s
+constexpr std::uint8_t kSyncByte = 0xFF;
+
+bool accepted(const WalkedStream& stream) {
+    return stream.frames > kMostRejectedFrames &&
+           stream.bit_rate_sum > std::int64_t{kMostRejectedAverage} * stream.frames;
+}
+
+// Goes through the frames of one block from its first byte on. True when the chain goes on behind
+// the block; `offset` is then where the next frame stands, else where the chain broke.
+bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
+                std::uint32_t first_bits, WalkedStream& stream, std::size_t& offset) {
+    while (offset + kHeaderBytes <= block.size()) {
+        const std::uint32_t bits = header_bits(block.data() + offset);
+        if (!headers_agree(first_bits, bits)) {
+            return false;
+        }
+        const FrameShape& shape = frame_shape(bits);
+        const std::size_t next = offset + shape.length_of(bits);
+        if (shape.length == 0 || next > left_of_file) {
+            return false;
+        }
+        ++stream.frames;
+        stream.bit_rate_sum += shape.bit_rate_by_8 * 8;
+        offset = next;
+    }
+    return true;
+}
+
+// The last byte of value FF below `end`, or a null pointer. Compares eight bytes at a time: in
+// audio only one of 256 is one.
+const std::uint8_t* find_last_sync_byte(const std::uint8_t* begin, const std::uint8_t* end) {
+    constexpr std::uint64_t kLowBits = 0x0101'0101'0101'0101;
+    constexpr std::uint64_t kHighBits = 0x8080'8080'8080'8080;
+    while (static_cast<std::size_t>(end - begin) >= sizeof(std::uint64_t)) {
+        std::uint64_t inverted = 0;
+        std::memcpy(&inverted, end - sizeof inverted, sizeof inverted);
+        inverted = ~inverted;
+        const bool has_zero_byte = ((inverted - kLowBits) & ~inverted & kHighBits) != 0;
+        if (has_zero_byte) {
+            break;
+        }
+        end -= sizeof inverted;
+    }
+    while (end != begin) {
+        --end;
+        if (*end == kSyncByte) {
+            return end;
+        }
+    }
+    return nullptr;
+}
+
+// What is known of the chains from the frames just behind the place where a backward pass stands.
+// A frame's successor is never farther than the longest frame, so this is all that is needed.
+class ChainTails {
+public:
+    // The chain from a whole frame at `position`.
+    WalkedStream add(std::int32_t position, const FrameHeader& header) {
+        WalkedStream stream{1, header.bit_rate};
+        const std::int32_t next = position + header.length;
+        const Entry& follower = entry(next);
+        if (follower.position == next && headers_agree(follower.bits, header.bits)) {
+            stream.frames += follower.stream.frames;
+            stream.bit_rate_sum += follower.stream.bit_rate_sum;
+        }
+        entry(position) = {position, header.bits, stream};
+        return stream;
+    }
+
+private:
+    struct Entry {
+        std::int32_t position = -1;
+        std::uint32_t bits = 0;
+        WalkedStream stream;
+    };
+    static constexpr std::size_t kRing = 4'096;
+    static_assert(kRing > kLongestFrame);
+
+    Entry& entry(std::int32_t position) {
+        return entries_[static_cast<std::size_t>(position) & (kRing - 1)];
+    }
+
+    std::vector<Entry> entries_ = std::vector<Entry>(kRing);
+};
+
+// Blocks of a file from its end to its beginning, each with the first bytes of the one behind it,
+// so that no header is cut.
+class BackwardBlocks {
+public:
+    BackwardBlocks(FileWindow& window, std::int64_t begin, std::int64_t end)
+        : window_(window), begin_(begin), position_(std::max(begin, end)) {}
+
+    bool next() {
+        if (position_ <= begin_) {
+            return false;
+        }
+        std::array<std::uint8_t, kOverlap> behind{};
+        std::copy_n(bytes_.begin(), std::min(kOverlap, size_), behind.begin());
+        size_ = static_cast<std::size_t>(
+            std::min<std::int64_t>(position_ - begin_, FileWindow::kBlock));
+        position_ -= static_cast<std::int64_t>(size_);
+        const std::size_t copied = window_.copy(position_, std::span(bytes_).first(size_));
+        // Nothing is a frame where another program has cut the file meanwhile.
+        std::fill_n(bytes_.begin() + static_cast<std::ptrdiff_t>(copied), size_ - copied,
+                    std::uint8_t{0});
+        std::copy(behind.begin(), behind.end(),
+                  bytes_.begin() + static_cast<std::ptrdiff_t>(size_));
+        return true;
+    }
+    [[nodiscard]] std::int64_t position() const noexcept { return position_; }
+    [[nodiscard]] const std::uint8_t* begin() const noexcept { return bytes_.data(); }
+    [[nodiscard]] const std::uint8_t* end() const noexcept { return bytes_.data() + size_; }
+
+private:
+    static constexpr std::size_t kOverlap = kHeaderBytes - 1;
+
+    FileWindow& window_;
+    std::int64_t begin_;
+    std::int64_t position_;
+    std::size_t size_ = 0;
+    std::vector<std::uint8_t> bytes_ = std::vector<std::uint8_t>(FileWindow::kBlock + kOverlap);
+};
+
+}  // namespace
+
+std::optional<WalkedStream> FullScan::run(std::int32_t start) {
+    const WalkedStream stream = walk_from(start);
+    if (cancelled_) {
+        return std::nullopt;
+    }
+    return accepted(stream) ? stream : earliest_behind(start);
+}
+
+WalkedStream FullScan::walk_from(std::int32_t start) {
+    WalkedStream stream;
+    std::optional<std::uint32_t> first_bits;
+    std::int64_t position = start;
+    bool goes_on = true;
+    window_.expect_until(window_.length());
+    while (goes_on && !cancelled_) {
+        window_.keep_from(position);
+        const auto block = window_.view_block(position, kHeaderBytes);
+        if (block.size() < kHeaderBytes) {
+            break;
+        }
+        if (!first_bits) {
+            first_bits = header_bits(block.data());
+            if (!parse_frame_header(*first_bits)) {
+                trace_broken_rule(*first_bits, trace_);
+                break;
+            }
+        }
+        std::size_t offset = 0;
+        const auto left = static_cast<std::size_t>(window_.length() - position);
+        goes_on = walk_block(block, left, *first_bits, stream, offset);
+        if (!goes_on) {
+            trace_rejected(*first_bits, header_bits(block.data() + offset), trace_);
+        }
+        position += static_cast<std::int64_t>(offset);
+        report(position);
+    }
+    return stream;
+}
+
+std::optional<WalkedStream> FullScan::earliest_behind(std::int32_t start) {
+    std::optional<WalkedStream> earliest;
+    ChainTails tails;
+    const std::int64_t length = window_.length();
+    BackwardBlocks blocks(window_, std::int64_t{start} + 1, length);
+    while (blocks.next()) {
+        // The way that is done, so that a progress bar runs forward here as well.
+        report(start + (length - blocks.position()));
+        if (cancelled_) {
+            return std::nullopt;
+        }
+        const std::uint8_t* sync = blocks.end();
+        while ((sync = find_last_sync_byte(blocks.begin(), sync)) != nullptr) {
+            const auto header = parse_frame_header(header_bits(sync));
+            const std::int64_t position = blocks.position() + (sync - blocks.begin());
+            if (!header || position + header->length > length) {
+                continue;
+            }
+            const WalkedStream stream = tails.add(static_cast<std::int32_t>(position), *header);
+            if (accepted(stream)) {
+                earliest = stream;
+            }
+        }
+    }
+    return earliest;
+}
+
+void FullScan::report(std::int64_t position) {
+    if (clock_.seconds() - reported_ <= kProgressSeconds) {
+        return;
+    }
+    yield_to(host_);
+    reported_ = clock_.seconds();
+    if (host_ == nullptr) {
+        return;
+    }
+    skip_errors([&] {
+        host_->RaiseScanningEvent(file_name_, static_cast<std::int32_t>(position),
+                                  static_cast<std::int32_t>(window_.length()), cancelled_);
+    });
+}
+
+}  // namespace brindle

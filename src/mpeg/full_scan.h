@@ -1,0 +1,55 @@
+// The average bit rate of a stream, by walking all its frames.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include <brindle/values.h>
+
+#include "mpeg/trace.h"
+#include "util/clock.h"
+#include "util/file_window.h"
+#include "util/host.h"
+
+namespace brindle {
+
+struct WalkedStream {
+    std::int32_t frames = 0;
+    std::int32_t bit_rate_sum = 0;  // kbit/s; never more than the file has bytes
+};
+
+// Looks from a position on for the first chain of frames that is long and fast enough.
+class FullScan {
+public:
+    FullScan(const String& file_name, FileWindow& window, Clock& clock, Host* host,
+             const Trace& trace)
+        : file_name_(file_name),
+          window_(window),
+          host_(host),
+          trace_(trace),
+          clock_(clock),
+          reported_(clock.seconds()) {}
+
+    // None when no chain is accepted, or when the host cancelled. A position is a first frame's
+    // when the chain from it is accepted; the earliest one counts.
+    std::optional<WalkedStream> run(std::int32_t start);
+    [[nodiscard]] bool cancelled() const noexcept { return cancelled_; }
+
+private:
+    // The chain that starts at `start`; the usual stream needs no more.
+    WalkedStream walk_from(std::int32_t start);
+    // The earliest accepted chain behind `start`, in one pass from the file's end.
+    std::optional<WalkedStream> earliest_behind(std::int32_t start);
+    // Once a block of the file, which is often enough for a person.
+    void report(std::int64_t position);
+
+    const String& file_name_;
+    FileWindow& window_;
+    Host* host_;
+    const Trace& trace_;
+    Clock& clock_;
+    double reported_;
+    bool cancelled_ = false;
+};
+
+}  // namespace brindle

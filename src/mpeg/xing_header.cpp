@@ -1,0 +1,75 @@
+#include "mpeg/xing_header.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <limits>
+#include <optional>
+#include <string_view>
+
+#include "mpeg/bit_digits.h"
+
+namespace brindle {
+namespace {
+
+constexpr std::string_view kLetters = "XING";
+constexpr std::size_t kNumberBytes = 4;
+
+// Behind the side information of MPEG-1 stereo, of MPEG-1 mono or MPEG-2 stereo, of MPEG-2 mono.
+// Any of them will do, whatever the frame is.
+constexpr std::array<std::size_t, 3> kPlaces = {32, 17, 9};
+
+constexpr std::int32_t kHasFrames = 1;
+constexpr std::int32_t kHasBytes = 2;
+constexpr std::int32_t kHasBoth = kHasFrames | kHasBytes;
+
+constexpr bool is_letter(std::uint8_t byte, char letter) {
+    constexpr int kLowerCase = 'a' - 'A';
+    return byte == letter || byte == letter + kLowerCase;
+}
+
+std::optional<std::size_t> find_letters(std::span<const std::uint8_t> data) {
+    const auto found =
+        std::search(data.begin(), data.end(), kLetters.begin(), kLetters.end(), is_letter);
+    if (found == data.end()) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(found - data.begin());
+}
+
+// The number at the front of `data`, which loses it; none when it is cut or too large.
+std::optional<std::int32_t> take_number(std::span<const std::uint8_t>& data) {
+    if (data.size() < kNumberBytes) {
+        return std::nullopt;
+    }
+    const std::int64_t number = BinToDec(BytesToBitString(data.first(kNumberBytes)));
+    data = data.subspan(kNumberBytes);
+    if (number > std::numeric_limits<std::int32_t>::max()) {
+        return std::nullopt;
+    }
+    return static_cast<std::int32_t>(number);
+}
+
+}  // namespace
+
+XingRecord ReadXing(std::span<const std::uint8_t> frame_data) {
+    // The first occurrence counts, so none behind the last place can matter.
+    constexpr std::size_t kSearched = kPlaces[0] + kLetters.size();
+    const auto place = find_letters(frame_data.first(std::min(frame_data.size(), kSearched)));
+    if (!place || std::find(kPlaces.begin(), kPlaces.end(), *place) == kPlaces.end()) {
+        return {};
+    }
+    auto numbers = frame_data.subspan(*place + kLetters.size());
+    const auto flags = take_number(numbers);
+    if (!flags || (*flags & kHasBoth) != kHasBoth) {
+        return {};
+    }
+    const auto frames = take_number(numbers);
+    const auto bytes = take_number(numbers);
+    if (!frames || !bytes) {
+        return {};
+    }
+    return {u"XING", *flags, *frames, *bytes};
+}
+
+}  // namespace brindle
