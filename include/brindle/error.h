@@ -1,12 +1,12 @@
 // The one exception type of the library, and the numbers it carries.
 #pragma once
 
-#include <brindle/values.h>
-
 #include <cstdint>
 #include <exception>
 #include <memory>
 #include <string>
+
+#include <brindle/values.h>
 
 namespace brindle {
 

@@ -1,14 +1,14 @@
 // The ordered, keyed collection that holds the ids of a tag's frames.
 #pragma once
 
-#include <brindle/values.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <string_view>
 #include <vector>
+
+#include <brindle/values.h>
 
 namespace brindle {
 

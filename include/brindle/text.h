@@ -1,10 +1,10 @@
 // Between the library's wide strings and UTF-8, the text of every host that is not Windows.
 #pragma once
 
-#include <brindle/values.h>
-
 #include <string>
 #include <string_view>
+
+#include <brindle/values.h>
 
 namespace brindle {
 

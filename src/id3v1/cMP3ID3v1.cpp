@@ -12,6 +12,7 @@
 
 #include "id3v1/genre_table.h"
 #include "util/code_page.h"
+#include "util/copy_bytes.h"
 #include "util/file_exists.h"
 #include "util/replace_file.h"
 #include "util/skip_errors.h"
@@ -27,9 +28,6 @@ constexpr char16_t kNotValidMp3FileText[] = u" is not a valid MP3 file.";
 
 constexpr auto kRecordLength = static_cast<std::int64_t>(kId3v1Length);
 constexpr auto kIdentifierLength = static_cast<std::int64_t>(kId3v1Identifier.width);
-
-// Large enough that the number of calls does not count, and a divisor of every block size.
-constexpr std::int64_t kCopyPiece = 256 * 1024;
 
 std::vector<std::uint8_t> narrowed(const String& text) {
     std::vector<std::uint8_t> bytes(text.size());
@@ -53,17 +51,6 @@ void append(BinaryFile& file, std::int64_t length, std::span<const std::uint8_t>
     } catch (const Error&) {
         skip_errors([&] { file.set_length(length); });
         throw;
-    }
-}
-
-void copy_head(BinaryFile& from, BinaryFile& to, std::int64_t length) {
-    for (std::int64_t done = 0; done < length;) {
-        const auto wanted = static_cast<std::size_t>(std::min(kCopyPiece, length - done));
-        const std::size_t copied = to.copy_from(from, done, done, wanted);
-        if (copied == 0) {
-            throw Error(RuntimeError::InputPastEnd);
-        }
-        done += static_cast<std::int64_t>(copied);
     }
 }
 
@@ -105,7 +92,17 @@ String cMP3ID3v1::GenreName(std::uint8_t Genre) const {
 
 void cMP3ID3v1::Update() {
     try {
-        write_record();
+        const auto file = environment_.files.open(file_name_, OpenMode::ReadWriteOrCreate);
+        Update(*file, file->length());
+        file->close();
+    } catch (const Error& error) {
+        throw error.from(kSource);
+    }
+}
+
+std::int64_t cMP3ID3v1::Update(BinaryFile& file, std::int64_t length) const {
+    try {
+        return write_record(file, length);
     } catch (const Error& error) {
         throw error.from(kSource);
     }
@@ -144,24 +141,23 @@ Id3v1Record cMP3ID3v1::record_to_write() const {
     return record;
 }
 
-void cMP3ID3v1::write_record() {
+std::int64_t cMP3ID3v1::write_record(BinaryFile& file, std::int64_t length) const {
     const Id3v1Record record = record_to_write();
-    const auto file = environment_.files.open(file_name_, OpenMode::ReadWrite);
-    const std::int64_t length = file->length();
     if (length <= 0) {
         throw Error(kNotValidMp3File, file_name_ + kNotValidMp3FileText);
     }
-    if (length > kRecordLength) {
-        std::array<std::uint8_t, kId3v1Identifier.width> identifier{};
-        read_all(*file, length - kRecordLength, identifier);
-        if (is_id3v1_identifier(identifier)) {
-            file->write_at(length - kRecordLength + kIdentifierLength,
-                           record.bytes().subspan(kId3v1Identifier.width));
-        } else {
-            append(*file, length, record.bytes());
-        }
+    if (length <= kRecordLength) {
+        return length;
     }
-    file->close();
+    std::array<std::uint8_t, kId3v1Identifier.width> identifier{};
+    read_all(file, length - kRecordLength, identifier);
+    if (is_id3v1_identifier(identifier)) {
+        file.write_at(length - kRecordLength + kIdentifierLength,
+                      record.bytes().subspan(kId3v1Identifier.width));
+        return length;
+    }
+    append(file, length, record.bytes());
+    return length + kRecordLength;
 }
 
 void cMP3ID3v1::strip_record() {
@@ -177,7 +173,7 @@ void cMP3ID3v1::strip_record() {
         return;
     }
     replace_file(files, file_name_, [&](BinaryFile& stripped) {
-        copy_head(*file, stripped, length - kRecordLength);
+        copy_bytes(*file, 0, stripped, 0, length - kRecordLength);
         file->close();
     });
     MP3File(file_name_);

@@ -51,6 +51,9 @@ public:
     // raises an error, one of up to 128 bytes is left alone. Every error names the tagger as its
     // source.
     void Update();
+    // The same over a file that the caller has opened already, of that many bytes; how many it has
+    // afterwards.
+    std::int64_t Update(BinaryFile& file, std::int64_t length) const;
     // Takes the record off the file. True also when there was none; false, and an unchanged file,
     // when anything failed.
     bool Stripv1Tag();
@@ -62,7 +65,7 @@ private:
     void reset() noexcept;
     [[nodiscard]] String text(const HostText& set, Id3v1Field field) const;
     [[nodiscard]] Id3v1Record record_to_write() const;
-    void write_record();
+    std::int64_t write_record(BinaryFile& file, std::int64_t length) const;
     void strip_record();
 
     Environment& environment_;

@@ -1,12 +1,12 @@
 // The one door to the disk. Tests put a counting or a failing file system behind it.
 #pragma once
 
-#include <brindle/values.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
+
+#include <brindle/values.h>
 
 namespace brindle {
 
@@ -38,8 +38,9 @@ public:
 };
 
 enum class OpenMode {
-    Read,       // must exist
-    ReadWrite,  // created empty when missing
+    Read,               // must exist
+    ReadWrite,          // must exist
+    ReadWriteOrCreate,  // created empty when missing
 };
 
 // Opening and naming files. Names are wide; elsewhere than on Windows they are UTF-8 on disk.

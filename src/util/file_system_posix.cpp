@@ -26,6 +26,19 @@ namespace {
 
 // A new file's attributes; the process's umask takes away what it forbids.
 constexpr mode_t kNewFileMode = 0666;
+
+int flags_of(OpenMode mode) {
+    switch (mode) {
+        case OpenMode::Read:
+            return O_RDONLY;
+        case OpenMode::ReadWrite:
+            return O_RDWR;
+        case OpenMode::ReadWriteOrCreate:
+            return O_RDWR | O_CREAT;
+    }
+    return O_RDONLY;
+}
+
 // A pipe or a terminal must not block the host or become its terminal.
 constexpr int kOpenFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
@@ -92,8 +105,7 @@ bool entry_matches(const std::string& folder, std::u16string_view pattern) {
 std::unique_ptr<BinaryFile> PosixFileSystem::open(const String& name, OpenMode mode) {
     const std::string path = disk_name(name);
     auto file = std::make_unique<PosixFile>();
-    const int descriptor =
-        open_descriptor(path, mode == OpenMode::Read ? O_RDONLY : O_RDWR | O_CREAT);
+    const int descriptor = open_descriptor(path, flags_of(mode));
     if (descriptor < 0) {
         raise(errno, FileAction::Open, path);
     }

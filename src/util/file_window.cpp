@@ -5,8 +5,10 @@
 
 namespace brindle {
 
-FileWindow::FileWindow(BinaryFile& file)
-    : file_(file), length_(file.length()), readable_end_(length_) {}
+FileWindow::FileWindow(BinaryFile& file) : FileWindow(file, file.length()) {}
+
+FileWindow::FileWindow(BinaryFile& file, std::int64_t length)
+    : file_(file), length_(length), readable_end_(length) {}
 
 std::span<const std::uint8_t> FileWindow::view_block(std::int64_t offset, std::size_t wanted) {
     return holds(offset, wanted) ? held_from(offset) : refill(offset, wanted);

@@ -23,6 +23,8 @@ public:
 
     // Asks the file for its length, once.
     explicit FileWindow(BinaryFile& file);
+    // For a caller that has just asked.
+    FileWindow(BinaryFile& file, std::int64_t length);
 
     [[nodiscard]] std::int64_t length() const noexcept { return length_; }
 

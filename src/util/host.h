@@ -1,9 +1,9 @@
 // What the library needs of the program that it runs in.
 #pragma once
 
-#include <brindle/values.h>
-
 #include <cstdint>
+
+#include <brindle/values.h>
 
 namespace brindle {
 

@@ -1,10 +1,10 @@
 // Numbers as text, the same on every machine: no locale decides what a stored field means.
 #pragma once
 
-#include <brindle/values.h>
-
 #include <cstdint>
 #include <string_view>
+
+#include <brindle/values.h>
 
 namespace brindle {
 

@@ -8,8 +8,6 @@ namespace brindle {
 namespace {
 
 void refuse_if_not_writable(FileSystem& files, const String& name) {
-    // In this order, since opening for writing would create a file that is missing.
-    files.open(name, OpenMode::Read)->close();
     files.open(name, OpenMode::ReadWrite)->close();
 }
 

@@ -1,10 +1,10 @@
 // Skip-and-continue: hosts see defaults, not errors, for bad values and missing files.
 #pragma once
 
-#include <brindle/error.h>
-
 #include <new>
 #include <utility>
+
+#include <brindle/error.h>
 
 namespace brindle {
 

@@ -1,0 +1,188 @@
+// The facade's own state, the load sequence, the events and the stream properties. The properties
+// of tags and scheduling are in metadata.cpp.
+#include <utility>
+
+#include <brindle/cMPEGHeader.h>
+
+#include "facade/elapsed_time.h"
+#include "facade/host_link.h"
+#include "facade/model_access.h"
+#include "id3v2/cMP3ID3v2.h"
+#include "util/environment.h"
+#include "util/skip_errors.h"
+
+namespace brindle {
+
+namespace {
+
+constexpr std::int32_t kFileNameNotSet = -896556;
+
+// The last three characters alone decide, no dot is asked for.
+bool is_opened(const String& name) {
+    constexpr std::size_t kSuffix = 3;
+    if (name.size() < kSuffix) {
+        return false;
+    }
+    String suffix = name.substr(name.size() - kSuffix);
+    for (char16_t& unit : suffix) {
+        if (unit >= u'A' && unit <= u'Z') {
+            unit = static_cast<char16_t>(unit - u'A' + u'a');
+        }
+    }
+    return suffix == u"mp3" || suffix == u"mp2";
+}
+
+}  // namespace
+
+cMPEGHeader::cMPEGHeader() : cMPEGHeader(system_environment()) {}
+
+cMPEGHeader::cMPEGHeader(Environment& environment)
+    : environment_(environment), host_(std::make_unique<HostLink>(*this)) {}
+
+cMPEGHeader::~cMPEGHeader() = default;
+
+bool cMPEGHeader::g_InUse() const {
+    return in_use_;
+}
+void cMPEGHeader::g_InUse(bool value) {
+    in_use_ = value;
+}
+
+eTimeDisplayStyle cMPEGHeader::TimeStyle() const {
+    return time_style_;
+}
+void cMPEGHeader::TimeStyle(eTimeDisplayStyle value) {
+    time_style_ = value;
+}
+
+bool cMPEGHeader::Writev1v2Separate() const {
+    return separate_;
+}
+void cMPEGHeader::Writev1v2Separate(bool value) {
+    separate_ = value;
+}
+
+void cMPEGHeader::FileName(const String& NewFileName) {
+    if (in_loop_) {
+        return;
+    }
+    const LoopMark mark(*this);
+    if (!NewFileName.empty() && Reading) {
+        Reading(NewFileName);
+    }
+    skip_errors([&] {
+        model_ = std::make_unique<cMP3ID3v2>(environment_);
+        model_->Owner = host_.get();
+    });
+    in_use_ = true;
+    if (is_opened(NewFileName) || NewFileName.empty()) {
+        edit(model_, [&](cMP3ID3v2& model) { model.FileName(NewFileName); });
+    }
+}
+
+String cMPEGHeader::FileName() const {
+    return ask(model_, [](const cMP3ID3v2& model) { return model.FileName(); });
+}
+
+String cMPEGHeader::MonoStereo() const {
+    return ask(model_, [](const cMP3ID3v2& model) { return model.MonoStereo(); });
+}
+
+std::int32_t cMPEGHeader::BitRate() const {
+    return ask(model_, [](const cMP3ID3v2& model) { return model.BitRate(); });
+}
+
+bool cMPEGHeader::VBR() const {
+    return ask(model_, [](const cMP3ID3v2& model) { return model.IsVBR(); });
+}
+
+String cMPEGHeader::Layer() const {
+    if (!model_) {
+        throw Error(RuntimeError::ObjectNotSet);
+    }
+    return model_->MpegLayer();
+}
+
+std::int32_t cMPEGHeader::Frequency() const {
+    return ask(model_, [](const cMP3ID3v2& model) { return model.Frequency(); });
+}
+
+String cMPEGHeader::MpegVersion() const {
+    return ask(model_, [](const cMP3ID3v2& model) { return model.MpegVersion(); });
+}
+
+std::int32_t cMPEGHeader::Duration() const {
+    std::int32_t duration = ask(model_, [](const cMP3ID3v2& model) { return model.Duration(); });
+    // The analyser says -1 for a file without a stream.
+    duration = duration == -1 ? 0 : duration;
+    if (duration == 0 && DurationNeeded && !FileName().empty()) {
+        DurationNeeded(duration);
+    }
+    return duration;
+}
+
+bool cMPEGHeader::RepairRequired() const {
+    return ask(model_, [](const cMP3ID3v2& model) {
+        const std::int32_t expected = model.HasID3v2Tag() ? model.Id3v2TagSize() : 0;
+        return !model.FileName().empty() && model.analyser().HeaderStartPos() != expected;
+    });
+}
+
+eTagType cMPEGHeader::TagType() const {
+    // A file without tags is -1, not NoTags: hosts tell "looked at" from "none asked for" by it.
+    constexpr auto kUntagged = static_cast<eTagType>(-1);
+    if (!model_) {
+        return kUntagged;
+    }
+    if (model_->HasID3v2Tag()) {
+        return model_->HasID3v1Tag() ? v1andv2TagsBothPresent : v2TagOnly;
+    }
+    return model_->HasID3v1Tag() ? v1TagOnly : kUntagged;
+}
+
+std::int32_t cMPEGHeader::ID3TagSizeIncludingHeader() const {
+    return ask(model_, [](const cMP3ID3v2& model) { return model.Id3v2TagSize(); });
+}
+
+String cMPEGHeader::ElapsedTimeFromMs(std::int32_t ms, eTimeDisplayStyle TimeStyle,
+                                      bool /*UsePadding*/) const {
+    return elapsed_time(ms, TimeStyle);
+}
+
+void cMPEGHeader::RaiseScanningEvent(const String& FileName, std::int32_t FilePos,
+                                     std::int32_t FileLength, bool& Cancel) {
+    if (Scanning) {
+        Scanning(FileName, FilePos, FileLength, Cancel);
+    }
+}
+
+void cMPEGHeader::Test() {}
+
+void cMPEGHeader::SaveAllInfo() {
+    if (!model_) {
+        throw Error(kFileNameNotSet, u"FileName is Not set");
+    }
+    if (in_loop_) {
+        throw Error(RuntimeError::InvalidCall);
+    }
+    const LoopMark mark(*this);
+    if (!model_->FileName().empty()) {
+        model_->Update();
+    }
+}
+
+bool cMPEGHeader::StripTags(eTagType eTagTypes) {
+    if (in_loop_) {
+        return false;
+    }
+    const String name = FileName();
+    bool stripped = false;
+    {
+        const LoopMark mark(*this);
+        edit(model_, [&](cMP3ID3v2& model) { stripped = model.StripTags(eTagTypes); });
+    }
+    FileName(name);
+    return stripped;
+}
+
+}  // namespace brindle

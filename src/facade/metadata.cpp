@@ -1,0 +1,316 @@
+// The facade's properties of tags and scheduling: which field each one stands for, and how values
+// are converted on the way.
+#include <brindle/cMPEGHeader.h>
+
+#include "facade/model_access.h"
+#include "id3v2/cMP3ID3v2.h"
+#include "util/numeric_text.h"
+#include "util/skip_errors.h"
+#include "util/trim_chars.h"
+
+namespace brindle {
+
+namespace {
+
+using Model = std::unique_ptr<cMP3ID3v2>;
+
+// The names under which hosts keep these fields in a file, letter for letter.
+const String kAgency = u"Agency";
+const String kAccountExec = u"Account Exec";
+const String kCopy = u"Copy";
+const String kEndstyle = u"End";
+const String kCategory = u"Category";
+const String kNoFade = u"NoFade";
+const String kIntro = u"Intro";
+const String kOutro = u"OutromSStart";
+
+String field(const Model& model, const String& name) {
+    return ask(model, [&](const cMP3ID3v2& m) { return m.GetCustomField(name); });
+}
+
+void set_field(const Model& model, const String& name, const String& value) {
+    edit(model, [&](cMP3ID3v2& m) { m.AddCustomField(name, value); });
+}
+
+std::int16_t integer_or_0(const String& text) {
+    std::int16_t number = 0;
+    skip_errors([&] { number = to_integer(text); });
+    return number;
+}
+
+std::int32_t long_or_0(const String& text) {
+    std::int32_t number = 0;
+    skip_errors([&] { number = to_long(text); });
+    return number;
+}
+
+}  // namespace
+
+std::int16_t cMPEGHeader::FrameCount() const {
+    return ask(model_,
+               [](const cMP3ID3v2& m) { return static_cast<std::int16_t>(m.FrameCount()); });
+}
+
+std::shared_ptr<KeyedCollection> cMPEGHeader::v2Frames() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Frames(); });
+}
+
+String cMPEGHeader::v2Tag(const String& sFrame, std::int32_t indexInFrame) const {
+    return ask(model_, [&](cMP3ID3v2& m) { return m.Tag(sFrame, indexInFrame); });
+}
+
+std::int32_t cMPEGHeader::TagsInFrame(const String& sFrame) const {
+    return ask(model_, [&](const cMP3ID3v2& m) { return m.TagsInFrame(sFrame); });
+}
+
+// --- Descriptive fields.
+
+String cMPEGHeader::Title() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Title(); });
+}
+void cMPEGHeader::Title(const String& value) {
+    if (!separate_) {
+        Titlev1Tag(value);
+    }
+    Song(value);
+}
+
+void cMPEGHeader::Song(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Title(value); });
+}
+
+String cMPEGHeader::Artist() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Artist(); });
+}
+void cMPEGHeader::Artist(const String& value) {
+    if (!separate_) {
+        artistv1Tag(value);
+    }
+    edit(model_, [&](cMP3ID3v2& m) { m.Artist(value); });
+}
+
+String cMPEGHeader::Album() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Album(); });
+}
+void cMPEGHeader::Album(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Album(value); });
+}
+
+std::int16_t cMPEGHeader::Year() const {
+    return integer_or_0(ask(model_, [](const cMP3ID3v2& m) { return m.Year(); }));
+}
+void cMPEGHeader::Year(std::int16_t value) {
+    if (!separate_) {
+        Yearv1Tag(value);
+    }
+    edit(model_, [&](cMP3ID3v2& m) { m.Year(to_text(std::int32_t{value})); });
+}
+
+std::int16_t cMPEGHeader::Track() const {
+    return integer_or_0(ask(model_, [](const cMP3ID3v2& m) { return m.Track(); }));
+}
+void cMPEGHeader::Track(std::int16_t value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Track(to_text(std::int32_t{value})); });
+}
+
+String cMPEGHeader::Genre() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return to_text(std::int32_t{m.Genre()}); });
+}
+void cMPEGHeader::Genre(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Genre(to_byte(value)); });
+}
+
+String cMPEGHeader::Comments() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Comment(); });
+}
+void cMPEGHeader::Comments(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Comment(value); });
+}
+
+String cMPEGHeader::Composer() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Composer(); });
+}
+void cMPEGHeader::Composer(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Composer(value); });
+}
+
+String cMPEGHeader::Publisher() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Publisher(); });
+}
+void cMPEGHeader::Publisher(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Publisher(value); });
+}
+
+String cMPEGHeader::CopyRight() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.CopyRight(); });
+}
+void cMPEGHeader::CopyRight(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.CopyRight(value); });
+}
+
+String cMPEGHeader::URL() const {
+    return ArtistUrl();
+}
+void cMPEGHeader::URL(const String& value) {
+    ArtistUrl(value);
+}
+
+String cMPEGHeader::ArtistUrl() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.ArtistUrl(); });
+}
+void cMPEGHeader::ArtistUrl(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.ArtistUrl(value); });
+}
+
+// --- Scheduling fields.
+
+double cMPEGHeader::Speed() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Speed(); });
+}
+void cMPEGHeader::Speed(double value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Speed(value); });
+}
+
+std::int32_t cMPEGHeader::Volume() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Volume(); });
+}
+void cMPEGHeader::Volume(std::int32_t value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Volume(value); });
+}
+
+// A Boolean handed out as a number: true is -1.
+std::int32_t cMPEGHeader::Opener() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return std::int32_t{m.Opener() ? -1 : 0}; });
+}
+void cMPEGHeader::Opener(std::int32_t value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Opener(value != 0); });
+}
+
+std::int32_t cMPEGHeader::CueInmSStart() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.CueIn(); });
+}
+void cMPEGHeader::CueInmSStart(std::int32_t value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.CueIn(value); });
+}
+
+std::int32_t cMPEGHeader::Sectone() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Sectonemsend(); });
+}
+void cMPEGHeader::Sectone(std::int32_t value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Sectonemsend(value); });
+}
+
+String cMPEGHeader::CategoryLevel() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return to_text(std::int32_t{m.CategoryLevel()}); });
+}
+void cMPEGHeader::CategoryLevel(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.CategoryLevel(to_integer(value)); });
+}
+
+std::int32_t cMPEGHeader::Intro() const {
+    return long_or_0(field(model_, kIntro));
+}
+void cMPEGHeader::Intro(std::int32_t value) {
+    set_field(model_, kIntro, to_text(value));
+}
+
+std::int32_t cMPEGHeader::OutromsStart() const {
+    std::int32_t start = 0;
+    skip_errors([&] { start = round_to_long(to_double(field(model_, kOutro))); });
+    return start;
+}
+void cMPEGHeader::OutromsStart(std::int32_t value) {
+    set_field(model_, kOutro, to_text(value));
+}
+
+Variant cMPEGHeader::Category() const {
+    return CustomFieldExists(kCategory) ? CustomFieldRetrieve(kCategory) : Variant();
+}
+void cMPEGHeader::Category(const Variant& value) {
+    CustomFieldAdd(kCategory, value);
+}
+
+String cMPEGHeader::Endstyle() const {
+    return field(model_, kEndstyle);
+}
+void cMPEGHeader::Endstyle(const String& value) {
+    set_field(model_, kEndstyle, value);
+}
+
+std::int16_t cMPEGHeader::NoFade() const {
+    return integer_or_0(field(model_, kNoFade));
+}
+void cMPEGHeader::NoFade(std::int16_t value) {
+    set_field(model_, kNoFade, to_text(std::int32_t{value}));
+}
+
+String cMPEGHeader::Agency() const {
+    return field(model_, kAgency);
+}
+void cMPEGHeader::Agency(const String& value) {
+    set_field(model_, kAgency, value);
+}
+
+String cMPEGHeader::AccountExec() const {
+    return field(model_, kAccountExec);
+}
+void cMPEGHeader::AccountExec(const String& value) {
+    set_field(model_, kAccountExec, value);
+}
+
+String cMPEGHeader::Copy() const {
+    return field(model_, kCopy);
+}
+void cMPEGHeader::Copy(const String& value) {
+    set_field(model_, kCopy, value);
+}
+
+// --- Custom fields.
+
+void cMPEGHeader::CustomFieldAdd(const String& FieldDescriptor, const Variant& FieldValue) {
+    edit(model_, [&](cMP3ID3v2& m) { m.AddCustomField(FieldDescriptor, to_text(FieldValue)); });
+}
+
+bool cMPEGHeader::CustomFieldExists(const String& FieldDescriptor) const {
+    return ask(model_, [&](const cMP3ID3v2& m) { return m.CustomFieldExists(FieldDescriptor); });
+}
+
+Variant cMPEGHeader::CustomFieldRetrieve(const String& FieldDescriptor) const {
+    return ask(model_,
+               [&](const cMP3ID3v2& m) { return Variant(m.GetCustomField(FieldDescriptor)); });
+}
+
+// --- The ID3v1 record.
+
+String cMPEGHeader::Titlev1Tag() const {
+    return ask(model_,
+               [](const cMP3ID3v2& m) { return TrimChars(m.Titlev1Tag(), u" ", kBinaryCompare); });
+}
+void cMPEGHeader::Titlev1Tag(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Titlev1Tag(value); });
+}
+
+String cMPEGHeader::artistv1Tag() const {
+    return ask(model_,
+               [](const cMP3ID3v2& m) { return TrimChars(m.artistv1Tag(), u" ", kBinaryCompare); });
+}
+void cMPEGHeader::artistv1Tag(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.artistv1Tag(value); });
+}
+
+std::int16_t cMPEGHeader::Yearv1Tag() const {
+    return integer_or_0(ask(model_, [](const cMP3ID3v2& m) { return m.Yearv1Tag(); }));
+}
+void cMPEGHeader::Yearv1Tag(std::int16_t value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Yearv1Tag(to_text(std::int32_t{value})); });
+}
+
+// Untrimmed, unlike title and artist.
+String cMPEGHeader::Commentv1() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.Commentsv1(); });
+}
+void cMPEGHeader::Commentv1(const String& value) {
+    edit(model_, [&](cMP3ID3v2& m) { m.Commentsv1(value); });
+}
+
+}  // namespace brindle

@@ -1,0 +1,29 @@
+// How the facade asks and edits its model: nothing that goes wrong reaches the host.
+#pragma once
+
+#include <memory>
+
+#include "id3v2/cMP3ID3v2.h"
+#include "util/skip_errors.h"
+
+namespace brindle {
+
+// The answer of the model; the type's default without a model or when the question fails.
+template <typename Question>
+auto ask(const std::unique_ptr<cMP3ID3v2>& model, Question question) {
+    decltype(question(*model)) answer{};
+    if (model) {
+        skip_errors([&] { answer = question(*model); });
+    }
+    return answer;
+}
+
+// Changes the model; without one, or when the change fails, nothing happens.
+template <typename Change>
+void edit(const std::unique_ptr<cMP3ID3v2>& model, Change change) {
+    if (model) {
+        skip_errors([&] { change(*model); });
+    }
+}
+
+}  // namespace brindle

@@ -1,0 +1,125 @@
+#include "id3v2/audio_start.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <span>
+
+#include "mpeg/frame_header.h"
+
+namespace brindle {
+
+namespace {
+
+constexpr std::uint8_t kSyncByte = 0xFF;
+// What frames that follow each other by chance seldom share.
+constexpr std::uint32_t kKindMask = kVersionMask | kLayerMask | kFrequencyMask;
+
+std::optional<FrameHeader> frame_at(FileWindow& file, std::int64_t position) {
+    const auto bytes = file.view(position, kHeaderBytes);
+    return bytes.size() < kHeaderBytes ? std::nullopt
+                                       : parse_frame_header(header_bits(bytes.data()));
+}
+
+// Three headers in a row; the last frame need not be whole.
+bool is_run_at(FileWindow& file, std::int64_t position) {
+    constexpr int kFramesOfARun = 3;
+    std::optional<FrameHeader> first;
+    for (int frame = 0; frame < kFramesOfARun; ++frame) {
+        const std::optional<FrameHeader> header = frame_at(file, position);
+        first = first ? first : header;
+        if (!header || ((header->bits ^ first->bits) & kKindMask) != 0) {
+            return false;
+        }
+        position += header->length;
+    }
+    return true;
+}
+
+// The first position of [begin, end) at which such a run begins.
+std::optional<std::int64_t> find_run(FileWindow& file, std::int64_t begin, std::int64_t end) {
+    for (std::int64_t position = begin; position < end; ++position) {
+        file.keep_from(position);
+        const auto block = file.view_block(position, kHeaderBytes);
+        if (block.size() < kHeaderBytes) {
+            break;
+        }
+        const void* sync = std::memchr(block.data(), kSyncByte, block.size());
+        if (sync == nullptr) {
+            position += static_cast<std::int64_t>(block.size()) - 1;
+            continue;
+        }
+        position += static_cast<const std::uint8_t*>(sync) - block.data();
+        if (position < end && is_run_at(file, position)) {
+            return position;
+        }
+    }
+    return std::nullopt;
+}
+
+// The earliest header from which a chain leads to `target`. A predecessor lies at most one longest
+// frame before its successor, so the search goes back in such steps and ends with the first one
+// that finds none.
+std::int64_t find_chain_to(FileWindow& file, std::int64_t target) {
+    std::array<bool, kLongestFrame + 1> leads{};  // of the positions behind, by their remainder
+    const auto slot = [&](std::int64_t position) -> bool& {
+        return leads[static_cast<std::size_t>(position % std::ssize(leads))];
+    };
+    slot(target) = true;
+    std::int64_t earliest = target;
+    for (std::int64_t end = target; end > 0 && earliest - end < kLongestFrame;) {
+        const std::int64_t begin = std::max<std::int64_t>(end - kLongestFrame, 0);
+        // Headers at the end of this stretch reach into the next one.
+        const auto bytes =
+            file.view(begin, static_cast<std::size_t>(end - begin) + kHeaderBytes - 1);
+        for (std::int64_t position = end - 1; position >= begin; --position) {
+            const auto at = static_cast<std::size_t>(position - begin);
+            bool& found = slot(position);
+            found = false;
+            if (bytes.size() < at + kHeaderBytes || bytes[at] != kSyncByte) {
+                continue;
+            }
+            const auto header = parse_frame_header(header_bits(bytes.data() + at));
+            const std::int64_t next = position + (header ? header->length : 0);
+            if (header && next <= target && slot(next)) {
+                found = true;
+                earliest = position;
+            }
+        }
+        end = begin;
+    }
+    return earliest;
+}
+
+}  // namespace
+
+bool is_frame_at(FileWindow& file, std::int64_t position) {
+    return frame_at(file, position).has_value();
+}
+
+std::optional<std::int64_t> find_audio_start(FileWindow& file, std::optional<std::int64_t> accepted,
+                                             const ClaimedArea& claimed) {
+    if (!accepted) {
+        file.expect_until(file.length());
+        accepted = find_run(file, 0, file.length());
+        if (!accepted) {
+            return std::nullopt;
+        }
+    }
+    file.expect_until(*accepted + static_cast<std::int64_t>(kHeaderBytes));
+    std::int64_t start = find_chain_to(file, *accepted);
+    if (const auto run = find_run(file, 0, std::min(claimed.begin, start))) {
+        start = *run;
+    }
+    if (claimed.end < start && is_frame_at(file, claimed.end)) {
+        start = claimed.end;
+    }
+    if (const auto run = find_run(file, claimed.end, start)) {
+        start = *run;
+    }
+    return start;
+}
+
+}  // namespace brindle

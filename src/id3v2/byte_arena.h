@@ -1,0 +1,42 @@
+// Where the bytes of a tag's frames stay while the file is open in memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace brindle {
+
+// Hands out pieces that never move, from blocks, so that a tag of a hundred thousand frames does
+// not cost as many allocations.
+class ByteArena {
+public:
+    // Raises std::bad_alloc.
+    std::span<std::uint8_t> allocate(std::size_t size) {
+        if (size > kLargestShared) {
+            // A block of its own; the open block stays the one to fill.
+            blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(size));
+            return {blocks_.back().get(), size};
+        }
+        if (size > free_.size()) {
+            const std::size_t block = blocks_.empty() ? kFirstBlock : kBlock;
+            blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(block));
+            free_ = {blocks_.back().get(), block};
+        }
+        const std::span<std::uint8_t> piece = free_.first(size);
+        free_ = free_.subspan(size);
+        return piece;
+    }
+
+private:
+    static constexpr std::size_t kFirstBlock = 8 * 1024;  // most tags are small
+    static constexpr std::size_t kBlock = 64 * 1024;
+    static constexpr std::size_t kLargestShared = kFirstBlock;
+
+    std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
+    std::span<std::uint8_t> free_;  // the rest of the open block
+};
+
+}  // namespace brindle

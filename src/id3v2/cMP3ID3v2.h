@@ -1,0 +1,217 @@
+// The model of one MP3 file: its tag, its ID3v1 record and its stream.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include <brindle/error.h>
+#include <brindle/keyed_collection.h>
+#include <brindle/values.h>
+
+#include "id3v1/cMP3ID3v1.h"
+#include "id3v2/standard_fields.h"
+#include "id3v2/tag_contents.h"
+#include "mpeg/clsMPEG.h"
+#include "util/environment.h"
+#include "util/file_window.h"
+#include "util/host.h"
+
+namespace brindle {
+
+class cMP3ID3v2 : public ScannedFile {
+public:
+    explicit cMP3ID3v2(Environment& environment = system_environment());
+
+    // Receives progress, yields and messages. Not owned; null when there is none.
+    Host* Owner = nullptr;
+
+    // --- The file. Assigning a name reads the file; a name that does not exist leaves the object
+    // --- empty. A file that can't be opened raises with the source BrindleId3v1Tagger.
+
+    void FileName(const String& NewName);
+    [[nodiscard]] String FileName() const override { return file_name_; }
+
+    // --- The stream (Stereo, Hz, milliseconds, ...), as of the last FileName.
+
+    [[nodiscard]] String MonoStereo() const;
+    [[nodiscard]] std::int32_t BitRate() const { return analyser_->BitRate(); }
+    [[nodiscard]] std::int32_t Frequency() const { return analyser_->SamplingFrequency(); }
+    [[nodiscard]] std::int32_t Duration() const { return analyser_->DurationmS(); }
+    [[nodiscard]] String MpegLayer() const;
+    [[nodiscard]] String MpegVersion() const;
+    [[nodiscard]] bool IsVBR() const { return analyser_->VBR(); }
+    [[nodiscard]] const clsMPEG& analyser() const { return *analyser_; }
+
+    // --- The ID3v1 record, in memory.
+
+    [[nodiscard]] bool HasID3v1Tag() const { return v1_->HasID3v1Tag(); }
+    [[nodiscard]] String Titlev1Tag() const { return v1_->Title(); }
+    void Titlev1Tag(const String& value) { v1_->Title(value); }
+    [[nodiscard]] String artistv1Tag() const { return v1_->Artist(); }
+    void artistv1Tag(const String& value) { v1_->Artist(value); }
+    [[nodiscard]] String Yearv1Tag() const { return v1_->Year(); }
+    void Yearv1Tag(const String& value) { v1_->Year(value); }
+    [[nodiscard]] String Commentsv1() const { return v1_->Comment(); }
+    void Commentsv1(const String& value) { v1_->Comment(value); }
+
+    // --- The ID3v2 tag as found in the file.
+
+    [[nodiscard]] bool HasID3v2Tag() const { return tag_position_ >= 1; }
+    [[nodiscard]] std::uint8_t ID3v2TagVersion() const { return tag_version_; }
+    [[nodiscard]] std::uint8_t TagVersion() const { return tag_version_; }
+    // Bytes of the first tag with its header; two names for one number.
+    [[nodiscard]] std::int32_t Id3v2TagSize() const override { return total_tag_length_; }
+    [[nodiscard]] std::int32_t TotalId3v2TagLen() const { return total_tag_length_; }
+    // Bytes of a second tag that directly follows the first; 0 when there is none.
+    [[nodiscard]] std::int32_t Junk() const { return junk_length_; }
+
+    // --- Frames and their values. Nothing reaches the file before it is written.
+
+    [[nodiscard]] std::int32_t FrameCount() const;
+    // The id at a position from 1; "" outside.
+    [[nodiscard]] String Frame(std::int32_t index) const;
+    [[nodiscard]] std::shared_ptr<KeyedCollection> Frames() const;
+    // The number of values that an id holds.
+    [[nodiscard]] std::int32_t TagsInFrame(const Variant& Frame) const;
+    // A value by its id and number; "" and LastError() 455 when there is none.
+    [[nodiscard]] String Tag(const String& sFrame, std::int32_t indexInFrame);
+    // The number of the error that the last Tag() met; 0 when it met none.
+    [[nodiscard]] std::int32_t LastError() const { return last_error_; }
+    // Adds a value: at the end for an index of 0, else where RemoveFrame() left a gap.
+    void AddTag(const String& sFrame, const String& sTag, std::int32_t IndexToAddInto = 0);
+    // Always raises error 13 and removes nothing; hosts use RemoveFrame().
+    void RemoveTag(const String& sFrame, std::int32_t tagIndex);
+    // Removes all values of an id, or the value of number IndexRemoved unless that is 0. For TXXX
+    // the value is chosen by its description, and IndexRemoved receives its number, 0 when there
+    // is none; without a description a message is shown and all values go.
+    void RemoveFrame(const Variant& Frame, const String& CustomFrameTitle,
+                     std::int32_t& IndexRemoved);
+    void RemoveFrame(const Variant& Frame, const String& CustomFrameTitle = {});
+
+    // --- The frames that have a property of their own.
+
+    [[nodiscard]] String ArtistUrl() const { return text(StandardField::ArtistUrl); }
+    void ArtistUrl(const String& value) { text(StandardField::ArtistUrl, value); }
+    [[nodiscard]] String BuyURL() const { return text(StandardField::BuyUrl); }
+    void BuyURL(const String& value) { text(StandardField::BuyUrl, value); }
+    [[nodiscard]] String AudioURL() const { return text(StandardField::AudioUrl); }
+    void AudioURL(const String& value) { text(StandardField::AudioUrl, value); }
+    [[nodiscard]] String CopyRight() const { return text(StandardField::CopyRight); }
+    void CopyRight(const String& value) { text(StandardField::CopyRight, value); }
+    [[nodiscard]] String Composer() const { return text(StandardField::Composer); }
+    void Composer(const String& value) { text(StandardField::Composer, value); }
+    [[nodiscard]] String OriginalArtist() const { return text(StandardField::OriginalArtist); }
+    void OriginalArtist(const String& value) { text(StandardField::OriginalArtist, value); }
+    [[nodiscard]] String LinkTo() const { return text(StandardField::LinkTo); }
+    void LinkTo(const String& value) { text(StandardField::LinkTo, value); }
+    [[nodiscard]] String PlayCounter() const { return text(StandardField::PlayCounter); }
+    void PlayCounter(const String& value) { text(StandardField::PlayCounter, value); }
+    [[nodiscard]] String EncodedBy() const { return text(StandardField::EncodedBy); }
+    void EncodedBy(const String& value) { text(StandardField::EncodedBy, value); }
+    [[nodiscard]] String Title() const { return text(StandardField::Title); }
+    void Title(const String& value) { text(StandardField::Title, value); }
+    [[nodiscard]] String Artist() const { return text(StandardField::Artist); }
+    void Artist(const String& value) { text(StandardField::Artist, value); }
+    [[nodiscard]] String Album() const { return text(StandardField::Album); }
+    void Album(const String& value) { text(StandardField::Album, value); }
+    [[nodiscard]] String Year() const { return text(StandardField::Year); }
+    void Year(const String& value) { text(StandardField::Year, value); }
+    [[nodiscard]] String Comment() const { return text(StandardField::Comment); }
+    void Comment(const String& value) { text(StandardField::Comment, value); }
+    [[nodiscard]] String Lyrics() const { return text(StandardField::Lyrics); }
+    void Lyrics(const String& value) { text(StandardField::Lyrics, value); }
+    [[nodiscard]] String Track() const { return text(StandardField::Track); }
+    void Track(const String& value) { text(StandardField::Track, value); }
+    [[nodiscard]] String Publisher() const { return text(StandardField::Publisher); }
+    void Publisher(const String& value) { text(StandardField::Publisher, value); }
+
+    // The two halves of the content type frame; setting one keeps the other.
+    [[nodiscard]] std::uint8_t Genre() const { return contents_->genre; }
+    void Genre(std::uint8_t value);
+    [[nodiscard]] String OtherGenreName() const { return text(StandardField::OtherGenreName); }
+    void OtherGenreName(const String& value);
+    // The name of a genre number; "" for a number without one.
+    [[nodiscard]] String GenreName(std::uint8_t Genre) const;
+
+    // --- Custom fields and the radio fields kept in them. Without a file open nothing is set.
+
+    void AddCustomField(const String& CustomFieldName, const String& CustomFieldValue);
+    // "" when the field is absent.
+    [[nodiscard]] String GetCustomField(const Variant& FieldName) const;
+    [[nodiscard]] bool CustomFieldExists(const String& Desc) const;
+
+    // Milliseconds.
+    [[nodiscard]] std::int32_t Sectonemsend() const;
+    void Sectonemsend(std::int32_t NewSectonems);
+    [[nodiscard]] double Speed() const;
+    void Speed(double NewTarnSpeed);
+    [[nodiscard]] std::int32_t Volume() const;
+    void Volume(std::int32_t NewVol);
+    [[nodiscard]] bool Opener() const;
+    void Opener(bool NewOpenerValue);
+    // Milliseconds.
+    [[nodiscard]] std::int32_t CueIn() const;
+    void CueIn(std::int32_t NewCueInms);
+    [[nodiscard]] std::int16_t CategoryLevel() const;
+    void CategoryLevel(std::int16_t NewCatLevel);
+
+    // --- The file again.
+
+    // Writes the ID3v1 record and the tag; without the file, nothing. Errors of the first have the
+    // source BrindleId3v1Tagger, of the second BrindleID3v2Tagger.
+    void Update();
+    // Takes off the ID3v1 record (1), the tag (2) or both (3) and reads the file again. False, and
+    // the step that failed undone, when one failed.
+    bool StripTags(std::int32_t TagsToStrip);
+
+private:
+    static constexpr std::int32_t kStripId3v1 = 1;
+    static constexpr std::int32_t kStripId3v2 = 2;
+    static constexpr std::int32_t kStripBoth = 3;
+
+    void initialise();
+    std::unique_ptr<BinaryFile> open_existing(const String& name);
+    void read(FileWindow& file);
+    void read_tags(FileWindow& file);
+    void mark_corrupt();
+    [[nodiscard]] String corrupt_mark() const;
+
+    [[nodiscard]] String text(StandardField field) const { return contents_->fields.get(field); }
+    void text(StandardField field, const String& value);
+    void replace_frame(std::u16string_view id, const String& held);
+
+    void save();
+    std::unique_ptr<BinaryFile> open_for_saving();
+    void follow_audio(std::int64_t length);
+    void find_audio_again();
+    void WriteTag(std::unique_ptr<BinaryFile> file);
+    void CopyAudioToNewFile(std::unique_ptr<BinaryFile> old_file, std::span<const std::uint8_t> tag,
+                            std::int64_t kept_from);
+    void convert_version2();
+    bool strip(std::int32_t tags);
+    bool StripID3v2();
+    [[nodiscard]] std::int64_t length_of_file();
+    void reload();
+
+    Environment& environment_;
+    std::unique_ptr<clsMPEG> analyser_;
+    std::unique_ptr<cMP3ID3v1> v1_;
+    std::unique_ptr<TagContents> contents_;
+    String file_name_;
+    std::int32_t tag_position_ = 0;  // 1-based, of the version byte; below 1: no tag
+    std::int32_t total_tag_length_ = 0;
+    std::int32_t junk_length_ = 0;
+    std::uint8_t tag_version_ = 0;
+    std::int32_t last_error_ = 0;
+    // What kept the reading from being complete. Saving a tag that was read in part would lose the
+    // rest of it.
+    std::optional<Error> fault_;
+    // Where the analyser's first frame stands now, and how long the file is that it was found in.
+    std::optional<std::int64_t> accepted_;
+    std::int64_t known_length_ = 0;
+};
+
+}  // namespace brindle

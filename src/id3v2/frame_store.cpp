@@ -1,0 +1,123 @@
+#include "id3v2/frame_store.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "util/numeric_text.h"
+#include "util/skip_errors.h"
+
+namespace brindle {
+
+const FrameStore::Record* FrameStore::find(std::u16string_view id) const noexcept {
+    const std::size_t at =
+        index_.find(TextHash::of(id), [&](std::size_t entry) { return records_[entry].id == id; });
+    return at == HashIndex::kNotFound ? nullptr : &records_[at];
+}
+
+FrameStore::Record& FrameStore::find_or_add(std::u16string_view id) {
+    const std::uint32_t hash = TextHash::of(id);
+    const std::size_t at =
+        index_.find(hash, [&](std::size_t entry) { return records_[entry].id == id; });
+    if (at != HashIndex::kNotFound) {
+        return records_[at];
+    }
+    records_.push_back({String(id), {}, {}});
+    try {
+        index_.add(hash, records_.size() - 1);
+    } catch (...) {
+        records_.pop_back();
+        throw;
+    }
+    return records_.back();
+}
+
+bool FrameStore::add_value(Record& record, std::int32_t index, StoredText text) {
+    const bool added = record.values.add(index, std::move(text));
+    value_count_ += added ? 1 : 0;
+    return added;
+}
+
+bool FrameStore::is_listed(std::u16string_view id) const {
+    return frame_list_->Exists(id) && !to_text(frame_list_->Item(id)).empty();
+}
+
+std::optional<std::int32_t> FrameStore::count(std::u16string_view id) const noexcept {
+    const Record* record = find(id);
+    return record == nullptr ? std::nullopt : record->count;
+}
+
+const StoredText* FrameStore::value(std::u16string_view id, std::int32_t index) const noexcept {
+    const Record* record = find(id);
+    return record == nullptr ? nullptr : record->values.find(index);
+}
+
+void FrameStore::append(std::u16string_view id, StoredText text) {
+    Record& record = find_or_add(id);
+    if (!record.count) {
+        frame_list_->AddKey(id);
+    }
+    const std::int32_t number = record.count.value_or(0) + 1;
+    add_value(record, number, std::move(text));
+    record.count = number;
+}
+
+void FrameStore::add(const String& id, std::u16string_view text, std::int32_t index) {
+    const auto list = [&] {
+        skip_errors([&] { frame_list_->AddKey(id); });
+        Record& record = find_or_add(id);
+        record.count = record.count.value_or(1);
+    };
+    if (!is_listed(id)) {
+        list();
+        index = 1;
+    } else if (index == 0) {
+        Record& record = find_or_add(id);
+        index = record.count.value_or(0) + 1;
+        record.count = index;
+    } else if (!is_listed(kCustomFrame)) {
+        list();
+    }
+    add_value(find_or_add(id), index, StoredText(text));
+}
+
+void FrameStore::remove_value(const String& id, std::int32_t index) {
+    Record& record = find_or_add(id);
+    value_count_ -= record.values.remove(index) ? 1 : 0;
+    for (std::size_t place = 0; place < record.values.size(); ++place) {
+        const FrameValues::Slot& slot = record.values.slot(place);
+        if (slot.index >= 1 && slot.index <= value_count_ && !slot.text.empty()) {
+            return;
+        }
+    }
+    forget(id, record);
+}
+
+void FrameStore::remove_frame(const String& id) {
+    Record& record = find_or_add(id);
+    value_count_ -= static_cast<std::int32_t>(record.values.remove_run_from_1());
+    forget(id, record);
+}
+
+void FrameStore::forget(const String& id, Record& record) {
+    skip_errors([&] { frame_list_->Remove(id); });
+    record.count.reset();
+}
+
+std::int32_t FrameStore::find_custom(std::u16string_view description) const noexcept {
+    const Record* record = find(kCustomFrame);
+    if (record == nullptr) {
+        return 0;
+    }
+    for (std::int32_t number = 1;; ++number) {
+        const StoredText* text = record->values.find(number);
+        if (text == nullptr || text->empty()) {
+            return 0;
+        }
+        const std::size_t nul = text->find_nul();
+        if (nul < text->size() && text->equals(0, nul, description)) {
+            return number;
+        }
+    }
+}
+
+}  // namespace brindle

@@ -1,0 +1,111 @@
+// The members of cMP3ID3v2 for custom fields and the radio fields kept in them.
+#include <algorithm>
+
+#include "id3v2/cMP3ID3v2.h"
+#include "util/numeric_text.h"
+#include "util/skip_errors.h"
+
+namespace brindle {
+
+namespace {
+
+// The names under which playout systems keep them.
+const String kSecTone = u"Sec Tone";
+const String kSpeed = u"TarnSpeed";
+const String kVolume = u"Volume";
+const String kOpener = u"Opener";
+const String kCueIn = u"Cue In";
+const String kCategoryLevel = u"CatLevel";
+
+// Left in a tag when it gets its first custom field.
+const String kStampName = u"TAGGED BY";
+const String kStampValue = u"CorvaneTagger - Revised Feb 2011";
+
+String field_text(const String& name, const String& value) {
+    return name + kSeparator + value;
+}
+
+// Text that is no number, or none that fits, reads as 0.
+template <typename Number>
+Number number_or_0(const String& text, Number (*convert)(std::u16string_view)) {
+    Number number{};
+    skip_errors([&] { number = convert(text); });
+    return number;
+}
+
+}  // namespace
+
+void cMP3ID3v2::AddCustomField(const String& CustomFieldName, const String& CustomFieldValue) {
+    if (file_name_.empty()) {
+        return;
+    }
+    const String frame(kCustomFrame);
+    if (!contents_->frames.is_listed(frame)) {
+        AddTag(frame, field_text(kStampName, kStampValue));
+    }
+    std::int32_t index = 0;
+    RemoveFrame(frame, CustomFieldName, index);
+    AddTag(frame, field_text(CustomFieldName, CustomFieldValue), index);
+    contents_->custom.set(CustomFieldName, CustomFieldValue);
+}
+
+String cMP3ID3v2::GetCustomField(const Variant& FieldName) const {
+    const StoredText* value = contents_->custom.find(to_text(FieldName));
+    String text = value != nullptr ? value->wide() : String();
+    std::erase(text, u'\0');
+    return text;
+}
+
+bool cMP3ID3v2::CustomFieldExists(const String& Desc) const {
+    return contents_->custom.find(Desc) != nullptr;
+}
+
+std::int32_t cMP3ID3v2::Sectonemsend() const {
+    return number_or_0(GetCustomField(kSecTone), to_long);
+}
+
+void cMP3ID3v2::Sectonemsend(std::int32_t NewSectonems) {
+    AddCustomField(kSecTone, to_text(NewSectonems));
+}
+
+double cMP3ID3v2::Speed() const {
+    return number_or_0(GetCustomField(kSpeed), to_double);
+}
+
+void cMP3ID3v2::Speed(double NewTarnSpeed) {
+    AddCustomField(kSpeed, to_text(NewTarnSpeed));
+}
+
+std::int32_t cMP3ID3v2::Volume() const {
+    return number_or_0(GetCustomField(kVolume), to_long);
+}
+
+void cMP3ID3v2::Volume(std::int32_t NewVol) {
+    AddCustomField(kVolume, to_text(NewVol));
+}
+
+bool cMP3ID3v2::Opener() const {
+    return number_or_0(GetCustomField(kOpener), to_long) != 0;
+}
+
+void cMP3ID3v2::Opener(bool NewOpenerValue) {
+    AddCustomField(kOpener, to_text(Variant(NewOpenerValue)));
+}
+
+std::int32_t cMP3ID3v2::CueIn() const {
+    return number_or_0(GetCustomField(kCueIn), to_long);
+}
+
+void cMP3ID3v2::CueIn(std::int32_t NewCueInms) {
+    AddCustomField(kCueIn, to_text(NewCueInms));
+}
+
+std::int16_t cMP3ID3v2::CategoryLevel() const {
+    return number_or_0(GetCustomField(kCategoryLevel), to_integer);
+}
+
+void cMP3ID3v2::CategoryLevel(std::int16_t NewCatLevel) {
+    AddCustomField(kCategoryLevel, to_text(std::int32_t{NewCatLevel}));
+}
+
+}  // namespace brindle

@@ -1,0 +1,52 @@
+#include "id3v2/standard_fields.h"
+
+#include <utility>
+
+namespace brindle {
+
+namespace {
+
+// Between two comments of one tag. Hosts do not see its NUL.
+constexpr std::u16string_view kCommentSeparator = u"\0\r\n"sv;
+
+}  // namespace
+
+String StandardFieldTexts::get(StandardField field) const {
+    String text = this->text(field).wide();
+    if (field == StandardField::Comment) {
+        for (const StoredText& comment : more_comments_) {
+            text += kCommentSeparator;
+            text += comment.wide();
+        }
+    }
+    if (row_of(field).nuls == Nuls::Removed) {
+        std::erase(text, u'\0');
+    }
+    return text;
+}
+
+void StandardFieldTexts::set(StandardField field, StoredText text) {
+    if (field == StandardField::Comment) {
+        more_comments_.clear();
+    }
+    this->text(field) = std::move(text);
+}
+
+void StandardFieldTexts::add_comment(StoredText text) {
+    StoredText& first = this->text(StandardField::Comment);
+    if (first.empty()) {
+        first = std::move(text);
+    } else {
+        more_comments_.push_back(std::move(text));
+    }
+}
+
+void StandardFieldTexts::clear_all_but_lyrics() {
+    StoredText lyrics = std::move(text(StandardField::Lyrics));
+    lyrics.own();
+    texts_ = {};
+    more_comments_.clear();
+    text(StandardField::Lyrics) = std::move(lyrics);
+}
+
+}  // namespace brindle

@@ -1,0 +1,60 @@
+// Text of a tag, kept as it came.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include <brindle/values.h>
+
+namespace brindle {
+
+// Either bytes of the file, one character each, which somebody else keeps (ByteArena), or wide
+// text that a host gave, which it owns. Widening waits until somebody asks for the text: most
+// values of a tag, its pictures above all, are never asked for.
+class StoredText {
+public:
+    StoredText() noexcept = default;
+    [[nodiscard]] static StoredText in_file(std::span<const std::uint8_t> bytes) noexcept;
+    explicit StoredText(std::u16string_view text);
+    StoredText(const StoredText&) = delete;
+    StoredText& operator=(const StoredText&) = delete;
+    StoredText(StoredText&& other) noexcept { swap(other); }
+    StoredText& operator=(StoredText&& other) noexcept {
+        StoredText(std::move(other)).swap(*this);
+        return *this;
+    }
+    ~StoredText();
+
+    // In characters.
+    [[nodiscard]] std::size_t size() const noexcept { return size_; }
+    [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
+    [[nodiscard]] String wide() const;
+    [[nodiscard]] bool operator==(std::u16string_view text) const noexcept;
+    [[nodiscard]] char16_t operator[](std::size_t i) const noexcept;
+    // The position of the first NUL at or behind `from`; size() when there is none.
+    [[nodiscard]] std::size_t find_nul(std::size_t from = 0) const noexcept;
+    // The characters from `first` up to `last` are exactly `text`.
+    [[nodiscard]] bool equals(std::size_t first, std::size_t last,
+                              std::u16string_view text) const noexcept;
+    // The text in the 8-bit code page, behind what `bytes` holds already.
+    void append_to(std::vector<std::uint8_t>& bytes) const;
+    // A second view of the same file bytes, or a copy of the wide text.
+    [[nodiscard]] StoredText share() const;
+    // The text no longer needs the file's bytes.
+    void own();
+
+private:
+    void swap(StoredText& other) noexcept;
+    [[nodiscard]] std::span<const std::uint8_t> bytes() const noexcept;
+    [[nodiscard]] std::u16string_view units() const noexcept;
+
+    // One pointer instead of a variant of two: a tag can hold a hundred thousand of these.
+    const void* data_ = nullptr;
+    std::uint32_t size_ = 0;
+    bool is_wide_ = false;
+};
+
+}  // namespace brindle

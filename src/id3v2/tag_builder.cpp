@@ -1,0 +1,88 @@
+#include "id3v2/tag_builder.h"
+
+#include <iterator>
+#include <span>
+#include <string_view>
+
+#include "id3v2/tag_layout.h"
+#include "util/code_page.h"
+#include "util/numeric_text.h"
+
+namespace brindle {
+
+namespace {
+
+constexpr std::uint8_t kWrittenVersion = 3;
+constexpr std::uint8_t kLatin1Encoding = 0;
+// Readers stop at an id of zeros; it is there even when the tag fills its area to the brim.
+constexpr std::size_t kEndMark = 4;
+
+constexpr std::u16string_view kPictureId = u"APIC";
+constexpr std::u16string_view kTagIdentifierText = u"ID3";
+
+// TXXX values count up to the first empty one; of other ids all that were counted.
+std::int32_t values_to_write(const FrameStore& frames, const String& id) {
+    std::int32_t count = frames.count(id).value_or(0);
+    if (id == kCustomFrame) {
+        std::int32_t filled = 0;
+        const StoredText* value = frames.value(id, 1);
+        while (value != nullptr && !value->empty()) {
+            ++filled;
+            value = frames.value(id, filled + 1);
+        }
+        count = filled != 0 ? filled : count;
+    }
+    return count;
+}
+
+// Four characters, cut or filled with NULs.
+void append_id(const String& id, std::vector<std::uint8_t>& tag) {
+    for (std::size_t i = 0; i < kFrameLayout.id_width; ++i) {
+        tag.push_back(i < id.size() ? narrow(id[i]) : std::uint8_t{0});
+    }
+}
+
+// A value without an entry is written empty: its successors keep their numbers.
+void append_frame(const String& id, const StoredText* value, std::vector<std::uint8_t>& tag) {
+    const std::size_t header = tag.size();
+    append_id(id, tag);
+    tag.resize(header + kFrameLayout.header_size);
+    const std::size_t body = tag.size();
+    if (id != kPictureId) {
+        tag.push_back(kLatin1Encoding);
+    }
+    if (value != nullptr) {
+        value->append_to(tag);
+    }
+    encode_number(tag.size() - body, kPlainShift,
+                  std::span(tag).subspan(header + kFrameLayout.id_width, kFrameLayout.size_width));
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> build_tag(const FrameStore& frames) {
+    std::vector<std::uint8_t> tag(std::begin(kTagIdentifier), std::end(kTagIdentifier));
+    tag.push_back(kWrittenVersion);
+    tag.resize(kTagHeaderSize);
+    const KeyedCollection& list = *frames.frame_list();
+    for (std::int32_t position = 1; position <= list.Count(); ++position) {
+        const String id = to_text(list.Item(position));
+        if (id.find(kTagIdentifierText) != String::npos) {
+            continue;
+        }
+        const std::int32_t count = values_to_write(frames, id);
+        for (std::int32_t number = 1; number <= count; ++number) {
+            append_frame(id, frames.value(id, number), tag);
+        }
+    }
+    tag.resize(tag.size() + kEndMark);
+    return tag;
+}
+
+void fit_tag(std::vector<std::uint8_t>& tag, std::size_t area) {
+    tag.resize(area);
+    encode_number(area - kTagHeaderSize, kSyncsafeShift,
+                  std::span(tag).subspan(kTagSizeOffset, kTagSizeWidth));
+}
+
+}  // namespace brindle

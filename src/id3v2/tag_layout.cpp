@@ -1,0 +1,55 @@
+#include "id3v2/tag_layout.h"
+
+namespace brindle {
+
+namespace {
+
+struct Version2Id {
+    std::string_view version2;
+    std::string_view kept_as;
+};
+
+constexpr Version2Id kVersion2Ids[] = {
+    {"TP1", "TPE1"},  // lead artist
+    {"TT2", "TIT2"},  // title
+    {"TAL", "TALB"},  // album
+    {"COM", "COMM"},  // comment
+    {"TRK", "TRCK"},  // track
+    {"TEN", "TENC"},  // encoded by
+    {"TYE", "TYER"},  // year
+    {"TCO", "TCON"},  // content type
+    {"PIC", "APIC"},  // picture
+};
+
+constexpr unsigned digit_bits(int shift) noexcept {
+    return static_cast<unsigned>(8 + shift);
+}
+
+}  // namespace
+
+std::uint64_t decode_number(std::span<const std::uint8_t> bytes, int shift) noexcept {
+    std::uint64_t number = 0;
+    for (const std::uint8_t byte : bytes) {
+        number = (number << digit_bits(shift)) + byte;
+    }
+    return number;
+}
+
+void encode_number(std::uint64_t value, int shift, std::span<std::uint8_t> into) noexcept {
+    const std::uint64_t mask = (std::uint64_t{1} << digit_bits(shift)) - 1;
+    for (std::size_t i = into.size(); i > 0; --i) {
+        into[i - 1] = static_cast<std::uint8_t>(value & mask);
+        value >>= digit_bits(shift);
+    }
+}
+
+std::string_view from_version2_id(std::string_view id) noexcept {
+    for (const Version2Id& row : kVersion2Ids) {
+        if (row.version2 == id) {
+            return row.kept_as;
+        }
+    }
+    return {};
+}
+
+}  // namespace brindle

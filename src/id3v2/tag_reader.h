@@ -1,0 +1,59 @@
+// Reading an ID3v2 tag: the walk from frame to frame.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include <brindle/error.h>
+
+#include "id3v2/tag_contents.h"
+#include "id3v2/tag_layout.h"
+#include "util/file_window.h"
+
+namespace brindle {
+
+struct TagFacts {
+    std::uint8_t version = 0;
+    std::int32_t size = 0;  // as the header claims it; the header itself is left out
+    bool corrupt = false;   // a frame that can't be held was met
+    // The disk failed or memory ran out, so that frames are missing which the file does hold.
+    std::optional<Error> fault;
+};
+
+// The frames of one tag, filed in the order of the file. Whatever the tag claims, no more is
+// taken into memory than the file holds, and the walk ends with the file.
+class TagReader {
+public:
+    TagReader(FileWindow& file, TagContents& contents) : file_(file), contents_(contents) {}
+
+    // `position` is that of the tag's "ID3".
+    TagFacts read(std::int64_t position);
+
+private:
+    struct Header {
+        std::array<char, kFrameLayout.id_width> id;
+        std::size_t id_width;
+        std::uint64_t size;
+
+        [[nodiscard]] std::string_view name() const noexcept { return {id.data(), id_width}; }
+        [[nodiscard]] bool is_padding() const noexcept;
+    };
+
+    void walk();
+    void walk_version2();
+    [[nodiscard]] Header read_header(const FrameLayout& layout);
+    [[nodiscard]] std::span<std::uint8_t> read_data(std::uint64_t size);
+    [[nodiscard]] bool is_past_end() const noexcept;
+    void file(const Header& header, std::span<std::uint8_t> data);
+
+    FileWindow& file_;
+    TagContents& contents_;
+    TagFacts facts_;
+    std::int64_t position_ = 0;  // the next byte to be read
+};
+
+}  // namespace brindle

@@ -1,0 +1,82 @@
+#include "id3v2/tag_search.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <iterator>
+#include <limits>
+#include <span>
+
+#include "id3v2/tag_layout.h"
+
+namespace brindle {
+
+namespace {
+
+constexpr std::size_t kSearchBlock = 4096;
+// Blocks overlap, so that an identifier across their border is found.
+constexpr std::size_t kSearchStep = kSearchBlock - std::size(kTagIdentifier);
+constexpr std::uint8_t kAudioSync[] = {0xFF, 0xFB};  // MPEG-1 Layer III without CRC
+constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
+
+// A block is searched only when the file goes on behind it.
+bool fills_block(const FileWindow& file, std::int64_t position) noexcept {
+    return position + static_cast<std::int64_t>(kSearchBlock) + 1 < file.length();
+}
+
+std::size_t find_bytes(std::span<const std::uint8_t> in,
+                       std::span<const std::uint8_t> wanted) noexcept {
+    std::size_t at = 0;
+    while (at + wanted.size() <= in.size()) {
+        const void* first = std::memchr(in.data() + at, wanted[0], in.size() - at);
+        if (first == nullptr) {
+            break;
+        }
+        at = static_cast<std::size_t>(static_cast<const std::uint8_t*>(first) - in.data());
+        if (at + wanted.size() <= in.size() &&
+            std::equal(wanted.begin(), wanted.end(), in.data() + at)) {
+            return at;
+        }
+        ++at;
+    }
+    return kNotFound;
+}
+
+}  // namespace
+
+std::optional<std::int32_t> find_tag(FileWindow& file) {
+    // A tag's own header must still be addressable in 32 bits.
+    constexpr std::int64_t kLastPosition =
+        std::numeric_limits<std::int32_t>::max() - 2 * static_cast<std::int64_t>(kSearchBlock);
+    for (std::int64_t position = 0; fills_block(file, position) && position <= kLastPosition;
+         position += static_cast<std::int64_t>(kSearchStep)) {
+        if (position >= static_cast<std::int64_t>(FileWindow::kHeadBlock)) {
+            file.expect_until(file.length());
+        }
+        // The version byte of an identifier at the very end lies one byte behind the block.
+        const auto seen = file.view(position, kSearchBlock + 1);
+        const auto block = seen.first(std::min(seen.size(), kSearchBlock));
+        const std::size_t tag = find_bytes(block, kTagIdentifier);
+        if (tag != kNotFound) {
+            if (tag + kVersionOffset < seen.size() &&
+                is_known_version(seen[tag + kVersionOffset])) {
+                return static_cast<std::int32_t>(position) + static_cast<std::int32_t>(tag);
+            }
+        } else if (find_bytes(block, kAudioSync) != kNotFound) {
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+bool is_tag_at(FileWindow& file, std::int64_t position) {
+    if (!fills_block(file, position)) {
+        return false;
+    }
+    const auto start = file.view(position, kVersionOffset + 1);
+    return start.size() > kVersionOffset &&
+           std::equal(std::begin(kTagIdentifier), std::end(kTagIdentifier), start.begin()) &&
+           is_known_version(start[kVersionOffset]);
+}
+
+}  // namespace brindle
