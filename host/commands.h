@@ -1,0 +1,10 @@
+// The commands of the program. Each has a file of its own.
+#pragma once
+
+#include "command_line.h"
+
+namespace brindle::host {
+
+void add_show(CLI::App& program, Command& chosen);
+
+}  // namespace brindle::host

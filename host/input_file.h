@@ -1,0 +1,16 @@
+// Opening a file, with the reason when it can't be.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include <brindle/cMPEGHeader.h>
+
+namespace brindle::host {
+
+// Reads the file of this name (as the system gives it) into `header`. The answer is why that could
+// not be done, or nothing. The header itself is silent about files that it can't open: it reads as
+// if they were empty.
+[[nodiscard]] std::optional<std::string> open_file(cMPEGHeader& header, const std::string& name);
+
+}  // namespace brindle::host

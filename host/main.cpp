@@ -1,0 +1,25 @@
+#include <cerrno>
+#include <exception>
+#include <system_error>
+
+#include "commands.h"
+#include "standard_streams.h"
+
+using namespace brindle::host;
+
+int main(int argc, char** argv) {
+    prepare_standard_streams();
+    try {
+        const ExitStatus status = run_command_line(argc, argv, {add_show});
+        close_output();
+        return static_cast<int>(status);
+    } catch (const OutputFailure& failure) {
+        // Who pipes into `head` has seen enough and wants to hear nothing about it.
+        if (failure.error != EPIPE) {
+            write_error("standard output", std::generic_category().message(failure.error));
+        }
+    } catch (const std::exception& error) {
+        write_error(error.what());
+    }
+    return static_cast<int>(ExitStatus::SomeFileFailed);
+}

@@ -1,0 +1,32 @@
+// Standard output and standard error, with failures that do not go unnoticed.
+#pragma once
+
+#include <string_view>
+
+namespace brindle::host {
+
+// Standard output can't be written any more. Nothing is left to do: it ends the program.
+struct OutputFailure {
+    int error;  // as in errno
+};
+
+// To be called before anything else is opened.
+//
+// A reader that has gone away (`brindle show ... | head`) is then an error of writing and not a
+// signal, which could end the program in the middle of a save. And a program started with one of
+// the standard streams closed would otherwise get that number for the first file that it opens, and
+// print into a recording.
+void prepare_standard_streams();
+
+// Writes and hands the text on at once, so that a reader of a pipe has each file's answer as soon
+// as it is known, and errors stand in their place between the answers.
+void write_output(std::string_view text);
+// The last chance for the system to tell that something was not written.
+void close_output();
+
+// `brindle: WHAT` on standard error.
+void write_error(std::string_view what);
+// `brindle: NAME: REASON` on standard error: always one line, whatever the name holds.
+void write_error(std::string_view file_name, std::string_view reason);
+
+}  // namespace brindle::host

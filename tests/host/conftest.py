@@ -1,0 +1,31 @@
+import os
+import pathlib
+import subprocess
+
+import pytest
+
+
+def _program():
+    path = os.environ.get("BRINDLE_PROGRAM")
+    if not path or not os.access(path, os.X_OK):
+        pytest.exit("BRINDLE_PROGRAM must name the built program", returncode=3)
+    return str(pathlib.Path(path).resolve())
+
+
+@pytest.fixture(scope="session")
+def program():
+    return _program()
+
+
+@pytest.fixture
+def brindle(program, tmp_path):
+    """Runs the program in the test's own folder. Nothing that it does may wait for anybody."""
+
+    def run(*arguments, **options):
+        options.setdefault("stdout", subprocess.PIPE)
+        options.setdefault("stderr", subprocess.PIPE)
+        options.setdefault("stdin", subprocess.DEVNULL)
+        options.setdefault("cwd", tmp_path)
+        return subprocess.run([program, *arguments], timeout=60, check=False, **options)
+
+    return run
