@@ -1,0 +1,381 @@
+#include "util/file_window.h"
+
+#include <algorithm>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <brindle/error.h>
+
+#include "util/error_number.h"
+
+namespace brindle {
+namespace {
+
+using test::error_number;
+using Bytes = std::vector<std::uint8_t>;
+
+struct Read {
+    std::int64_t offset;
+    std::size_t count;
+
+    friend bool operator==(const Read&, const Read&) = default;
+};
+
+void PrintTo(const Read& read, std::ostream* stream) {
+    *stream << "{" << read.offset << ", " << read.count << "}";
+}
+
+// A file in memory that remembers what was read of it.
+class ReadLog final : public BinaryFile {
+public:
+    explicit ReadLog(std::size_t count) : content(count), claimed_length(count) {
+        // No two places of a file look alike for long: 251 is prime.
+        for (std::size_t i = 0; i < count; ++i) {
+            content[i] = static_cast<std::uint8_t>(i % 251 + i / 65'536);
+        }
+    }
+
+    std::int64_t length() override {
+        ++lengths;
+        return static_cast<std::int64_t>(claimed_length);
+    }
+    std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override {
+        reads.push_back({offset, into.size()});
+        if (fails) {
+            throw Error(RuntimeError::DeviceInputOutput);
+        }
+        const auto from = std::min(static_cast<std::size_t>(offset), content.size());
+        const std::size_t count = std::min(into.size(), content.size() - from);
+        std::copy_n(content.begin() + static_cast<std::ptrdiff_t>(from), count, into.begin());
+        return count;
+    }
+    void write_at(std::int64_t, std::span<const std::uint8_t>) override { FAIL(); }
+    std::size_t copy_from(BinaryFile&, std::int64_t, std::int64_t, std::size_t) override {
+        ADD_FAILURE();
+        return 0;
+    }
+    void set_length(std::int64_t) override { FAIL(); }
+    void flush() override { FAIL(); }
+    void close() override { FAIL(); }
+
+    [[nodiscard]] Bytes slice(std::int64_t offset, std::size_t count) const {
+        const auto from = static_cast<std::size_t>(
+            std::clamp<std::int64_t>(offset, 0, static_cast<std::int64_t>(content.size())));
+        if (offset < 0) {
+            return {};
+        }
+        const std::size_t length = std::min(count, content.size() - from);
+        const auto begin = content.begin() + static_cast<std::ptrdiff_t>(from);
+        return {begin, begin + static_cast<std::ptrdiff_t>(length)};
+    }
+
+    Bytes content;
+    std::size_t claimed_length;
+    bool fails = false;
+    int lengths = 0;
+    std::vector<Read> reads;
+};
+
+Bytes bytes_of(std::span<const std::uint8_t> view) {
+    return {view.begin(), view.end()};
+}
+
+using Reads = std::vector<Read>;
+
+TEST(FileWindow, LengthIsAskedOnce) {
+    ReadLog file(100'000);
+    FileWindow window(file);
+    (void)window.view(0, 10);
+    (void)window.view(50'000, 10);
+    EXPECT_EQ(window.length(), 100'000);
+    EXPECT_EQ(file.lengths, 1);
+}
+
+TEST(FileWindow, NothingIsReadUntilSomethingIsViewed) {
+    ReadLog file(100'000);
+    FileWindow window(file);
+    window.expect_until(100'000);
+    EXPECT_EQ(file.reads, Reads{});
+    EXPECT_EQ(window.refills(), 0U);
+}
+
+TEST(FileWindow, HeadIsReadInOneSmallBlock) {
+    ReadLog file(100'000);
+    FileWindow window(file);
+    EXPECT_EQ(bytes_of(window.view(0, 10)), file.slice(0, 10));
+    EXPECT_EQ(bytes_of(window.view(8'000, 192)), file.slice(8'000, 192));
+    EXPECT_EQ(bytes_of(window.view(5, 0)), Bytes());
+    EXPECT_EQ(file.reads, (Reads{{0, 8'192}}));
+    EXPECT_EQ(window.refills(), 1U);
+}
+
+TEST(FileWindow, SmallFileIsReadOnce) {
+    ReadLog file(5'000);
+    FileWindow window(file);
+    EXPECT_EQ(bytes_of(window.view(0, 10)), file.slice(0, 10));
+    EXPECT_EQ(bytes_of(window.view(4'990, 100)), file.slice(4'990, 10));
+    EXPECT_EQ(bytes_of(window.view(4'990, 100)), file.slice(4'990, 10));
+    EXPECT_EQ(file.reads, (Reads{{0, 5'000}}));
+}
+
+TEST(FileWindow, ExpectationSaysHowFarIsRead) {
+    ReadLog file(1'000'000);
+    FileWindow small(file);
+    small.expect_until(20'000);
+    (void)small.view(100, 10);
+    FileWindow large(file);
+    large.expect_until(500'000);
+    (void)large.view(100, 10);
+    FileWindow past(file);
+    past.expect_until(50);
+    (void)past.view(100, 10);
+    EXPECT_EQ(file.reads, (Reads{{100, 19'900}, {100, 65'536}, {100, 8'192}}));
+}
+
+TEST(FileWindow, MoreThanABlockIsReadWhenItIsWanted) {
+    ReadLog file(1'000'000);
+    FileWindow window(file);
+    EXPECT_EQ(bytes_of(window.view(7, 500'000)), file.slice(7, 500'000));
+    EXPECT_EQ(file.reads, (Reads{{7, 500'000}}));
+}
+
+TEST(FileWindow, ReadsOnBehindWhatItHolds) {
+    ReadLog file(100'000);
+    FileWindow window(file);
+    (void)window.view(0, 10);
+    EXPECT_EQ(bytes_of(window.view(8'190, 4)), file.slice(8'190, 4));
+    EXPECT_EQ(bytes_of(window.view(16'384, 4)), file.slice(16'384, 4));
+    EXPECT_EQ(file.reads, (Reads{{0, 8'192}, {8'192, 8'192}, {16'384, 8'192}}));
+}
+
+TEST(FileWindow, WalkOverFramesReadsWholeBlocks) {
+    ReadLog file(1'048'576);
+    FileWindow window(file);
+    window.expect_until(1'048'576);
+    for (std::int64_t frame = 0; frame + 417 <= 1'048'576; frame += 417) {
+        ASSERT_EQ(bytes_of(window.view(frame, 4)), file.slice(frame, 4));
+    }
+    // 16 blocks of 65,536 bytes; a block may begin with a frame's header instead of behind the
+    // last block, which can only save reads.
+    EXPECT_LE(window.refills(), 16U);
+    EXPECT_EQ(window.refills(), file.reads.size());
+}
+
+TEST(FileWindow, SlidingByOneByteStillReadsBlocks) {
+    ReadLog file(300'000);
+    FileWindow window(file);
+    window.expect_until(300'000);
+    for (std::int64_t offset = 0; offset < 200'000; ++offset) {
+        ASSERT_EQ(window.view(offset, 60'000).size(), 60'000U);
+    }
+    // The last view ends at 259,999, and four blocks at 262,144.
+    EXPECT_EQ(window.refills(), 4U);
+}
+
+TEST(FileWindow, LeapReadsNothingInBetween) {
+    ReadLog file(1'000'000);
+    FileWindow window(file);
+    (void)window.view(0, 10);
+    EXPECT_EQ(bytes_of(window.view(999'872, 128)), file.slice(999'872, 128));
+    EXPECT_EQ(file.reads, (Reads{{0, 8'192}, {999'872, 128}}));
+}
+
+TEST(FileWindow, GoingBackReadsAnew) {
+    ReadLog file(100'000);
+    FileWindow window(file);
+    (void)window.view(50'000, 10);
+    EXPECT_EQ(bytes_of(window.view(10, 10)), file.slice(10, 10));
+    EXPECT_EQ(file.reads, (Reads{{50'000, 8'192}, {10, 8'192}}));
+}
+
+TEST(FileWindow, KeptBytesCostNothingToGoBackTo) {
+    ReadLog file(1'000'000);
+    FileWindow window(file);
+    window.expect_until(1'000'000);
+    window.keep_from(100);
+    for (std::int64_t offset = 0; offset < 290'000; offset += 2'881) {
+        ASSERT_EQ(bytes_of(window.view(offset, 4)), file.slice(offset, 4));
+    }
+    const std::uint32_t refills = window.refills();
+    EXPECT_EQ(bytes_of(window.view(100, 4)), file.slice(100, 4));
+    EXPECT_EQ(bytes_of(window.view(150'000, 4)), file.slice(150'000, 4));
+    EXPECT_EQ(window.refills(), refills);
+    EXPECT_EQ(refills, 5U);  // of 65,536 bytes: nothing was read twice
+}
+
+TEST(FileWindow, WhatIsNotKeptIsLetGo) {
+    ReadLog file(1'000'000);
+    FileWindow window(file);
+    window.keep_from(0);
+    (void)window.view(0, 10);
+    window.keep_from(8'000);
+    (void)window.view(8'190, 10);
+    const std::uint32_t refills = window.refills();
+    EXPECT_EQ(bytes_of(window.view(8'000, 10)), file.slice(8'000, 10));
+    EXPECT_EQ(window.refills(), refills);
+    EXPECT_EQ(bytes_of(window.view(7'999, 10)), file.slice(7'999, 10));
+    EXPECT_EQ(window.refills(), refills + 1);
+}
+
+TEST(FileWindow, NoMoreThanTheMostIsKept) {
+    ReadLog file(1'000'000);
+    FileWindow window(file);
+    window.expect_until(1'000'000);
+    window.keep_from(0);
+    for (std::int64_t offset = 0; offset < 700'000; offset += 1'000) {
+        ASSERT_EQ(bytes_of(window.view(offset, 4)), file.slice(offset, 4));
+        ASSERT_LE(window.view_block(offset, 4).size(), FileWindow::kMostHeld);
+    }
+    const std::uint32_t refills = window.refills();
+    EXPECT_EQ(bytes_of(window.view(0, 4)), file.slice(0, 4));
+    EXPECT_EQ(window.refills(), refills + 1);
+}
+
+TEST(FileWindow, LeapLetsGoOfWhatWasKept) {
+    ReadLog file(1'000'000);
+    FileWindow window(file);
+    window.keep_from(0);
+    (void)window.view(0, 10);
+    (void)window.view(8'192 + 65'537, 10);
+    EXPECT_EQ(file.reads, (Reads{{0, 8'192}, {73'729, 8'192}}));
+}
+
+TEST(FileWindow, OutsideTheFileIsNothing) {
+    ReadLog file(10'000);
+    FileWindow window(file);
+    EXPECT_TRUE(window.view(10'000, 4).empty());
+    EXPECT_TRUE(window.view(20'000, 4).empty());
+    EXPECT_TRUE(window.view(-1, 4).empty());
+    EXPECT_TRUE(window.view_block(10'000, 4).empty());
+    Bytes room(4);
+    EXPECT_EQ(window.copy(10'000, room), 0U);
+    EXPECT_EQ(window.copy(-1, room), 0U);
+    EXPECT_EQ(file.reads, Reads{});
+}
+
+TEST(FileWindow, EmptyFileIsNothing) {
+    ReadLog file(0);
+    FileWindow window(file);
+    EXPECT_TRUE(window.view(0, 10).empty());
+    EXPECT_TRUE(window.view_block(0, 10).empty());
+    EXPECT_EQ(file.reads, Reads{});
+}
+
+TEST(FileWindow, ViewBlockGivesAllThatIsHeld) {
+    ReadLog file(100'000);
+    FileWindow window(file);
+    EXPECT_EQ(bytes_of(window.view_block(0, 4)), file.slice(0, 8'192));
+    EXPECT_EQ(bytes_of(window.view_block(8'000, 192)), file.slice(8'000, 192));
+    EXPECT_EQ(bytes_of(window.view_block(8'000, 193)), file.slice(8'000, 8'384));
+    EXPECT_EQ(bytes_of(window.view_block(99'990, 100)), file.slice(99'990, 10));
+}
+
+TEST(FileWindow, CopyLeavesTheWindowWhereItIs) {
+    ReadLog file(100'000);
+    FileWindow window(file);
+    (void)window.view(10'000, 10);
+    file.reads.clear();
+
+    Bytes inside(500);
+    EXPECT_EQ(window.copy(11'000, inside), 500U);
+    EXPECT_EQ(inside, file.slice(11'000, 500));
+    EXPECT_EQ(file.reads, Reads{});
+
+    Bytes over_both_ends(20'000);
+    EXPECT_EQ(window.copy(5'000, over_both_ends), 20'000U);
+    EXPECT_EQ(over_both_ends, file.slice(5'000, 20'000));
+    EXPECT_EQ(file.reads, (Reads{{5'000, 5'000}, {18'192, 6'808}}));
+
+    Bytes at_the_end(100);
+    EXPECT_EQ(window.copy(99'950, at_the_end), 50U);
+    EXPECT_EQ(window.copy(15'000, std::span<std::uint8_t>()), 0U);
+
+    EXPECT_EQ(bytes_of(window.view(10'000, 10)), file.slice(10'000, 10));
+    EXPECT_EQ(window.refills(), 1U);
+}
+
+TEST(FileWindow, FileThatWasCutGivesWhatIsLeft) {
+    ReadLog file(10'000);
+    file.claimed_length = 100'000;
+    FileWindow window(file);
+    EXPECT_EQ(bytes_of(window.view(5'000, 20'000)), file.slice(5'000, 5'000));
+    EXPECT_TRUE(window.view(10'000, 4).empty());
+    EXPECT_TRUE(window.view(50'000, 4).empty());
+    Bytes room(2'000);
+    EXPECT_EQ(window.copy(9'000, room), 1'000U);
+    EXPECT_EQ(file.reads, (Reads{{5'000, 20'000}}));  // it does not ask again
+    EXPECT_EQ(window.length(), 100'000);
+}
+
+TEST(FileWindow, FileThatWasCutBeforeTheViewGivesNothing) {
+    ReadLog file(10'000);
+    file.claimed_length = 100'000;
+    FileWindow window(file);
+    EXPECT_TRUE(window.view(50'000, 4).empty());
+    Bytes room(4);
+    EXPECT_EQ(window.copy(60'000, room), 0U);
+}
+
+TEST(FileWindow, FailedReadLeavesItUsable) {
+    ReadLog file(100'000);
+    FileWindow window(file);
+    window.keep_from(0);
+    (void)window.view(0, 10);
+    file.fails = true;
+    EXPECT_EQ(error_number([&] { (void)window.view(8'190, 10); }), 57);
+    EXPECT_EQ(bytes_of(window.view(8'000, 192)), file.slice(8'000, 192));
+    Bytes room(10);
+    EXPECT_EQ(error_number([&] { (void)window.copy(50'000, room); }), 57);
+    file.fails = false;
+    EXPECT_EQ(bytes_of(window.view(8'190, 10)), file.slice(8'190, 10));
+    EXPECT_EQ(bytes_of(window.view(0, 10)), file.slice(0, 10));
+}
+
+RC_GTEST_PROP(FileWindow, AlwaysShowsTheBytesOfTheFile, ()) {
+    const auto length = *rc::gen::element<std::size_t>(0, 1, 100, 8'192, 70'000, 600'000);
+    ReadLog file(length);
+    FileWindow window(file);
+    const auto end = static_cast<std::int64_t>(length);
+    const auto steps = *rc::gen::inRange(0, 60);
+    std::int64_t last = 0;
+    for (int step = 0; step < steps; ++step) {
+        // Mostly near the last place, as readers go, sometimes anywhere.
+        const std::int64_t offset = *rc::gen::weightedOneOf<std::int64_t>(
+            {{6, rc::gen::map(rc::gen::inRange<std::int64_t>(-500, 9'000),
+                              [last](std::int64_t by) { return last + by; })},
+             {1, rc::gen::inRange<std::int64_t>(-10, end + 10)}});
+        const auto wanted = *rc::gen::element<std::size_t>(0, 1, 4, 128, 2'881, 8'192, 65'536);
+        switch (*rc::gen::inRange(0, 6)) {
+            case 0:
+                window.keep_from(offset);
+                break;
+            case 1:
+                window.expect_until(offset + 100'000);
+                break;
+            case 2: {
+                const std::uint32_t refills = window.refills();
+                Bytes room(wanted);
+                room.resize(window.copy(offset, room));
+                RC_ASSERT(room == file.slice(offset, wanted));
+                RC_ASSERT(window.refills() == refills);
+                break;
+            }
+            case 3: {
+                const Bytes block = bytes_of(window.view_block(offset, wanted));
+                RC_ASSERT(block == file.slice(offset, block.size()));
+                RC_ASSERT(block.size() >= file.slice(offset, wanted).size());
+                RC_ASSERT(block.size() <= FileWindow::kMostHeld);
+                break;
+            }
+            default:
+                RC_ASSERT(bytes_of(window.view(offset, wanted)) == file.slice(offset, wanted));
+                last = std::clamp<std::int64_t>(offset, 0, end);
+                break;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace brindle
