@@ -1,0 +1,55 @@
+#include "util/hash_index.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+namespace brindle {
+namespace {
+
+TEST(HashIndex, TextHashIsTheSameUnitByUnit) {
+    TextHash hash;
+    for (const char16_t unit : std::u16string(u"Cue In")) {
+        hash.add(unit);
+    }
+    EXPECT_EQ(hash.value(), TextHash::of(u"Cue In"));
+    EXPECT_NE(TextHash::of(u"Cue In"), TextHash::of(u"cue In"));
+}
+
+TEST(HashIndex, AnEmptyOneFindsNothing) {
+    const HashIndex index;
+    EXPECT_EQ(index.find(7, [](std::size_t) { return true; }), HashIndex::kNotFound);
+}
+
+// Few hashes for many entries, so that probing and moving up are what is tested.
+RC_GTEST_PROP(HashIndex, FindsWhatALinearSearchFinds, ()) {
+    HashIndex index;
+    std::vector<std::uint32_t> keys;  // the hash of a key is its remainder by 7
+    std::uint32_t next = 0;
+    const auto steps = *rc::gen::inRange(0, 120);
+    for (int step = 0; step < steps; ++step) {
+        if (keys.empty() || *rc::gen::inRange(0, 4) != 0) {
+            keys.push_back(next++);
+            index.add(keys.back() % 7, keys.size() - 1);
+        } else {
+            const auto entry = *rc::gen::inRange<std::size_t>(0, keys.size());
+            keys.erase(keys.begin() + static_cast<std::ptrdiff_t>(entry));
+            index.remove(entry);
+        }
+    }
+    for (std::uint32_t key = 0; key < next; ++key) {
+        const auto found = std::find(keys.begin(), keys.end(), key);
+        const std::size_t expected = found == keys.end()
+                                         ? HashIndex::kNotFound
+                                         : static_cast<std::size_t>(found - keys.begin());
+        RC_ASSERT(index.find(key % 7, [&](std::size_t entry) { return keys[entry] == key; }) ==
+                  expected);
+    }
+}
+
+}  // namespace
+}  // namespace brindle
