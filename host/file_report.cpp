@@ -182,15 +182,19 @@ std::string frame_text(const String& id, const String& value) {
         return std::to_string(value.size()) + " bytes";
     }
     std::string shown;
-    const std::size_t description_end = id == u"TXXX" ? value.find(u'\0') : String::npos;
-    std::size_t text_start = 0;
-    if (description_end != String::npos) {
+    String text = value;
+    if (const std::size_t description_end = value.find(u'\0');
+        id == u"TXXX" && description_end != String::npos) {
         shown = printable(value.substr(0, description_end)) + " = ";
-        text_start = description_end + 1;
+        text.erase(0, description_end + 1);
+        // Some programs end the text with a NUL; nothing is said by it.
+        if (!text.empty() && text.back() == u'\0') {
+            text.pop_back();
+        }
     }
-    shown += printable(value.substr(text_start, kLongestShown));
-    if (value.size() - text_start > kLongestShown) {
-        shown += " ... (" + std::to_string(value.size()) + " characters)";
+    shown += printable(text.substr(0, kLongestShown));
+    if (text.size() > kLongestShown) {
+        shown += " ... (" + std::to_string(text.size()) + " characters)";
     }
     return shown;
 }

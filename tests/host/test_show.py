@@ -396,6 +396,19 @@ def test_report_cuts_a_long_value_that_json_has_in_full(folder, brindle):
     assert facts["v2Tag"]["TENC"] == ["y" * 121]
 
 
+def test_report_takes_a_user_text_apart(folder, brindle):
+    (folder / "a.mp3").write_bytes(
+        tag(frame("TXXX", b"\0End\0Fade\0"), frame("TXXX", b"\0Mix\0a\0b\0\0"),
+            frame("TXXX", b"\0Note\0")) + audio())
+    report = brindle("show", "a.mp3").stdout.decode()
+    # A terminating NUL says nothing; any other one is shown.
+    assert "    TXXX           End = Fade\n" in report
+    assert "    TXXX           Mix = a\\x00b\\x00\n" in report
+    assert "    TXXX           Note = \n" in report
+    (facts,) = json_lines(brindle("show", "--json", "a.mp3").stdout)
+    assert facts["v2Tag"]["TXXX"] == ["End\0Fade\0", "Mix\0a\0b\0\0", "Note\0"]
+
+
 def test_report_lists_a_frame_without_text(folder, brindle):
     (folder / "a.mp3").write_bytes(tag(text_frame("TENC", ""), text_frame("TIT2", "x")) + audio())
     assert "    TENC           (empty)\n" in brindle("show", "a.mp3").stdout.decode()
