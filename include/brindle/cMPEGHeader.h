@@ -35,6 +35,7 @@ namespace brindle {
 
 class cMP3ID3v2;
 struct Environment;
+struct SavePlan;
 
 class cMPEGHeader {
 public:
@@ -262,6 +263,7 @@ public:
 private:
     class HostLink;
     class LoopMark;
+    friend SavePlan plan_save(const cMPEGHeader& header);  // <brindle/save_plan.h>
 
     Environment& environment_;
     std::unique_ptr<HostLink> host_;

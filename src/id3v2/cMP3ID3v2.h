@@ -9,6 +9,7 @@
 
 #include <brindle/error.h>
 #include <brindle/keyed_collection.h>
+#include <brindle/save_plan.h>
 #include <brindle/values.h>
 
 #include "id3v1/cMP3ID3v1.h"
@@ -166,6 +167,8 @@ public:
     // Takes off the ID3v1 record (1), the tag (2) or both (3) and reads the file again. False, and
     // the step that failed undone, when one failed.
     bool StripTags(std::int32_t TagsToStrip);
+    // What Update() would need and lose. Raises what Update() would raise before it writes.
+    [[nodiscard]] SavePlan plan_save() const;
 
 private:
     static constexpr std::int32_t kStripId3v1 = 1;
@@ -191,6 +194,20 @@ private:
     void CopyAudioToNewFile(std::unique_ptr<BinaryFile> old_file, std::span<const std::uint8_t> tag,
                             std::int64_t kept_from);
     void convert_version2();
+    // What of a version 2 tag outlives its conversion.
+    struct LastingFields {
+        String artist;
+        String title;
+        String year;
+        std::int16_t category_level;
+        String category;
+    };
+    [[nodiscard]] LastingFields lasting_fields() const;
+    void restore(const LastingFields& lasting);
+    // As Update() would write them; valid while this object is unchanged.
+    [[nodiscard]] FrameStore frames_to_write() const;
+    void plan_save(BinaryFile& file, SavePlan& plan) const;
+    static void require_addressable(std::int64_t length);
     bool strip(std::int32_t tags);
     bool StripID3v2();
     [[nodiscard]] std::int64_t length_of_file();

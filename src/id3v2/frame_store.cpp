@@ -51,6 +51,25 @@ const StoredText* FrameStore::value(std::u16string_view id, std::int32_t index) 
     return record == nullptr ? nullptr : record->values.find(index);
 }
 
+FrameStore FrameStore::copy() const {
+    FrameStore copied;
+    for (std::int32_t position = 1; position <= frame_list_->Count(); ++position) {
+        const String id = to_text(frame_list_->Item(position));
+        if (!copied.frame_list_->Exists(id)) {
+            copied.frame_list_->AddKey(id);
+        }
+    }
+    for (const Record& record : records_) {
+        Record& twin = copied.find_or_add(record.id);
+        twin.count = record.count;
+        for (std::size_t place = 0; place < record.values.size(); ++place) {
+            const FrameValues::Slot& slot = record.values.slot(place);
+            copied.add_value(twin, slot.index, slot.text.share());
+        }
+    }
+    return copied;
+}
+
 void FrameStore::append(std::u16string_view id, StoredText text) {
     Record& record = find_or_add(id);
     if (!record.count) {

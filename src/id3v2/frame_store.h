@@ -38,6 +38,9 @@ public:
     // The values of all ids together.
     [[nodiscard]] std::int32_t value_count() const noexcept { return value_count_; }
 
+    // A second store of the same frames; it may see the same file bytes.
+    [[nodiscard]] FrameStore copy() const;
+
     // A value as the reader finds it: the next one of its id.
     void append(std::u16string_view id, StoredText text);
     // Adds a value. `index` 0 appends it; another one puts it where an earlier value was removed

@@ -68,12 +68,16 @@ std::unique_ptr<BinaryFile> cMP3ID3v2::open_for_saving() {
 // The audio lies where the file was opened or where this object has moved it, unless somebody else
 // has changed the file since: then it is looked for again.
 void cMP3ID3v2::follow_audio(std::int64_t length) {
+    require_addressable(length);
+    if (length != known_length_) {
+        find_audio_again();
+    }
+}
+
+void cMP3ID3v2::require_addressable(std::int64_t length) {
     constexpr std::int64_t kMostBytes = 2'147'483'647;
     if (length > kMostBytes) {
         throw Error(RuntimeError::Overflow);
-    }
-    if (length != known_length_) {
-        find_audio_again();
     }
 }
 
@@ -134,26 +138,43 @@ void cMP3ID3v2::CopyAudioToNewFile(std::unique_ptr<BinaryFile> old_file,
 // A version 2 tag goes, and of what it held the fields that schedules and lists are made of come
 // back.
 void cMP3ID3v2::convert_version2() {
-    const String artist = Artist();
-    const String title = Title();
-    const String year = Year();
-    const std::int16_t category_level = CategoryLevel();
-    const String category = GetCustomField(u"Category");
+    const LastingFields lasting = lasting_fields();
     if (!strip(kStripId3v2)) {
         // Nobody may believe that this was saved.
         throw Error(RuntimeError::InvalidCall);
     }
     reload();
-    Artist(artist);
-    Title(title);
-    Year(year);
-    if (category_level > 0) {
-        CategoryLevel(category_level);
-    }
-    if (!category.empty()) {
-        AddCustomField(u"Category", category);
-    }
+    restore(lasting);
     AddCustomField(kSavedStampName, kSavedStampValue);
+}
+
+cMP3ID3v2::LastingFields cMP3ID3v2::lasting_fields() const {
+    return {Artist(), Title(), Year(), CategoryLevel(), GetCustomField(u"Category")};
+}
+
+void cMP3ID3v2::restore(const LastingFields& lasting) {
+    Artist(lasting.artist);
+    Title(lasting.title);
+    Year(lasting.year);
+    if (lasting.category_level > 0) {
+        CategoryLevel(lasting.category_level);
+    }
+    if (!lasting.category.empty()) {
+        AddCustomField(u"Category", lasting.category);
+    }
+}
+
+// The steps of a save on a copy of the frames.
+FrameStore cMP3ID3v2::frames_to_write() const {
+    cMP3ID3v2 copy(environment_);
+    copy.file_name_ = file_name_;
+    if (tag_version_ == kOldestVersion) {
+        copy.restore(lasting_fields());
+    } else {
+        copy.contents_->frames = contents_->frames.copy();
+    }
+    copy.AddCustomField(kSavedStampName, kSavedStampValue);
+    return std::move(copy.contents_->frames);
 }
 
 }  // namespace brindle

@@ -38,7 +38,7 @@ const StandardFieldRow* find_row(std::u16string_view id) noexcept {
 
 }  // namespace
 
-void TagContents::file(std::string_view narrow_id, std::span<std::uint8_t> value) {
+String TagContents::file(std::string_view narrow_id, std::span<std::uint8_t> value) {
     String id;
     for (const char character : narrow_id) {
         id.push_back(widen(static_cast<std::uint8_t>(character)));
@@ -50,11 +50,11 @@ void TagContents::file(std::string_view narrow_id, std::span<std::uint8_t> value
     frames.append(id, StoredText::in_file(value));
     if (is_custom) {
         file_custom(custom, value);
-        return;
+        return id;
     }
     const StandardFieldRow* row = find_row(id);
     if (row == nullptr) {
-        return;
+        return id;
     }
     StoredText text = StoredText::in_file(value);
     switch (row->field) {
@@ -70,6 +70,7 @@ void TagContents::file(std::string_view narrow_id, std::span<std::uint8_t> value
         default:
             fields.set(row->field, std::move(text));
     }
+    return id;
 }
 
 }  // namespace brindle

@@ -20,8 +20,8 @@ struct TagContents {
     std::uint8_t genre = 0;
 
     // Files a frame as the reader found it under its id, and what is derived from it. `value` lies
-    // in `bytes`; separators that mean nothing are removed from it in place.
-    void file(std::string_view id, std::span<std::uint8_t> value);
+    // in `bytes`; separators that mean nothing are removed from it in place. The id as it is kept.
+    String file(std::string_view id, std::span<std::uint8_t> value);
 };
 
 }  // namespace brindle

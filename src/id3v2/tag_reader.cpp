@@ -93,7 +93,7 @@ void TagReader::walk_version2() {
         if (header.is_padding() || counted > static_cast<std::uint64_t>(facts_.size)) {
             return;
         }
-        contents_.file(from_version2_id(header.name()), read_data(header.size));
+        file_as(from_version2_id(header.name()), header, read_data(header.size));
     } while (!is_past_end());
 }
 
@@ -108,9 +108,9 @@ TagReader::Header TagReader::read_header(const FrameLayout& layout) {
     std::array<std::uint8_t, kFrameLayout.header_size> bytes{};
     const auto seen = file_.view(position_, layout.header_size);
     std::copy(seen.begin(), seen.end(), bytes.begin());
-    position_ += static_cast<std::int64_t>(layout.header_size);
 
-    Header header{{}, layout.id_width, 0};
+    Header header{{}, layout.id_width, 0, position_};
+    position_ += static_cast<std::int64_t>(layout.header_size);
     std::memcpy(header.id.data(), bytes.data(), layout.id_width);
     header.size =
         decode_number(std::span(bytes).subspan(layout.id_width, layout.size_width), kPlainShift);
@@ -147,15 +147,23 @@ std::span<std::uint8_t> TagReader::read_data(std::uint64_t size) {
 
 void TagReader::file(const Header& header, std::span<std::uint8_t> data) {
     if (header.name() == kPictureId) {
-        contents_.file(kPictureId, data);
+        file_as(kPictureId, header, data);
     } else if (header.name() == kCustomId) {
         if (std::find(data.begin(), data.end(), 0) != data.end()) {
             const auto text =
                 std::find_if(data.begin(), data.end(), [](std::uint8_t byte) { return byte != 0; });
-            contents_.file(kCustomId, {text, data.end()});
+            file_as(kCustomId, header, {text, data.end()});
         }
     } else {
-        contents_.file(header.name(), text_of(data));
+        file_as(header.name(), header, text_of(data));
+    }
+}
+
+void TagReader::file_as(std::string_view id, const Header& header, std::span<std::uint8_t> value) {
+    const String kept_id = contents_.file(id, value);
+    if (filed_ != nullptr) {
+        filed_->push_back(
+            {header.position, header.size, kept_id, contents_.frames.count(kept_id).value_or(0)});
     }
 }
 

@@ -7,8 +7,10 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include <brindle/error.h>
+#include <brindle/values.h>
 
 #include "id3v2/tag_contents.h"
 #include "id3v2/tag_layout.h"
@@ -24,11 +26,21 @@ struct TagFacts {
     std::optional<Error> fault;
 };
 
+// Where a frame that was filed stands in the file, and under which id and number it was filed.
+struct FiledFrame {
+    std::int64_t position = 0;  // of its header
+    std::uint64_t size = 0;     // as the header claims it
+    String id;
+    std::int32_t number = 0;
+};
+
 // The frames of one tag, filed in the order of the file. Whatever the tag claims, no more is
 // taken into memory than the file holds, and the walk ends with the file.
 class TagReader {
 public:
-    TagReader(FileWindow& file, TagContents& contents) : file_(file), contents_(contents) {}
+    // With `filed`, each filed frame is noted there too.
+    TagReader(FileWindow& file, TagContents& contents, std::vector<FiledFrame>* filed = nullptr)
+        : file_(file), contents_(contents), filed_(filed) {}
 
     // `position` is that of the tag's "ID3".
     TagFacts read(std::int64_t position);
@@ -38,6 +50,7 @@ private:
         std::array<char, kFrameLayout.id_width> id;
         std::size_t id_width;
         std::uint64_t size;
+        std::int64_t position;
 
         [[nodiscard]] std::string_view name() const noexcept { return {id.data(), id_width}; }
         [[nodiscard]] bool is_padding() const noexcept;
@@ -49,9 +62,11 @@ private:
     [[nodiscard]] std::span<std::uint8_t> read_data(std::uint64_t size);
     [[nodiscard]] bool is_past_end() const noexcept;
     void file(const Header& header, std::span<std::uint8_t> data);
+    void file_as(std::string_view id, const Header& header, std::span<std::uint8_t> value);
 
     FileWindow& file_;
     TagContents& contents_;
+    std::vector<FiledFrame>* filed_;
     TagFacts facts_;
     std::int64_t position_ = 0;  // the next byte to be read
 };

@@ -1,0 +1,363 @@
+// What a save would do to the file: the frames that a reader by the public documents finds in its
+// tags, each followed into the tag that would be written.
+#include <algorithm>
+#include <array>
+#include <map>
+#include <span>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include <brindle/save_plan.h>
+
+#include "id3v2/audio_start.h"
+#include "id3v2/cMP3ID3v2.h"
+#include "id3v2/error_sources.h"
+#include "id3v2/frame_form.h"
+#include "id3v2/public_tag_reader.h"
+#include "id3v2/tag_area.h"
+#include "id3v2/tag_builder.h"
+#include "id3v2/tag_layout.h"
+#include "id3v2/tag_reader.h"
+#include "id3v2/tag_search.h"
+#include "util/code_page.h"
+#include "util/file_exists.h"
+
+namespace brindle {
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+using FrameId = std::array<char, 4>;
+
+constexpr std::string_view kPictureId = "APIC";
+constexpr std::u16string_view kVersion2Custom = u"TXX";
+
+// More than any frame that is taken into memory has; what is longer can't have been kept.
+constexpr std::size_t kMostCompared = kLargestPictureSize + 1;
+
+String wide_id(std::string_view id) {
+    String text;
+    for (const char character : id) {
+        text.push_back(widen(static_cast<std::uint8_t>(character)));
+    }
+    return text;
+}
+
+FrameId written_id(const String& id) {
+    FrameId narrow_id{};
+    for (std::size_t i = 0; i < std::min(id.size(), narrow_id.size()); ++i) {
+        narrow_id[i] = static_cast<char>(narrow(id[i]));
+    }
+    return narrow_id;
+}
+
+bool same(const StoredText* a, const StoredText* b) {
+    if (a == nullptr || b == nullptr) {
+        return a == b;
+    }
+    if (a->size() != b->size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < a->size(); ++i) {
+        if ((*a)[i] != (*b)[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The file's tags as this library reads them, with the place of each frame.
+struct KnownFrames {
+    TagContents contents;
+    std::vector<FiledFrame> filed;  // by position
+    bool corrupt = false;
+
+    explicit KnownFrames(FileWindow& file) {
+        const std::optional<std::int32_t> position = find_tag(file);
+        if (!position) {
+            return;
+        }
+        const TagFacts first = read(file, *position);
+        corrupt = first.corrupt;
+        const std::int64_t length = first.size + static_cast<std::int64_t>(kTagHeaderSize);
+        if (is_tag_at(file, length)) {
+            read(file, length);
+        }
+        // A walk that leaves its tag may have gone through the next one already.
+        std::stable_sort(filed.begin(), filed.end(), [](const FiledFrame& a, const FiledFrame& b) {
+            return a.position < b.position;
+        });
+    }
+
+    [[nodiscard]] const FiledFrame* at(std::int64_t position) const {
+        const auto frame = std::lower_bound(
+            filed.begin(), filed.end(), position,
+            [](const FiledFrame& f, std::int64_t wanted) { return f.position < wanted; });
+        return frame == filed.end() || frame->position != position ? nullptr : &*frame;
+    }
+
+private:
+    TagFacts read(FileWindow& file, std::int64_t position) {
+        TagFacts facts = TagReader(file, contents, &filed).read(position);
+        if (facts.fault) {
+            throw *facts.fault;
+        }
+        return facts;
+    }
+};
+
+// The frames of a built tag by id and number.
+class WrittenFrames {
+public:
+    explicit WrittenFrames(std::vector<std::uint8_t> tag) : tag_(std::move(tag)) {
+        std::map<FrameId, std::int32_t> counts;
+        std::size_t position = kTagHeaderSize;
+        while (position + kFrameLayout.header_size <= tag_.size()) {
+            const Bytes header = Bytes(tag_).subspan(position, kFrameLayout.header_size);
+            FrameId id{};
+            std::copy_n(header.begin(), id.size(), id.begin());
+            const auto size = static_cast<std::size_t>(decode_number(
+                header.subspan(kFrameLayout.id_width, kFrameLayout.size_width), kPlainShift));
+            position += kFrameLayout.header_size;
+            frames_.push_back({id, ++counts[id], position, size});
+            position += size;
+        }
+        std::sort(frames_.begin(), frames_.end(), [](const Frame& a, const Frame& b) {
+            return std::tie(a.id, a.number) < std::tie(b.id, b.number);
+        });
+    }
+
+    [[nodiscard]] std::int64_t length() const { return static_cast<std::int64_t>(tag_.size()); }
+
+    [[nodiscard]] std::optional<Bytes> body(const String& id, std::int32_t number) const {
+        const auto wanted = std::pair(written_id(id), number);
+        const auto frame = std::lower_bound(
+            frames_.begin(), frames_.end(), wanted, [](const Frame& f, const auto& w) {
+                return std::tie(f.id, f.number) < std::tie(w.first, w.second);
+            });
+        if (frame == frames_.end() || frame->id != wanted.first || frame->number != number) {
+            return std::nullopt;
+        }
+        return Bytes(tag_).subspan(frame->body, frame->size);
+    }
+
+private:
+    struct Frame {
+        FrameId id;
+        std::int32_t number;
+        std::size_t body;
+        std::size_t size;
+    };
+
+    std::vector<std::uint8_t> tag_;
+    std::vector<Frame> frames_;
+};
+
+// What becomes of each frame of the file.
+class Judge {
+public:
+    Judge(FileWindow& file, const FrameStore& to_write, WrittenFrames written, SavePlan& plan)
+        : file_(file),
+          known_(file),
+          to_write_(to_write),
+          written_(std::move(written)),
+          plan_(plan) {}
+
+    void judge(const PublicTag& tag) {
+        for (const PublicFrame& frame : tag.frames) {
+            TagFrame entry{wide_id(frame.id()), 0, frame.size, {}};
+            entry.number = ++counts_[written_id(entry.id)];
+            if (entry.id == kCustomFrame || entry.id == kVersion2Custom) {
+                entry.name = description_of(read_content(file_, frame, kMostCompared));
+            }
+            const FiledFrame* filed = known_.at(frame.position);
+            if (tag.version == kOldestVersion) {
+                judge_version2(frame, filed, entry);
+            } else if (filed == nullptr) {
+                judge_unread(frame, entry);
+            } else {
+                judge_read(frame, *filed, entry);
+            }
+        }
+    }
+
+private:
+    // The reading has it under an id and number: is it still there, and does it stand in the tag?
+    void judge_read(const PublicFrame& frame, const FiledFrame& filed, const TagFrame& entry) {
+        const StoredText* as_read = known_.contents.frames.value(filed.id, filed.number);
+        const StoredText* now = to_write_.value(filed.id, filed.number);
+        if (now == nullptr || !to_write_.is_listed(filed.id) || !same(as_read, now)) {
+            return;  // removed or replaced by the host, or a stamp
+        }
+        const std::optional<Bytes> body = written_.body(filed.id, filed.number);
+        if (!body) {
+            lose(entry, LossReason::NotWritten);
+            return;
+        }
+        compare(frame, filed, entry, *body);
+    }
+
+    void compare(const PublicFrame& frame, const FiledFrame& filed, const TagFrame& entry,
+                 Bytes written) {
+        const std::vector<std::uint8_t> content = read_content(file_, frame, kMostCompared);
+        const bool is_comparable = !frame.is_packed && content.size() < kMostCompared;
+        if (is_comparable &&
+            std::equal(content.begin(), content.end(), written.begin(), written.end())) {
+            return;
+        }
+        const String id = filed.id;
+        const bool same_text = is_comparable && is_text_frame(frame.id()) &&
+                               text_of_frame(frame.id(), content) == written_text(frame, written);
+        const std::int64_t extent = frame.body_end - frame.body;
+        const bool is_as_it_stands = std::cmp_equal(filed.size, frame.size) &&
+                                     std::cmp_equal(content.size(), extent) && frame.prefix == 0 &&
+                                     !frame.is_packed;
+        if (same_text || is_as_it_stands) {
+            plan_.changes.push_back({entry, same_text});
+        } else {
+            lose(entry, LossReason::Misread);
+        }
+    }
+
+    // Whatever the frame, an encoding byte stands in front of 8-bit text.
+    static String written_text(const PublicFrame& frame, Bytes written) {
+        const bool is_picture = frame.id() == kPictureId;
+        String text = widen(is_picture || written.empty() ? written : written.subspan(1));
+        std::erase(text, u'\0');
+        return text;
+    }
+
+    void judge_unread(const PublicFrame& frame, const TagFrame& entry) {
+        if (is_set_by_host(entry)) {
+            return;
+        }
+        const auto size = static_cast<std::uint64_t>(frame.size);
+        if (size > (frame.id() == kPictureId ? kLargestPictureSize : kLargestTextSize)) {
+            lose(entry, LossReason::TooLarge);
+        } else {
+            lose(entry, known_.corrupt ? LossReason::BehindCorrupt : LossReason::NotReached);
+        }
+    }
+
+    // A value that is not the file's stands under the same id, or name. Properties set the first
+    // value of their id.
+    [[nodiscard]] bool is_set_by_host(const TagFrame& entry) const {
+        const String id = entry.id == kVersion2Custom ? String(kCustomFrame) : entry.id;
+        const std::int32_t number =
+            id == kCustomFrame ? to_write_.find_custom(entry.name) : std::int32_t{1};
+        const StoredText* value = number == 0 ? nullptr : to_write_.value(id, number);
+        return value != nullptr && !same(value, known_.contents.frames.value(id, number));
+    }
+
+    // Of these only three texts go on, each from the last frame of its id.
+    void judge_version2(const PublicFrame& frame, const FiledFrame* filed, const TagFrame& entry) {
+        if (entry.id == kVersion2Custom) {
+            if (!is_set_by_host(entry)) {
+                lose(entry, LossReason::Version2);
+            }
+            return;
+        }
+        const String id = wide_id(from_version2_id(frame.id()));
+        const std::optional<Bytes> body = id.empty() ? std::nullopt : written_.body(id, 1);
+        if (!body) {
+            lose(entry, LossReason::Version2);
+            return;
+        }
+        const std::vector<std::uint8_t> content = read_content(file_, frame, kMostCompared);
+        if (std::equal(content.begin(), content.end(), body->begin(), body->end())) {
+            return;
+        }
+        const FrameStore& known = known_.contents.frames;
+        const std::int32_t last = known.count(id).value_or(0);
+        const StoredText* as_read = last == 0 ? nullptr : known.value(id, last);
+        if (!same(as_read, to_write_.value(id, 1)) && !(last == 0 && body->size() == 1)) {
+            return;  // set by the host
+        }
+        const bool same_text = text_of_frame(frame.id(), content) == written_text(frame, *body);
+        if (same_text || (filed != nullptr && filed->number == last)) {
+            plan_.changes.push_back({entry, same_text});
+        } else {
+            lose(entry, LossReason::Version2);
+        }
+    }
+
+    void lose(const TagFrame& entry, LossReason reason) { plan_.losses.push_back({entry, reason}); }
+
+    FileWindow& file_;
+    KnownFrames known_;
+    const FrameStore& to_write_;
+    WrittenFrames written_;
+    SavePlan& plan_;
+    std::map<FrameId, std::int32_t> counts_;
+};
+
+// Bytes that the ID3v1 record, which is written first, adds to the file.
+std::int64_t added_record(bool has_record, std::int64_t length) {
+    constexpr std::int64_t kRecord = 128;
+    return has_record || length <= kRecord ? 0 : kRecord;
+}
+
+}  // namespace
+
+SavePlan cMP3ID3v2::plan_save() const {
+    SavePlan plan;
+    std::unique_ptr<BinaryFile> file;
+    if (!file_name_.empty()) {
+        try {
+            file = environment_.files.open(file_name_, OpenMode::Read);
+        } catch (const Error& error) {
+            if (FileExists(environment_.files, file_name_)) {
+                throw error.from(kReaderSource);
+            }
+        }
+    }
+    if (!file) {
+        return plan;
+    }
+    if (fault_) {
+        throw fault_->from(kWriterSource);
+    }
+    as_writer([&] { plan_save(*file, plan); });
+    return plan;
+}
+
+void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
+    FileWindow window(file);
+    std::optional<std::int64_t> accepted = accepted_;
+    require_addressable(window.length());
+    if (window.length() != known_length_ || (accepted && !is_frame_at(window, *accepted))) {
+        cMP3ID3v2 now(environment_);
+        now.FileName(file_name_);
+        accepted = now.accepted_;
+    }
+    const FrameStore to_write = frames_to_write();
+    WrittenFrames written(build_tag(to_write));
+    plan.needed_length = written.length();
+
+    // As the tag's writer will meet it.
+    FileWindow longer(file, window.length() + added_record(v1_->HasID3v1Tag(), window.length()));
+    const TagArea area = find_tag_area(longer, accepted);
+    plan.tag_area = area.position ? area.length : 0;
+    plan.fits = tag_version_ != kOldestVersion && area.fits(plan.needed_length);
+
+    Judge judge(window, to_write, std::move(written), plan);
+    const std::int64_t audio = area.audio.value_or(window.length());
+    const auto judge_from = [&](std::int64_t position) {
+        while (position < audio) {
+            const std::optional<PublicTag> tag = read_public_tag(window, position);
+            if (!tag) {
+                break;
+            }
+            judge.judge(*tag);
+            position = tag->end;
+        }
+        return position;
+    };
+    const std::int64_t end = judge_from(0);
+    if (area.position && *area.position >= end && *area.position > 0) {
+        judge_from(*area.position);
+    }
+}
+
+}  // namespace brindle
