@@ -1,15 +1,15 @@
 #include "util/binary_file_posix.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <unistd.h>
+#include <utility>
+
+#include <sys/stat.h>
+
 #include <brindle/error.h>
 
 #include "util/system_error_posix.h"
-
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <utility>
 
 namespace brindle {
 namespace {

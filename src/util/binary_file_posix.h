@@ -1,11 +1,11 @@
 #pragma once
 
-#include "util/binary_file.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
+
+#include "util/binary_file.h"
 
 namespace brindle {
 

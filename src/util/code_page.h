@@ -1,10 +1,10 @@
 // The 8-bit text of tags: one byte of a file to one UTF-16 unit and back.
 #pragma once
 
-#include <brindle/values.h>
-
 #include <cstdint>
 #include <span>
+
+#include <brindle/values.h>
 
 namespace brindle {
 

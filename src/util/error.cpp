@@ -1,9 +1,9 @@
-#include <brindle/error.h>
-#include <brindle/text.h>
-
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+
+#include <brindle/error.h>
+#include <brindle/text.h>
 
 namespace brindle {
 namespace {

@@ -1,25 +1,25 @@
 #include "util/file_system_posix.h"
 
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <dirent.h>
+#include <fcntl.h>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+#include <utility>
+
+#include <sys/random.h>
+#include <sys/stat.h>
+
 #include <brindle/error.h>
 #include <brindle/text.h>
 
 #include "util/binary_file_posix.h"
 #include "util/system_error_posix.h"
 #include "util/wildcard.h"
-
-#include <dirent.h>
-#include <fcntl.h>
-#include <sys/random.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <ctime>
-#include <string>
-#include <string_view>
-#include <utility>
 
 namespace brindle {
 namespace {
@@ -171,7 +171,10 @@ void PosixFileSystem::replace(const String& from, const String& to) {
     const std::string old_path = disk_name(from);
     const std::string new_path = disk_name(to);
     if (::rename(old_path.c_str(), new_path.c_str()) != 0) {
-        raise(errno, FileAction::Name, old_path);
+        const int code = errno;
+        struct stat status {};
+        const bool has_old = ::lstat(old_path.c_str(), &status) == 0;
+        raise(code, FileAction::Name, has_old ? new_path : old_path);
     }
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "util/binary_file.h"
-
 #include <memory>
+
+#include "util/binary_file.h"
 
 namespace brindle {
 

@@ -1,14 +1,14 @@
 // The one way of reading: a window of bytes that moves over an open file.
 #pragma once
 
-#include "util/binary_file.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <memory>
 #include <span>
+
+#include "util/binary_file.h"
 
 namespace brindle {
 

@@ -1,8 +1,8 @@
 #include "util/fixed_decimal.h"
 
-#include <brindle/error.h>
-
 #include <limits>
+
+#include <brindle/error.h>
 
 namespace brindle {
 namespace {

@@ -1,9 +1,8 @@
-#include <brindle/keyed_collection.h>
-
-#include <brindle/error.h>
-
 #include <algorithm>
 #include <utility>
+
+#include <brindle/error.h>
+#include <brindle/keyed_collection.h>
 
 namespace brindle {
 namespace {

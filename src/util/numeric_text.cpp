@@ -1,7 +1,5 @@
 #include "util/numeric_text.h"
 
-#include <brindle/error.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -10,6 +8,8 @@
 #include <optional>
 #include <string>
 #include <system_error>
+
+#include <brindle/error.h>
 
 namespace brindle {
 namespace {

@@ -1,8 +1,8 @@
 #include "util/system_error_posix.h"
 
-#include <sys/stat.h>
-
 #include <cerrno>
+
+#include <sys/stat.h>
 
 namespace brindle {
 

@@ -1,7 +1,7 @@
-#include <brindle/text.h>
-
 #include <cstddef>
 #include <cstdint>
+
+#include <brindle/text.h>
 
 namespace brindle {
 namespace {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <brindle/values.h>
-
 #include <cstdint>
+
+#include <brindle/values.h>
 
 namespace brindle {
 
