@@ -128,7 +128,7 @@ private:
     }
 
     Bytes& writable_content() {
-        if (mode_ != OpenMode::ReadWrite) {
+        if (mode_ == OpenMode::Read) {
             throw std::logic_error("a write to a file opened for reading");
         }
         return open_content();
@@ -250,12 +250,12 @@ std::unique_ptr<BinaryFile> MemoryFiles::open(const String& name, OpenMode mode)
     count_or_raise(FileCall::Open, name);
     const String target = followed(name);
     if (is_folder(target) ||
-        (mode == OpenMode::ReadWrite &&
+        (mode != OpenMode::Read &&
          (read_only_.contains(target) || (folders_read_only_ && !files_.contains(target))))) {
         throw Error(RuntimeError::PathFileAccess);
     }
     if (!files_.contains(target)) {
-        if (mode == OpenMode::Read || target.empty()) {
+        if (mode != OpenMode::ReadWriteOrCreate || target.empty()) {
             throw Error(RuntimeError::FileNotFound);
         }
         put(target, {});
