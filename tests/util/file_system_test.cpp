@@ -192,11 +192,13 @@ TEST_F(FileSystemTest, MissingRightsToNameArePermissionDenied) {
 }
 
 TEST_F(FileSystemTest, TooManyOpenFilesSaySo) {
+    const String name = folder.name("song.mp3");
+    ASSERT_EQ(opening(name, OpenMode::Read), 0);
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit none{0, before.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-    const std::int32_t number = opening(folder.name("song.mp3"), OpenMode::Read);
+    const std::int32_t number = opening(name, OpenMode::Read);
     ::setrlimit(RLIMIT_NOFILE, &before);
     EXPECT_EQ(number, 67);
 }
