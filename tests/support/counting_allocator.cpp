@@ -4,6 +4,9 @@
 #include <cstdlib>
 #include <new>
 
+// What lies below operator new is malloc.
+// NOLINTBEGIN(cppcoreguidelines-no-malloc)
+
 namespace brindle::test {
 namespace {
 
@@ -130,3 +133,5 @@ void operator delete(void* memory, const std::nothrow_t&) noexcept {
 void operator delete[](void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
 }
+
+// NOLINTEND(cppcoreguidelines-no-malloc)

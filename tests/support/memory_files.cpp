@@ -48,6 +48,8 @@ public:
         : files_(files), name_(std::move(name)), content_(std::move(content)), mode_(mode) {
         ++files_.handles_[content_.get()];
     }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
     ~MemoryFile() override { let_go(); }
 
     std::int64_t length() override {
