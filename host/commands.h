@@ -6,5 +6,7 @@
 namespace brindle::host {
 
 void add_show(CLI::App& program, Command& chosen);
+void add_set(CLI::App& program, Command& chosen);
+void add_strip(CLI::App& program, Command& chosen);
 
 }  // namespace brindle::host

@@ -65,6 +65,7 @@ struct ChangedFrame : TagFrame {
 };
 
 struct SavePlan {
+    std::int32_t tag_version = 0;    // of the old tag: 2, 3 or 4; 0 without one
     std::int64_t needed_length = 0;  // of the new tag without padding; 0: nothing would be written
     std::int64_t tag_area = 0;       // bytes that the old tag's space has; 0 without one
     bool fits = false;               // the new tag is written in place, else the file is rebuilt

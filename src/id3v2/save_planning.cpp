@@ -334,6 +334,7 @@ void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
     const FrameStore to_write = frames_to_write();
     WrittenFrames written(build_tag(to_write));
     plan.needed_length = written.length();
+    plan.tag_version = tag_version_;
 
     // As the tag's writer will meet it.
     FileWindow longer(file, window.length() + added_record(v1_->HasID3v1Tag(), window.length()));

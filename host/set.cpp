@@ -1,0 +1,227 @@
+// brindle set: assigns values and saves.
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include <brindle/cMPEGHeader.h>
+#include <brindle/save_plan.h>
+#include <brindle/text.h>
+
+#include "commands.h"
+#include "file_state.h"
+#include "input_file.h"
+#include "plan_text.h"
+#include "printable_text.h"
+#include "set_edits.h"
+#include "standard_streams.h"
+
+namespace brindle::host {
+
+namespace {
+
+constexpr std::int32_t kConvertedVersion = 2;
+
+struct SetOptions {
+    EditOptions edit_options;
+    std::vector<Edit> edits;
+    bool separate = false;
+    bool dry_run = false;
+    bool preserve = false;
+    bool force = false;
+    std::vector<std::string> files;
+};
+
+// One file on its way. Its members return why the file failed, or nothing.
+class FileToSet {
+public:
+    FileToSet(const std::string& name, const SetOptions& options)
+        : name_(name), options_(options) {}
+
+    using Failure = std::optional<std::string>;
+
+    Failure run() {
+        if (Failure reason = open_file(header_, name_)) {
+            return reason;
+        }
+        before_ = state_of(name_);
+        had_record_ = has_record();
+        try {
+            return is_converted() ? set_converted() : set_directly();
+        } catch (const Error& error) {
+            return std::string(error.what());
+        }
+    }
+
+private:
+    [[nodiscard]] bool has_record() const {
+        const eTagType type = header_.TagType();
+        return type == v1TagOnly || type == v1andv2TagsBothPresent;
+    }
+
+    bool is_converted() {
+        plan_ = plan_save(header_);
+        return plan_.tag_version == kConvertedVersion;
+    }
+
+    Failure set_directly() {
+        const std::string changes = assign();
+        plan_ = plan_save(header_);
+        return finish(changes);
+    }
+
+    // A save converts the tag and drops what else was set; so the values come after it.
+    Failure set_converted() {
+        const auto is_replaced = [&](const LostFrame& frame) {
+            return std::any_of(options_.edits.begin(), options_.edits.end(), [&](const Edit& edit) {
+                return edit.version2_id == frame.id && edit.version2_name == frame.name;
+            });
+        };
+        std::erase_if(plan_.losses, is_replaced);
+        if (options_.dry_run || is_refused()) {
+            return finish(assign());
+        }
+        header_.SaveAllInfo();
+        header_.FileName(from_utf8(name_));
+        const std::string changes = assign();
+        return finish(changes);
+    }
+
+    [[nodiscard]] bool is_refused() const { return !plan_.losses.empty() && !options_.force; }
+
+    Failure finish(const std::string& changes) {
+        if (options_.dry_run) {
+            write_output(printable(name_) + ": dry run, nothing is written\n" + changes + plan());
+        }
+        if (is_refused()) {
+            return "Saving would lose " + losses_text(plan_.losses) +
+                   "; --force saves all the same";
+        }
+        if (options_.dry_run) {
+            return std::nullopt;
+        }
+        header_.SaveAllInfo();
+        if (options_.preserve && before_) {
+            if (Failure reason = restore_state(name_, *before_)) {
+                return reason;
+            }
+        }
+        write_output(printable(name_) + ": " + outcome() + "\n");
+        return std::nullopt;
+    }
+
+    // Old and new values, a line each.
+    std::string assign() {
+        const std::vector<ShownValue> values = values_changed_by(options_.edits, options_.separate);
+        std::vector<std::string> lines;
+        for (const ShownValue& value : values) {
+            lines.push_back("  " + value.label + ": " + value.text(header_));
+        }
+        header_.Writev1v2Separate(options_.separate);
+        for (const Edit& edit : options_.edits) {
+            edit.assign(header_);
+        }
+        std::string text;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            text += lines[i] + " -> " + values[i].text(header_) + "\n";
+        }
+        return text;
+    }
+
+    [[nodiscard]] std::string plan() const {
+        std::string text = "  " + how_it_fits() + "\n";
+        if (!had_record_) {
+            text += "  An ID3v1 record would be appended\n";
+        }
+        for (const LostFrame& frame : plan_.losses) {
+            text += "  Would be lost: " + loss_text(frame) + "\n";
+        }
+        for (const ChangedFrame& frame : plan_.changes) {
+            text += "  Would be changed: " + change_text(frame) + "\n";
+        }
+        return text;
+    }
+
+    [[nodiscard]] std::string how_it_fits() const {
+        if (is_of_version2()) {
+            return "Would be rebuilt: the ID3v2.2 tag is converted";
+        }
+        const std::string needed =
+            "the tag needs " + std::to_string(plan_.needed_length) + " bytes";
+        if (plan_.fits) {
+            return "Fits in place: " + needed + " of " + std::to_string(plan_.tag_area);
+        }
+        if (plan_.tag_area == 0) {
+            return "Would be rebuilt: " + needed + ", there is none yet";
+        }
+        return "Would be rebuilt: " + needed + ", its place has " + std::to_string(plan_.tag_area);
+    }
+
+    [[nodiscard]] bool is_of_version2() const { return plan_.tag_version == kConvertedVersion; }
+
+    [[nodiscard]] std::string outcome() const {
+        const std::optional<FileState> after = state_of(name_);
+        std::string text;
+        if (is_of_version2()) {
+            text = "ID3v2.2 tag converted and file rebuilt";
+        } else if (before_ && after && after->is_same_file(*before_)) {
+            text = "ID3v2 tag written in place (" + std::to_string(plan_.needed_length) + " of " +
+                   std::to_string(plan_.tag_area) + " bytes)";
+        } else {
+            text = "file rebuilt with a larger ID3v2 tag (" + std::to_string(plan_.needed_length) +
+                   " bytes and padding)";
+        }
+        text += had_record_ ? ", ID3v1 record overwritten" : ", ID3v1 record appended";
+        if (!plan_.losses.empty()) {
+            text += ", lost " + losses_text(plan_.losses);
+        }
+        return text;
+    }
+
+    const std::string& name_;
+    const SetOptions& options_;
+    cMPEGHeader header_;
+    SavePlan plan_;
+    std::optional<FileState> before_;
+    bool had_record_ = false;
+};
+
+ExitStatus set(const SetOptions& options) {
+    ExitStatus status = ExitStatus::AllFine;
+    for (const std::string& name : options.files) {
+        if (const std::optional<std::string> reason = FileToSet(name, options).run()) {
+            status = ExitStatus::SomeFileFailed;
+            write_error(name, *reason);
+        }
+    }
+    return status;
+}
+
+}  // namespace
+
+void add_set(CLI::App& program, Command& chosen) {
+    const auto options = std::make_shared<SetOptions>();
+    CLI::App* command =
+        add_command(program, "set", "Set values and save them; the audio stays as it is",
+                    "brindle set --title \"Morning jingle\" --cue-in 1500 "
+                    "--field Show=Breakfast jingle.mp3");
+    options->edit_options.add_to(*command);
+    command->add_flag("--separate", options->separate,
+                      "Title, artist and year leave the ID3v1 record alone");
+    command->add_flag("--dry-run", options->dry_run,
+                      "Show old and new values and what a save would do; touch nothing");
+    command->add_flag("--preserve", options->preserve,
+                      "Keep the modification time, and mode and owner of a rebuilt file");
+    command->add_flag("--force", options->force, "Save also when frames would be lost");
+    add_operands(*command, "FILE", options->files,
+                 "Files whose names end in mp3 or mp2; after -- they may begin with a dash");
+    command->callback([options, &chosen] {
+        options->edits = options->edit_options.edits();
+        if (options->edits.empty()) {
+            throw CLI::RequiredError("A value to set");
+        }
+        chosen = [options] { return set(*options); };
+    });
+}
+
+}  // namespace brindle::host

@@ -1,0 +1,355 @@
+#include "set_edits.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include <brindle/text.h>
+
+#include "json_values.h"
+#include "printable_text.h"
+
+namespace brindle::host {
+
+namespace {
+
+// Frames of more bytes are not read back by hosts. A character is a byte in the file.
+constexpr std::size_t kLargestBody = 5000;
+constexpr std::size_t kEncodingByte = 1;
+constexpr std::size_t kLargestText = kLargestBody - kEncodingByte;
+// Language and separators, as a comment is written.
+constexpr std::size_t kCommentPrefix = 4;
+constexpr std::size_t kNameSeparator = 1;
+
+const String kCustomFrame = u"TXX";
+
+struct OptionRow;
+using MakeEdit = Edit (*)(const OptionRow& row, const std::string& given);
+
+struct OptionRow {
+    const char* name;
+    const char* placeholder;
+    const char* help;
+    const char* label;
+    // Where the value stands in a version 2 tag; "" where it does not. Of scheduling fields the
+    // name under which they are kept.
+    const char16_t* version2_id;
+    const char16_t* field;
+    MakeEdit make;
+};
+
+[[noreturn]] void refuse(const std::string& option, const std::string& why) {
+    throw CLI::ValidationError(option, why);
+}
+
+std::string quoted(const String& text) {
+    return "\"" + printable(text) + "\"";
+}
+
+// --- Values from the command line.
+
+String checked_text(const std::string& option, const std::string& given, std::size_t longest) {
+    const String text = from_utf8(given);
+    if (text.size() > longest) {
+        refuse(option, "the text has " + std::to_string(text.size()) + " characters; more than " +
+                           std::to_string(longest) + " could not be read back");
+    }
+    return text;
+}
+
+std::int32_t checked_whole(const OptionRow& row, const std::string& given, std::int32_t least,
+                           std::int32_t most) {
+    std::string_view digits = given;
+    if (digits.size() > 1 && digits[0] == '+' && digits[1] != '-') {
+        digits.remove_prefix(1);
+    }
+    std::int32_t number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error == std::errc::invalid_argument || end != digits.data() + digits.size()) {
+        refuse(row.name, "'" + given + "' is no whole number");
+    }
+    if (error != std::errc() || number < least || number > most) {
+        refuse(row.name, given + " is not in the range of " + std::to_string(least) + " to " +
+                             std::to_string(most));
+    }
+    return number;
+}
+
+double checked_real(const OptionRow& row, const std::string& given) {
+    constexpr const char* kCharacters = "+-.0123456789eE";
+    char* end = nullptr;
+    const double number = std::strtod(given.c_str(), &end);
+    if (given.empty() || given.find_first_not_of(kCharacters) != std::string::npos ||
+        end != given.c_str() + given.size()) {
+        refuse(row.name, "'" + given + "' is no number");
+    }
+    if (!std::isfinite(number)) {
+        refuse(row.name, given + " is too large");
+    }
+    return number;
+}
+
+// --- Edits by the type of their member.
+
+Edit edit_of(const OptionRow& row) {
+    Edit edit;
+    edit.shown.label = row.label;
+    edit.version2_id = row.field[0] != u'\0' ? kCustomFrame : row.version2_id;
+    edit.version2_name = row.field;
+    return edit;
+}
+
+// What a name and its separator leave for the value.
+std::size_t longest_text(const OptionRow& row) {
+    const String name = row.field;
+    return name.empty() ? kLargestText : kLargestText - name.size() - kNameSeparator;
+}
+
+template <void (cMPEGHeader::*Set)(const String&), String (cMPEGHeader::*Get)() const>
+Edit text(const OptionRow& row, const std::string& given) {
+    Edit edit = edit_of(row);
+    edit.assign = [value = checked_text(row.name, given, longest_text(row))](cMPEGHeader& header) {
+        (header.*Set)(value);
+    };
+    edit.shown.text = [](const cMPEGHeader& header) { return quoted((header.*Get)()); };
+    return edit;
+}
+
+// The record's fields are cut when they are written.
+template <std::size_t Width, void (cMPEGHeader::*Set)(const String&),
+          String (cMPEGHeader::*Get)() const>
+Edit record_text(const OptionRow& row, const std::string& given) {
+    Edit edit = text<Set, Get>(row, given);
+    edit.shown.text = [](const cMPEGHeader& header) {
+        return quoted((header.*Get)().substr(0, Width));
+    };
+    return edit;
+}
+
+Edit comment(const OptionRow& row, const std::string& given) {
+    static_cast<void>(checked_text(row.name, given, kLargestText - kCommentPrefix));
+    return text<&cMPEGHeader::Comments, &cMPEGHeader::Comments>(row, given);
+}
+
+template <class Number, void (cMPEGHeader::*Set)(Number), Number (cMPEGHeader::*Get)() const>
+Edit whole(const OptionRow& row, const std::string& given) {
+    using Limits = std::numeric_limits<Number>;
+    const auto value = static_cast<Number>(checked_whole(row, given, Limits::min(), Limits::max()));
+    Edit edit = edit_of(row);
+    edit.assign = [value](cMPEGHeader& header) { (header.*Set)(value); };
+    edit.shown.text = [](const cMPEGHeader& header) { return std::to_string((header.*Get)()); };
+    return edit;
+}
+
+// Set in the ID3v1 record along with the tag, unless the two are separate.
+template <MakeEdit Make, MakeEdit MakeInRecord>
+Edit in_both(const OptionRow& row, const std::string& given) {
+    Edit edit = Make(row, given);
+    edit.shown_in_record = {std::string("ID3v1 ") + std::string(row.name).substr(2),
+                            MakeInRecord(row, given).shown.text};
+    return edit;
+}
+
+// Numbers that the member takes as text.
+template <std::int32_t Least, std::int32_t Most, void (cMPEGHeader::*Set)(const String&),
+          String (cMPEGHeader::*Get)() const>
+Edit whole_as_text(const OptionRow& row, const std::string& given) {
+    const String value = from_utf8(std::to_string(checked_whole(row, given, Least, Most)));
+    Edit edit = edit_of(row);
+    edit.assign = [value](cMPEGHeader& header) { (header.*Set)(value); };
+    edit.shown.text = [](const cMPEGHeader& header) { return printable((header.*Get)()); };
+    return edit;
+}
+
+Edit speed(const OptionRow& row, const std::string& given) {
+    Edit edit = edit_of(row);
+    edit.assign = [value = checked_real(row, given)](cMPEGHeader& header) { header.Speed(value); };
+    edit.shown.text = [](const cMPEGHeader& header) { return to_json(header.Speed()).dump(); };
+    return edit;
+}
+
+Edit category(const OptionRow& row, const std::string& given) {
+    Edit edit = edit_of(row);
+    edit.assign = [value = checked_text(row.name, given, longest_text(row))](cMPEGHeader& header) {
+        header.Category(Variant(value));
+    };
+    edit.shown.text = [](const cMPEGHeader& header) { return to_json(header.Category()).dump(); };
+    return edit;
+}
+
+Edit opener(const OptionRow& row, bool value) {
+    Edit edit = edit_of(row);
+    edit.assign = [value](cMPEGHeader& header) { header.Opener(value ? 1 : 0); };
+    edit.shown.text = [](const cMPEGHeader& header) {
+        return std::string(header.Opener() != 0 ? "yes" : "no");
+    };
+    return edit;
+}
+
+using H = cMPEGHeader;
+using Integer = std::int16_t;
+using Long = std::int32_t;
+constexpr std::size_t kRecordName = 30;
+constexpr std::size_t kRecordComment = 28;
+constexpr std::int32_t kLeastInteger = std::numeric_limits<Integer>::min();
+constexpr std::int32_t kMostInteger = std::numeric_limits<Integer>::max();
+constexpr std::int32_t kMostByte = std::numeric_limits<std::uint8_t>::max();
+
+constexpr MakeEdit kTitleInRecord = record_text<kRecordName, &H::Titlev1Tag, &H::Titlev1Tag>;
+constexpr MakeEdit kArtistInRecord = record_text<kRecordName, &H::artistv1Tag, &H::artistv1Tag>;
+constexpr MakeEdit kYearInRecord = whole<Integer, &H::Yearv1Tag, &H::Yearv1Tag>;
+constexpr MakeEdit kCommentInRecord = record_text<kRecordComment, &H::Commentv1, &H::Commentv1>;
+
+// In the order in which they are assigned.
+constexpr OptionRow kOptions[] = {
+    // clang-format off
+    {"--title",          "TEXT",  "Title",                   "Title",          u"TT2", u"",             in_both<text<&H::Title, &H::Title>, kTitleInRecord>},
+    {"--artist",         "TEXT",  "Artist",                  "Artist",         u"TP1", u"",             in_both<text<&H::Artist, &H::Artist>, kArtistInRecord>},
+    {"--album",          "TEXT",  "Album",                   "Album",          u"TAL", u"",             text<&H::Album, &H::Album>},
+    {"--year",           "N",     "Year",                    "Year",           u"TYE", u"",             in_both<whole<Integer, &H::Year, &H::Year>, kYearInRecord>},
+    {"--track",          "N",     "Track",                   "Track",          u"TRK", u"",             whole<Integer, &H::Track, &H::Track>},
+    {"--genre",          "N",     "Genre by number, 0-255",  "Genre number",   u"TCO", u"",             whole_as_text<0, kMostByte, &H::Genre, &H::Genre>},
+    {"--comment",        "TEXT",  "Comment",                 "Comment",        u"COM", u"",             comment},
+    {"--composer",       "TEXT",  "Composer",                "Composer",       u"TCM", u"",             text<&H::Composer, &H::Composer>},
+    {"--publisher",      "TEXT",  "Publisher",               "Publisher",      u"TPB", u"",             text<&H::Publisher, &H::Publisher>},
+    {"--copyright",      "TEXT",  "Copyright",               "Copyright",      u"TCR", u"",             text<&H::CopyRight, &H::CopyRight>},
+    {"--url",            "TEXT",  "Link of the artist",      "URL",            u"WAR", u"",             text<&H::URL, &H::URL>},
+    {"--cue-in",         "MS",    "Where playing begins",    "Cue in",         u"",    u"Cue In",       whole<Long, &H::CueInmSStart, &H::CueInmSStart>},
+    {"--intro",          "MS",    "End of the intro",        "Intro",          u"",    u"Intro",        whole<Long, &H::Intro, &H::Intro>},
+    {"--outro",          "MS",    "Start of the outro",      "Outro",          u"",    u"OutromSStart", whole<Long, &H::OutromsStart, &H::OutromsStart>},
+    {"--sectone",        "MS",    "Secondary tone",          "Secondary tone", u"",    u"Sec Tone",     whole<Long, &H::Sectone, &H::Sectone>},
+    {"--speed",          "X",     "Playing speed",           "Speed",          u"",    u"TarnSpeed",    speed},
+    {"--volume",         "N",     "Volume",                  "Volume",         u"",    u"Volume",       whole<Long, &H::Volume, &H::Volume>},
+    {"--opener",         nullptr, "It is an opener",         "Opener",         u"",    u"Opener",       nullptr},
+    {"--category",       "TEXT",  "Category",                "Category",       u"",    u"Category",     category},
+    {"--category-level", "N",     "Category level",          "Category level", u"",    u"CatLevel",     whole_as_text<kLeastInteger, kMostInteger, &H::CategoryLevel, &H::CategoryLevel>},
+    {"--end-style",      "TEXT",  "How it ends",             "End style",      u"",    u"End",          text<&H::Endstyle, &H::Endstyle>},
+    {"--no-fade",        "N",     "No fade",                 "No fade",        u"",    u"NoFade",       whole<Integer, &H::NoFade, &H::NoFade>},
+    {"--agency",         "TEXT",  "Agency",                  "Agency",         u"",    u"Agency",       text<&H::Agency, &H::Agency>},
+    {"--account-exec",   "TEXT",  "Account executive",       "Account exec",   u"",    u"Account Exec", text<&H::AccountExec, &H::AccountExec>},
+    {"--copy",           "TEXT",  "Copy",                    "Copy",           u"",    u"Copy",         text<&H::Copy, &H::Copy>},
+    {"--v1-title",       "TEXT",  "Title in ID3v1",          "ID3v1 title",    u"",    u"",             kTitleInRecord},
+    {"--v1-artist",      "TEXT",  "Artist in ID3v1",         "ID3v1 artist",   u"",    u"",             kArtistInRecord},
+    {"--v1-year",        "N",     "Year in ID3v1",           "ID3v1 year",     u"",    u"",             kYearInRecord},
+    {"--v1-comment",     "TEXT",  "Comment in ID3v1",        "ID3v1 comment",  u"",    u"",             kCommentInRecord},
+    // clang-format on
+};
+
+Edit custom_field(const std::string& given) {
+    const std::string option = "--field";
+    const std::size_t equals = given.find('=');
+    if (equals == std::string::npos) {
+        refuse(option, "'" + given + "' is not of the form NAME=VALUE");
+    }
+    if (equals == 0) {
+        refuse(option, "the field has no name");
+    }
+    // Name and value share one frame.
+    static_cast<void>(checked_text(option, given, kLargestText));
+    const String name = from_utf8(given.substr(0, equals));
+    const String value = from_utf8(given.substr(equals + 1));
+    Edit edit;
+    edit.shown.label = "Field " + quoted(name);
+    edit.shown.text = [name](const cMPEGHeader& header) {
+        return header.CustomFieldExists(name) ? to_json(header.CustomFieldRetrieve(name)).dump()
+                                              : std::string("null");
+    };
+    edit.assign = [name, value](cMPEGHeader& header) {
+        header.CustomFieldAdd(name, Variant(value));
+    };
+    edit.version2_id = kCustomFrame;
+    edit.version2_name = name;
+    return edit;
+}
+
+}  // namespace
+
+struct GivenEdits {
+    std::vector<std::optional<std::string>> values =
+        std::vector<std::optional<std::string>>(std::size(kOptions));
+    bool opener = false;
+    bool no_opener = false;
+    std::vector<std::string> fields;
+};
+
+EditOptions::EditOptions() : given_(std::make_unique<GivenEdits>()) {}
+
+EditOptions::~EditOptions() = default;
+
+void EditOptions::add_to(CLI::App& command) {
+    GivenEdits& given = *given_;
+    for (std::size_t i = 0; i < std::size(kOptions); ++i) {
+        const OptionRow& row = kOptions[i];
+        if (row.make == nullptr) {
+            CLI::Option* yes = command.add_flag(row.name, given.opener, row.help);
+            CLI::Option* no = command.add_flag("--no-opener", given.no_opener, "It is none");
+            yes->disable_flag_override()->excludes(no);
+            no->disable_flag_override();
+            continue;
+        }
+        command
+            .add_option(
+                row.name,
+                [&value = given.values[i]](const CLI::results_t& results) {
+                    value = results.front();
+                    return true;
+                },
+                row.help)
+            ->type_name(row.placeholder);
+    }
+    command
+        .add_option(
+            "--field",
+            [&fields = given.fields](const CLI::results_t& results) {
+                fields = results;
+                return true;
+            },
+            "Custom field; may be given several times")
+        ->type_name("NAME=VALUE")
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+std::vector<Edit> EditOptions::edits() const {
+    std::vector<Edit> edits;
+    for (std::size_t i = 0; i < std::size(kOptions); ++i) {
+        const OptionRow& row = kOptions[i];
+        if (row.make == nullptr) {
+            if (given_->opener || given_->no_opener) {
+                edits.push_back(opener(row, given_->opener));
+            }
+        } else if (given_->values[i]) {
+            edits.push_back(row.make(row, *given_->values[i]));
+        }
+    }
+    for (const std::string& field : given_->fields) {
+        edits.push_back(custom_field(field));
+    }
+    return edits;
+}
+
+std::vector<ShownValue> values_changed_by(const std::vector<Edit>& edits, bool separate) {
+    std::vector<ShownValue> values;
+    const auto add = [&](ShownValue value) {
+        const bool is_known = std::any_of(values.begin(), values.end(), [&](const ShownValue& v) {
+            return v.label == value.label;
+        });
+        if (!is_known) {
+            values.push_back(std::move(value));
+        }
+    };
+    for (const Edit& edit : edits) {
+        add(edit.shown);
+        if (edit.shown_in_record && !separate) {
+            add(*edit.shown_in_record);
+        }
+    }
+    return values;
+}
+
+}  // namespace brindle::host

@@ -1,0 +1,124 @@
+// brindle strip: takes tags off.
+#include <array>
+#include <cstring>
+#include <fcntl.h>
+#include <memory>
+#include <optional>
+#include <unistd.h>
+
+#include <brindle/cMPEGHeader.h>
+
+#include "commands.h"
+#include "file_state.h"
+#include "input_file.h"
+#include "printable_text.h"
+#include "standard_streams.h"
+
+namespace brindle::host {
+
+namespace {
+
+struct StripOptions {
+    bool v1 = false;
+    bool v2 = false;
+    bool all = false;
+    bool dry_run = false;
+    bool preserve = false;
+    std::vector<std::string> files;
+
+    [[nodiscard]] eTagType tags() const {
+        return all ? v1andv2TagsBothPresent : v1 ? v1TagOnly : v2TagOnly;
+    }
+};
+
+// Stripping also takes a record off that begins with "tag", which nobody reads.
+bool has_record(const std::string& name) {
+    constexpr off_t kRecord = 128;
+    const int file = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (file == -1) {
+        return false;
+    }
+    std::array<char, 3> identifier{};
+    const off_t length = lseek(file, 0, SEEK_END);
+    const bool is_read =
+        length >= kRecord && pread(file, identifier.data(), identifier.size(), length - kRecord) ==
+                                 static_cast<ssize_t>(identifier.size());
+    close(file);
+    return is_read && (std::memcmp(identifier.data(), "TAG", identifier.size()) == 0 ||
+                       std::memcmp(identifier.data(), "tag", identifier.size()) == 0);
+}
+
+bool has_tag(const cMPEGHeader& header) {
+    const eTagType type = header.TagType();
+    return type == v2TagOnly || type == v1andv2TagsBothPresent;
+}
+
+std::string tags_text(bool record, bool tag) {
+    return record && tag ? "ID3v1 record and ID3v2 tag" : record ? "ID3v1 record" : "ID3v2 tag";
+}
+
+// Why the file failed, or nothing.
+std::optional<std::string> strip_file(const std::string& name, const StripOptions& options) {
+    cMPEGHeader header;
+    if (auto reason = open_file(header, name)) {
+        return reason;
+    }
+    const bool record = !options.v2 && has_record(name);
+    const bool tag = !options.v1 && has_tag(header);
+    if (!record && !tag) {
+        write_output(printable(name) + ": no tag\n");
+        return std::nullopt;
+    }
+    if (options.dry_run) {
+        write_output(printable(name) + ": dry run, would strip " + tags_text(record, tag) + "\n");
+        return std::nullopt;
+    }
+    const std::optional<FileState> before = state_of(name);
+    if (!header.StripTags(options.tags())) {
+        return "The tags could not be stripped";
+    }
+    const std::optional<FileState> after = state_of(name);
+    if (options.preserve && before) {
+        if (auto reason = restore_state(name, *before)) {
+            return reason;
+        }
+    }
+    std::string removed;
+    if (before && after) {
+        removed = " (" + std::to_string(before->size() - after->size()) + " bytes)";
+    }
+    write_output(printable(name) + ": stripped " + tags_text(record, tag) + removed + "\n");
+    return std::nullopt;
+}
+
+ExitStatus strip(const StripOptions& options) {
+    ExitStatus status = ExitStatus::AllFine;
+    for (const std::string& name : options.files) {
+        if (const std::optional<std::string> reason = strip_file(name, options)) {
+            status = ExitStatus::SomeFileFailed;
+            write_error(name, *reason);
+        }
+    }
+    return status;
+}
+
+}  // namespace
+
+void add_strip(CLI::App& program, Command& chosen) {
+    const auto options = std::make_shared<StripOptions>();
+    CLI::App* command = add_command(program, "strip", "Take tags off; the audio stays as it is",
+                                    "brindle strip --v1 jingle.mp3 spot.mp3");
+    CLI::Option_group* tags = command->add_option_group("Tags", "Which tags; one of");
+    tags->add_flag("--v1", options->v1, "The ID3v1 record at the end");
+    tags->add_flag("--v2", options->v2, "The ID3v2 tag at the start");
+    tags->add_flag("--all", options->all, "Both");
+    tags->require_option(1);
+    command->add_flag("--dry-run", options->dry_run, "Show what would go; touch nothing");
+    command->add_flag("--preserve", options->preserve,
+                      "Keep modification time, mode and owner of the file");
+    add_operands(*command, "FILE", options->files,
+                 "Files whose names end in mp3 or mp2; after -- they may begin with a dash");
+    command->callback([options, &chosen] { chosen = [options] { return strip(*options); }; });
+}
+
+}  // namespace brindle::host
