@@ -1,14 +1,16 @@
 #include "util/code_page.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
 
+#include "util/code_page_table.h"
+#ifdef _WIN32
+#include "util/code_page_windows.h"
+#endif
+
 namespace brindle {
 namespace {
-
-constexpr std::size_t kBytes = 256;
 
 // What the bytes 80 to 9F stand for; all others are the code points of their own number.
 constexpr std::size_t kFirstSpecial = 0x80;
@@ -19,44 +21,39 @@ constexpr std::array<char16_t, 32> kSpecial = {
     0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,  // 98
 };
 
-constexpr bool is_special(std::size_t byte) {
-    return byte >= kFirstSpecial && byte < kFirstSpecial + kSpecial.size();
-}
-
-constexpr auto kUnits = [] {
-    std::array<char16_t, kBytes> units{};
-    for (std::size_t byte = 0; byte < kBytes; ++byte) {
-        units[byte] =
-            is_special(byte) ? kSpecial[byte - kFirstSpecial] : static_cast<char16_t>(byte);
+constexpr CodePageTable::Units kWindows1252 = [] {
+    CodePageTable::Units units{};
+    for (std::size_t byte = 0; byte < units.size(); ++byte) {
+        const bool is_special = byte >= kFirstSpecial && byte < kFirstSpecial + kSpecial.size();
+        units[byte] = is_special ? kSpecial[byte - kFirstSpecial] : static_cast<char16_t>(byte);
     }
     return units;
 }();
 
-struct Narrowed {
-    char16_t unit;
-    std::uint8_t byte;
-};
+#ifdef _WIN32
+const CodePageTable& page() {
+    static const CodePageTable table(system_code_page().value_or(kWindows1252));
+    return table;
+}
+#else
+constexpr CodePageTable kPage(kWindows1252);
 
-constexpr auto kBytesOfSpecial = [] {
-    std::array<Narrowed, kSpecial.size()> rows{};
-    for (std::size_t i = 0; i < kSpecial.size(); ++i) {
-        rows[i] = {kSpecial[i], static_cast<std::uint8_t>(kFirstSpecial + i)};
-    }
-    std::sort(rows.begin(), rows.end(),
-              [](const Narrowed& a, const Narrowed& b) { return a.unit < b.unit; });
-    return rows;
-}();
+constexpr const CodePageTable& page() {
+    return kPage;
+}
+#endif
 
 }  // namespace
 
 char16_t widen(std::uint8_t byte) noexcept {
-    return kUnits[byte];
+    return page().unit_of(byte);
 }
 
 String widen(std::span<const std::uint8_t> bytes) {
     // Nearly all text is ASCII, where widening is no more than making room: eight bytes at once.
     constexpr std::size_t kRun = 8;
     constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    const CodePageTable& table = page();
     String text(bytes.size(), u'\0');
     const std::uint8_t* from = bytes.data();
     const std::uint8_t* const end = from + bytes.size();
@@ -73,20 +70,14 @@ String widen(std::span<const std::uint8_t> bytes) {
             from += kRun;
             to += kRun;
         } else {
-            *to++ = kUnits[*from++];
+            *to++ = table.unit_of(*from++);
         }
     }
     return text;
 }
 
 std::uint8_t narrow(char16_t unit) noexcept {
-    if (unit < kBytes && !is_special(unit)) {
-        return static_cast<std::uint8_t>(unit);
-    }
-    const auto found =
-        std::lower_bound(kBytesOfSpecial.begin(), kBytesOfSpecial.end(), unit,
-                         [](const Narrowed& row, char16_t wanted) { return row.unit < wanted; });
-    return found != kBytesOfSpecial.end() && found->unit == unit ? found->byte : std::uint8_t{'?'};
+    return page().byte_of(unit);
 }
 
 }  // namespace brindle

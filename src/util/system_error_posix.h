@@ -1,19 +1,13 @@
 // The system's error codes as the numbers that hosts know.
 #pragma once
 
-#include <brindle/error.h>
-
 #include <string>
 
-namespace brindle {
+#include <brindle/error.h>
 
-// What was being done when the system refused: a missing right is a different error to a host
-// that opens a file and to one that removes it.
-enum class FileAction {
-    Open,      // or create
-    Name,      // remove, rename
-    Transfer,  // read, write, measure, flush, close
-};
+#include "util/file_action.h"
+
+namespace brindle {
 
 [[nodiscard]] RuntimeError runtime_error(int code, FileAction action) noexcept;
 

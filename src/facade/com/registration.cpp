@@ -1,0 +1,107 @@
+#include "facade/com/registration.h"
+
+#include <iterator>
+#include <memory>
+#include <oaidl.h>
+#include <oleauto.h>
+#include <string>
+#include <type_traits>
+#include <windows.h>
+
+#include "facade/com/module.h"
+#include "facade/com/result_error.h"
+#include "facade/com/type_library.h"
+
+namespace brindle::com {
+namespace {
+
+constexpr wchar_t kProgId[] = L"Brindle.cMPEGHeader";
+constexpr wchar_t kName[] = L"Brindle.cMPEGHeader";
+constexpr wchar_t kClass[] = L"CLSID\\{0571B13A-907D-4C45-8E34-42489A98C25D}";
+constexpr wchar_t kClassId[] = L"{0571B13A-907D-4C45-8E34-42489A98C25D}";
+constexpr wchar_t kLibraryId[] = L"{3DD4AB2B-FE65-4BF7-996E-A3AFCE69FD27}";
+constexpr GUID kLibrary = {
+    0x3DD4AB2B, 0xFE65, 0x4BF7, {0x99, 0x6E, 0xA3, 0xAF, 0xCE, 0x69, 0xFD, 0x27}};
+constexpr WORD kMajor = 6;
+constexpr WORD kMinor = 2;
+
+struct Entry {
+    const wchar_t* root;   // the key that unregistering removes with all that is in it
+    const wchar_t* key;    // below it; null: the root itself
+    const wchar_t* name;   // null: the key's own value
+    const wchar_t* value;  // null: the name of the DLL's file
+};
+
+// clang-format off
+constexpr Entry kEntries[] = {
+    // root   key                          name               value
+    {kProgId, nullptr,                     nullptr,           kName},
+    {kProgId, L"CLSID",                    nullptr,           kClassId},
+    {kClass,  nullptr,                     nullptr,           kName},
+    {kClass,  L"ProgID",                   nullptr,           kProgId},
+    {kClass,  L"VersionIndependentProgID", nullptr,           kProgId},
+    {kClass,  L"Programmable",             nullptr,           L""},
+    {kClass,  L"InprocServer32",           nullptr,           nullptr},
+    {kClass,  L"InprocServer32",           L"ThreadingModel", L"Apartment"},
+    {kClass,  L"TypeLib",                  nullptr,           kLibraryId},
+    {kClass,  L"Version",                  nullptr,           L"6.2"},
+};
+// clang-format on
+
+struct CloseKey {
+    void operator()(HKEY key) const { ::RegCloseKey(key); }
+};
+using Key = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseKey>;
+
+void check_registry(LSTATUS status) {
+    check(HRESULT_FROM_WIN32(static_cast<DWORD>(status)));
+}
+
+void write(const Entry& entry, const std::wstring& file) {
+    std::wstring path = entry.root;
+    if (entry.key != nullptr) {
+        path += L"\\";
+        path += entry.key;
+    }
+    HKEY opened = nullptr;
+    check_registry(::RegCreateKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, nullptr, 0, KEY_SET_VALUE,
+                                     nullptr, &opened, nullptr));
+    const Key key(opened);
+    const std::wstring value = entry.value == nullptr ? file : entry.value;
+    check_registry(::RegSetValueExW(opened, entry.name, 0, REG_SZ,
+                                    reinterpret_cast<const BYTE*>(value.c_str()),
+                                    static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))));
+}
+
+void remove_root(const wchar_t* root) {
+    const LSTATUS status = ::RegDeleteTreeW(HKEY_CLASSES_ROOT, root);
+    if (status != ERROR_FILE_NOT_FOUND) {
+        check_registry(status);
+    }
+}
+
+}  // namespace
+
+void register_server() {
+    const std::wstring file = module_file();
+    for (const Entry& entry : kEntries) {
+        write(entry, file);
+    }
+    check(
+        ::RegisterTypeLib(load_type_library().Get(), const_cast<wchar_t*>(file.c_str()), nullptr));
+}
+
+void unregister_server() {
+    constexpr SYSKIND kSystem = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
+    const HRESULT library = ::UnRegisterTypeLib(kLibrary, kMajor, kMinor, LOCALE_NEUTRAL, kSystem);
+    if (library != TYPE_E_REGISTRYACCESS) {  // it is not registered
+        check(library);
+    }
+    for (auto entry = std::rbegin(kEntries); entry != std::rend(kEntries); ++entry) {
+        if (entry->key == nullptr) {
+            remove_root(entry->root);
+        }
+    }
+}
+
+}  // namespace brindle::com

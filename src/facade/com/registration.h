@@ -1,0 +1,10 @@
+// What the registry says of the component.
+#pragma once
+
+namespace brindle::com {
+
+// Both raise ResultError. Registering again is harmless; unregistering leaves nothing behind.
+void register_server();
+void unregister_server();
+
+}  // namespace brindle::com

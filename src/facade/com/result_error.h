@@ -1,0 +1,25 @@
+#pragma once
+
+#include <exception>
+#include <windows.h>
+
+namespace brindle::com {
+
+// A result code of the system on its way to the host.
+class ResultError : public std::exception {
+public:
+    explicit ResultError(HRESULT result) noexcept : result_(result) {}
+    [[nodiscard]] HRESULT result() const noexcept { return result_; }
+    [[nodiscard]] const char* what() const noexcept override { return "a call of the system"; }
+
+private:
+    HRESULT result_;
+};
+
+inline void check(HRESULT result) {
+    if (FAILED(result)) {
+        throw ResultError(result);
+    }
+}
+
+}  // namespace brindle::com

@@ -1,0 +1,134 @@
+#include "util/binary_file_windows.h"
+
+#include <algorithm>
+#include <utility>
+#include <windows.h>
+
+#include <brindle/error.h>
+
+#include "util/system_error_windows.h"
+
+namespace brindle {
+namespace {
+
+// The file system's unit: a copy that ends on its borders writes no unit twice.
+constexpr std::int64_t kCluster = 4096;
+constexpr std::size_t kCopyBlock = 256 * 1024;
+
+[[noreturn]] void raise_transfer_error() {
+    raise_last_error(FileAction::Transfer);
+}
+
+// A handle that is not overlapped takes the position from here and waits all the same.
+OVERLAPPED at(std::int64_t offset) {
+    OVERLAPPED position{};
+    position.Offset = static_cast<DWORD>(offset);
+    position.OffsetHigh = static_cast<DWORD>(offset >> 32);
+    return position;
+}
+
+// As much as one call moves.
+DWORD part_of(std::size_t bytes) {
+    constexpr std::size_t kMost = 1U << 30U;
+    return static_cast<DWORD>(std::min(bytes, kMost));
+}
+
+}  // namespace
+
+WindowsFile::~WindowsFile() {
+    if (handle_ != nullptr) {
+        ::CloseHandle(handle_);
+    }
+}
+
+void WindowsFile::require_regular_file() const {
+    if (::GetFileType(handle_) != FILE_TYPE_DISK) {
+        throw Error(RuntimeError::PathFileAccess);
+    }
+}
+
+std::int64_t WindowsFile::length() {
+    LARGE_INTEGER length{};
+    if (::GetFileSizeEx(handle_, &length) == 0) {
+        raise_transfer_error();
+    }
+    return length.QuadPart;
+}
+
+std::size_t WindowsFile::read_at(std::int64_t offset, std::span<std::uint8_t> into) {
+    std::size_t done = 0;
+    while (done < into.size()) {
+        OVERLAPPED position = at(offset + static_cast<std::int64_t>(done));
+        DWORD count = 0;
+        if (::ReadFile(handle_, into.data() + done, part_of(into.size() - done), &count,
+                       &position) == 0 &&
+            ::GetLastError() != ERROR_HANDLE_EOF) {
+            raise_transfer_error();
+        }
+        if (count == 0) {
+            break;
+        }
+        done += count;
+    }
+    return done;
+}
+
+void WindowsFile::write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        OVERLAPPED position = at(offset + static_cast<std::int64_t>(done));
+        DWORD count = 0;
+        if (::WriteFile(handle_, bytes.data() + done, part_of(bytes.size() - done), &count,
+                        &position) == 0) {
+            raise_transfer_error();
+        }
+        if (count == 0) {
+            throw Error(RuntimeError::DeviceInputOutput);
+        }
+        done += count;
+    }
+}
+
+std::size_t WindowsFile::copy_from(BinaryFile& source, std::int64_t source_offset,
+                                   std::int64_t offset, std::size_t count) {
+    if (!block_) {
+        block_ = std::make_unique_for_overwrite<std::uint8_t[]>(kCopyBlock);
+    }
+    std::size_t done = 0;
+    while (done < count) {
+        const auto so_far = static_cast<std::int64_t>(done);
+        const auto into_cluster = static_cast<std::size_t>((offset + so_far) % kCluster);
+        const std::span<std::uint8_t> block(block_.get(),
+                                            std::min(count - done, kCopyBlock - into_cluster));
+        const std::size_t bytes = source.read_at(source_offset + so_far, block);
+        write_at(offset + so_far, block.first(bytes));
+        done += bytes;
+        if (bytes < block.size()) {
+            break;
+        }
+    }
+    return done;
+}
+
+void WindowsFile::set_length(std::int64_t length) {
+    LARGE_INTEGER end{};
+    end.QuadPart = length;
+    if (::SetFilePointerEx(handle_, end, nullptr, FILE_BEGIN) == 0 ||
+        ::SetEndOfFile(handle_) == 0) {
+        raise_transfer_error();
+    }
+}
+
+void WindowsFile::flush() {
+    if (::FlushFileBuffers(handle_) == 0) {
+        raise_transfer_error();
+    }
+}
+
+void WindowsFile::close() {
+    if (::CloseHandle(std::exchange(handle_, nullptr)) == 0) {
+        raise_transfer_error();
+    }
+}
+
+}  // namespace brindle
