@@ -25,7 +25,8 @@ constexpr std::int32_t kHasBoth = kHasFrames | kHasBytes;
 
 constexpr bool is_letter(std::uint8_t byte, char letter) {
     constexpr int kLowerCase = 'a' - 'A';
-    return byte == letter || byte == letter + kLowerCase;
+    const int upper_case = static_cast<std::uint8_t>(letter);
+    return byte == upper_case || byte == upper_case + kLowerCase;
 }
 
 std::optional<std::size_t> find_letters(std::span<const std::uint8_t> data) {
