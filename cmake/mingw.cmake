@@ -11,11 +11,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# What nothing refers to stays out.
-set(CMAKE_CXX_FLAGS_INIT "${BRINDLE_TARGET_FLAGS} -ffunction-sections -fdata-sections")
-
 # Nothing but the system's own DLLs is needed where the result runs, and the same sources make the
 # same bytes.
-set(BRINDLE_LINK_FLAGS "-static -Wl,--no-insert-timestamp -Wl,--gc-sections")
+set(BRINDLE_LINK_FLAGS "-static -Wl,--no-insert-timestamp")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${BRINDLE_LINK_FLAGS}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${BRINDLE_LINK_FLAGS}")

@@ -18,7 +18,7 @@ static_assert(sizeof(off_t) == sizeof(std::int64_t), "files of 2 GiB and more ar
 
 // Where files share their storage on disk, they share it in units of this.
 constexpr std::int64_t kPage = 4096;
-constexpr std::size_t kCopyBlock = 256 * 1024;
+constexpr std::size_t kCopyBlock = std::size_t{256} * 1024;
 
 // Runs a system call until no signal comes in between.
 template <typename Call>

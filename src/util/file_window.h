@@ -16,10 +16,10 @@ namespace brindle {
 // whole file. The head of a file is read in 8 KiB, later blocks are at most 64 KiB.
 class FileWindow {
 public:
-    static constexpr std::size_t kHeadBlock = 8 * 1024;
-    static constexpr std::size_t kBlock = 64 * 1024;
+    static constexpr std::size_t kHeadBlock = std::size_t{8} * 1024;
+    static constexpr std::size_t kBlock = std::size_t{64} * 1024;
     // The most that keep_from() can make the window hold: 101 of the longest frames and a block.
-    static constexpr std::size_t kMostHeld = 384 * 1024;
+    static constexpr std::size_t kMostHeld = std::size_t{384} * 1024;
 
     // Asks the file for its length, once.
     explicit FileWindow(BinaryFile& file);

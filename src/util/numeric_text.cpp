@@ -11,6 +11,8 @@
 
 #include <brindle/error.h>
 
+#include "util/shortest_decimal.h"
+
 namespace brindle {
 namespace {
 
@@ -51,7 +53,13 @@ public:
         return true;
     }
     // True for "-".
-    bool take_sign() { return take(u'-') || (take(u'+') && false); }
+    bool take_sign() {
+        const bool negative = take(u'-');
+        if (!negative) {
+            take(u'+');
+        }
+        return negative;
+    }
     [[nodiscard]] bool at_end() const { return rest_.empty(); }
 
 private:
@@ -249,11 +257,8 @@ String to_text(double value) {
     if (value == 0) {
         return u"0";  // of either sign
     }
-    // Longest is the smallest number: sign, "0.", 323 zeros and up to 17 digits.
-    char text[352];
-    const std::to_chars_result result =
-        std::to_chars(std::begin(text), std::end(text), value, std::chars_format::fixed);
-    return ascii_to_string(text, result.ptr);
+    const std::string text = shortest_decimal(value);
+    return {text.begin(), text.end()};
 }
 
 String to_text(const Variant& value) {

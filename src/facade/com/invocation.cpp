@@ -24,15 +24,31 @@ struct ReleaseDescription {
 };
 using Description = std::unique_ptr<FUNCDESC, ReleaseDescription>;
 
-Description describe(ITypeInfo& type, DISPID member, INVOKEKIND kind) {
-    Microsoft::WRL::ComPtr<ITypeInfo2> indexed;
-    check(type.QueryInterface(__uuidof(ITypeInfo2), &indexed));
-    UINT index = 0;
+Description describe_at(ITypeInfo& type, UINT index) {
     FUNCDESC* description = nullptr;
-    if (SUCCEEDED(indexed->GetFuncIndexOfMemId(member, kind, &index))) {
-        check(type.GetFuncDesc(index, &description));
-    }
+    check(type.GetFuncDesc(index, &description));
     return Description(description, ReleaseDescription{&type});
+}
+
+UINT count_of_functions(ITypeInfo& type) {
+    TYPEATTR* attributes = nullptr;
+    check(type.GetTypeAttr(&attributes));
+    const UINT count = attributes->cFuncs;
+    type.ReleaseTypeAttr(attributes);
+    return count;
+}
+
+// Null when there is none.
+Description describe(ITypeInfo& type, DISPID member, INVOKEKIND kind) {
+    // Not by GetFuncIndexOfMemId: systems disagree on whether its index counts inherited functions.
+    const UINT count = count_of_functions(type);
+    for (UINT index = 0; index < count; ++index) {
+        Description description = describe_at(type, index);
+        if (description->memid == member && description->invkind == kind) {
+            return description;
+        }
+    }
+    return Description(nullptr, ReleaseDescription{&type});
 }
 
 // Scripting languages differ in whether reading a property and calling a function are one thing;
