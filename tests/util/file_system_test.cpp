@@ -129,10 +129,8 @@ TEST_F(FileSystemTest, NamesThatNoFileCanHave) {
 }
 
 TEST_F(FileSystemTest, EveryNameOnDiskCanBeOpened) {
-    for (const char* name : {"Gr\xC3\xBC\xC3\x9F"
-                             "e.mp3",
-                             "\xF0\x9F\x98\x80.mp3", "\xFF\xFE.mp3", "\xC3.mp3", "\xED\xA0\x80.mp3",
-                             "a\\b.mp3", "*?.mp3", " .mp3"}) {
+    for (const char* name : {"Gr\xC3\xBC\xC3\x9F.mp3", "\xF0\x9F\x98\x80.mp3", "\xFF\xFE.mp3",
+                             "\xC3.mp3", "\xED\xA0\x80.mp3", "a\\b.mp3", "*?.mp3", " .mp3"}) {
         folder.put(name, "audio");
         EXPECT_EQ(opening(folder.name(name), OpenMode::Read), 0) << name;
         EXPECT_TRUE(files().exists(folder.name(name))) << name;

@@ -56,7 +56,7 @@ public:
 
 private:
     struct Planned {
-        SystemCall call;
+        SystemCall call = SystemCall::Read;
         CallOutcome outcome;
     };
 
