@@ -6,11 +6,12 @@
 #include <deque>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 #include <brindle/values.h>
 
 namespace brindle {
+
+class HashIndex;
 
 // Items under unique keys, in the order in which they were added. Keys are compared exactly.
 //
@@ -18,6 +19,11 @@ namespace brindle {
 // the number of entries. Positions count from 1.
 class KeyedCollection {
 public:
+    KeyedCollection();
+    KeyedCollection(const KeyedCollection&) = delete;
+    KeyedCollection& operator=(const KeyedCollection&) = delete;
+    ~KeyedCollection();
+
     // Removes the entry under `key`. Error 5 when there is none.
     void Remove(std::u16string_view key);
     // Appends `item` under `key`. Error 457 when the key is taken; the collection is unchanged
@@ -40,15 +46,9 @@ private:
 
     [[nodiscard]] std::size_t find(std::u16string_view key) const noexcept;
     void append(std::u16string_view key, std::unique_ptr<Variant> item);
-    void rebuild_index(std::size_t buckets);
-    void index_entry(std::size_t entry) noexcept;
-    [[nodiscard]] std::size_t home_bucket(std::u16string_view key) const noexcept;
 
     std::deque<Entry> entries_;
-    // Open addressing over a power of two of buckets; entry number + 1, 0 = free. Empty while the
-    // collection is so small that comparing the keys one by one is faster.
-    std::vector<std::uint32_t> index_;
-    std::uint64_t seed_ = 0;
+    std::unique_ptr<HashIndex> index_;
 };
 
 }  // namespace brindle

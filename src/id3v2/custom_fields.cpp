@@ -33,13 +33,9 @@ std::size_t CustomFields::locate(std::uint32_t hash, std::u16string_view name) c
 }
 
 void CustomFields::append(std::uint32_t hash, Field field) {
+    index_.make_room();
     fields_.push_back(std::move(field));
-    try {
-        index_.add(hash, fields_.size() - 1);
-    } catch (...) {
-        fields_.pop_back();
-        throw;
-    }
+    index_.add(hash, fields_.size() - 1);
 }
 
 void CustomFields::add_first(StoredText name, StoredText value) {

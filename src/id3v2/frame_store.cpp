@@ -1,6 +1,7 @@
 #include "id3v2/frame_store.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "util/numeric_text.h"
@@ -21,13 +22,9 @@ FrameStore::Record& FrameStore::find_or_add(std::u16string_view id) {
     if (at != HashIndex::kNotFound) {
         return records_[at];
     }
+    index_.make_room();
     records_.push_back({String(id), {}, {}});
-    try {
-        index_.add(hash, records_.size() - 1);
-    } catch (...) {
-        records_.pop_back();
-        throw;
-    }
+    index_.add(hash, records_.size() - 1);
     return records_.back();
 }
 
@@ -70,6 +67,15 @@ FrameStore FrameStore::copy() const {
     return copied;
 }
 
+// A host may have listed it already.
+void FrameStore::list_id(const String& id) {
+    try {
+        frame_list_->AddKey(id);
+    } catch (const Error&) {
+        return;
+    }
+}
+
 void FrameStore::append(std::u16string_view id, StoredText text) {
     Record& record = find_or_add(id);
     if (!record.count) {
@@ -80,23 +86,32 @@ void FrameStore::append(std::u16string_view id, StoredText text) {
     record.count = number;
 }
 
+// All or nothing: a number that is counted and has no value would hide the values behind it.
 void FrameStore::add(const String& id, std::u16string_view text, std::int32_t index) {
-    const auto list = [&] {
-        skip_errors([&] { frame_list_->AddKey(id); });
-        Record& record = find_or_add(id);
-        record.count = record.count.value_or(1);
-    };
+    StoredText stored(text);
+    Record& record = find_or_add(id);
+    std::optional<std::int32_t> count = record.count;
+    bool lists = false;
     if (!is_listed(id)) {
-        list();
+        lists = true;
         index = 1;
     } else if (index == 0) {
-        Record& record = find_or_add(id);
-        index = record.count.value_or(0) + 1;
-        record.count = index;
-    } else if (!is_listed(kCustomFrame)) {
-        list();
+        index = count.value_or(0) + 1;
+        count = index;
+    } else {
+        lists = !is_listed(kCustomFrame);
     }
-    add_value(find_or_add(id), index, StoredText(text));
+    const bool added = add_value(record, index, std::move(stored));
+    if (lists) {
+        count = count.value_or(1);
+        try {
+            list_id(id);
+        } catch (const std::bad_alloc&) {
+            value_count_ -= added && record.values.remove(index) ? 1 : 0;
+            throw;
+        }
+    }
+    record.count = count;
 }
 
 void FrameStore::remove_value(const String& id, std::int32_t index) {

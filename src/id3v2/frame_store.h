@@ -64,6 +64,7 @@ private:
     [[nodiscard]] const Record* find(std::u16string_view id) const noexcept;
     Record& find_or_add(std::u16string_view id);
     bool add_value(Record& record, std::int32_t index, StoredText text);
+    void list_id(const String& id);
     void forget(const String& id, Record& record);
 
     std::shared_ptr<KeyedCollection> frame_list_;

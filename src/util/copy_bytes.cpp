@@ -9,7 +9,7 @@ namespace brindle {
 
 namespace {
 
-constexpr std::int64_t kPiece = 256 * 1024;
+constexpr std::int64_t kPiece = 262'144;
 constexpr std::int64_t kYieldEvery = 409'600;
 
 }  // namespace

@@ -34,6 +34,7 @@ RC_GTEST_PROP(HashIndex, FindsWhatALinearSearchFinds, ()) {
     for (int step = 0; step < steps; ++step) {
         if (keys.empty() || *rc::gen::inRange(0, 4) != 0) {
             keys.push_back(next++);
+            index.make_room();
             index.add(keys.back() % 7, keys.size() - 1);
         } else {
             const auto entry = *rc::gen::inRange<std::size_t>(0, keys.size());
