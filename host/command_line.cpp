@@ -1,5 +1,6 @@
 #include "command_line.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "standard_streams.h"
@@ -14,6 +15,29 @@ void add_help_and_version(CLI::App& app) {
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.set_version_flag("--version", kVersion, "Print the version and exit");
     app.get_formatter()->column_width(26);
+}
+
+// The arguments in the reverse order that the parser wants. It would take the argument behind
+// `--title=` for the title, so an empty value becomes an argument of its own.
+std::vector<std::string> arguments_of(int argc, char** argv) {
+    std::vector<std::string> arguments;
+    bool are_options = true;
+    for (int i = 1; i < argc; ++i) {
+        std::string argument = argv[i];
+        are_options = are_options && argument != "--";
+        const bool has_empty_value = are_options && argument.size() > 3 &&
+                                     argument.compare(0, 2, "--") == 0 &&
+                                     argument.find('=') == argument.size() - 1;
+        if (has_empty_value) {
+            argument.pop_back();
+        }
+        arguments.push_back(argument);
+        if (has_empty_value) {
+            arguments.emplace_back();
+        }
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
 }
 
 ExitStatus usage_error(const CLI::App& program, const CLI::ParseError& error) {
@@ -55,7 +79,7 @@ void add_operands(CLI::App& command, const std::string& name, std::vector<std::s
 }
 
 ExitStatus run_command_line(int argc, char** argv, const std::vector<AddCommand>& commands) {
-    CLI::App program("Reads and shows what is known of MP3 files", "brindle");
+    CLI::App program("Reads and writes what is known of MP3 files", "brindle");
     program.allow_windows_style_options(false);
     program.require_subcommand(1);
     add_help_and_version(program);
@@ -65,7 +89,7 @@ ExitStatus run_command_line(int argc, char** argv, const std::vector<AddCommand>
         add(program, chosen);
     }
     try {
-        program.parse(argc, argv);
+        program.parse(arguments_of(argc, argv));
     } catch (const CLI::Success& request) {
         std::ostringstream text;
         program.exit(request, text, text);

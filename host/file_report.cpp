@@ -4,9 +4,11 @@
 #include <utility>
 #include <vector>
 
+#include <brindle/save_plan.h>
 #include <brindle/text.h>
 
 #include "json_values.h"
+#include "plan_text.h"
 #include "printable_text.h"
 #include "tag_frames.h"
 
@@ -213,6 +215,24 @@ Group frames(const cMPEGHeader& header) {
     return group;
 }
 
+SavePlan plan_of(const cMPEGHeader& header) {
+    try {
+        return plan_save(header);
+    } catch (const Error&) {
+        // Whoever saves is told.
+        return {};
+    }
+}
+
+template <class Frame>
+Group planned(const char* title, const std::vector<Frame>& frames) {
+    Group group{title, {}};
+    for (const Frame& frame : frames) {
+        group.add(frame_label(frame), remark_on(frame));
+    }
+    return group;
+}
+
 // Of UTF-8 only the first byte of each character takes a column.
 std::size_t columns(const std::string& utf8) {
     return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
@@ -233,8 +253,13 @@ std::size_t label_width(const std::vector<Group>& groups) {
 }  // namespace
 
 std::string file_report(const std::string& name, const cMPEGHeader& header) {
-    const std::vector<Group> groups = {stream(header), tags(header), scheduling_fields(header),
-                                       frames(header)};
+    const SavePlan plan = plan_of(header);
+    const std::vector<Group> groups = {stream(header),
+                                       tags(header),
+                                       scheduling_fields(header),
+                                       frames(header),
+                                       planned("A save would change", plan.changes),
+                                       planned("A save would lose", plan.losses)};
     const std::size_t width = label_width(groups);
     std::string report = printable(name) + "\n";
     for (const Group& group : groups) {

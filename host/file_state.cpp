@@ -35,15 +35,16 @@ std::optional<std::string> restore_state(const std::string& name, const FileStat
     if (!now) {
         return failure("the modification time");
     }
-    if (!now->is_same_file(before)) {
-        // The owner first: a change of it takes some permissions away.
-        if (geteuid() == 0 &&
-            chown(name.c_str(), before.status.st_uid, before.status.st_gid) != 0) {
-            return failure("the owner");
-        }
-        if (chmod(name.c_str(), before.status.st_mode & kPermissions) != 0) {
-            return failure("the mode");
-        }
+    // The owner first: a change of it takes some permissions away.
+    const bool is_owner_kept =
+        now->status.st_uid == before.status.st_uid && now->status.st_gid == before.status.st_gid;
+    if (!is_owner_kept && geteuid() == 0 &&
+        chown(name.c_str(), before.status.st_uid, before.status.st_gid) != 0) {
+        return failure("the owner");
+    }
+    if ((now->status.st_mode != before.status.st_mode || !is_owner_kept) &&
+        chmod(name.c_str(), before.status.st_mode & kPermissions) != 0) {
+        return failure("the mode");
     }
     const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, before.status.st_mtim};
     if (utimensat(AT_FDCWD, name.c_str(), times.data(), 0) != 0) {

@@ -12,7 +12,7 @@ namespace brindle::host {
 struct FileState {
     struct stat status;
 
-    // A rebuilt file is another one under the same name.
+    // A file that was rebuilt once is another one under the same name.
     [[nodiscard]] bool is_same_file(const FileState& other) const;
     [[nodiscard]] std::int64_t size() const { return status.st_size; }
 };

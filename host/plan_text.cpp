@@ -24,30 +24,32 @@ std::string reason_text(LossReason reason) {
     return {};
 }
 
-std::string frame_text(const TagFrame& frame, const std::string& remark) {
-    std::string text = printable(frame.id) + ":" + std::to_string(frame.number);
-    if (!frame.name.empty()) {
-        text += " \"" + printable(frame.name) + "\"";
-    }
-    return text + " (" + std::to_string(frame.size) + " bytes, " + remark + ")";
+std::string size_text(const TagFrame& frame) {
+    return std::to_string(frame.size) + " bytes, ";
 }
 
 }  // namespace
 
-std::string loss_text(const LostFrame& frame) {
-    return frame_text(frame, reason_text(frame.reason));
+std::string frame_label(const TagFrame& frame) {
+    const std::string place = printable(frame.id) + ":" + std::to_string(frame.number);
+    return frame.name.empty() ? place : place + " \"" + printable(frame.name) + "\"";
+}
+
+std::string remark_on(const LostFrame& frame) {
+    return size_text(frame) + reason_text(frame.reason);
+}
+
+std::string remark_on(const ChangedFrame& frame) {
+    return size_text(frame) +
+           (frame.same_text ? "same text in another form" : "with other content");
 }
 
 std::string losses_text(const std::vector<LostFrame>& frames) {
     std::string text;
     for (const LostFrame& frame : frames) {
-        text += (text.empty() ? "" : ", ") + loss_text(frame);
+        text += (text.empty() ? "" : ", ") + frame_text(frame);
     }
     return text;
-}
-
-std::string change_text(const ChangedFrame& frame) {
-    return frame_text(frame, frame.same_text ? "same text in another form" : "with other content");
 }
 
 }  // namespace brindle::host

@@ -8,12 +8,20 @@
 
 namespace brindle::host {
 
-// `TXXX:3 "Note" (6000 bytes, too large to be read)`
-[[nodiscard]] std::string loss_text(const LostFrame& frame);
+// `COMM:1`, or `TXXX:3 "Note"`
+[[nodiscard]] std::string frame_label(const TagFrame& frame);
+// `6000 bytes, too large to be read`
+[[nodiscard]] std::string remark_on(const LostFrame& frame);
+// `12 bytes, same text in another form`
+[[nodiscard]] std::string remark_on(const ChangedFrame& frame);
+
+// Label and remark: `COMM:1 (12 bytes, same text in another form)`
+template <class Frame>
+[[nodiscard]] std::string frame_text(const Frame& frame) {
+    return frame_label(frame) + " (" + remark_on(frame) + ")";
+}
+
 // All of them on one line.
 [[nodiscard]] std::string losses_text(const std::vector<LostFrame>& frames);
-
-// `COMM:1 (12 bytes, same text in another form)`
-[[nodiscard]] std::string change_text(const ChangedFrame& frame);
 
 }  // namespace brindle::host

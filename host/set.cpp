@@ -134,10 +134,10 @@ private:
             text += "  An ID3v1 record would be appended\n";
         }
         for (const LostFrame& frame : plan_.losses) {
-            text += "  Would be lost: " + loss_text(frame) + "\n";
+            text += "  Would be lost: " + frame_text(frame) + "\n";
         }
         for (const ChangedFrame& frame : plan_.changes) {
-            text += "  Would be changed: " + change_text(frame) + "\n";
+            text += "  Would be changed: " + frame_text(frame) + "\n";
         }
         return text;
     }
@@ -206,13 +206,20 @@ void add_set(CLI::App& program, Command& chosen) {
                     "brindle set --title \"Morning jingle\" --cue-in 1500 "
                     "--field Show=Breakfast jingle.mp3");
     options->edit_options.add_to(*command);
-    command->add_flag("--separate", options->separate,
-                      "Title, artist and year leave the ID3v1 record alone");
-    command->add_flag("--dry-run", options->dry_run,
-                      "Show old and new values and what a save would do; touch nothing");
-    command->add_flag("--preserve", options->preserve,
-                      "Keep the modification time, and mode and owner of a rebuilt file");
-    command->add_flag("--force", options->force, "Save also when frames would be lost");
+    command
+        ->add_flag("--separate", options->separate,
+                   "Title, artist and year leave the ID3v1 record alone")
+        ->disable_flag_override();
+    command
+        ->add_flag("--dry-run", options->dry_run,
+                   "Show old and new values and what a save would do; touch nothing")
+        ->disable_flag_override();
+    command
+        ->add_flag("--preserve", options->preserve,
+                   "Keep the modification time, and mode and owner of a rebuilt file")
+        ->disable_flag_override();
+    command->add_flag("--force", options->force, "Save also when frames would be lost")
+        ->disable_flag_override();
     add_operands(*command, "FILE", options->files,
                  "Files whose names end in mp3 or mp2; after -- they may begin with a dash");
     command->callback([options, &chosen] {

@@ -109,13 +109,16 @@ void add_strip(CLI::App& program, Command& chosen) {
     CLI::App* command = add_command(program, "strip", "Take tags off; the audio stays as it is",
                                     "brindle strip --v1 jingle.mp3 spot.mp3");
     CLI::Option_group* tags = command->add_option_group("Tags", "Which tags; one of");
-    tags->add_flag("--v1", options->v1, "The ID3v1 record at the end");
-    tags->add_flag("--v2", options->v2, "The ID3v2 tag at the start");
-    tags->add_flag("--all", options->all, "Both");
+    tags->add_flag("--v1", options->v1, "The ID3v1 record at the end")->disable_flag_override();
+    tags->add_flag("--v2", options->v2, "The ID3v2 tag at the start")->disable_flag_override();
+    tags->add_flag("--all", options->all, "Both")->disable_flag_override();
     tags->require_option(1);
-    command->add_flag("--dry-run", options->dry_run, "Show what would go; touch nothing");
-    command->add_flag("--preserve", options->preserve,
-                      "Keep modification time, mode and owner of the file");
+    command->add_flag("--dry-run", options->dry_run, "Show what would go; touch nothing")
+        ->disable_flag_override();
+    command
+        ->add_flag("--preserve", options->preserve,
+                   "Keep modification time, mode and owner of the file")
+        ->disable_flag_override();
     add_operands(*command, "FILE", options->files,
                  "Files whose names end in mp3 or mp2; after -- they may begin with a dash");
     command->callback([options, &chosen] { chosen = [options] { return strip(*options); }; });

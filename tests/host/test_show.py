@@ -316,6 +316,10 @@ full.mp3
     TXXX               Account Exec = Jo
     TXXX               Copy = A\\nB
     APIC               33 bytes
+  A save would change
+    COMM:1             7 bytes, same text in another form
+    COMM:2             7 bytes, same text in another form
+    WOAR:1             18 bytes, same text in another form
 """
 
 PLAIN_REPORT = """\
@@ -335,6 +339,12 @@ def test_report_of_a_full_file(folder, brindle):
     result = brindle("show", "full.mp3")
     assert (result.returncode, result.stderr) == (0, b"")
     assert result.stdout.decode() == FULL_REPORT
+
+
+def test_report_tells_what_a_save_would_lose(tmp_path, brindle):
+    (tmp_path / "a.mp3").write_bytes(tag(frame("GEOB", bytes(5001))) + audio())
+    assert brindle("show", "a.mp3").stdout.decode().endswith(
+        "  A save would lose\n    GEOB:1         5001 bytes, too large to be read\n")
 
 
 def test_report_leaves_out_what_is_not_there(folder, brindle):
