@@ -201,6 +201,12 @@ TEST(StreamScan, ChainThatMeetsTheFilesEndIsTriedEarlierOnlyOnce) {
     EXPECT_EQ(file.count_of(kTryingEarlier), 1U);
 }
 
+TEST(StreamScan, TagOfTenBytesIsTriedEarlierFromTheFilesStart) {
+    Analysis file(zeros(10) + stream(kFrame, 100));
+    EXPECT_EQ(file.tag(10).traced().run().HeaderStartPos(), 10 + kFrameBytes);
+    EXPECT_EQ(file.count_of(kTryingEarlier), 1U);
+}
+
 TEST(StreamScan, TagThatEndsBelowTenBytesIsNotTriedEarlier) {
     Analysis file(zeros(9) + stream(kFrame, 100));
     EXPECT_EQ(file.tag(9).traced().run().HeaderStartPos(), 9 + kFrameBytes);
@@ -405,6 +411,22 @@ TEST(SetFileName, KeepsTheHeaderOfAnEarlierFile) {
     EXPECT_EQ(file.analyser.FileName(), u"other.mp3");
     EXPECT_EQ(file.analyser.HeaderStartPos(), 50);
     EXPECT_EQ(file.analyser.BitRate(), 128'000);
+}
+
+// What is remembered of broken chains is a ring of 524,288 positions: the chain at that distance
+// behind the broken one is another.
+TEST(SetFileName, ChainHalfAMegabyteBehindABrokenOneIsItsOwn) {
+    Analysis file(stream(kFrame, 120));
+    file.run();
+    ASSERT_TRUE(file.found());
+    const Bytes broken = stream(kFrame, 60);
+    file.world.files.put(kName, broken + zeros(524'288 - broken.size()) +
+                                    xing_frame(kFrame, {.frames = 1000, .bytes = 46'287}) +
+                                    stream(kFrame, 110));
+    file.analyser.SetFileName(GivenFile(kName, 0));
+    EXPECT_TRUE(file.found());
+    EXPECT_TRUE(file.analyser.VBR());
+    EXPECT_EQ(file.analyser.FrameCounter(), 1000);
 }
 
 TEST(SetFileName, WithoutAStreamResets) {
