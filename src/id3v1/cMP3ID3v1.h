@@ -22,7 +22,9 @@ public:
     // Keeps the name and reads the record. Raises what opening the file raises; the fields are
     // then those of a file without a record.
     void MP3File(const String& NewFile);
-    // The same over a file that the caller has opened already. The window does not move.
+    // Keeps the name and reads nothing.
+    void set_name(const String& name) { file_name_ = name; }
+    // The same as MP3File over a file that the caller has opened already. The window does not move.
     void read(const String& name, FileWindow& window);
 
     // Whether the last reading found a record; writing one does not change it.

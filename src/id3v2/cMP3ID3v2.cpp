@@ -1,5 +1,6 @@
 #include "id3v2/cMP3ID3v2.h"
 
+#include <new>
 #include <utility>
 
 #include "id3v1/genre_table.h"
@@ -36,14 +37,21 @@ void cMP3ID3v2::initialise() {
     known_length_ = 0;
 }
 
+// Whatever keeps the file from being read whole keeps it from being written, too.
 void cMP3ID3v2::FileName(const String& NewName) {
-    initialise();
-    const std::unique_ptr<BinaryFile> file = open_existing(NewName);
-    if (!file) {
-        return;
+    try {
+        initialise();
+        if (const std::unique_ptr<BinaryFile> file = open_existing(NewName)) {
+            FileWindow window(*file);
+            read(window);
+        }
+    } catch (const Error& error) {
+        fault_ = error;
+        throw;
+    } catch (const std::bad_alloc&) {
+        fault_ = kOutOfMemory;
+        throw;
     }
-    FileWindow window(*file);
-    read(window);
 }
 
 // Null when there is no such file. The file's name is kept as soon as it is known to exist.
@@ -53,15 +61,21 @@ std::unique_ptr<BinaryFile> cMP3ID3v2::open_existing(const String& name) {
     }
     try {
         auto file = environment_.files.open(name, OpenMode::Read);
-        file_name_ = name;
+        keep_name(name);
         return file;
     } catch (const Error& error) {
         if (!FileExists(environment_.files, name)) {
             return nullptr;
         }
-        file_name_ = name;
+        keep_name(name);
         throw error.from(kReaderSource);
     }
+}
+
+// Also for the record, which may be stripped though it could not be read.
+void cMP3ID3v2::keep_name(const String& name) {
+    file_name_ = name;
+    v1_->set_name(name);
 }
 
 void cMP3ID3v2::read(FileWindow& file) {

@@ -177,6 +177,7 @@ private:
 
     void initialise();
     std::unique_ptr<BinaryFile> open_existing(const String& name);
+    void keep_name(const String& name);
     void read(FileWindow& file);
     void read_tags(FileWindow& file);
     void mark_corrupt();
@@ -185,6 +186,7 @@ private:
     [[nodiscard]] String text(StandardField field) const { return contents_->fields.get(field); }
     void text(StandardField field, const String& value);
     void replace_frame(std::u16string_view id, const String& held);
+    void replace_value(const String& id, const String& custom_name, const String& held);
 
     void save();
     std::unique_ptr<BinaryFile> open_for_saving();
@@ -193,7 +195,10 @@ private:
     void WriteTag(std::unique_ptr<BinaryFile> file);
     void CopyAudioToNewFile(std::unique_ptr<BinaryFile> old_file, std::span<const std::uint8_t> tag,
                             std::int64_t kept_from);
-    void convert_version2();
+    void convert_version2(std::unique_ptr<BinaryFile> old_file, FileWindow& window);
+    void read_in_place_of(const cMP3ID3v2& other, FileWindow& window);
+    void become(cMP3ID3v2& other) noexcept;
+    void trust_or_find_audio(FileWindow& file);
     // What of a version 2 tag outlives its conversion.
     struct LastingFields {
         String artist;
@@ -228,6 +233,7 @@ private:
     std::optional<Error> fault_;
     // Where the analyser's first frame stands now, and how long the file is that it was found in.
     std::optional<std::int64_t> accepted_;
+    static constexpr std::int64_t kUnknownLength = -1;
     std::int64_t known_length_ = 0;
 };
 

@@ -10,6 +10,10 @@ namespace brindle {
 inline const String kReaderSource = u"BrindleId3v1Tagger";
 inline const String kWriterSource = u"BrindleID3v2Tagger";
 
+// Made while there is memory to make them.
+inline const Error kOutOfMemory(RuntimeError::OutOfMemory);
+inline const Error kWriterOutOfMemory(RuntimeError::OutOfMemory, kWriterSource);
+
 // Runs a step of the writer; its errors keep number and description.
 template <typename Step>
 auto as_writer(Step step) {

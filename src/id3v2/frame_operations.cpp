@@ -1,4 +1,5 @@
 // The members of cMP3ID3v2 that list and edit frames and their values.
+#include <new>
 #include <utility>
 
 #include "id3v2/cMP3ID3v2.h"
@@ -91,8 +92,20 @@ void cMP3ID3v2::OtherGenreName(const String& value) {
 }
 
 void cMP3ID3v2::replace_frame(std::u16string_view id, const String& held) {
-    RemoveFrame(String(id));
-    AddTag(String(id), held);
+    replace_value(String(id), {}, held);
+}
+
+// A value that was removed and could not be put back must not be missing in the file too, so then
+// nothing is saved any more.
+void cMP3ID3v2::replace_value(const String& id, const String& custom_name, const String& held) {
+    try {
+        std::int32_t index = 0;
+        RemoveFrame(id, custom_name, index);
+        AddTag(id, held, index);
+    } catch (const std::bad_alloc&) {
+        fault_ = kOutOfMemory;
+        throw;
+    }
 }
 
 }  // namespace brindle

@@ -43,9 +43,7 @@ void cMP3ID3v2::AddCustomField(const String& CustomFieldName, const String& Cust
     if (!contents_->frames.is_listed(frame)) {
         AddTag(frame, field_text(kStampName, kStampValue));
     }
-    std::int32_t index = 0;
-    RemoveFrame(frame, CustomFieldName, index);
-    AddTag(frame, field_text(CustomFieldName, CustomFieldValue), index);
+    replace_value(frame, CustomFieldName, field_text(CustomFieldName, CustomFieldValue));
     contents_->custom.set(CustomFieldName, CustomFieldValue);
 }
 

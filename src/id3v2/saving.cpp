@@ -6,6 +6,7 @@
 
 #include "id3v2/audio_start.h"
 #include "id3v2/cMP3ID3v2.h"
+#include "id3v2/cut_file.h"
 #include "id3v2/error_sources.h"
 #include "id3v2/tag_area.h"
 #include "id3v2/tag_builder.h"
@@ -29,7 +30,7 @@ void cMP3ID3v2::Update() {
     try {
         save();
     } catch (const std::bad_alloc&) {
-        throw Error(RuntimeError::OutOfMemory, kWriterSource);
+        throw Error(kWriterOutOfMemory);
     }
 }
 
@@ -86,28 +87,30 @@ void cMP3ID3v2::find_audio_again() {
     cMP3ID3v2 now(environment_);
     now.FileName(file_name_);
     if (now.fault_) {
-        throw *now.fault_;
+        throw Error(*now.fault_);
     }
     accepted_ = now.accepted_;
     known_length_ = now.known_length_;
 }
 
+// The file may be as long as before and yet another one.
+void cMP3ID3v2::trust_or_find_audio(FileWindow& file) {
+    if (accepted_ && !is_frame_at(file, *accepted_)) {
+        find_audio_again();
+    }
+}
+
 void cMP3ID3v2::WriteTag(std::unique_ptr<BinaryFile> file) {
+    FileWindow window(*file, known_length_);
+    trust_or_find_audio(window);
     if (tag_version_ == kOldestVersion) {
-        file->close();
-        convert_version2();
-        file = environment_.files.open(file_name_, OpenMode::ReadWrite);
+        convert_version2(std::move(file), window);
+        return;
     }
     std::vector<std::uint8_t> tag = build_tag(contents_->frames);
     const auto needed = static_cast<std::int64_t>(tag.size());
 
-    FileWindow window(*file, known_length_);
-    TagArea area = find_tag_area(window, accepted_);
-    if (accepted_ && !is_frame_at(window, *accepted_)) {
-        // As long as before, and yet another file.
-        find_audio_again();
-        area = find_tag_area(window, accepted_);
-    }
+    const TagArea area = find_tag_area(window, accepted_);
     if (area.fits(needed)) {
         fit_tag(tag, static_cast<std::size_t>(area.length));
         file->write_at(*area.position, tag);
@@ -136,16 +139,67 @@ void cMP3ID3v2::CopyAudioToNewFile(std::unique_ptr<BinaryFile> old_file,
 }
 
 // A version 2 tag goes, and of what it held the fields that schedules and lists are made of come
-// back.
-void cMP3ID3v2::convert_version2() {
-    const LastingFields lasting = lasting_fields();
-    if (!strip(kStripId3v2)) {
+// back. Both in one step: were the tag taken off first, a full disk could cost them. What fails
+// leaves this object as it was, so that saving can be tried again.
+void cMP3ID3v2::convert_version2(std::unique_ptr<BinaryFile> old_file, FileWindow& window) {
+    const std::optional<Stretch> stripped = find_strippable(window, accepted_);
+    if (!stripped) {
         // Nobody may believe that this was saved.
         throw Error(RuntimeError::InvalidCall);
     }
-    reload();
-    restore(lasting);
-    AddCustomField(kSavedStampName, kSavedStampValue);
+    CutFile rest(*old_file, *stripped);
+    FileWindow rest_window(rest, window.length() - stripped->length());
+    cMP3ID3v2 converted(environment_);
+    converted.read_in_place_of(*this, rest_window);
+    converted.restore(lasting_fields());
+    converted.AddCustomField(kSavedStampName, kSavedStampValue);
+
+    std::vector<std::uint8_t> tag = build_tag(converted.contents_->frames);
+    const auto needed = static_cast<std::int64_t>(tag.size());
+    const TagArea area = find_tag_area(rest_window, converted.accepted_);
+    // Without audio another tag may be left.
+    const bool fits = area.fits(needed);
+    const std::int64_t tag_begin = fits ? *area.position : 0;
+    const std::int64_t tag_length = fits ? area.length : roomy_area(needed);
+    const std::int64_t kept_from = fits ? tag_begin + tag_length : area.kept_from;
+    const std::int64_t kept_end = std::max(rest_window.length(), kept_from);
+    fit_tag(tag, static_cast<std::size_t>(tag_length));
+    replace_file(environment_.files, file_name_, [&](BinaryFile& new_file) {
+        rest.copy_to(new_file, 0, 0, tag_begin, Owner);
+        new_file.write_at(tag_begin, tag);
+        rest.copy_to(new_file, tag_begin + tag_length, kept_from, rest_window.length(), Owner);
+        old_file->close();
+    });
+    converted.known_length_ = tag_begin + tag_length + kept_end - kept_from;
+    if (converted.accepted_) {
+        *converted.accepted_ += tag_begin + tag_length - kept_from;
+    }
+    become(converted);
+}
+
+// What assigning the name of the file at `window` to that object would have made of it.
+void cMP3ID3v2::read_in_place_of(const cMP3ID3v2& other, FileWindow& window) {
+    Owner = other.Owner;
+    contents_->fields.set(StandardField::Lyrics, StoredText(other.Lyrics()));
+    contents_->genre = other.contents_->genre;
+    initialise();
+    file_name_ = other.file_name_;
+    read(window);
+    if (fault_) {
+        throw Error(*fault_);
+    }
+}
+
+void cMP3ID3v2::become(cMP3ID3v2& other) noexcept {
+    analyser_ = std::move(other.analyser_);
+    v1_ = std::move(other.v1_);
+    contents_ = std::move(other.contents_);
+    tag_position_ = other.tag_position_;
+    total_tag_length_ = other.total_tag_length_;
+    junk_length_ = other.junk_length_;
+    tag_version_ = other.tag_version_;
+    accepted_ = other.accepted_;
+    known_length_ = other.known_length_;
 }
 
 cMP3ID3v2::LastingFields cMP3ID3v2::lasting_fields() const {

@@ -55,6 +55,18 @@ TagArea find_tag_area(FileWindow& file, std::optional<std::int64_t> accepted) {
     return area;
 }
 
+std::optional<Stretch> find_strippable(FileWindow& file, std::optional<std::int64_t> accepted) {
+    const std::optional<OldTag> tag = find_old_tag(file);
+    if (!tag) {
+        return Stretch();
+    }
+    if (const auto audio = find_tag_area(file, accepted).audio) {
+        return Stretch{0, *audio};
+    }
+    const Stretch claimed{tag->position, tag->position + tag->length};
+    return claimed.end > file.length() ? std::nullopt : std::optional(claimed);
+}
+
 std::int64_t roomy_area(std::int64_t needed) noexcept {
     constexpr std::int64_t kStep = 2048;
     return (needed / kStep + 1) * kStep;

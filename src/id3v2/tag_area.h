@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "id3v2/cut_file.h"
 #include "util/file_window.h"
 
 namespace brindle {
@@ -38,5 +39,11 @@ struct OldTag {
     std::int64_t length = 0;
 };
 [[nodiscard]] std::optional<OldTag> find_old_tag(FileWindow& file);
+
+// What goes when the tag is taken off: all that stands before the first frame of audio, without
+// audio the tag alone. Empty when there is nothing to take off; none when the tag claims more than
+// the file holds and nobody knows where it ends.
+[[nodiscard]] std::optional<Stretch> find_strippable(FileWindow& file,
+                                                     std::optional<std::int64_t> accepted);
 
 }  // namespace brindle
