@@ -1,7 +1,9 @@
 // brindle strip: takes tags off.
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <unistd.h>
@@ -57,6 +59,11 @@ std::string tags_text(bool record, bool tag) {
     return record && tag ? "ID3v1 record and ID3v2 tag" : record ? "ID3v1 record" : "ID3v2 tag";
 }
 
+// Files of 2 GiB and more are never stripped, but those without tags need not be.
+bool is_beyond_reach(const std::optional<FileState>& state) {
+    return state && state->size() > std::numeric_limits<std::int32_t>::max();
+}
+
 // Why the file failed, or nothing.
 std::optional<std::string> strip_file(const std::string& name, const StripOptions& options) {
     cMPEGHeader header;
@@ -65,7 +72,8 @@ std::optional<std::string> strip_file(const std::string& name, const StripOption
     }
     const bool record = !options.v2 && has_record(name);
     const bool tag = !options.v1 && has_tag(header);
-    if (!record && !tag) {
+    const std::optional<FileState> before = state_of(name);
+    if (!record && !tag && (options.dry_run || is_beyond_reach(before))) {
         write_output(printable(name) + ": no tag\n");
         return std::nullopt;
     }
@@ -73,11 +81,16 @@ std::optional<std::string> strip_file(const std::string& name, const StripOption
         write_output(printable(name) + ": dry run, would strip " + tags_text(record, tag) + "\n");
         return std::nullopt;
     }
-    const std::optional<FileState> before = state_of(name);
+    // Also when no tag was seen: a file that could not be read looks like one without.
     if (!header.StripTags(options.tags())) {
         return "The tags could not be stripped";
     }
     const std::optional<FileState> after = state_of(name);
+    const bool was_seen = record || tag;
+    if (!was_seen && before && after && before->size() == after->size()) {
+        write_output(printable(name) + ": no tag\n");
+        return std::nullopt;
+    }
     if (options.preserve && before) {
         if (auto reason = restore_state(name, *before)) {
             return reason;
@@ -87,7 +100,9 @@ std::optional<std::string> strip_file(const std::string& name, const StripOption
     if (before && after) {
         removed = " (" + std::to_string(before->size() - after->size()) + " bytes)";
     }
-    write_output(printable(name) + ": stripped " + tags_text(record, tag) + removed + "\n");
+    write_output(printable(name) + ": stripped " +
+                 tags_text(was_seen ? record : !options.v2, was_seen ? tag : !options.v1) +
+                 removed + "\n");
     return std::nullopt;
 }
 
