@@ -5,6 +5,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <brindle/text.h>
 
@@ -289,9 +290,18 @@ std::unique_ptr<BinaryFile> MemoryFiles::create_beside(const String& neighbour, 
         throw Error(RuntimeError::PathFileAccess);
     }
     ++created_;
-    name = String(folder_of(neighbour)) + u"new" + from_utf8(std::to_string(created_)) + u".tmp";
-    put(name, {});
-    return handle(name, OpenMode::ReadWrite);
+    String unique =
+        String(folder_of(neighbour)) + u"new" + from_utf8(std::to_string(created_)) + u".tmp";
+    put(unique, {});
+    try {
+        auto created = handle(unique, OpenMode::ReadWrite);
+        name = std::move(unique);
+        return created;
+    } catch (...) {
+        // Whoever could not be told of a file can't remove it.
+        files_.erase(unique);
+        throw;
+    }
 }
 
 void MemoryFiles::refuse_if_open(const String& name) const {

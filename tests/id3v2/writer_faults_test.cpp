@@ -1,0 +1,469 @@
+// Each file operation and each allocation of a save or a strip fails in turn. The file under the
+// name is then one of a few that are known byte for byte: the old one, the old one with its new
+// ID3v1 record (or without its record), or the new one; or, where a write into the file itself was
+// cut short, the old one with exactly so many bytes of it.
+#include <algorithm>
+#include <functional>
+#include <new>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <brindle/error.h>
+
+#include "id3v2/cMP3ID3v2.h"
+#include "support/bytes.h"
+#include "support/counting_allocator.h"
+#include "support/frames.h"
+#include "support/id3v1.h"
+#include "support/memory_environment.h"
+#include "support/tags.h"
+#include "support/written_files.h"
+
+namespace brindle {
+namespace {
+
+using test::Bytes;
+using test::Fault;
+using test::FileCall;
+using test::Id3v1;
+using test::LoggedCall;
+using test::stamped;
+using test::Tag;
+
+const String kName = u"song.mp3";
+const Bytes kAudio = test::stream({}, 120);
+const Bytes kRecord = Id3v1{.title = "Old", .filler = ' '}.bytes();
+
+struct Scenario {
+    const char* name;
+    Bytes old;
+    // Between the two steps of the work.
+    Bytes halfway;
+    Bytes result;
+    std::function<void(cMP3ID3v2&)> edit;
+    // 0: a save; else what is stripped.
+    std::int32_t strips = 0;
+};
+
+void PrintTo(const Scenario& scenario, std::ostream* stream) {
+    *stream << scenario.name;
+}
+
+void set_title(cMP3ID3v2& model) {
+    model.Title(u"Song");
+}
+void nothing(cMP3ID3v2& /*model*/) {}
+
+Tag titled() {
+    return stamped(Tag().text("TIT2", "Song"));
+}
+
+std::vector<Scenario> saves() {
+    const Bytes roomy = Tag().padded_to(600).bytes();
+    const Bytes tight = Tag().padded_to(60).bytes();
+    const Bytes version2 = Tag(2).text("TT2", "Song").text("TAL", "Disc").padded_to(500).bytes();
+    const Tag converted = stamped(Tag().text("TPE1", "").text("TIT2", "Song").text("TYER", ""));
+    const Bytes junk = test::repeated(6000, 0x55);
+    const Bytes blank = test::blank_record();
+    return {
+        {"InPlaceWithItsFirstRecord", roomy + kAudio, roomy + kAudio + blank,
+         titled().padded_to(600).bytes() + kAudio + blank, set_title},
+        {"InPlaceOverARecord", roomy + kAudio + kRecord,
+         roomy + kAudio + Id3v1{.title = "New", .filler = ' '}.bytes(),
+         titled().padded_to(600).bytes() + kAudio + Id3v1{.title = "New", .filler = ' '}.bytes(),
+         [](cMP3ID3v2& model) {
+             set_title(model);
+             model.Titlev1Tag(u"New");
+         }},
+        {"RebuiltFromATag", tight + kAudio, tight + kAudio + blank,
+         titled().padded_to(2048).bytes() + kAudio + blank, set_title},
+        {"RebuiltWithoutATag", kAudio, kAudio + blank,
+         titled().padded_to(2048).bytes() + kAudio + blank, set_title},
+        {"RebuiltOfTwoPieces", test::stream({}, 800), test::stream({}, 800) + blank,
+         titled().padded_to(2048).bytes() + test::stream({}, 800) + blank, set_title},
+        {"ConvertedFromVersion2", version2 + kAudio, version2 + kAudio + blank,
+         Tag(converted).padded_to(2048).bytes() + kAudio + blank, nothing},
+        {"ConvertedFromVersion2WithoutAudio", version2 + junk, version2 + junk + blank,
+         Tag(converted).padded_to(2048).bytes() + junk + blank, nothing},
+        {"ConvertedInFrontOfAnotherTag", version2 + roomy + junk, version2 + roomy + junk + blank,
+         Tag(converted).padded_to(600).bytes() + junk + blank, nothing},
+    };
+}
+
+std::vector<Scenario> strips() {
+    const Bytes tag = Tag().text("TIT2", "Song").padded_to(600).bytes();
+    const Bytes old = tag + kAudio + kRecord;
+    return {
+        {"StripOfTheRecord", old, old, tag + kAudio, nothing, 1},
+        {"StripOfTheTag", old, old, kAudio + kRecord, nothing, 2},
+        {"StripOfBoth", old, tag + kAudio, kAudio, nothing, 3},
+    };
+}
+
+// What came of one attempt.
+struct Outcome {
+    std::optional<Error> error;
+    bool stripped = false;
+    bool out_of_memory = false;
+};
+
+class World {
+public:
+    explicit World(const Scenario& scenario) : scenario_(scenario) {
+        world_.files.put(kName, scenario.old);
+        model_.FileName(kName);
+        scenario.edit(model_);
+        world_.files.reset_counts();
+    }
+
+    Outcome attempt() {
+        Outcome outcome;
+        try {
+            if (scenario_.strips != 0) {
+                outcome.stripped = model_.StripTags(scenario_.strips);
+            } else {
+                model_.Update();
+            }
+        } catch (const Error& error) {
+            outcome.error = error;
+        } catch (const std::bad_alloc&) {
+            outcome.out_of_memory = true;
+        }
+        return outcome;
+    }
+
+    test::MemoryFiles& files() { return world_.files; }
+    [[nodiscard]] const Bytes& content() const { return world_.files.content(kName); }
+    [[nodiscard]] bool holds_only_the_file() const {
+        return world_.files.names() == std::vector<String>{kName};
+    }
+
+private:
+    const Scenario& scenario_;
+    test::MemoryEnvironment world_;
+    cMP3ID3v2 model_{world_.environment};
+};
+
+// The calls of the work when nothing goes wrong.
+std::vector<LoggedCall> calls_of(const Scenario& scenario) {
+    World world(scenario);
+    const Outcome outcome = world.attempt();
+    EXPECT_FALSE(outcome.error);
+    EXPECT_EQ(outcome.stripped, scenario.strips != 0);
+    EXPECT_EQ(world.content(), scenario.result);
+    return world.files().log();
+}
+
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+// The number of the n-th such call on the file itself, from 1 on.
+std::size_t place_of(const std::vector<LoggedCall>& calls, FileCall call, std::size_t nth = 1) {
+    for (std::size_t place = 0; place < calls.size(); ++place) {
+        if (calls[place].call == call && calls[place].name == kName && --nth == 0) {
+            return place + 1;
+        }
+    }
+    return kNone;
+}
+
+class Faults : public ::testing::TestWithParam<Scenario> {};
+class SaveFaults : public Faults {};
+class StripFaults : public Faults {};
+
+// `from` where the first `count` of the bytes that differ in `to` are written already, in one
+// write that begins at `offset`.
+Bytes partly(const Bytes& from, const Bytes& to, std::size_t offset, std::size_t count) {
+    Bytes mixed = from.first(std::min(from.size(), offset)) + to.part(offset, count);
+    return mixed.size() < from.size() ? mixed + from.last(from.size() - mixed.size()) : mixed;
+}
+
+TEST_P(SaveFaults, EachFailingCallLeavesAKnownFileAndTellsItsError) {
+    const Scenario& scenario = GetParam();
+    const std::vector<LoggedCall> calls = calls_of(scenario);
+    const std::size_t record = place_of(calls, FileCall::Write);
+    const std::size_t replace = place_of(calls, FileCall::Replace);
+    const std::size_t put = replace != kNone ? replace : place_of(calls, FileCall::Write, 2);
+    ASSERT_NE(record, kNone);
+    ASSERT_NE(put, kNone);
+    const bool appends = scenario.halfway.size() > scenario.old.size();
+    const std::size_t record_offset = appends ? scenario.old.size() : scenario.old.size() - 128 + 3;
+    for (const bool from_then_on : {false, true}) {
+        for (std::size_t nth = 1; nth <= calls.size(); ++nth) {
+            for (const std::size_t bytes_before : {0, 1, 50, 124}) {
+                const FileCall failing = calls[nth - 1].call;
+                if (bytes_before != 0 && failing != FileCall::Write && failing != FileCall::Copy) {
+                    continue;
+                }
+                SCOPED_TRACE(std::to_string(nth) + " of " + std::to_string(calls.size()) + ": " +
+                             std::string(test::name_of(failing)) + " after " +
+                             std::to_string(bytes_before) +
+                             (from_then_on ? " from then on" : " once"));
+                World world(scenario);
+                world.files().fail({.nth = nth,
+                                    .from_then_on = from_then_on,
+                                    .error = Error(61, u"planned", u"the disk"),
+                                    .bytes_before = bytes_before});
+                const Outcome outcome = world.attempt();
+                ASSERT_TRUE(world.files().has_failed());
+                const std::uint64_t removals = world.files().calls(FileCall::Remove);
+                world.files().fail_nothing();
+                EXPECT_FALSE(outcome.out_of_memory);
+                EXPECT_EQ(world.files().open_files(), 0U);
+                // A removal that failed too leaves what it should have removed.
+                EXPECT_EQ(world.holds_only_the_file(), !from_then_on || removals == 0);
+
+                if (failing == FileCall::FlushFolder || (nth == 1 && from_then_on)) {
+                    // The new file stands; or no file could be seen at all, and so none is saved.
+                    EXPECT_FALSE(outcome.error);
+                } else {
+                    ASSERT_TRUE(outcome.error);
+                    EXPECT_EQ(outcome.error->number(), 61);
+                    EXPECT_EQ(outcome.error->description(), u"planned");
+                    EXPECT_TRUE(
+                        outcome.error->source() == u"BrindleID3v2Tagger" ||
+                        (nth <= record && outcome.error->source() == u"BrindleId3v1Tagger"));
+                    EXPECT_TRUE(nth != 1 || outcome.error->source() == u"BrindleId3v1Tagger");
+                }
+
+                bool can_be_saved_again = true;
+                if (nth < record) {
+                    EXPECT_EQ(world.content(), scenario.old);
+                } else if (nth == record && appends && !from_then_on) {
+                    // What could not be appended whole is cut off again.
+                    EXPECT_EQ(world.content(), scenario.old);
+                } else if (nth == record) {
+                    EXPECT_EQ(world.content(),
+                              partly(scenario.old, scenario.halfway, record_offset, bytes_before));
+                    can_be_saved_again = !appends;
+                } else if (nth < put || (nth == put && replace != kNone)) {
+                    EXPECT_EQ(world.content(), scenario.halfway);
+                } else if (nth == put) {
+                    EXPECT_EQ(world.content(),
+                              partly(scenario.halfway, scenario.result, 0, bytes_before));
+                } else {
+                    EXPECT_EQ(world.content(), scenario.result);
+                }
+                if (can_be_saved_again) {
+                    EXPECT_FALSE(world.attempt().error);
+                    EXPECT_EQ(world.content(), scenario.result);
+                }
+            }
+        }
+    }
+}
+
+TEST_P(SaveFaults, ReadsAndCopiesThatHandOverLessLoseNothing) {
+    const Scenario& scenario = GetParam();
+    const std::vector<LoggedCall> calls = calls_of(scenario);
+    for (const bool from_then_on : {false, true}) {
+        for (std::size_t nth = 1; nth <= calls.size(); ++nth) {
+            const FileCall failing = calls[nth - 1].call;
+            if (failing != FileCall::Read && failing != FileCall::Copy) {
+                continue;
+            }
+            SCOPED_TRACE(std::to_string(nth) + ": " + std::string(test::name_of(failing)) +
+                         (from_then_on ? " from then on" : " once"));
+            World world(scenario);
+            world.files().fail(
+                {.nth = nth, .from_then_on = from_then_on, .kind = Fault::Kind::Shorten});
+            const Outcome outcome = world.attempt();
+            world.files().fail_nothing();
+            EXPECT_TRUE(world.holds_only_the_file());
+            // A reader that is shown half a file takes it for what it is shown; the audio stays.
+            const Bytes& content = world.content();
+            if (outcome.error) {
+                EXPECT_TRUE(content == scenario.old || content == scenario.halfway);
+            } else if (failing == FileCall::Copy) {
+                EXPECT_EQ(content, scenario.result);
+            }
+            EXPECT_NE(content.text().find(scenario.old.last(5000).first(4000).text()),
+                      std::string::npos);
+        }
+    }
+}
+
+TEST_P(SaveFaults, EachFailingAllocationLeavesAKnownFile) {
+    const Scenario& scenario = GetParam();
+    for (const bool from_then_on : {false, true}) {
+        std::uint64_t nth = 1;
+        for (bool has_failed = true; has_failed; ++nth) {
+            SCOPED_TRACE(std::to_string(nth) + (from_then_on ? " from then on" : " once"));
+            World world(scenario);
+            Outcome outcome;
+            {
+                const test::AllocationFault fault(nth, from_then_on);
+                outcome = world.attempt();
+                has_failed = fault.has_failed();
+            }
+            const Bytes& content = world.content();
+            EXPECT_EQ(world.files().open_files(), 0U);
+            if (!from_then_on) {
+                EXPECT_TRUE(world.holds_only_the_file());
+            }
+            if (outcome.error || outcome.out_of_memory) {
+                EXPECT_TRUE(has_failed);
+                EXPECT_TRUE(content == scenario.old || content == scenario.halfway ||
+                            content == scenario.result);
+                EXPECT_FALSE(outcome.out_of_memory);
+                if (outcome.error) {
+                    EXPECT_EQ(outcome.error->number(), 7);
+                    EXPECT_EQ(outcome.error->source(), u"BrindleID3v2Tagger");
+                }
+                // Saved again, or refused again because an edit in memory was lost; never less.
+                const Outcome again = world.attempt();
+                EXPECT_TRUE(again.error ? again.error->number() == 7
+                                        : world.content() == scenario.result);
+            } else {
+                EXPECT_EQ(content, scenario.result);
+            }
+            ASSERT_LT(nth, 5000U);
+        }
+        EXPECT_GT(nth, 5U);
+    }
+}
+
+TEST_P(StripFaults, EachFailingCallLeavesAKnownFileAndIsFalse) {
+    const Scenario& scenario = GetParam();
+    const std::vector<LoggedCall> calls = calls_of(scenario);
+    const std::size_t last_replace =
+        place_of(calls, FileCall::Replace, scenario.strips == 3 ? 2 : 1);
+    const std::size_t first_replace = place_of(calls, FileCall::Replace);
+    ASSERT_NE(last_replace, kNone);
+    for (const bool from_then_on : {false, true}) {
+        for (std::size_t nth = 1; nth <= calls.size(); ++nth) {
+            for (const std::size_t bytes_before : {0, 50}) {
+                const FileCall failing = calls[nth - 1].call;
+                SCOPED_TRACE(std::to_string(nth) + " of " + std::to_string(calls.size()) + ": " +
+                             std::string(test::name_of(failing)) + " after " +
+                             std::to_string(bytes_before) +
+                             (from_then_on ? " from then on" : " once"));
+                World world(scenario);
+                world.files().fail({.nth = nth,
+                                    .from_then_on = from_then_on,
+                                    .error = Error(RuntimeError::DiskFull),
+                                    .bytes_before = bytes_before});
+                const Outcome outcome = world.attempt();
+                ASSERT_TRUE(world.files().has_failed());
+                const std::uint64_t removals = world.files().calls(FileCall::Remove);
+                world.files().fail_nothing();
+                EXPECT_FALSE(outcome.error);
+                EXPECT_FALSE(outcome.out_of_memory);
+                EXPECT_EQ(world.files().open_files(), 0U);
+                EXPECT_EQ(world.holds_only_the_file(), !from_then_on || removals == 0);
+                if (nth <= first_replace) {
+                    EXPECT_EQ(world.content(), scenario.old);
+                } else if (nth <= last_replace) {
+                    EXPECT_EQ(world.content(),
+                              outcome.stripped ? scenario.result : scenario.halfway);
+                } else {
+                    EXPECT_EQ(world.content(), scenario.result);
+                }
+                // True is said of the new file only; and always, when only what the strip knows
+                // of itself could not be asked for.
+                if (outcome.stripped) {
+                    EXPECT_EQ(world.content(), scenario.result);
+                }
+                if (nth <= last_replace && failing != FileCall::FlushFolder &&
+                    failing != FileCall::Open && failing != FileCall::Length) {
+                    EXPECT_FALSE(outcome.stripped);
+                }
+                if (nth <= first_replace) {
+                    EXPECT_FALSE(outcome.stripped);
+                }
+                if (!from_then_on) {
+                    EXPECT_TRUE(world.attempt().stripped);
+                    EXPECT_EQ(world.content(), scenario.result);
+                }
+            }
+        }
+    }
+}
+
+TEST_P(StripFaults, EachFailingAllocationLeavesAKnownFile) {
+    const Scenario& scenario = GetParam();
+    for (const bool from_then_on : {false, true}) {
+        std::uint64_t nth = 1;
+        for (bool has_failed = true; has_failed; ++nth) {
+            SCOPED_TRACE(std::to_string(nth) + (from_then_on ? " from then on" : " once"));
+            World world(scenario);
+            Outcome outcome;
+            {
+                const test::AllocationFault fault(nth, from_then_on);
+                outcome = world.attempt();
+                has_failed = fault.has_failed();
+            }
+            const Bytes& content = world.content();
+            EXPECT_FALSE(outcome.error);
+            EXPECT_FALSE(outcome.out_of_memory);
+            EXPECT_EQ(world.files().open_files(), 0U);
+            if (!from_then_on) {
+                EXPECT_TRUE(world.holds_only_the_file());
+            }
+            EXPECT_TRUE(content == scenario.old || content == scenario.halfway ||
+                        content == scenario.result);
+            if (outcome.stripped) {
+                EXPECT_EQ(content, scenario.result);
+            }
+            ASSERT_LT(nth, 5000U);
+        }
+        EXPECT_GT(nth, 5U);
+    }
+}
+
+// A file that could not be read whole, for want of memory, is never written from what was read.
+TEST(OpeningWithoutMemory, IsNeverSavedShort) {
+    const Bytes old = Tag()
+                          .text("TIT2", "Song")
+                          .field("Cue In", "1500")
+                          .comment("eng", "", "Hi")
+                          .picture("image/png", 3, "", test::repeated(3000, 0x42))
+                          .padded_to(9000)
+                          .bytes() +
+                      kAudio + kRecord;
+    test::MemoryEnvironment good;
+    good.files.put(kName, old);
+    cMP3ID3v2 model(good.environment);
+    model.FileName(kName);
+    model.Update();
+    const Bytes result = good.files.content(kName);
+    for (const bool from_then_on : {false, true}) {
+        bool has_failed = true;
+        for (std::uint64_t nth = 1; has_failed; ++nth) {
+            SCOPED_TRACE(std::to_string(nth) + (from_then_on ? " from then on" : " once"));
+            test::MemoryEnvironment world;
+            world.files.put(kName, old);
+            cMP3ID3v2 poor(world.environment);
+            {
+                const test::AllocationFault fault(nth, from_then_on);
+                try {
+                    poor.FileName(kName);
+                } catch (const std::bad_alloc&) {
+                    has_failed = true;
+                } catch (const Error&) {
+                    has_failed = true;
+                }
+                has_failed = fault.has_failed();
+            }
+            try {
+                poor.Update();
+                // Nothing was missing; or there was not even a name.
+                EXPECT_TRUE(world.files.content(kName) == result ||
+                            (poor.FileName().empty() && world.files.content(kName) == old));
+            } catch (const Error& error) {
+                EXPECT_EQ(error.number(), 7);
+                EXPECT_EQ(world.files.content(kName), old);
+            }
+            ASSERT_LT(nth, 5000U);
+        }
+    }
+}
+
+const auto name_of_scenario = [](const auto& run) { return std::string(run.param.name); };
+INSTANTIATE_TEST_SUITE_P(Writer, SaveFaults, ::testing::ValuesIn(saves()), name_of_scenario);
+INSTANTIATE_TEST_SUITE_P(Writer, StripFaults, ::testing::ValuesIn(strips()), name_of_scenario);
+
+}  // namespace
+}  // namespace brindle
