@@ -114,6 +114,7 @@ private:
     std::string assign() {
         const std::vector<ShownValue> values = values_changed_by(options_.edits, options_.separate);
         std::vector<std::string> lines;
+        lines.reserve(values.size());
         for (const ShownValue& value : values) {
             lines.push_back("  " + value.label + ": " + value.text(header_));
         }

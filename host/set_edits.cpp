@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <optional>
+#include <map>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -55,7 +55,7 @@ std::string quoted(const String& text) {
 // --- Values from the command line.
 
 String checked_text(const std::string& option, const std::string& given, std::size_t longest) {
-    const String text = from_utf8(given);
+    String text = from_utf8(given);
     if (text.size() > longest) {
         refuse(option, "the text has " + std::to_string(text.size()) + " characters; more than " +
                            std::to_string(longest) + " could not be read back");
@@ -271,8 +271,7 @@ Edit custom_field(const std::string& given) {
 }  // namespace
 
 struct GivenEdits {
-    std::vector<std::optional<std::string>> values =
-        std::vector<std::optional<std::string>>(std::size(kOptions));
+    std::map<std::string, std::string> values;  // by the name of the option
     bool opener = false;
     bool no_opener = false;
     std::vector<std::string> fields;
@@ -284,8 +283,7 @@ EditOptions::~EditOptions() = default;
 
 void EditOptions::add_to(CLI::App& command) {
     GivenEdits& given = *given_;
-    for (std::size_t i = 0; i < std::size(kOptions); ++i) {
-        const OptionRow& row = kOptions[i];
+    for (const OptionRow& row : kOptions) {
         if (row.make == nullptr) {
             CLI::Option* yes = command.add_flag(row.name, given.opener, row.help);
             CLI::Option* no = command.add_flag("--no-opener", given.no_opener, "It is none");
@@ -296,8 +294,8 @@ void EditOptions::add_to(CLI::App& command) {
         command
             .add_option(
                 row.name,
-                [&value = given.values[i]](const CLI::results_t& results) {
-                    value = results.front();
+                [&values = given.values, name = row.name](const CLI::results_t& results) {
+                    values[name] = results.front();
                     return true;
                 },
                 row.help)
@@ -317,14 +315,12 @@ void EditOptions::add_to(CLI::App& command) {
 
 std::vector<Edit> EditOptions::edits() const {
     std::vector<Edit> edits;
-    for (std::size_t i = 0; i < std::size(kOptions); ++i) {
-        const OptionRow& row = kOptions[i];
-        if (row.make == nullptr) {
-            if (given_->opener || given_->no_opener) {
-                edits.push_back(opener(row, given_->opener));
-            }
-        } else if (given_->values[i]) {
-            edits.push_back(row.make(row, *given_->values[i]));
+    for (const OptionRow& row : kOptions) {
+        const auto value = given_->values.find(row.name);
+        if (value != given_->values.end()) {
+            edits.push_back(row.make(row, value->second));
+        } else if (row.make == nullptr && (given_->opener || given_->no_opener)) {
+            edits.push_back(opener(row, given_->opener));
         }
     }
     for (const std::string& field : given_->fields) {

@@ -101,7 +101,7 @@ private:
     TagFacts read(FileWindow& file, std::int64_t position) {
         TagFacts facts = TagReader(file, contents, &filed).read(position);
         if (facts.fault) {
-            throw *facts.fault;
+            throw Error(*facts.fault);
         }
         return facts;
     }
