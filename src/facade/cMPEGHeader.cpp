@@ -70,6 +70,7 @@ void cMPEGHeader::FileName(const String& NewFileName) {
     if (!NewFileName.empty() && Reading) {
         Reading(NewFileName);
     }
+    model_.reset();
     skip_errors([&] {
         model_ = std::make_unique<cMP3ID3v2>(environment_);
         model_->Owner = host_.get();
@@ -146,7 +147,9 @@ std::int32_t cMPEGHeader::ID3TagSizeIncludingHeader() const {
 
 String cMPEGHeader::ElapsedTimeFromMs(std::int32_t ms, eTimeDisplayStyle TimeStyle,
                                       bool /*UsePadding*/) const {
-    return elapsed_time(ms, TimeStyle);
+    String text;
+    skip_errors([&] { text = elapsed_time(ms, TimeStyle); });
+    return text;
 }
 
 void cMPEGHeader::RaiseScanningEvent(const String& FileName, std::int32_t FilePos,

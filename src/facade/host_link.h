@@ -1,11 +1,27 @@
 // How the model reaches the host program: through the facade's events and hooks.
 #pragma once
 
+#include <utility>
+
 #include <brindle/cMPEGHeader.h>
 
 #include "util/host.h"
 
 namespace brindle {
+
+// While it lives, the object is inside a loop that lets the host run.
+class cMPEGHeader::LoopMark {
+public:
+    explicit LoopMark(cMPEGHeader& facade) noexcept
+        : facade_(facade), was_in_loop_(std::exchange(facade.in_loop_, true)) {}
+    LoopMark(const LoopMark&) = delete;
+    LoopMark& operator=(const LoopMark&) = delete;
+    ~LoopMark() { facade_.in_loop_ = was_in_loop_; }
+
+private:
+    cMPEGHeader& facade_;
+    bool was_in_loop_;  // a message may come up inside another loop
+};
 
 class cMPEGHeader::HostLink : public Host {
 public:
@@ -24,21 +40,11 @@ public:
 
     void show_message(const String& text) override {
         if (facade_.OnMessageBox) {
+            // The host runs on while its message is up; the model that shows it must not go.
+            const LoopMark mark(facade_);
             facade_.OnMessageBox(text);
         }
     }
-
-private:
-    cMPEGHeader& facade_;
-};
-
-// While it lives, the object is inside a loop that lets the host run.
-class cMPEGHeader::LoopMark {
-public:
-    explicit LoopMark(cMPEGHeader& facade) noexcept : facade_(facade) { facade_.in_loop_ = true; }
-    LoopMark(const LoopMark&) = delete;
-    LoopMark& operator=(const LoopMark&) = delete;
-    ~LoopMark() { facade_.in_loop_ = false; }
 
 private:
     cMPEGHeader& facade_;

@@ -32,6 +32,10 @@ void set_field(const Model& model, const String& name, const String& value) {
     edit(model, [&](cMP3ID3v2& m) { m.AddCustomField(name, value); });
 }
 
+void set_field(const Model& model, const String& name, std::int32_t value) {
+    edit(model, [&](cMP3ID3v2& m) { m.AddCustomField(name, to_text(value)); });
+}
+
 std::int16_t integer_or_0(const String& text) {
     std::int16_t number = 0;
     skip_errors([&] { number = to_integer(text); });
@@ -211,7 +215,7 @@ std::int32_t cMPEGHeader::Intro() const {
     return long_or_0(field(model_, kIntro));
 }
 void cMPEGHeader::Intro(std::int32_t value) {
-    set_field(model_, kIntro, to_text(value));
+    set_field(model_, kIntro, value);
 }
 
 std::int32_t cMPEGHeader::OutromsStart() const {
@@ -220,7 +224,7 @@ std::int32_t cMPEGHeader::OutromsStart() const {
     return start;
 }
 void cMPEGHeader::OutromsStart(std::int32_t value) {
-    set_field(model_, kOutro, to_text(value));
+    set_field(model_, kOutro, value);
 }
 
 Variant cMPEGHeader::Category() const {
@@ -241,7 +245,7 @@ std::int16_t cMPEGHeader::NoFade() const {
     return integer_or_0(field(model_, kNoFade));
 }
 void cMPEGHeader::NoFade(std::int16_t value) {
-    set_field(model_, kNoFade, to_text(std::int32_t{value}));
+    set_field(model_, kNoFade, std::int32_t{value});
 }
 
 String cMPEGHeader::Agency() const {
