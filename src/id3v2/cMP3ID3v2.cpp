@@ -42,8 +42,13 @@ void cMP3ID3v2::FileName(const String& NewName) {
     try {
         initialise();
         if (const std::unique_ptr<BinaryFile> file = open_existing(NewName)) {
-            FileWindow window(*file);
-            read(window);
+            // Once it is open nothing is raised: the members answer from what was read.
+            try {
+                FileWindow window(*file);
+                read(window);
+            } catch (const Error& error) {
+                fault_ = error;
+            }
         }
     } catch (const Error& error) {
         fault_ = error;
