@@ -1,0 +1,200 @@
+#include <cstdint>
+#include <new>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include <brindle/error.h>
+
+#include "id3v2/opened_model.h"
+#include "support/counting_allocator.h"
+#include "support/id3v1.h"
+
+namespace brindle {
+namespace {
+
+using test::AllocationFault;
+using test::audio;
+using test::Bytes;
+using test::FileCall;
+using test::kSong;
+using test::OpenedModel;
+using test::Tag;
+
+// A picture that needs reads of its own, between frames that are read before and behind it.
+Bytes song() {
+    return Tag(3)
+               .text("TIT2", "A title that does not fit into a small buffer")
+               .field("Cue In", "1500")
+               .picture("image/png", 3, "", test::repeated(60000, 'p'))
+               .text("TPE1", "Singer")
+               .padded_to(70000)
+               .bytes() +
+           audio() + test::Id3v1{.title = "V1"}.bytes();
+}
+
+// What is saved after a faulty opening is either nothing or everything.
+void expect_save_keeps_the_tag(OpenedModel& opened, std::uint64_t nth) {
+    const Bytes before = opened.world.files.content(kSong);
+    bool raised = false;
+    try {
+        opened.model.Update();
+    } catch (const Error& error) {
+        raised = true;
+        EXPECT_TRUE(error.number() == 57 || error.number() == 7) << error.number();
+    }
+    if (raised) {
+        EXPECT_EQ(opened.world.files.content(kSong), before) << nth;
+        return;
+    }
+    test::MemoryEnvironment world;
+    world.files.put(kSong, opened.world.files.content(kSong));
+    cMP3ID3v2 again(world.environment);
+    again.FileName(kSong);
+    const bool kept = again.FileName() == kSong &&
+                      again.Title() == u"A title that does not fit into a small buffer" &&
+                      again.Artist() == u"Singer" && again.CueIn() == 1500 &&
+                      again.Tag(u"APIC", 1).size() > 60000;
+    EXPECT_TRUE(kept) << "the save after fault " << nth << " lost frames";
+}
+
+TEST(OpeningFaults, AFailingReadLeavesWhatWasReadAndRaisesNothing) {
+    OpenedModel whole(song());
+    const std::uint64_t reads = whole.world.files.calls(FileCall::Read);
+    ASSERT_GE(reads, 4U);
+    for (std::uint64_t nth = 1; nth <= reads; ++nth) {
+        for (const bool from_then_on : {false, true}) {
+            OpenedModel opened;
+            opened.world.files.put(kSong, song());
+            opened.world.files.fail(
+                {.nth = nth, .call = FileCall::Read, .from_then_on = from_then_on});
+            EXPECT_NO_THROW(opened.model.FileName(kSong)) << nth;
+            EXPECT_TRUE(opened.world.files.has_failed());
+            EXPECT_EQ(opened.model.FileName(), kSong);
+            const String title = opened.model.Title();
+            EXPECT_TRUE(title.empty() || title == whole.model.Title());
+            EXPECT_LE(opened.model.FrameCount(), 4);
+            EXPECT_EQ(opened.world.files.open_files(), 0U);
+            opened.world.files.fail_nothing();
+            expect_save_keeps_the_tag(opened, nth);
+        }
+    }
+}
+
+TEST(OpeningFaults, AFailingReadBehindTheFirstFramesLeavesThem) {
+    OpenedModel opened;
+    opened.world.files.put(kSong, song());
+    // The record, the head of the file, then the picture.
+    opened.world.files.fail({.nth = 3, .call = FileCall::Read, .from_then_on = true});
+    opened.model.FileName(kSong);
+    EXPECT_TRUE(opened.model.HasID3v2Tag());
+    EXPECT_EQ(opened.model.TotalId3v2TagLen(), 70000);
+    EXPECT_EQ(opened.model.Title(), u"A title that does not fit into a small buffer");
+    EXPECT_EQ(opened.model.CueIn(), 1500);
+    EXPECT_EQ(opened.model.Artist(), u"");
+    EXPECT_EQ(opened.model.Duration(), -1);
+}
+
+TEST(OpeningFaults, AFileWhoseLengthCannotBeAskedForIsIncomplete) {
+    OpenedModel opened;
+    opened.world.files.put(kSong, song());
+    opened.world.files.fail({.nth = 1, .call = FileCall::Length});
+    EXPECT_NO_THROW(opened.model.FileName(kSong)) << "only an open failure is raised";
+    EXPECT_EQ(opened.model.FileName(), kSong);
+    EXPECT_EQ(opened.model.FrameCount(), 0);
+    opened.world.files.fail_nothing();
+    expect_save_keeps_the_tag(opened, 1);
+}
+
+TEST(OpeningFaults, AFailingOpenIsTheOnlyFaultThatIsRaised) {
+    for (const RuntimeError number :
+         {RuntimeError::PermissionDenied, RuntimeError::TooManyFiles, RuntimeError::PathFileAccess,
+          RuntimeError::DeviceInputOutput}) {
+        OpenedModel opened;
+        opened.world.files.put(kSong, song());
+        opened.world.files.fail({.nth = 1, .call = FileCall::Open, .error = Error(number)});
+        try {
+            opened.model.FileName(kSong);
+            FAIL() << "nothing was raised";
+        } catch (const Error& error) {
+            EXPECT_EQ(error.number(), static_cast<std::int32_t>(number));
+            EXPECT_EQ(error.description(), Error(number).description());
+            EXPECT_EQ(error.source(), u"BrindleId3v1Tagger");
+        }
+    }
+}
+
+// Another program had it locked for a moment: nothing of it was read, so nothing may be written.
+TEST(OpeningFaults, WhatCouldNotBeOpenedIsNotSavedOver) {
+    OpenedModel opened;
+    opened.world.files.put(kSong, song());
+    opened.world.files.fail(
+        {.nth = 1, .call = FileCall::Open, .error = Error(RuntimeError::PermissionDenied)});
+    EXPECT_THROW(opened.model.FileName(kSong), Error);
+    opened.model.Title(u"Another");
+    EXPECT_THROW(opened.model.Update(), Error);
+    EXPECT_EQ(opened.world.files.content(kSong), song());
+}
+
+TEST(OpeningFaults, AFileCutWhileItIsReadEndsThere) {
+    OpenedModel opened;
+    opened.world.files.put(kSong, song());
+    opened.world.files.fail({.nth = 2,
+                             .call = FileCall::Read,
+                             .from_then_on = true,
+                             .kind = test::Fault::Kind::Shorten});
+    EXPECT_NO_THROW(opened.model.FileName(kSong));
+    EXPECT_EQ(opened.model.Title(), u"A title that does not fit into a small buffer");
+}
+
+// Memory that runs out while a file is opened: no crash, no leak, nothing but bad_alloc; and a
+// store that is not whole is never saved over a tag that is.
+TEST(OpeningFaults, MemoryThatRunsOutNeverCostsATagItsFrames) {
+    for (const bool from_then_on : {false, true}) {
+        bool failed = true;
+        std::uint64_t nth = 1;
+        for (; failed; ++nth) {
+            ASSERT_LT(nth, 2000U);
+            OpenedModel opened;
+            opened.world.files.put(kSong, song());
+            try {
+                const AllocationFault fault(nth, from_then_on);
+                try {
+                    opened.model.FileName(kSong);
+                } catch (const std::bad_alloc&) {
+                    // Who called is told, or finds less in the model.
+                } catch (const Error& error) {
+                    EXPECT_EQ(error.number(), 7);
+                }
+                failed = fault.has_failed();
+            } catch (const std::bad_alloc&) {
+                ADD_FAILURE() << "the fault outlived its allocation";
+            }
+            if (failed) {
+                expect_save_keeps_the_tag(opened, nth);
+            }
+        }
+        EXPECT_GT(nth, 10U) << "nothing was allocated, so nothing was tested";
+    }
+}
+
+TEST(OpeningFaults, MemoryThatRunsOutInTheMiddleOfAnEditRaisesNothingElse) {
+    bool failed = true;
+    for (std::uint64_t nth = 1; failed; ++nth) {
+        ASSERT_LT(nth, 500U);
+        OpenedModel opened(song());
+        const AllocationFault fault(nth);
+        try {
+            opened.model.Title(u"Another title of more than a few letters");
+            opened.model.CueIn(2000);
+            opened.model.AddCustomField(u"A new field of the host", u"with a value of its own");
+            opened.model.RemoveFrame(String(u"TPE1"));
+        } catch (const std::bad_alloc&) {
+            // The only exception that may come.
+        }
+        failed = fault.has_failed();
+    }
+}
+
+}  // namespace
+}  // namespace brindle
