@@ -48,8 +48,9 @@ public:
     ~cMPEGHeader();
 
     // --- Events. Called synchronously, from inside the member that causes them. An empty one is
-    // --- never called. While Reading, Scanning or OnYield runs, an assignment of FileName to the
-    // --- same object is ignored, StripTags returns false and SaveAllInfo raises error 5.
+    // --- never called. While Reading, Scanning, OnYield or OnMessageBox runs, an assignment of
+    // --- FileName to the same object is ignored, StripTags returns false and SaveAllInfo raises
+    // --- error 5.
 
     // A file is about to be read: its name. Also for names that are then not opened.
     std::function<void(const String& FileName)> Reading;
