@@ -108,15 +108,28 @@ RC_GTEST_PROP(TagWalk, ReadsWhatThePlainStepsRead, ()) {
     const auto version = *rc::gen::element(2, 3, 3, 4);
     Bytes frames;
     const auto count = *rc::gen::inRange(0, 9);
+    std::vector<std::size_t> ends;
     for (int frame = 0; frame < count; ++frame) {
         frames += any_frame(version);
+        ends.push_back(frames.size());
     }
     frames += zeros(*rc::gen::element<std::size_t>(0, 0, 3, 9, 40));
     long size = static_cast<long>(frames.size());
-    if (*rc::gen::inRange(0, 3) == 0) {
-        size = std::max(0L, size + *rc::gen::inRange(-40, 41));
-    }
     const auto junk = *rc::gen::element<std::size_t>(0, 0, 1, 30);
+    switch (*rc::gen::inRange(0, 3)) {
+        case 0:
+            size = std::max(0L, size + *rc::gen::inRange(-40, 41));
+            break;
+        case 1:
+            // Around the position of a frame's end in the file.
+            if (!ends.empty()) {
+                size = static_cast<long>(junk + 10 + *rc::gen::elementOf(ends)) +
+                       *rc::gen::inRange(-1, 2);
+            }
+            break;
+        default:
+            break;
+    }
     Bytes file = test::repeated(junk, 'j') + Bytes("ID3") +
                  Bytes{static_cast<std::uint8_t>(version), 0, 0} +
                  test::syncsafe(static_cast<std::uint32_t>(size)) + frames;
