@@ -31,8 +31,8 @@ public:
     }
 
 private:
-    static constexpr std::size_t kFirstBlock = 8 * 1024;  // most tags are small
-    static constexpr std::size_t kBlock = 64 * 1024;
+    static constexpr std::size_t kFirstBlock = 8'192;  // most tags are small
+    static constexpr std::size_t kBlock = 65'536;
     static constexpr std::size_t kLargestShared = kFirstBlock;
 
     std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;

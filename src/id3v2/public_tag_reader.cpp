@@ -222,7 +222,7 @@ private:
         }
         const auto claimed = static_cast<std::int64_t>(
             decode_number(size_bytes, sizes_ == FrameSizes::Plain ? kPlainShift : kSyncsafeShift));
-        std::copy(id.begin(), id.end(), frame.id_bytes.begin());
+        std::copy_n(id.begin(), std::min(id.size(), frame.id_bytes.size()), frame.id_bytes.begin());
         frame.id_width = static_cast<std::uint8_t>(layout_.id_width);
         frame.is_unsynchronised = is_unsynchronised();
         if (header_.version == kNewestVersion) {

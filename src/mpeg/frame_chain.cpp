@@ -112,7 +112,7 @@ FrameChains::Tail FrameChains::recall(std::int64_t position) const {
 
 void FrameChains::remember(std::int64_t position, const Tail& tail) {
     if (tails_.empty()) {
-        tails_.resize(kRing, kUnknown);
+        tails_ = std::vector<std::uint8_t>(kRing, kUnknown);
     }
     tails_[slot(position)] = static_cast<std::uint8_t>(
         (tail.links + 1) | (tail.reason == Break::FileEnd ? kFileEndFlag : 0));

@@ -104,15 +104,6 @@ TEST(KeyedCollection, ManyKeysAreFoundAndTakenOneByOne) {
     EXPECT_EQ(collection.Item(kMany / 2), Variant(kMany - 1));
 }
 
-TEST(KeyedCollection, MovesWithItsKeys) {
-    KeyedCollection from;
-    for (std::int32_t i = 1; i <= 20; ++i) {
-        from.Add(i, key_number(i));
-    }
-    const KeyedCollection to = std::move(from);
-    EXPECT_EQ(to.Item(key_number(13)), Variant(std::int32_t{13}));
-}
-
 RC_GTEST_PROP(KeyedCollection, BehavesLikeAListOfPairs, ()) {
     // Few keys make taken and missing ones common, many make the index grow.
     const auto keys = *rc::gen::element(4, 12, 60);
