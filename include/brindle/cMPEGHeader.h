@@ -250,7 +250,7 @@ public:
                                            bool UsePadding = false) const;
     // Raises Scanning. Hosts never need it.
     void RaiseScanningEvent(const String& FileName, std::int32_t FilePos, std::int32_t FileLength,
-                            bool& Cancel);
+                            bool& Cancel) const;
     // Does nothing.
     void Test();
 

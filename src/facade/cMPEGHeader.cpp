@@ -153,7 +153,7 @@ String cMPEGHeader::ElapsedTimeFromMs(std::int32_t ms, eTimeDisplayStyle TimeSty
 }
 
 void cMPEGHeader::RaiseScanningEvent(const String& FileName, std::int32_t FilePos,
-                                     std::int32_t FileLength, bool& Cancel) {
+                                     std::int32_t FileLength, bool& Cancel) const {
     if (Scanning) {
         Scanning(FileName, FilePos, FileLength, Cancel);
     }

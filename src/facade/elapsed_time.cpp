@@ -27,9 +27,9 @@ std::int32_t cut_fraction(std::int32_t milliseconds) {
 
 String elapsed_time(std::int32_t milliseconds, eTimeDisplayStyle style) {
     const std::int32_t total_seconds = milliseconds / kMillisecondsPerSecond;
-    const String whole = two_digits(total_seconds / kSecondsPerMinute) + u":" +
-                         two_digits(total_seconds % kSecondsPerMinute);
-    const String fraction = u"." + two_digits(cut_fraction(milliseconds % kMillisecondsPerSecond));
+    String whole = two_digits(total_seconds / kSecondsPerMinute) + u":" +
+                   two_digits(total_seconds % kSecondsPerMinute);
+    String fraction = u"." + two_digits(cut_fraction(milliseconds % kMillisecondsPerSecond));
     switch (style) {
         case NoFractions:
             return whole;

@@ -10,7 +10,7 @@ namespace brindle {
 namespace {
 
 // From this size on a frame goes straight from the file to its place, past the window.
-constexpr std::size_t kDirectRead = 16 * 1024;
+constexpr std::size_t kDirectRead = 16'384;
 
 constexpr std::string_view kPictureId = "APIC";
 constexpr std::string_view kCustomId = "TXXX";
