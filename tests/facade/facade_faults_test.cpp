@@ -15,7 +15,6 @@ namespace {
 using test::AllocationFault;
 using test::audio;
 using test::Bytes;
-using test::FileCall;
 using test::Id3v1;
 using test::kSong;
 using test::LoadedHeader;

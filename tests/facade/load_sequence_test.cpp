@@ -267,9 +267,9 @@ TEST(Tags, TheSizeIncludesTheHeader) {
 TEST(Tags, RepairIsRequiredWhenAudioDoesNotBeginWhereTheTagEnds) {
     const Tag tag = Tag(3).text("TIT2", "A").padded_to(300);
     struct Layout {
-        const char* name;
-        Bytes file;
-        bool required;
+        const char* name = "";
+        Bytes file = {};
+        bool required = false;
     };
     const Layout layouts[] = {
         {"tag and audio", tag + audio(), false},
