@@ -192,7 +192,7 @@ TEST_P(SaveFaults, EachFailingCallLeavesAKnownFileAndTellsItsError) {
     const std::size_t record_offset = appends ? scenario.old.size() : scenario.old.size() - 128 + 3;
     for (const bool from_then_on : {false, true}) {
         for (std::size_t nth = 1; nth <= calls.size(); ++nth) {
-            for (const std::size_t bytes_before : {0, 1, 50, 124}) {
+            for (const std::size_t bytes_before : {0U, 1U, 50U, 124U}) {
                 const FileCall failing = calls[nth - 1].call;
                 if (bytes_before != 0 && failing != FileCall::Write && failing != FileCall::Copy) {
                     continue;
@@ -334,7 +334,7 @@ TEST_P(StripFaults, EachFailingCallLeavesAKnownFileAndIsFalse) {
     ASSERT_NE(last_replace, kNone);
     for (const bool from_then_on : {false, true}) {
         for (std::size_t nth = 1; nth <= calls.size(); ++nth) {
-            for (const std::size_t bytes_before : {0, 50}) {
+            for (const std::size_t bytes_before : {0U, 50U}) {
                 const FileCall failing = calls[nth - 1].call;
                 SCOPED_TRACE(std::to_string(nth) + " of " + std::to_string(calls.size()) + ": " +
                              std::string(test::name_of(failing)) + " after " +

@@ -422,7 +422,7 @@ TEST_F(Saving, FileOfExactly100FramesKeepsItsFirst) {
 
 TEST_F(Saving, FewFramesThatAreNoStreamForTheAnalyserStay) {
     const Bytes audio = test::stream(kFrame, 10);
-    for (const std::size_t claimed : {600, 610, 590}) {
+    for (const std::size_t claimed : {600U, 610U, 590U}) {
         open(Tag().padding(590).size(static_cast<std::uint32_t>(claimed - 10)).bytes() + audio);
         EXPECT_EQ(model_.Duration(), -1);
         EXPECT_EQ(saved(), stamped(Tag()).padded_to(600).bytes() + audio + blank_record());
