@@ -2,6 +2,7 @@
 set(CMAKE_SYSTEM_NAME Windows)
 # By full name: the plain one may be the compiler without threads.
 set(CMAKE_CXX_COMPILER ${BRINDLE_TARGET}-g++-posix)
+set(CMAKE_C_COMPILER ${BRINDLE_TARGET}-gcc-posix)  # the test framework asks for it
 set(CMAKE_RC_COMPILER ${BRINDLE_TARGET}-windres)
 set(BRINDLE_WIDL ${BRINDLE_TARGET}-widl)
 

@@ -1,11 +1,10 @@
 #include "support/temporary_folder.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 #include <system_error>
 
@@ -14,10 +13,12 @@
 namespace brindle::test {
 
 TemporaryFolder::TemporaryFolder() {
-    path_ = (std::filesystem::temp_directory_path() / "brindle-test-XXXXXX").string();
-    if (mkdtemp(path_.data()) == nullptr) {
-        throw std::system_error(errno, std::generic_category(), path_);
-    }
+    std::random_device number;
+    do {
+        path_ =
+            (std::filesystem::temp_directory_path() / ("brindle-test-" + std::to_string(number())))
+                .string();
+    } while (!std::filesystem::create_directory(path_));
 }
 
 TemporaryFolder::~TemporaryFolder() {

@@ -1,0 +1,61 @@
+import os
+import pathlib
+import subprocess
+
+import pytest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BITS = os.environ.get("BRINDLE_BITS", "32")
+BUILD = ROOT / "build" / {"32": "windows-x86", "64": "windows-x64"}[BITS]
+
+
+def windows_name(path):
+    return "Z:" + str(path).replace("/", "\\")
+
+
+@pytest.fixture(scope="session")
+def bits():
+    return BITS
+
+
+@pytest.fixture(scope="session")
+def build():
+    return BUILD
+
+
+@pytest.fixture(scope="session")
+def dll():
+    return BUILD / "src" / "facade" / "com" / "Brindle.dll"
+
+
+@pytest.fixture(scope="session")
+def wine():
+    """Runs a Windows program; gives its exit status and output, which is what stood on the screen."""
+
+    def run(*command, timeout=120):
+        return subprocess.run(
+            [ROOT / "scripts" / "wine", "run", BITS, ROOT, *map(str, command)],
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+            timeout=timeout, check=False)
+
+    return run
+
+
+@pytest.fixture
+def fresh_registry():
+    subprocess.run([ROOT / "scripts" / "wine", "fresh", BITS], check=True)
+
+
+@pytest.fixture
+def registered(wine, dll, fresh_registry):
+    assert wine("regsvr32", "/s", windows_name(dll)).returncode == 0
+
+
+@pytest.fixture
+def folder():
+    """A folder that Windows programs see too; the system's temporary folder is not theirs."""
+    path = BUILD / "test-files"
+    path.mkdir(exist_ok=True)
+    for old in path.iterdir():
+        old.unlink()
+    return path

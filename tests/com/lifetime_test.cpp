@@ -1,0 +1,112 @@
+// What many objects one after another leave behind: nothing.
+#include <ocidl.h>
+#include <psapi.h>
+
+#include <gtest/gtest.h>
+
+#include "com/host.h"
+
+namespace brindle::com::test {
+namespace {
+
+HRESULT can_unload() {
+    using CanUnload = HRESULT(__stdcall*)();
+    const std::string narrow = BRINDLE_SERVER;
+    const HMODULE module = ::GetModuleHandleW(std::wstring(narrow.begin(), narrow.end()).c_str());
+    EXPECT_NE(module, nullptr);
+    void* const function = reinterpret_cast<void*>(::GetProcAddress(module, "DllCanUnloadNow"));
+    return reinterpret_cast<CanUnload>(function)();
+}
+
+std::size_t private_bytes() {
+    PROCESS_MEMORY_COUNTERS_EX counters{};
+    ::GetProcessMemoryInfo(::GetCurrentProcess(),
+                           reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof counters);
+    return counters.PrivateUsage;
+}
+
+DWORD handles() {
+    DWORD count = 0;
+    ::GetProcessHandleCount(::GetCurrentProcess(), &count);
+    return count;
+}
+
+void use_one(const std::wstring& name) {
+    const auto header = create();
+    Sink sink;
+    const DWORD cookie = advise(*header.Get(), sink);
+    ASSERT_EQ(assign(*header.Get(), name), S_OK);
+    ASSERT_EQ(text(*header.Get(), &host::_cMPEGHeader::get_Title), L"A title");
+    ComPtr<IDispatch> frames;
+    ASSERT_EQ(header->get_v2Frames(&frames), S_OK);
+    // By name too, which loads the type library.
+    DISPPARAMS none{};
+    VARIANT found{};
+    ASSERT_EQ(
+        header->Invoke(23, GUID_NULL, 0, DISPATCH_PROPERTYGET, &none, &found, nullptr, nullptr),
+        S_OK);
+    ASSERT_EQ(taken(found.bstrVal), L"A title");
+    BSTR layer = nullptr;
+    ASSERT_EQ(create()->get_Layer(&layer) < 0, true);  // with an error object
+    ASSERT_EQ(events_of(*header.Get())->Unadvise(cookie), S_OK);
+    ASSERT_EQ(sink.references, 0U);
+}
+
+TEST(Lifetime, TenThousandRoundsLeaveNothingBehind) {
+    constexpr int kRounds = 10'000;
+    constexpr int kFirstRounds = 500;           // the heaps have found their size
+    constexpr std::size_t kSlack = 512 * 1024;  // 50 bytes a round
+    const File file(L"rounds.mp3", tag({{"TIT2", "A title"}}) + audio(120));
+    std::size_t bytes = 0;
+    DWORD handles_before = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        if (round == kFirstRounds) {
+            bytes = private_bytes();
+            handles_before = handles();
+        }
+        use_one(file.name());
+        ASSERT_FALSE(HasFatalFailure()) << "round " << round;
+    }
+    ::SetErrorInfo(0, nullptr);
+    EXPECT_GT(bytes, 0U);
+    EXPECT_LE(private_bytes(), bytes + kSlack);
+    EXPECT_LE(handles(), handles_before + 2);
+    EXPECT_EQ(can_unload(), S_OK);
+}
+
+TEST(Lifetime, EveryKindOfObjectKeepsTheDllLoaded) {
+    const File file(L"kept.mp3", tag({{"TIT2", "A title"}}) + audio(120));
+    ComPtr<IUnknown> kept;
+    {
+        const auto header = create();
+        EXPECT_EQ(can_unload(), S_FALSE);
+        ASSERT_EQ(assign(*header.Get(), file.name()), S_OK);
+        ComPtr<IDispatch> frames;
+        ASSERT_EQ(header->get_v2Frames(&frames), S_OK);
+        ASSERT_EQ(frames.As(&kept), S_OK);
+    }
+    EXPECT_EQ(can_unload(), S_FALSE);
+    kept.Reset();
+    EXPECT_EQ(can_unload(), S_OK);
+    {
+        ComPtr<IConnectionPoint> point = events_of(*create().Get());
+        EXPECT_EQ(can_unload(), S_FALSE);
+    }
+    EXPECT_EQ(can_unload(), S_OK);
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(::CoGetClassObject(host::kcMPEGHeaderClass, CLSCTX_INPROC_SERVER, nullptr,
+                                 __uuidof(IClassFactory),
+                                 reinterpret_cast<void**>(factory.GetAddressOf())),
+              S_OK);
+    EXPECT_EQ(factory->LockServer(TRUE), S_OK);
+    factory.Reset();
+    EXPECT_EQ(can_unload(), S_FALSE);
+    ASSERT_EQ(::CoGetClassObject(host::kcMPEGHeaderClass, CLSCTX_INPROC_SERVER, nullptr,
+                                 __uuidof(IClassFactory),
+                                 reinterpret_cast<void**>(factory.GetAddressOf())),
+              S_OK);
+    EXPECT_EQ(factory->LockServer(FALSE), S_OK);
+}
+
+}  // namespace
+}  // namespace brindle::com::test

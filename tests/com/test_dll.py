@@ -1,0 +1,68 @@
+"""The built DLL as a file: what it exports, imports and weighs, and what stands in its library."""
+
+import hashlib
+import pathlib
+import re
+import subprocess
+
+from conftest import ROOT
+
+TABLE = pathlib.Path(__file__).with_name("type_library.txt")
+
+# Every Windows has these; what is not in this list would have to be brought along.
+SYSTEM = {"ADVAPI32.dll", "KERNEL32.dll", "msvcrt.dll", "ole32.dll", "OLEAUT32.dll", "USER32.dll"}
+MOST_BYTES = 600_000
+
+
+def headers_of(dll):
+    # One tool reads both kinds.
+    return subprocess.run(["x86_64-w64-mingw32-objdump", "-p", dll], check=True,
+                          stdout=subprocess.PIPE, text=True).stdout
+
+
+def test_exports_are_the_four_functions_of_a_server(dll):
+    table = headers_of(dll).split("[Ordinal/Name Pointer] Table")[1]
+    names = re.findall(r"^\s*\[ *\d+\] (\S+)$", table, re.MULTILINE)
+    assert names == ["DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer",
+                     "DllUnregisterServer"]
+
+
+def test_imports_are_of_the_system(dll):
+    imported = set(re.findall(r"DLL Name: (\S+)", headers_of(dll)))
+    assert "KERNEL32.dll" in imported
+    assert imported <= SYSTEM
+
+
+def test_it_is_small(dll):
+    assert 100_000 < dll.stat().st_size < MOST_BYTES
+
+
+def test_bits_are_those_of_the_host(dll, bits):
+    content = dll.read_bytes()
+    start = int.from_bytes(content[0x3C:0x40], "little")
+    assert content[start:start + 4] == b"PE\0\0"
+    assert content[start + 4:start + 6] == {"32": b"\x4c\x01", "64": b"\x64\x86"}[bits]
+
+
+def test_it_says_what_it_is(dll):
+    content = dll.read_bytes()
+    for text in ("FileDescription", "Brindle: facts and tags of MP3 files", "6.2.0.0"):
+        assert text.encode("utf-16-le") in content
+
+
+def test_type_library_is_the_frozen_one(build):
+    assert (build / "tests" / "com" / "type_library.txt").read_text() == TABLE.read_text()
+
+
+def test_same_sources_make_the_same_bytes(build, dll):
+    """The objects are made once; whatever else goes into the DLL is made anew, a second later."""
+    before = hashlib.sha256(dll.read_bytes()).hexdigest()
+    made = build / "src" / "facade" / "com"
+    objects = [*build.glob("src/facade/com/CMakeFiles/*.dir/*.obj"),
+               *build.glob("src/facade/com/CMakeFiles/*.dir/*.res")]
+    assert len(objects) > 10
+    for old in (made / "stdole2.tlb", made / "Brindle.tlb", dll, *objects):
+        old.unlink()
+    subprocess.run(["cmake", "--build", build, "--target", "brindle_server", "-j", "2"], check=True,
+                   cwd=ROOT, stdout=subprocess.DEVNULL)
+    assert hashlib.sha256(dll.read_bytes()).hexdigest() == before

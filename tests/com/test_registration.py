@@ -1,0 +1,67 @@
+"""The registry before, between and after."""
+
+import re
+
+from conftest import windows_name
+
+CLASS = "{0571B13A-907D-4C45-8E34-42489A98C25D}"
+LIBRARY = "{3DD4AB2B-FE65-4BF7-996E-A3AFCE69FD27}"
+INTERFACE = "{DA8F91CC-D5CC-48FE-AC55-C4566C2C3D84}"
+
+
+def registry(wine, folder):
+    """All that programs register, as text."""
+    file = folder / "registry.reg"
+    file.unlink(missing_ok=True)
+    result = wine("regedit", "/E", windows_name(file), r"HKEY_LOCAL_MACHINE\Software\Classes")
+    assert result.returncode == 0, result.stdout
+    text = file.read_bytes().decode("utf-16")
+    assert r"\CLSID" in text
+    return text.replace("\r\n", "\n")
+
+
+def value(text, key, name="@"):
+    block = re.search(r"^\[HKEY_LOCAL_MACHINE\\Software\\Classes\\" + re.escape(key) + r"\]\n(.*?)^$",
+                      text, re.MULTILINE | re.DOTALL | re.IGNORECASE)
+    assert block, f"no key {key}"
+    entry = re.search("^" + re.escape(name) + '="(.*)"$', block.group(1), re.MULTILINE)
+    assert entry, f"no value {name} in {key}"
+    return entry.group(1).replace("\\\\", "\\")
+
+
+def test_registering_and_taking_back_leaves_the_registry_as_it_was(
+        wine, dll, folder, fresh_registry, bits):
+    before = registry(wine, folder)
+    assert CLASS.lower() not in before.lower()
+    # Twice does no harm.
+    for _ in range(2):
+        assert wine("regsvr32", "/s", windows_name(dll)).returncode == 0
+    between = registry(wine, folder)
+    assert value(between, r"Brindle.cMPEGHeader\CLSID") == CLASS
+    assert value(between, rf"CLSID\{CLASS}\ProgID") == "Brindle.cMPEGHeader"
+    assert value(between, rf"CLSID\{CLASS}\VersionIndependentProgID") == "Brindle.cMPEGHeader"
+    server = value(between, rf"CLSID\{CLASS}\InprocServer32")
+    assert server.lower() == windows_name(dll).lower()
+    assert value(between, rf"CLSID\{CLASS}\InprocServer32", '"ThreadingModel"') == "Apartment"
+    assert value(between, rf"CLSID\{CLASS}\TypeLib") == LIBRARY
+    library = value(between, rf"TypeLib\{LIBRARY}\6.2\0\win{bits}")
+    assert library.lower() == windows_name(dll).lower()
+    assert value(between, rf"Interface\{INTERFACE}\TypeLib") == LIBRARY
+
+    assert wine("regsvr32", "/s", "/u", windows_name(dll)).returncode == 0
+    assert registry(wine, folder) == before
+    # Taking back what is not there is no error either.
+    assert wine("regsvr32", "/s", "/u", windows_name(dll)).returncode == 0
+    assert registry(wine, folder) == before
+
+
+def test_host_with_a_manifest_needs_no_registration(wine, build, dll, folder, fresh_registry):
+    for source in (dll, build / "src" / "facade" / "com" / "Brindle.Automation.manifest",
+                   build / "tests" / "com" / "unregistered_host.exe"):
+        (folder / source.name).write_bytes(source.read_bytes())
+    host = folder / "unregistered_host.exe"
+    result = wine(host)
+    assert (result.returncode, result.stdout.split()) == (0, [b"TagType", b"-1"])
+    # It was the manifest: without it there is no such class.
+    (folder / "Brindle.Automation.manifest").unlink()
+    assert wine(host).returncode != 0

@@ -1,0 +1,248 @@
+// The file layer, the clock and the code page on Windows.
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <brindle/error.h>
+
+#include "util/binary_file.h"
+#include "util/code_page_windows.h"
+#include "util/disk_name_windows.h"
+#include "util/environment.h"
+#include "util/system_error_windows.h"
+
+namespace brindle {
+namespace {
+
+FileSystem& files() {
+    return system_environment().files;
+}
+
+template <typename Call>
+std::int32_t number_of_error(Call call) {
+    try {
+        call();
+    } catch (const Error& error) {
+        return error.number();
+    }
+    return 0;
+}
+
+std::int32_t opening(const String& name, OpenMode mode) {
+    return number_of_error([&] { files().open(name, mode)->close(); });
+}
+
+std::span<const std::uint8_t> bytes(const char* text) {
+    return {reinterpret_cast<const std::uint8_t*>(text), std::strlen(text)};
+}
+
+std::string content(const String& name) {
+    const auto file = files().open(name, OpenMode::Read);
+    std::array<std::uint8_t, 100> into{};
+    const std::size_t count = file->read_at(0, into);
+    return {into.begin(), into.begin() + count};
+}
+
+String temporary_folder() {
+    wchar_t path[MAX_PATH + 1];
+    const DWORD size = ::GetTempPathW(MAX_PATH, path);
+    return {path, path + size};
+}
+
+class WindowsFilesTest : public testing::Test {
+protected:
+    WindowsFilesTest() {
+        ::CreateDirectoryW(disk_name(folder).c_str(), nullptr);
+        files().open(song, OpenMode::ReadWriteOrCreate)->write_at(0, bytes("audio"));
+    }
+
+    ~WindowsFilesTest() override {
+        ::SetFileAttributesW(disk_name(song).c_str(), FILE_ATTRIBUTE_NORMAL);
+        ::DeleteFileW(disk_name(song).c_str());
+        EXPECT_NE(::RemoveDirectoryW(disk_name(folder).c_str()), 0) << "something was left behind";
+    }
+
+    WindowsFilesTest(const WindowsFilesTest&) = delete;
+    WindowsFilesTest& operator=(const WindowsFilesTest&) = delete;
+
+    String in_folder(const String& name) const { return folder + name; }
+
+    const String folder = temporary_folder() + u"brindle-files\\";
+    const String song = folder + u"song.mp3";
+};
+
+TEST_F(WindowsFilesTest, WhatCannotBeOpenedHasItsNumber) {
+    EXPECT_EQ(opening(song, OpenMode::Read), 0);
+    EXPECT_EQ(opening(in_folder(u"none.mp3"), OpenMode::Read), 53);
+    EXPECT_EQ(opening(in_folder(u"none.mp3"), OpenMode::ReadWrite), 53);
+    EXPECT_EQ(opening(in_folder(u"none\\song.mp3"), OpenMode::Read), 76);
+    EXPECT_EQ(opening(folder, OpenMode::Read), 76);
+    EXPECT_EQ(opening(folder.substr(0, folder.size() - 1), OpenMode::Read), 75);
+    EXPECT_EQ(opening(song + String(1, u'\0') + u".mp3", OpenMode::Read), 53);
+    EXPECT_EQ(opening(in_folder(u"so*.mp3"), OpenMode::Read), 53);
+    EXPECT_EQ(opening(u"NUL", OpenMode::Read), 75);
+    ASSERT_NE(::SetFileAttributesW(disk_name(song).c_str(), FILE_ATTRIBUTE_READONLY), 0);
+    EXPECT_EQ(opening(song, OpenMode::Read), 0);
+    EXPECT_EQ(opening(song, OpenMode::ReadWrite), 75);
+}
+
+TEST_F(WindowsFilesTest, OneProgramWritesAtATimeWhileOthersMayRead) {
+    const auto writer = files().open(song, OpenMode::ReadWrite);
+    EXPECT_EQ(opening(song, OpenMode::Read), 0);
+    EXPECT_EQ(opening(song, OpenMode::ReadWrite), 70);
+}
+
+TEST_F(WindowsFilesTest, BytesAreReadAndWrittenAtTheirPlaces) {
+    const auto file = files().open(song, OpenMode::ReadWrite);
+    EXPECT_EQ(file->length(), 5);
+    file->write_at(3, bytes("ABC"));
+    EXPECT_EQ(file->length(), 6);
+    std::array<std::uint8_t, 4> into{};
+    EXPECT_EQ(file->read_at(4, into), 2U);
+    EXPECT_EQ(into[0], 'B');
+    EXPECT_EQ(file->read_at(6, into), 0U);
+    EXPECT_EQ(file->read_at(600, into), 0U);
+    file->set_length(2);
+    EXPECT_EQ(file->length(), 2);
+    file->set_length(4);
+    file->flush();
+    file->close();
+    EXPECT_EQ(content(song), std::string("au\0\0", 4));
+}
+
+TEST_F(WindowsFilesTest, PlacesBeyondTwoGigabytesAreReached) {
+    constexpr std::int64_t kFar = 5'000'000'000;
+    const auto file = files().open(song, OpenMode::ReadWrite);
+    file->write_at(kFar, bytes("far"));
+    EXPECT_EQ(file->length(), kFar + 3);
+    std::array<std::uint8_t, 3> into{};
+    EXPECT_EQ(file->read_at(kFar, into), 3U);
+    EXPECT_EQ(into[0], 'f');
+}
+
+TEST_F(WindowsFilesTest, FilesAreCopiedInPart) {
+    String name;
+    const auto source = files().open(song, OpenMode::Read);
+    auto copy = files().create_beside(song, name);
+    EXPECT_EQ(copy->copy_from(*source, 1, 2, 100), 4U);
+    EXPECT_EQ(copy->copy_from(*source, 5, 0, 100), 0U);
+    copy->close();
+    EXPECT_EQ(content(name), std::string("\0\0udio", 6));
+    files().remove(name);
+}
+
+TEST_F(WindowsFilesTest, NewFileIsBesideAndTakesTheOldOnesPlace) {
+    String name;
+    auto file = files().create_beside(song, name);
+    EXPECT_EQ(name.substr(0, folder.size()), folder);
+    EXPECT_TRUE(files().exists(name));
+    String other;
+    files().create_beside(song, other)->close();
+    EXPECT_NE(name, other);
+    files().remove(other);
+    file->write_at(0, bytes("new"));
+    file->close();
+    files().replace(name, song);
+    EXPECT_FALSE(files().exists(name));
+    EXPECT_EQ(content(song), "new");
+    files().flush_folder_of(song);
+    EXPECT_EQ(files().resolve_links(song), song);
+}
+
+TEST_F(WindowsFilesTest, FileInUseIsNeitherReplacedNorLost) {
+    String name;
+    files().create_beside(song, name)->close();
+    const HANDLE other = ::CreateFileW(disk_name(song).c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                       nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(other, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(number_of_error([&] { files().replace(name, song); }), 70);
+    EXPECT_EQ(number_of_error([&] { files().remove(song); }), 70);
+    ::CloseHandle(other);
+    EXPECT_EQ(content(song), "audio");
+    files().remove(name);
+    EXPECT_EQ(number_of_error([&] { files().remove(name); }), 53);
+}
+
+TEST_F(WindowsFilesTest, ExistenceIsAskedWithWildcardsInTheLastPart) {
+    EXPECT_TRUE(files().exists(song));
+    EXPECT_TRUE(files().exists(in_folder(u"SONG.MP3")));
+    EXPECT_TRUE(files().exists(in_folder(u"s*.mp?")));
+    EXPECT_FALSE(files().exists(in_folder(u"t*.mp?")));
+    EXPECT_TRUE(files().exists(folder.substr(0, folder.size() - 1)));
+    EXPECT_FALSE(files().exists(folder));
+    EXPECT_FALSE(files().exists(song + u"/"));
+    EXPECT_FALSE(files().exists(u""));
+    EXPECT_FALSE(files().exists(in_folder(u"<.mp3")));
+    EXPECT_FALSE(files().exists(song + String(1, u'\0')));
+}
+
+TEST(DiskName, LongNamesGetThePrefixAndNoOthers) {
+    const String deep(300, u'd');
+    EXPECT_EQ(disk_name(u"C:\\music\\song.mp3"), L"C:\\music\\song.mp3");
+    const std::wstring wide(300, L'd');
+    EXPECT_EQ(disk_name(u"C:\\" + deep + u"\\.\\song.mp3"), L"\\\\?\\C:\\" + wide + L"\\song.mp3");
+    EXPECT_EQ(disk_name(u"C:/" + deep + u"/x/../song.mp3"), L"\\\\?\\C:\\" + wide + L"\\song.mp3");
+    EXPECT_EQ(disk_name(u"\\\\server\\share\\" + deep), L"\\\\?\\UNC\\server\\share\\" + wide);
+    EXPECT_EQ(disk_name(u"\\\\?\\C:\\" + deep), L"\\\\?\\C:\\" + wide);
+    const String at_the_limit = u"C:\\" + String(256, u'd');  // 259 and the NUL behind them
+    EXPECT_EQ(disk_name(at_the_limit).substr(0, 3), L"C:\\");
+    EXPECT_EQ(disk_name(at_the_limit + u"d").substr(0, 4), L"\\\\?\\");
+}
+
+TEST(SystemError, EveryCodeHasTheNumberThatHostsKnow) {
+    struct Case {
+        DWORD code;
+        std::int32_t open;
+        std::int32_t name;
+    };
+    const Case cases[] = {
+        {ERROR_FILE_NOT_FOUND, 53, 53},
+        {ERROR_INVALID_NAME, 53, 53},
+        {ERROR_PATH_NOT_FOUND, 76, 76},
+        {ERROR_BAD_NETPATH, 76, 76},
+        {ERROR_ACCESS_DENIED, 75, 70},
+        {ERROR_WRITE_PROTECT, 75, 70},
+        {ERROR_SHARING_VIOLATION, 70, 70},
+        {ERROR_LOCK_VIOLATION, 70, 70},
+        {ERROR_FILE_EXISTS, 58, 58},
+        {ERROR_ALREADY_EXISTS, 58, 58},
+        {ERROR_DISK_FULL, 61, 61},
+        {ERROR_HANDLE_DISK_FULL, 61, 61},
+        {1295, 61, 61},
+        {ERROR_TOO_MANY_OPEN_FILES, 67, 67},
+        {ERROR_NOT_ENOUGH_MEMORY, 7, 7},
+        {ERROR_CRC, 57, 57},
+        {ERROR_NOT_READY, 57, 57},
+        {ERROR_GEN_FAILURE, 57, 57},
+    };
+    for (const Case& row : cases) {
+        EXPECT_EQ(static_cast<std::int32_t>(runtime_error(row.code, FileAction::Open)), row.open)
+            << row.code;
+        EXPECT_EQ(static_cast<std::int32_t>(runtime_error(row.code, FileAction::Name)), row.name)
+            << row.code;
+    }
+}
+
+TEST(SystemCodePage, OnlySingleBytePagesThatGoBothWaysServe) {
+    const auto western = single_byte_code_page(1252);
+    ASSERT_TRUE(western.has_value());
+    EXPECT_EQ((*western)[0x80], u'\u20AC');
+    EXPECT_EQ((*western)[0xE9], u'\u00E9');
+    const auto cyrillic = single_byte_code_page(1251);
+    ASSERT_TRUE(cyrillic.has_value());
+    EXPECT_EQ((*cyrillic)[0xC0], u'\u0410');
+    EXPECT_EQ(single_byte_code_page(932), std::nullopt);    // two bytes for a character
+    EXPECT_EQ(single_byte_code_page(65001), std::nullopt);  // up to four
+    EXPECT_EQ(single_byte_code_page(37), std::nullopt);     // no ASCII
+    EXPECT_EQ(single_byte_code_page(1253), std::nullopt);   // bytes without a character
+}
+
+}  // namespace
+}  // namespace brindle
