@@ -15,33 +15,30 @@
 namespace brindle {
 namespace {
 
+// A rebuild reads the old file by one handle while it asks by another whether it may be written.
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-// While a file is written others may read it, but not write into it as well.
-constexpr DWORD kShareReading = FILE_SHARE_READ | FILE_SHARE_DELETE;
-
 struct Opening {
     DWORD access;
-    DWORD share;
     DWORD disposition;
 };
 
-constexpr Opening kCreateNew = {GENERIC_READ | GENERIC_WRITE, kShareReading, CREATE_NEW};
+constexpr Opening kCreateNew = {GENERIC_READ | GENERIC_WRITE, CREATE_NEW};
 
 Opening opening_of(OpenMode mode) {
     switch (mode) {
         case OpenMode::Read:
-            return {GENERIC_READ, kShareAll, OPEN_EXISTING};
+            return {GENERIC_READ, OPEN_EXISTING};
         case OpenMode::ReadWrite:
-            return {GENERIC_READ | GENERIC_WRITE, kShareReading, OPEN_EXISTING};
+            return {GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING};
         case OpenMode::ReadWriteOrCreate:
-            return {GENERIC_READ | GENERIC_WRITE, kShareReading, OPEN_ALWAYS};
+            return {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS};
     }
-    return {GENERIC_READ, kShareAll, OPEN_EXISTING};
+    return {GENERIC_READ, OPEN_EXISTING};
 }
 
 // True when `file` owns the opened file now; else GetLastError() tells why not.
 bool open_into(WindowsFile& file, const std::wstring& name, const Opening& opening) {
-    void* const handle = ::CreateFileW(name.c_str(), opening.access, opening.share, nullptr,
+    void* const handle = ::CreateFileW(name.c_str(), opening.access, kShareAll, nullptr,
                                        opening.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return false;

@@ -82,7 +82,7 @@ TEST(EarlyBound, SessionOfReadingSettingSavingAndStripping) {
     EXPECT_EQ(stripped, VARIANT_TRUE);
     EXPECT_EQ(a.get_TagType(&tags), S_OK);
     EXPECT_EQ(static_cast<long>(tags), -1);
-    EXPECT_EQ(file.content(), audio(120));
+    EXPECT_TRUE(file.content() == audio(120)) << file.content().size();
 }
 
 TEST(EarlyBound, PlainFieldsAndTheFormatOfTimes) {

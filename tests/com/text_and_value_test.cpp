@@ -195,7 +195,7 @@ TEST(FileNames, FileThatAnotherProgramHoldsIsReadButNotWritten) {
     EXPECT_EQ(header->put_Title(title.get()), S_OK);
     EXPECT_EQ(static_cast<unsigned long>(header->SaveAllInfo()), 0x800A0046UL);  // 70
     ::CloseHandle(other);
-    EXPECT_EQ(file.content(), audio(120));
+    EXPECT_TRUE(file.content() == audio(120)) << file.content().size();
     EXPECT_EQ(header->SaveAllInfo(), S_OK);
 }
 

@@ -64,7 +64,6 @@ protected:
     }
 
     ~WindowsFilesTest() override {
-        ::SetFileAttributesW(disk_name(song).c_str(), FILE_ATTRIBUTE_NORMAL);
         ::DeleteFileW(disk_name(song).c_str());
         EXPECT_NE(::RemoveDirectoryW(disk_name(folder).c_str()), 0) << "something was left behind";
     }
@@ -83,20 +82,23 @@ TEST_F(WindowsFilesTest, WhatCannotBeOpenedHasItsNumber) {
     EXPECT_EQ(opening(in_folder(u"none.mp3"), OpenMode::Read), 53);
     EXPECT_EQ(opening(in_folder(u"none.mp3"), OpenMode::ReadWrite), 53);
     EXPECT_EQ(opening(in_folder(u"none\\song.mp3"), OpenMode::Read), 76);
-    EXPECT_EQ(opening(folder, OpenMode::Read), 76);
     EXPECT_EQ(opening(folder.substr(0, folder.size() - 1), OpenMode::Read), 75);
     EXPECT_EQ(opening(song + String(1, u'\0') + u".mp3", OpenMode::Read), 53);
     EXPECT_EQ(opening(in_folder(u"so*.mp3"), OpenMode::Read), 53);
     EXPECT_EQ(opening(u"NUL", OpenMode::Read), 75);
-    ASSERT_NE(::SetFileAttributesW(disk_name(song).c_str(), FILE_ATTRIBUTE_READONLY), 0);
-    EXPECT_EQ(opening(song, OpenMode::Read), 0);
-    EXPECT_EQ(opening(song, OpenMode::ReadWrite), 75);
 }
 
-TEST_F(WindowsFilesTest, OneProgramWritesAtATimeWhileOthersMayRead) {
+TEST_F(WindowsFilesTest, OthersDecideWhetherAFileInUseMayBeWritten) {
     const auto writer = files().open(song, OpenMode::ReadWrite);
     EXPECT_EQ(opening(song, OpenMode::Read), 0);
+    EXPECT_EQ(opening(song, OpenMode::ReadWrite), 0);
+    writer->close();
+    const HANDLE other = ::CreateFileW(disk_name(song).c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                       nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(other, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(opening(song, OpenMode::Read), 0);
     EXPECT_EQ(opening(song, OpenMode::ReadWrite), 70);
+    ::CloseHandle(other);
 }
 
 TEST_F(WindowsFilesTest, BytesAreReadAndWrittenAtTheirPlaces) {

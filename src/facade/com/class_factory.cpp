@@ -1,9 +1,7 @@
 #include "facade/com/class_factory.h"
 
-#include <wrl/client.h>
-
+#include "facade/com/guard.h"
 #include "facade/com/header_object.h"
-#include "facade/com/result_error.h"
 
 namespace brindle::com {
 
@@ -15,11 +13,7 @@ HRESULT ClassFactory::CreateInstance(IUnknown* outer, REFIID iid, void** object)
     if (outer != nullptr) {
         return CLASS_E_NOAGGREGATION;
     }
-    return guarded(__uuidof(IClassFactory), [&] {
-        Microsoft::WRL::ComPtr<::_cMPEGHeader> made;
-        made.Attach(new HeaderObject);
-        check(made.CopyTo(iid, object));
-    });
+    return guarded(__uuidof(IClassFactory), [&] { make<HeaderObject>(iid, object); });
 }
 
 HRESULT ClassFactory::LockServer(BOOL lock) {

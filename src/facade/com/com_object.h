@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "facade/com/module.h"
+#include "facade/com/result_error.h"
 
 namespace brindle::com {
 
@@ -72,5 +73,14 @@ private:
     std::atomic<ULONG> references_ = 1;
     ModuleUse module_use_;
 };
+
+// Makes an object and gives the caller one of its interfaces.
+template <typename Object>
+void make(REFIID iid, void** object) {
+    auto* const made = new Object;
+    const HRESULT result = made->QueryInterface(iid, object);
+    made->Release();
+    check(result);
+}
 
 }  // namespace brindle::com

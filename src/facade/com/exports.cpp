@@ -2,14 +2,11 @@
 #include <olectl.h>
 #include <windows.h>
 
-#include <wrl/client.h>
-
 #include "Brindle_h.h"
 #include "facade/com/class_factory.h"
 #include "facade/com/guard.h"
 #include "facade/com/module.h"
 #include "facade/com/registration.h"
-#include "facade/com/result_error.h"
 
 STDAPI DllGetClassObject(REFCLSID class_id, REFIID iid, void** object) {
     using namespace brindle::com;
@@ -20,11 +17,7 @@ STDAPI DllGetClassObject(REFCLSID class_id, REFIID iid, void** object) {
     if (class_id != __uuidof(cMPEGHeader)) {
         return CLASS_E_CLASSNOTAVAILABLE;
     }
-    return guarded(__uuidof(IClassFactory), [&] {
-        Microsoft::WRL::ComPtr<IClassFactory> factory;
-        factory.Attach(new ClassFactory);
-        check(factory.CopyTo(iid, object));
-    });
+    return guarded(__uuidof(IClassFactory), [&] { make<ClassFactory>(iid, object); });
 }
 
 STDAPI DllCanUnloadNow() {

@@ -22,6 +22,11 @@ constexpr wchar_t kClassId[] = L"{0571B13A-907D-4C45-8E34-42489A98C25D}";
 constexpr wchar_t kLibraryId[] = L"{3DD4AB2B-FE65-4BF7-996E-A3AFCE69FD27}";
 constexpr GUID kLibrary = {
     0x3DD4AB2B, 0xFE65, 0x4BF7, {0x99, 0x6E, 0xA3, 0xAF, 0xCE, 0x69, 0xFD, 0x27}};
+constexpr bool kIs64Bit = sizeof(void*) == 8;
+constexpr SYSKIND kSystem = kIs64Bit ? SYS_WIN64 : SYS_WIN32;
+constexpr const wchar_t* kLibraryOfThisWidth =
+    kIs64Bit ? L"TypeLib\\{3DD4AB2B-FE65-4BF7-996E-A3AFCE69FD27}\\6.2\\0\\win64"
+             : L"TypeLib\\{3DD4AB2B-FE65-4BF7-996E-A3AFCE69FD27}\\6.2\\0\\win32";
 constexpr WORD kMajor = 6;
 constexpr WORD kMinor = 2;
 
@@ -73,6 +78,15 @@ void write(const Entry& entry, const std::wstring& file) {
                                     static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))));
 }
 
+bool is_there(const wchar_t* path) {
+    HKEY opened = nullptr;
+    if (::RegOpenKeyExW(HKEY_CLASSES_ROOT, path, 0, KEY_QUERY_VALUE, &opened) != ERROR_SUCCESS) {
+        return false;
+    }
+    ::RegCloseKey(opened);
+    return true;
+}
+
 void remove_root(const wchar_t* root) {
     const LSTATUS status = ::RegDeleteTreeW(HKEY_CLASSES_ROOT, root);
     if (status != ERROR_FILE_NOT_FOUND) {
@@ -92,10 +106,8 @@ void register_server() {
 }
 
 void unregister_server() {
-    constexpr SYSKIND kSystem = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
-    const HRESULT library = ::UnRegisterTypeLib(kLibrary, kMajor, kMinor, LOCALE_NEUTRAL, kSystem);
-    if (library != TYPE_E_REGISTRYACCESS) {  // it is not registered
-        check(library);
+    if (is_there(kLibraryOfThisWidth)) {
+        check(::UnRegisterTypeLib(kLibrary, kMajor, kMinor, LOCALE_NEUTRAL, kSystem));
     }
     for (auto entry = std::rbegin(kEntries); entry != std::rend(kEntries); ++entry) {
         if (entry->key == nullptr) {
