@@ -35,36 +35,6 @@ bool fails() noexcept {
     return true;
 }
 
-bool is_ordinary(std::size_t alignment) {
-    return alignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__;
-}
-
-#ifdef _WIN32
-void* allocate_aligned(std::size_t size, std::size_t alignment) noexcept {
-    return _aligned_malloc(size, alignment);
-}
-
-void free_aligned(void* memory) noexcept {
-    _aligned_free(memory);
-}
-#else
-void* allocate_aligned(std::size_t size, std::size_t alignment) noexcept {
-    return std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
-}
-
-void free_aligned(void* memory) noexcept {
-    std::free(memory);
-}
-#endif
-
-void release(void* memory, std::align_val_t alignment) noexcept {
-    if (is_ordinary(static_cast<std::size_t>(alignment))) {
-        std::free(memory);
-    } else {
-        free_aligned(memory);
-    }
-}
-
 void* allocate(std::size_t size, std::size_t alignment) noexcept {
     ++state.count;
     state.bytes += size;
@@ -72,7 +42,10 @@ void* allocate(std::size_t size, std::size_t alignment) noexcept {
         return nullptr;
     }
     const std::size_t wanted = size == 0 ? 1 : size;
-    return is_ordinary(alignment) ? std::malloc(wanted) : allocate_aligned(wanted, alignment);
+    if (alignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__) {
+        return std::malloc(wanted);
+    }
+    return std::aligned_alloc(alignment, (wanted + alignment - 1) / alignment * alignment);
 }
 
 void* allocate_or_raise(std::size_t size, std::size_t alignment) {
@@ -110,7 +83,6 @@ bool AllocationFault::has_failed() const noexcept {
 }  // namespace brindle::test
 
 using brindle::test::allocate;
-using brindle::test::release;
 using brindle::test::allocate_or_raise;
 
 void* operator new(std::size_t size) {
@@ -143,17 +115,17 @@ void operator delete(void* memory, std::size_t) noexcept {
 void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::align_val_t alignment) noexcept {
-    release(memory, alignment);
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
 }
-void operator delete[](void* memory, std::align_val_t alignment) noexcept {
-    release(memory, alignment);
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
 }
-void operator delete(void* memory, std::size_t, std::align_val_t alignment) noexcept {
-    release(memory, alignment);
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
 }
-void operator delete[](void* memory, std::size_t, std::align_val_t alignment) noexcept {
-    release(memory, alignment);
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
