@@ -1,6 +1,5 @@
 #include "util/binary_file_posix.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <unistd.h>
 #include <utility>
@@ -18,7 +17,6 @@ static_assert(sizeof(off_t) == sizeof(std::int64_t), "files of 2 GiB and more ar
 
 // Where files share their storage on disk, they share it in units of this.
 constexpr std::int64_t kPage = 4096;
-constexpr std::size_t kCopyBlock = std::size_t{256} * 1024;
 
 // Runs a system call until no signal comes in between.
 template <typename Call>
@@ -112,8 +110,8 @@ std::size_t PosixFile::copy_from(BinaryFile& source, std::int64_t source_offset,
         done = copy_through_kernel(*native, source_offset, offset, count);
     }
     const auto copied = static_cast<std::int64_t>(done);
-    return done +
-           copy_through_memory(source, source_offset + copied, offset + copied, count - done);
+    return done + copy_through_memory(source, source_offset + copied, *this, offset + copied,
+                                      count - done, block_);
 }
 
 // Ends early where the kernel refuses, and at the end of the file.
@@ -148,27 +146,6 @@ std::size_t PosixFile::copy_through_kernel(const PosixFile& source, std::int64_t
     kernel_copies_ = false;
     return 0;
 #endif
-}
-
-std::size_t PosixFile::copy_through_memory(BinaryFile& source, std::int64_t source_offset,
-                                           std::int64_t offset, std::size_t count) {
-    std::size_t done = 0;
-    while (done < count) {
-        if (!block_) {
-            block_ = std::make_unique_for_overwrite<std::uint8_t[]>(kCopyBlock);
-        }
-        const auto so_far = static_cast<std::int64_t>(done);
-        const auto into_page = static_cast<std::size_t>((offset + so_far) % kPage);
-        const std::span<std::uint8_t> block(block_.get(),
-                                            std::min(count - done, kCopyBlock - into_page));
-        const std::size_t bytes = source.read_at(source_offset + so_far, block);
-        write_at(offset + so_far, block.first(bytes));
-        done += bytes;
-        if (bytes < block.size()) {
-            break;
-        }
-    }
-    return done;
 }
 
 void PosixFile::set_length(std::int64_t length) {

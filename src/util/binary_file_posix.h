@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
 
 #include "util/binary_file.h"
+#include "util/copy_through_memory.h"
 
 namespace brindle {
 
@@ -35,12 +35,10 @@ public:
 private:
     std::size_t copy_through_kernel(const PosixFile& source, std::int64_t source_offset,
                                     std::int64_t offset, std::size_t count);
-    std::size_t copy_through_memory(BinaryFile& source, std::int64_t source_offset,
-                                    std::int64_t offset, std::size_t count);
 
     int descriptor_ = -1;
     bool kernel_copies_ = true;  // until it refuses
-    std::unique_ptr<std::uint8_t[]> block_;
+    CopyBlock block_;
 };
 
 }  // namespace brindle

@@ -11,10 +11,6 @@
 namespace brindle {
 namespace {
 
-// The file system's unit: a copy that ends on its borders writes no unit twice.
-constexpr std::int64_t kCluster = 4096;
-constexpr std::size_t kCopyBlock = 256 * 1024;
-
 [[noreturn]] void raise_transfer_error() {
     raise_last_error(FileAction::Transfer);
 }
@@ -91,23 +87,7 @@ void WindowsFile::write_at(std::int64_t offset, std::span<const std::uint8_t> by
 
 std::size_t WindowsFile::copy_from(BinaryFile& source, std::int64_t source_offset,
                                    std::int64_t offset, std::size_t count) {
-    if (!block_) {
-        block_ = std::make_unique_for_overwrite<std::uint8_t[]>(kCopyBlock);
-    }
-    std::size_t done = 0;
-    while (done < count) {
-        const auto so_far = static_cast<std::int64_t>(done);
-        const auto into_cluster = static_cast<std::size_t>((offset + so_far) % kCluster);
-        const std::span<std::uint8_t> block(block_.get(),
-                                            std::min(count - done, kCopyBlock - into_cluster));
-        const std::size_t bytes = source.read_at(source_offset + so_far, block);
-        write_at(offset + so_far, block.first(bytes));
-        done += bytes;
-        if (bytes < block.size()) {
-            break;
-        }
-    }
-    return done;
+    return copy_through_memory(source, source_offset, *this, offset, count, block_);
 }
 
 void WindowsFile::set_length(std::int64_t length) {

@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
 
 #include "util/binary_file.h"
+#include "util/copy_through_memory.h"
 
 namespace brindle {
 
@@ -34,7 +34,7 @@ public:
 
 private:
     void* handle_ = nullptr;
-    std::unique_ptr<std::uint8_t[]> block_;
+    CopyBlock block_;
 };
 
 }  // namespace brindle
