@@ -35,6 +35,7 @@ namespace brindle {
 
 class cMP3ID3v2;
 struct Environment;
+struct FrameWalk;
 struct SavePlan;
 
 class cMPEGHeader {
@@ -264,7 +265,8 @@ public:
 private:
     class HostLink;
     class LoopMark;
-    friend SavePlan plan_save(const cMPEGHeader& header);  // <brindle/save_plan.h>
+    friend SavePlan plan_save(const cMPEGHeader& header);     // <brindle/save_plan.h>
+    friend FrameWalk walk_frames(const cMPEGHeader& header);  // <brindle/frame_walk.h>
 
     Environment& environment_;
     std::unique_ptr<HostLink> host_;

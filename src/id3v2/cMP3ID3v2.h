@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <brindle/error.h>
+#include <brindle/frame_walk.h>
 #include <brindle/keyed_collection.h>
 #include <brindle/save_plan.h>
 #include <brindle/values.h>
@@ -169,6 +170,8 @@ public:
     bool StripTags(std::int32_t TagsToStrip);
     // What Update() would need and lose. Raises what Update() would raise before it writes.
     [[nodiscard]] SavePlan plan_save() const;
+    // All frames of the file as it stands.
+    [[nodiscard]] FrameWalk walk_frames() const;
 
 private:
     static constexpr std::int32_t kStripId3v1 = 1;
@@ -199,6 +202,8 @@ private:
     void read_in_place_of(const cMP3ID3v2& other, FileWindow& window);
     void become(cMP3ID3v2& other) noexcept;
     void trust_or_find_audio(FileWindow& file);
+    // The accepted first frame of a file that somebody else may have changed.
+    [[nodiscard]] std::optional<std::int64_t> accepted_in(FileWindow& file) const;
     // What of a version 2 tag outlives its conversion.
     struct LastingFields {
         String artist;

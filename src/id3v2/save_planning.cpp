@@ -10,7 +10,6 @@
 
 #include <brindle/save_plan.h>
 
-#include "id3v2/audio_start.h"
 #include "id3v2/cMP3ID3v2.h"
 #include "id3v2/error_sources.h"
 #include "id3v2/frame_form.h"
@@ -324,13 +323,8 @@ SavePlan cMP3ID3v2::plan_save() const {
 
 void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
     FileWindow window(file);
-    std::optional<std::int64_t> accepted = accepted_;
     require_addressable(window.length());
-    if (window.length() != known_length_ || (accepted && !is_frame_at(window, *accepted))) {
-        cMP3ID3v2 now(environment_);
-        now.FileName(file_name_);
-        accepted = now.accepted_;
-    }
+    const std::optional<std::int64_t> accepted = accepted_in(window);
     const FrameStore to_write = frames_to_write();
     WrittenFrames written(build_tag(to_write));
     plan.needed_length = written.length();

@@ -11,13 +11,6 @@ constexpr std::int64_t kMillisecondsPerSecond = 1'000;
 // Bit rates are in units of 1,000 bits elsewhere; this one average counts in 1,024.
 constexpr std::int64_t kBitsPerAverageUnit = 1'024;
 
-constexpr std::int32_t samples_per_frame(std::int16_t version, std::int16_t layer) {
-    if (layer == 1) {
-        return 384;
-    }
-    return layer == 3 && version != 1 ? 576 : 1'152;
-}
-
 // A decimal of four places to the nearest whole number.
 std::int32_t whole(std::int64_t decimal) {
     return checked_long(divide_half_even(decimal, kDecimalScale));
@@ -48,6 +41,13 @@ void variable_rate_duration(StreamState& state, std::int32_t audio_bytes) {
 }
 
 }  // namespace
+
+std::int32_t samples_per_frame(std::int16_t version, std::int16_t layer) {
+    if (layer == 1) {
+        return 384;
+    }
+    return layer == 3 && version != 1 ? 576 : 1'152;
+}
 
 void CalcDuration(StreamState& state, std::int32_t AudioBytes) {
     if (state.header.BitRate <= 0) {

@@ -51,6 +51,13 @@ std::optional<std::int32_t> take_number(std::span<const std::uint8_t>& data) {
     return static_cast<std::int32_t>(number);
 }
 
+bool stands_at(std::span<const std::uint8_t> data, std::size_t place, std::string_view letters) {
+    return data.size() >= place + letters.size() &&
+           std::equal(letters.begin(), letters.end(),
+                      data.begin() + static_cast<std::ptrdiff_t>(place),
+                      [](char letter, std::uint8_t byte) { return is_letter(byte, letter); });
+}
+
 }  // namespace
 
 XingRecord ReadXing(std::span<const std::uint8_t> frame_data) {
@@ -71,6 +78,18 @@ XingRecord ReadXing(std::span<const std::uint8_t> frame_data) {
         return {};
     }
     return {u"XING", *flags, *frames, *bytes};
+}
+
+bool holds_vbr_header(std::span<const std::uint8_t> frame_data) {
+    // The same header in a stream of constant bit rate.
+    constexpr std::string_view kConstantRateLetters = "INFO";
+    // Another encoder's, always 32 bytes behind the frame header.
+    constexpr std::string_view kOtherLetters = "VBRI";
+    return stands_at(frame_data, kPlaces[0], kOtherLetters) ||
+           std::any_of(kPlaces.begin(), kPlaces.end(), [&](std::size_t place) {
+               return stands_at(frame_data, place, kLetters) ||
+                      stands_at(frame_data, place, kConstantRateLetters);
+           });
 }
 
 }  // namespace brindle

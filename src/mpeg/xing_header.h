@@ -19,4 +19,7 @@ struct XingRecord {
 // counts must be announced, and no number may be above 2,147,483,647.
 [[nodiscard]] XingRecord ReadXing(std::span<const std::uint8_t> frame_data);
 
+// Whether the frame holds such a header, of any encoder and usable or not, in place of sound.
+[[nodiscard]] bool holds_vbr_header(std::span<const std::uint8_t> frame_data);
+
 }  // namespace brindle

@@ -1,0 +1,40 @@
+// From frame to frame to the end of the audio.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include <brindle/frame_walk.h>
+
+#include "mpeg/frame_header_record.h"
+#include "util/file_window.h"
+
+namespace brindle {
+
+class FrameWalker {
+public:
+    // Nothing from `audio_end` on is audio. No farther than the end of the file.
+    FrameWalker(FileWindow& window, std::int64_t audio_end)
+        : window_(window), audio_end_(audio_end) {}
+
+    // All 0 when no valid, whole frame stands at `first_frame`.
+    FrameWalk run(std::int64_t first_frame);
+
+private:
+    void follow_chain();
+    std::size_t walk_block(std::span<const std::uint8_t> block);
+    [[nodiscard]] bool is_frame_cut_at(std::int64_t position);
+    [[nodiscard]] std::optional<std::int64_t> find_frame_from(std::int64_t position);
+    [[nodiscard]] bool is_confirmed_frame_at(std::int64_t position);
+    [[nodiscard]] bool is_same_kind(std::uint32_t bits) const;
+    void add_up(const FrameHeaderRecord& first);
+
+    FileWindow& window_;
+    const std::int64_t audio_end_;
+    std::uint32_t first_bits_ = 0;
+    std::int64_t position_ = 0;
+    FrameWalk walk_;
+};
+
+}  // namespace brindle
