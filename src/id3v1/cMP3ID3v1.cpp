@@ -9,8 +9,8 @@
 #include <vector>
 
 #include <brindle/error.h>
+#include <brindle/genres.h>
 
-#include "id3v1/genre_table.h"
 #include "util/code_page.h"
 #include "util/copy_bytes.h"
 #include "util/file_exists.h"

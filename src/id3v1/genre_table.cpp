@@ -1,7 +1,7 @@
-#include "id3v1/genre_table.h"
-
 #include <array>
 #include <string_view>
+
+#include <brindle/genres.h>
 
 namespace brindle {
 namespace {

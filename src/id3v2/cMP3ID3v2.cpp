@@ -3,7 +3,8 @@
 #include <new>
 #include <utility>
 
-#include "id3v1/genre_table.h"
+#include <brindle/genres.h>
+
 #include "id3v2/error_sources.h"
 #include "id3v2/tag_reader.h"
 #include "id3v2/tag_search.h"

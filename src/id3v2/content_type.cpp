@@ -1,8 +1,8 @@
 #include "id3v2/content_type.h"
 
+#include <brindle/genres.h>
 #include <brindle/values.h>
 
-#include "id3v1/genre_table.h"
 #include "util/numeric_text.h"
 #include "util/skip_errors.h"
 

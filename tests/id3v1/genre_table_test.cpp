@@ -1,10 +1,9 @@
-#include "id3v1/genre_table.h"
-
 #include <map>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include <brindle/genres.h>
 #include <brindle/text.h>
 
 namespace brindle {

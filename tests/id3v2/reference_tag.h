@@ -10,7 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "id3v1/genre_table.h"
+#include <brindle/genres.h>
+
 #include "support/bytes.h"
 
 namespace brindle::test {
