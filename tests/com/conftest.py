@@ -1,6 +1,7 @@
 import os
 import pathlib
 import subprocess
+import tempfile
 
 import pytest
 
@@ -33,10 +34,15 @@ def wine():
     """Runs a Windows program; gives its exit status and output, which is what stood on the screen."""
 
     def run(*command, timeout=120):
-        return subprocess.run(
-            [ROOT / "scripts" / "wine", "run", BITS, ROOT, *map(str, command)],
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-            timeout=timeout, check=False)
+        # No pipe: Wine's services would hold it open for seconds after the program's end.
+        with tempfile.TemporaryFile() as output:
+            result = subprocess.run(
+                [ROOT / "scripts" / "wine", "run", BITS, ROOT, *map(str, command)],
+                stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
+                timeout=timeout, check=False)
+            output.seek(0)
+            result.stdout = output.read()
+        return result
 
     return run
 
