@@ -43,35 +43,20 @@ HRESULT CollectionObject::Add(VARIANT Item, BSTR Key) {
 }
 
 HRESULT CollectionObject::Item(VARIANT Position, VARIANT Key, VARIANT* Result) {
-    if (Result == nullptr) {
-        return E_POINTER;
-    }
-    ::VariantInit(Result);
-    return run([&] { hand_out(item(Position, Key), *Result); });
+    return give(Result, [&] { return item(Position, Key); });
 }
 
 HRESULT CollectionObject::Exists(BSTR Key, VARIANT_BOOL* Result) {
-    if (Result == nullptr) {
-        return E_POINTER;
-    }
-    *Result = VARIANT_FALSE;
-    return run([&] { hand_out(collection_->Exists(text_of(Key)), *Result); });
+    return give(Result, [&] { return collection_->Exists(text_of(Key)); });
 }
 
 HRESULT CollectionObject::get_Count(LONG* Value) {
-    if (Value == nullptr) {
-        return E_POINTER;
-    }
-    *Value = 0;
-    return run([&] { hand_out(collection_->Count(), *Value); });
+    return give(Value, [&] { return collection_->Count(); });
 }
 
 HRESULT CollectionObject::get__NewEnum(IUnknown** Value) {
-    if (Value == nullptr) {
-        return E_POINTER;
-    }
-    *Value = nullptr;
-    return run([&] { *Value = new Enumerator<ItemKind>(items_of(*collection_)); });
+    return store(
+        Value, [&](IUnknown*& place) { place = new Enumerator<ItemKind>(items_of(*collection_)); });
 }
 
 Variant CollectionObject::item(const VARIANT& position, const VARIANT& key) const {

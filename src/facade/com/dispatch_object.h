@@ -1,11 +1,15 @@
 #pragma once
 
+#include <oaidl.h>
+
 #include <wrl/client.h>
 
 #include "facade/com/com_object.h"
 #include "facade/com/guard.h"
 #include "facade/com/invocation.h"
+#include "facade/com/result_error.h"
 #include "facade/com/type_library.h"
+#include "facade/com/values.h"
 
 namespace brindle::com {
 
@@ -23,14 +27,11 @@ public:
     }
 
     HRESULT __stdcall GetTypeInfo(UINT index, LCID /*language*/, ITypeInfo** type) override {
-        if (type == nullptr) {
-            return E_POINTER;
-        }
-        *type = nullptr;
-        if (index != 0) {
-            return DISP_E_BADINDEX;
-        }
-        return guarded(__uuidof(Dual), [&] { type_info().CopyTo(type); });
+        return store(type, [&](ITypeInfo*& into) {
+            require(index == 0, DISP_E_BADINDEX);
+            into = &type_info();
+            into->AddRef();
+        });
     }
 
     HRESULT __stdcall GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID /*language*/,
@@ -41,10 +42,7 @@ public:
         if (names == nullptr || ids == nullptr) {
             return E_POINTER;
         }
-        HRESULT found = S_OK;
-        const HRESULT result =
-            guarded(__uuidof(Dual), [&] { found = type_info()->GetIDsOfNames(names, count, ids); });
-        return FAILED(result) ? result : found;
+        return run([&] { check(type_info().GetIDsOfNames(names, count, ids)); });
     }
 
     HRESULT __stdcall Invoke(DISPID member, REFIID reserved, LCID /*language*/, WORD flags,
@@ -56,13 +54,10 @@ public:
         if (arguments == nullptr) {
             return E_POINTER;
         }
-        const Microsoft::WRL::ComPtr<IUnknown> alive(static_cast<Dual*>(this));
-        HRESULT outcome = S_OK;
-        const HRESULT prepared = guarded(__uuidof(Dual), [&] {
-            outcome = invoke(*type_info().Get(), static_cast<Dual*>(this),
-                             {member, flags, *arguments, result, exception, wrong_argument});
+        return run([&] {
+            check(invoke(type_info(), static_cast<Dual*>(this),
+                         {member, flags, *arguments, result, exception, wrong_argument}));
         });
-        return FAILED(prepared) ? prepared : outcome;
     }
 
     HRESULT __stdcall InterfaceSupportsErrorInfo(REFIID iid) override {
@@ -78,16 +73,29 @@ protected:
         return guarded(__uuidof(Dual), call);
     }
 
-private:
-    // Hosts that are bound early never need it.
-    Microsoft::WRL::ComPtr<ITypeInfo> type_info() {
-        if (!type_info_) {
-            type_info_ = load_type_info(__uuidof(Dual));
-        }
-        return type_info_;
+    // The same of one that has a result: `member` puts it into the place that the host names.
+    // Nothing stands there after a failure.
+    template <typename Out, typename Member>
+    [[nodiscard]] HRESULT store(Out* into, Member member) noexcept {
+        return run([&] {
+            require(into != nullptr, E_POINTER);
+            *into = Out{};
+            member(*into);
+        });
     }
 
-    Microsoft::WRL::ComPtr<ITypeInfo> type_info_;
+    // The same of one whose result is a value.
+    template <typename Out, typename Member>
+    [[nodiscard]] HRESULT give(Out* into, Member member) noexcept {
+        return store(into, [&](Out& place) { hand_out(member(), place); });
+    }
+
+private:
+    // Read once: scripts make an object for each file. Hosts that are bound early never need it.
+    static ITypeInfo& type_info() {
+        static const Microsoft::WRL::ComPtr<ITypeInfo> information = load_type_info(__uuidof(Dual));
+        return *information.Get();
+    }
 };
 
 }  // namespace brindle::com

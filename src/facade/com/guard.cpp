@@ -43,7 +43,6 @@ HRESULT report(REFIID interface_id, const Error& error) noexcept {
         leave_error_object(interface_id, error);
     } catch (const std::exception&) {
         // Without its texts the number says enough.
-        ::SetErrorInfo(0, nullptr);
     }
     return result_of(error.number());
 }
@@ -51,6 +50,8 @@ HRESULT report(REFIID interface_id, const Error& error) noexcept {
 }  // namespace
 
 HRESULT report_exception(REFIID interface_id) noexcept {
+    // What an earlier failure left there does not explain this one.
+    ::SetErrorInfo(0, nullptr);
     try {
         throw;
     } catch (const Error& error) {

@@ -2,27 +2,17 @@
 
 #include <memory>
 #include <olectl.h>
+#include <utility>
 #include <vector>
-
-#include <brindle/error.h>
 
 #include "facade/com/collection_object.h"
 #include "facade/com/enumerator.h"
 #include "facade/com/host_hooks.h"
 #include "facade/com/server_environment.h"
 #include "facade/com/type_library.h"
+#include "util/skip_errors.h"
 
 namespace brindle::com {
-namespace {
-
-void hand_out(std::shared_ptr<KeyedCollection> collection, IDispatch*& into) {
-    if (collection) {
-        into = new CollectionObject(std::move(collection));
-    }
-}
-
-}  // namespace
-
 HeaderObject::HeaderObject() : header_(server_environment()), events_(*this) {
     header_.Reading = [this](const String& FileName) { events_.reading(FileName); };
     header_.Scanning = [this](const String& FileName, std::int32_t FilePos, std::int32_t FileLength,
@@ -38,41 +28,30 @@ HeaderObject::HeaderObject() : header_(server_environment()), events_(*this) {
 
 HRESULT HeaderObject::RaiseScanningEvent(BSTR FileName, LONG FilePos, LONG FileLength,
                                          VARIANT_BOOL* Cancel) {
-    if (Cancel == nullptr) {
-        return E_POINTER;
-    }
     return run([&] {
+        require(Cancel != nullptr, E_POINTER);
         bool cancel = *Cancel != VARIANT_FALSE;
         header_.RaiseScanningEvent(text_of(FileName), FilePos, FileLength, cancel);
-        com::hand_out(cancel, *Cancel);
+        hand_out(cancel, *Cancel);
     });
 }
 
 HRESULT HeaderObject::put_FileName(BSTR* NewFileName) {
-    if (NewFileName == nullptr) {
-        return E_POINTER;
-    }
-    return run([&] { header_.FileName(text_of(*NewFileName)); });
+    return run([&] {
+        require(NewFileName != nullptr, E_POINTER);
+        header_.FileName(text_of(*NewFileName));
+    });
 }
 
 // A value without a text changes nothing, as every value that can't be converted.
 HRESULT HeaderObject::put_Category(VARIANT Value) {
-    return run([&] {
-        try {
-            header_.Category(value_of(Value));
-        } catch (const Error&) {
-            return;
-        }
-    });
+    return run([&] { skip_errors([&] { header_.Category(value_of(Value)); }); });
 }
 
 HRESULT HeaderObject::CustomFieldAdd(BSTR FieldDescriptor, VARIANT FieldValue) {
     return run([&] {
-        try {
-            header_.CustomFieldAdd(text_of(FieldDescriptor), value_of(FieldValue));
-        } catch (const Error&) {
-            return;
-        }
+        skip_errors(
+            [&] { header_.CustomFieldAdd(text_of(FieldDescriptor), value_of(FieldValue)); });
     });
 }
 
@@ -97,11 +76,11 @@ HRESULT HeaderObject::ElapsedTimeFromMs(LONG ms, ::eTimeDisplayStyle TimeStyle,
 }
 
 HRESULT HeaderObject::get_v2Frames(IDispatch** Value) {
-    if (Value == nullptr) {
-        return E_POINTER;
-    }
-    *Value = nullptr;
-    return run([&] { hand_out(header_.v2Frames(), *Value); });
+    return store(Value, [&](IDispatch*& place) {
+        if (auto frames = header_.v2Frames()) {
+            place = new CollectionObject(std::move(frames));
+        }
+    });
 }
 
 HRESULT HeaderObject::get_v2Tag(BSTR sFrame, LONG indexInFrame, BSTR* Value) {
@@ -109,48 +88,31 @@ HRESULT HeaderObject::get_v2Tag(BSTR sFrame, LONG indexInFrame, BSTR* Value) {
 }
 
 HRESULT HeaderObject::GetClassInfo(ITypeInfo** type) {
-    if (type == nullptr) {
-        return E_POINTER;
-    }
-    *type = nullptr;
-    return run([&] { load_type_info(__uuidof(::cMPEGHeader)).CopyTo(type); });
+    return store(type,
+                 [](ITypeInfo*& place) { load_type_info(__uuidof(::cMPEGHeader)).CopyTo(&place); });
 }
 
 HRESULT HeaderObject::GetGUID(DWORD kind, GUID* guid) {
-    if (guid == nullptr) {
-        return E_POINTER;
-    }
-    if (kind != GUIDKIND_DEFAULT_SOURCE_DISP_IID) {
-        *guid = GUID_NULL;
-        return E_INVALIDARG;
-    }
-    *guid = __uuidof(::__cMPEGHeader);
-    return S_OK;
+    return store(guid, [&](GUID& place) {
+        require(kind == GUIDKIND_DEFAULT_SOURCE_DISP_IID, E_INVALIDARG);
+        place = __uuidof(::__cMPEGHeader);
+    });
 }
 
 HRESULT HeaderObject::EnumConnectionPoints(IEnumConnectionPoints** points) {
-    if (points == nullptr) {
-        return E_POINTER;
-    }
-    *points = nullptr;
-    return run([&] {
+    return store(points, [&](IEnumConnectionPoints*& place) {
         using Points = std::vector<ConnectionPointKind::Kept>;
-        *points = new Enumerator<ConnectionPointKind>(
+        place = new Enumerator<ConnectionPointKind>(
             std::make_shared<const Points>(Points{ConnectionPointKind::Kept(&events_)}));
     });
 }
 
 HRESULT HeaderObject::FindConnectionPoint(REFIID iid, IConnectionPoint** point) {
-    if (point == nullptr) {
-        return E_POINTER;
-    }
-    *point = nullptr;
-    if (iid != __uuidof(::__cMPEGHeader)) {
-        return CONNECT_E_NOCONNECTION;
-    }
-    *point = &events_;
-    events_.AddRef();
-    return S_OK;
+    return store(point, [&](IConnectionPoint*& place) {
+        require(iid == __uuidof(::__cMPEGHeader), CONNECT_E_NOCONNECTION);
+        place = &events_;
+        events_.AddRef();
+    });
 }
 
 }  // namespace brindle::com

@@ -212,16 +212,6 @@ public:
     HRESULT __stdcall FindConnectionPoint(REFIID iid, IConnectionPoint** point) override;
 
 private:
-    // Runs `member`, which gives a value, and hands that out; nothing is handed out on failure.
-    template <typename Out, typename Member>
-    HRESULT give(Out* into, Member member) noexcept {
-        if (into == nullptr) {
-            return E_POINTER;
-        }
-        *into = Out{};
-        return run([&] { hand_out(member(), *into); });
-    }
-
     template <typename Value, typename Out>
     HRESULT get(Value (cMPEGHeader::*property)() const, Out* into) noexcept {
         return give(into, [&] { return (header_.*property)(); });

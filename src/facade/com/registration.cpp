@@ -1,6 +1,5 @@
 #include "facade/com/registration.h"
 
-#include <iterator>
 #include <memory>
 #include <oaidl.h>
 #include <oleauto.h>
@@ -16,7 +15,6 @@ namespace brindle::com {
 namespace {
 
 constexpr wchar_t kProgId[] = L"Brindle.cMPEGHeader";
-constexpr wchar_t kName[] = L"Brindle.cMPEGHeader";
 constexpr wchar_t kClass[] = L"CLSID\\{0571B13A-907D-4C45-8E34-42489A98C25D}";
 constexpr wchar_t kClassId[] = L"{0571B13A-907D-4C45-8E34-42489A98C25D}";
 constexpr wchar_t kLibraryId[] = L"{3DD4AB2B-FE65-4BF7-996E-A3AFCE69FD27}";
@@ -31,7 +29,7 @@ constexpr WORD kMajor = 6;
 constexpr WORD kMinor = 2;
 
 struct Entry {
-    const wchar_t* root;   // the key that unregistering removes with all that is in it
+    const wchar_t* root;   // unregistering removes it with all that is in it
     const wchar_t* key;    // below it; null: the root itself
     const wchar_t* name;   // null: the key's own value
     const wchar_t* value;  // null: the name of the DLL's file
@@ -40,9 +38,9 @@ struct Entry {
 // clang-format off
 constexpr Entry kEntries[] = {
     // root   key                          name               value
-    {kProgId, nullptr,                     nullptr,           kName},
+    {kProgId, nullptr,                     nullptr,           kProgId},
     {kProgId, L"CLSID",                    nullptr,           kClassId},
-    {kClass,  nullptr,                     nullptr,           kName},
+    {kClass,  nullptr,                     nullptr,           kProgId},
     {kClass,  L"ProgID",                   nullptr,           kProgId},
     {kClass,  L"VersionIndependentProgID", nullptr,           kProgId},
     {kClass,  L"Programmable",             nullptr,           L""},
@@ -78,13 +76,19 @@ void write(const Entry& entry, const std::wstring& file) {
                                     static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))));
 }
 
-bool is_there(const wchar_t* path) {
+bool is_there(const wchar_t* path, REGSAM width = 0) {
     HKEY opened = nullptr;
-    if (::RegOpenKeyExW(HKEY_CLASSES_ROOT, path, 0, KEY_QUERY_VALUE, &opened) != ERROR_SUCCESS) {
-        return false;
-    }
-    ::RegCloseKey(opened);
-    return true;
+    const LSTATUS status =
+        ::RegOpenKeyExW(HKEY_CLASSES_ROOT, path, 0, KEY_QUERY_VALUE | width, &opened);
+    const Key key(opened);
+    return status == ERROR_SUCCESS;
+}
+
+// Windows keeps the classes of 32-bit and 64-bit hosts apart, but not the names by which scripts
+// ask for them: the DLL of the other width may need the name still.
+bool other_width_is_registered() {
+    constexpr REGSAM kOtherWidth = kIs64Bit ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+    return is_there(kClass, kOtherWidth);
 }
 
 void remove_root(const wchar_t* root) {
@@ -109,10 +113,9 @@ void unregister_server() {
     if (is_there(kLibraryOfThisWidth)) {
         check(::UnRegisterTypeLib(kLibrary, kMajor, kMinor, LOCALE_NEUTRAL, kSystem));
     }
-    for (auto entry = std::rbegin(kEntries); entry != std::rend(kEntries); ++entry) {
-        if (entry->key == nullptr) {
-            remove_root(entry->root);
-        }
+    remove_root(kClass);
+    if (!other_width_is_registered()) {
+        remove_root(kProgId);
     }
 }
 

@@ -22,4 +22,10 @@ inline void check(HRESULT result) {
     }
 }
 
+inline void require(bool condition, HRESULT otherwise) {
+    if (!condition) {
+        throw ResultError(otherwise);
+    }
+}
+
 }  // namespace brindle::com
