@@ -1,5 +1,6 @@
 // Late binding: names, numbers, conversions and errors.
 #include <cwchar>
+#include <functional>
 #include <ocidl.h>
 #include <vector>
 
@@ -267,6 +268,71 @@ TEST_F(DispatchTest, ValuesAreConvertedTheSameInEveryCountry) {
     EXPECT_EQ(get_number(*header.Get(), L"Writev1v2Separate"), -1);
 }
 
+TEST_F(DispatchTest, NumberOfEveryTypeIsTakenOrRefused) {
+    const Text digits(L" 12 ");
+    const Text word(L"twelve");
+    short small = -12;
+    double real_number = 7.5;
+    VARIANT_BOOL yes = VARIANT_TRUE;
+    BSTR referred = digits.get();
+    VARIANT inner = number(70000);
+    VARIANT null = typed(VT_NULL);
+    struct Case {
+        VARTYPE type;
+        std::function<void(VARIANT&)> set;
+        HRESULT result;
+        long expected;
+    };
+    constexpr long kBefore = 4711;
+    const Case cases[] = {
+        {VT_EMPTY, [](VARIANT&) {}, S_OK, 0},
+        {VT_NULL, [](VARIANT&) {}, DISP_E_TYPEMISMATCH, kBefore},
+        {VT_I1, [](VARIANT& v) { v.cVal = -5; }, S_OK, -5},
+        {VT_UI1, [](VARIANT& v) { v.bVal = 200; }, S_OK, 200},
+        {VT_I2, [](VARIANT& v) { v.iVal = -32768; }, S_OK, -32768},
+        {VT_UI2, [](VARIANT& v) { v.uiVal = 65535; }, S_OK, 65535},
+        {VT_I8, [](VARIANT& v) { v.llVal = -70000; }, S_OK, -70000},
+        {VT_I8, [](VARIANT& v) { v.llVal = 1LL << 40; }, DISP_E_OVERFLOW, kBefore},
+        {VT_UI8, [](VARIANT& v) { v.ullVal = 6; }, S_OK, 6},
+        {VT_INT, [](VARIANT& v) { v.intVal = 7; }, S_OK, 7},
+        {VT_UINT, [](VARIANT& v) { v.uintVal = 8; }, S_OK, 8},
+        {VT_R4, [](VARIANT& v) { v.fltVal = 2.5F; }, S_OK, 2},
+        {VT_R8, [](VARIANT& v) { v.dblVal = 3.5; }, S_OK, 4},
+        {VT_CY, [](VARIANT& v) { v.cyVal.int64 = 15000; }, S_OK, 2},  // 1.5
+        {VT_DATE, [](VARIANT& v) { v.date = 2; }, S_OK, 2},
+        {VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_TRUE; }, S_OK, -1},
+        {VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_FALSE; }, S_OK, 0},
+        {VT_BSTR, [&](VARIANT& v) { v.bstrVal = digits.get(); }, S_OK, 12},
+        {VT_BSTR, [&](VARIANT& v) { v.bstrVal = word.get(); }, DISP_E_TYPEMISMATCH, kBefore},
+        {VT_BSTR, [](VARIANT& v) { v.bstrVal = nullptr; }, DISP_E_TYPEMISMATCH, kBefore},
+        {VT_ERROR, [](VARIANT& v) { v.scode = E_FAIL; }, DISP_E_TYPEMISMATCH, kBefore},
+        {VT_DISPATCH, [](VARIANT& v) { v.pdispVal = nullptr; }, DISP_E_TYPEMISMATCH, kBefore},
+        {VT_UNKNOWN, [](VARIANT& v) { v.punkVal = nullptr; }, DISP_E_TYPEMISMATCH, kBefore},
+        {VT_ARRAY | VT_I4, [](VARIANT& v) { v.parray = nullptr; }, DISP_E_TYPEMISMATCH, kBefore},
+        {VT_BYREF | VT_I2, [&](VARIANT& v) { v.piVal = &small; }, S_OK, -12},
+        {VT_BYREF | VT_R8, [&](VARIANT& v) { v.pdblVal = &real_number; }, S_OK, 8},
+        {VT_BYREF | VT_BOOL, [&](VARIANT& v) { v.pboolVal = &yes; }, S_OK, -1},
+        {VT_BYREF | VT_BSTR, [&](VARIANT& v) { v.pbstrVal = &referred; }, S_OK, 12},
+        {VT_BYREF | VT_VARIANT, [&](VARIANT& v) { v.pvarVal = &inner; }, S_OK, 70000},
+        {VT_BYREF | VT_VARIANT, [&](VARIANT& v) { v.pvarVal = &null; }, DISP_E_TYPEMISMATCH,
+         kBefore},
+        {VT_BYREF | VT_I4, [](VARIANT& v) { v.plVal = nullptr; }, DISP_E_TYPEMISMATCH, kBefore},
+        {VT_BYREF | VT_VARIANT, [](VARIANT& v) { v.pvarVal = nullptr; }, DISP_E_TYPEMISMATCH,
+         kBefore},
+        {VT_VOID, [](VARIANT&) {}, DISP_E_TYPEMISMATCH, kBefore},
+        {999, [](VARIANT&) {}, DISP_E_TYPEMISMATCH, kBefore},
+    };
+    int row_number = 0;
+    for (const Case& row : cases) {
+        EXPECT_EQ(put(*header.Get(), L"Volume", number(kBefore)), S_OK);
+        VARIANT value = typed(row.type);
+        row.set(value);
+        EXPECT_EQ(put(*header.Get(), L"Volume", value), row.result) << "row " << row_number;
+        EXPECT_EQ(get_number(*header.Get(), L"Volume"), row.expected) << "row " << row_number;
+        ++row_number;
+    }
+}
+
 TEST_F(DispatchTest, VariablesOfScriptsAreTakenByReference) {
     const Text name(L"x.mp3");
     Sink sink;
@@ -333,6 +399,14 @@ TEST(Errors, EarlyBoundHostsFindTheErrorObject) {
     GUID guid{};
     EXPECT_EQ(information->GetGUID(&guid), S_OK);
     EXPECT_EQ(guid, host::kcMPEGHeaderId);
+}
+
+TEST(Errors, TextsOfAnEarlierFailureDoNotExplainTheNextOne) {
+    const auto header = create();
+    EXPECT_EQ(header->SaveAllInfo(), -896556);
+    EXPECT_EQ(header->get_BitRate(nullptr), E_POINTER);
+    ComPtr<IErrorInfo> information;
+    EXPECT_EQ(::GetErrorInfo(0, &information), S_FALSE);
 }
 
 TEST(Errors, FileThatMayNotBeWrittenIsTheTaggersError) {

@@ -143,41 +143,27 @@ TEST(Events, ScanIsWatchedAndCanBeCancelled) {
     events_of(*header.Get())->Unadvise(cookie);
 }
 
-int handled = 0;
-
-LRESULT __stdcall handle(HWND window, UINT message, WPARAM first, LPARAM second) {
-    handled += message == WM_APP ? 1 : 0;
-    return ::DefWindowProcW(window, message, first, second);
-}
-
-TEST(Events, LongScanLetsTheHostsMessagesThrough) {
-    const File file(L"varying.mp3", varying_audio(2000));
-    const auto header = create_with_clock(0.6);
-    handled = 0;
-    WNDCLASSW type{};
-    type.lpszClassName = L"BrindleTestWindow";
-    type.lpfnWndProc = handle;
-    ::RegisterClassW(&type);
-    const HWND window = ::CreateWindowExW(0, type.lpszClassName, L"", 0, 0, 0, 0, 0, HWND_MESSAGE,
-                                          nullptr, nullptr, nullptr);
-    ASSERT_NE(window, nullptr);
-    ::PostMessageW(window, WM_APP, 0, 0);
-    ::PostMessageW(window, WM_APP, 0, 0);
-    EXPECT_EQ(assign(*header.Get(), file.name()), S_OK);
-    EXPECT_EQ(handled, 2);
-    ::DestroyWindow(window);
-}
-
+// Whatever it answers, what it stored by reference counts.
 TEST(Events, FailingSinkStopsNeitherTheOthersNorTheMember) {
+    const File file(L"no audio.mp3", "no audio in here");
     for (const HRESULT answer : {E_FAIL, DISP_E_EXCEPTION, RPC_E_DISCONNECTED, E_NOTIMPL}) {
         const auto header = create();
         Sink failing;
         Sink listening;
         failing.answer = answer;
+        failing.on_duration_needed = [](long& duration) { duration = 70; };
+        failing.on_scanning = [](const std::wstring&, long, long, VARIANT_BOOL& cancel) {
+            cancel = VARIANT_TRUE;
+        };
+        listening.on_duration_needed = [](long& duration) { duration += 7; };
         const DWORD cookies[] = {advise(*header.Get(), failing), advise(*header.Get(), listening)};
-        EXPECT_EQ(assign(*header.Get(), L"x.wav"), S_OK);
-        EXPECT_EQ(failing.calls, 1);
-        EXPECT_EQ(listening.calls, 1);
+        EXPECT_EQ(assign(*header.Get(), file.name()), S_OK);
+        EXPECT_EQ(number(*header.Get(), &host::_cMPEGHeader::get_Duration), 77);
+        VARIANT_BOOL cancel = VARIANT_FALSE;
+        EXPECT_EQ(header->RaiseScanningEvent(nullptr, 0, 0, &cancel), S_OK);
+        EXPECT_EQ(cancel, VARIANT_TRUE);
+        EXPECT_EQ(failing.calls, 3);
+        EXPECT_EQ(listening.calls, 3);
         for (const DWORD cookie : cookies) {
             events_of(*header.Get())->Unadvise(cookie);
         }
@@ -253,6 +239,34 @@ TEST(Events, SinkMayReleaseTheLastReferenceInsideACallByName) {
                             nullptr, nullptr, nullptr),
               S_OK);
     EXPECT_EQ(sink.calls, 1);
+    EXPECT_EQ(sink.references, 0U);
+}
+
+TEST(Events, SinkMayReleaseTheLastReferenceInsideAScan) {
+    const File file(L"varying.mp3", varying_audio(2000));
+    auto header = create_with_clock(0.6);
+    Sink sink;
+    host::_cMPEGHeader* const plain = header.Get();
+    sink.on_scanning = [&](const std::wstring&, long, long, VARIANT_BOOL&) { header.Reset(); };
+    static_cast<void>(advise(*plain, sink));
+    Text name(file.name());
+    EXPECT_EQ(plain->put_FileName(name.reference()), S_OK);
+    EXPECT_GT(sink.calls, 5);  // to the end of the scan
+    EXPECT_EQ(sink.references, 0U);
+}
+
+TEST(Events, SinkMayReleaseTheLastReferenceWhenAskedForADuration) {
+    const File file(L"no audio.mp3", "no audio in here");
+    auto header = create();
+    Sink sink;
+    host::_cMPEGHeader* const plain = header.Get();
+    sink.on_duration_needed = [&](long& duration) {
+        duration = 5;
+        header.Reset();
+    };
+    static_cast<void>(advise(*plain, sink));
+    EXPECT_EQ(assign(*plain, file.name()), S_OK);
+    EXPECT_EQ(number(*plain, &host::_cMPEGHeader::get_Duration), 5);
     EXPECT_EQ(sink.references, 0U);
 }
 

@@ -25,6 +25,8 @@ Check "new TagType", header.TagType, -1
 Check "new Duration", header.Duration, 0
 Check "new v2Frames", header.v2Frames Is Nothing, True
 Check "new Category", IsEmpty(header.Category), True
+Check "new TimeStyle", header.TimeStyle, 0
+Check "new Writev1v2Separate", header.Writev1v2Separate, False
 
 On Error Resume Next
 header.SaveAllInfo
@@ -58,6 +60,9 @@ Check "Artist", header.Artist, "The Early Shift"
 Check "Album", header.Album, "Station Jingles"
 Check "Year", header.Year, 2011
 Check "Track", header.Track, 7
+' Of the digits in parentheses the last one is not read.
+Check "Genre", header.Genre, "1"
+Check "Comments", header.Comments, "engWeekdays only"
 Check "Composer", header.Composer, "A. Composer"
 Check "Publisher", header.Publisher, "Meadow Lane Music"
 Check "CopyRight", header.CopyRight, "2011 Meadow Lane Music"
@@ -80,6 +85,10 @@ Check "Copy", header.Copy, "Good morning, every day at six"
 Check "Titlev1Tag", header.Titlev1Tag, "Good Morning"
 Check "artistv1Tag", header.artistv1Tag, "The Early Shift"
 Check "Yearv1Tag", header.Yearv1Tag, 2011
+Check "Commentv1", Left(header.Commentv1, 13), "Weekdays only"
+Check "CustomFieldExists", header.CustomFieldExists("Cue In"), True
+Check "CustomFieldExists of another", header.CustomFieldExists("cue in"), False
+Check "CustomFieldRetrieve", header.CustomFieldRetrieve("Cue In"), "120"
 Check "v2Tag", header.v2Tag("TIT2", 1), "Good Morning"
 Check "v2Tag that is missing", header.v2Tag("TIT2", 2), ""
 Check "time", header.ElapsedTimeFromMs(62345), "01:02"
@@ -174,13 +183,31 @@ Check "saved Yearv1Tag", header.Yearv1Tag, 1999
 Check "saved Comments", Right(header.Comments, 1), "m"
 Check "saved Endstyle", header.Endstyle, "s"
 Check "saved OutromsStart", header.OutromsStart, 6
-' Of the digits in parentheses the last one is not read.
 Check "saved Genre", header.Genre, "1"
 Check "saved Commentv1", RTrim(header.Commentv1), "k"
 Check "saved custom field", header.CustomFieldExists("Mine"), True
 Check "saved custom value", header.CustomFieldRetrieve("Mine"), "-1"
 Check "audio is as long as before", header.Duration > 5000, True
 Check "picture is still there", Len(header.v2Tag("APIC", 1)) > 100, True
+
+' The ID3v1 record apart from the tag; one address under two names.
+header.Writev1v2Separate = True
+header.Title = "t2"
+header.Artist = "a2"
+header.Year = 1997
+header.Titlev1Tag = "v"
+header.artistv1Tag = "w"
+header.Yearv1Tag = 1998
+header.ArtistUrl = "x"
+header.SaveAllInfo
+header.FileName = name
+Check "separate Title", header.Title, "t2"
+Check "separate Artist", header.Artist, "a2"
+Check "separate Year", header.Year, 1997
+Check "separate Titlev1Tag", header.Titlev1Tag, "v"
+Check "separate artistv1Tag", header.artistv1Tag, "w"
+Check "separate Yearv1Tag", header.Yearv1Tag, 1998
+Check "URL as set by its other name", header.URL, "x"
 
 ' One tag after the other.
 Check "strip the record", header.StripTags(1), True

@@ -37,6 +37,9 @@ TEST_F(ValueTest, EveryTypeOfVariantIsConvertedOrChangesNothing) {
     const Text text(L"a text");
     short small = -12;
     double real = 0.25;
+    DECIMAL decimal{};
+    decimal.scale = 1;
+    decimal.Lo64 = 125;
     VARIANT_BOOL yes = VARIANT_TRUE;
     BSTR no_text = nullptr;
     VARIANT inner{};
@@ -63,6 +66,8 @@ TEST_F(ValueTest, EveryTypeOfVariantIsConvertedOrChangesNothing) {
         {VT_R4, [](VARIANT& v) { v.fltVal = 1.1F; }, L"1.1"},
         {VT_R8, [](VARIANT& v) { v.dblVal = 0.1; }, L"0.1"},
         {VT_CY, [](VARIANT& v) { v.cyVal.int64 = 12345; }, L"1.2345"},
+        {VT_DATE, [](VARIANT& v) { v.date = 36526; }, L"01/01/2000"},
+        {VT_UI8, [](VARIANT& v) { v.ullVal = 18446744073709551615U; }, L"18446744073709551615"},
         {VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_TRUE; }, L"-1"},
         {VT_BOOL, [](VARIANT& v) { v.boolVal = VARIANT_FALSE; }, L"0"},
         {VT_BSTR, [&](VARIANT& v) { v.bstrVal = text.get(); }, L"a text"},
@@ -73,6 +78,7 @@ TEST_F(ValueTest, EveryTypeOfVariantIsConvertedOrChangesNothing) {
         {VT_ARRAY | VT_UI1, [](VARIANT& v) { v.parray = nullptr; }, L"before"},
         {VT_BYREF | VT_I2, [&](VARIANT& v) { v.piVal = &small; }, L"-12"},
         {VT_BYREF | VT_R8, [&](VARIANT& v) { v.pdblVal = &real; }, L"0.25"},
+        {VT_BYREF | VT_DECIMAL, [&](VARIANT& v) { v.pdecVal = &decimal; }, L"12.5"},
         {VT_BYREF | VT_BOOL, [&](VARIANT& v) { v.pboolVal = &yes; }, L"-1"},
         {VT_BYREF | VT_BSTR, [&](VARIANT& v) { v.pbstrVal = &referred; }, L"a text"},
         {VT_BYREF | VT_BSTR, [&](VARIANT& v) { v.pbstrVal = &no_text; }, L""},
@@ -152,6 +158,19 @@ TEST(FileNames, OfEveryScriptWork) {
         const File file(name, audio(120));
         read_edit_and_save(file.name());
     }
+}
+
+// The system would end it at the NUL and open another file.
+TEST(FileNames, WithANulInsideAreOpenedByNobody) {
+    const File file(L"song.mp3", audio(120));
+    const auto header = create();
+    EXPECT_EQ(assign(*header.Get(), file.name() + std::wstring(1, L'\0') + L".mp3"), S_OK);
+    EXPECT_EQ(number(*header.Get(), &Header::get_BitRate), 0);
+    Text none(L"");
+    ::SysFreeString(*none.reference());
+    *none.reference() = nullptr;
+    EXPECT_EQ(header->put_FileName(none.reference()), S_OK);
+    EXPECT_EQ(text(*header.Get(), &Header::get_FileName), L"");
 }
 
 TEST(FileNames, BeyondTwoHundredAndSixtyCharactersWork) {
