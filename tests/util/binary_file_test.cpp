@@ -202,22 +202,21 @@ TEST_F(BinaryFileTest, ClosedFileAnswersWithErrors) {
 // Files of this process end at `bytes` while it lives.
 class FileSizeLimit {
 public:
-    explicit FileSizeLimit(rlim_t bytes) {
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
         ::getrlimit(RLIMIT_FSIZE, &before_);
         const rlimit limit{bytes, before_.rlim_max};
         ::setrlimit(RLIMIT_FSIZE, &limit);
-        handler_ = std::signal(SIGXFSZ, SIG_IGN);
     }
     ~FileSizeLimit() {
         ::setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
+        (void)std::signal(SIGXFSZ, handler_);
     }
     FileSizeLimit(const FileSizeLimit&) = delete;
     FileSizeLimit& operator=(const FileSizeLimit&) = delete;
 
 private:
     rlimit before_{};
-    void (*handler_)(int) = SIG_DFL;
+    void (*handler_)(int);
 };
 
 TEST_F(BinaryFileTest, WriteThatFitsInPartIsAFullDisk) {
