@@ -27,6 +27,7 @@
 #include <memory>
 
 #include <brindle/error.h>
+#include <brindle/export.h>
 #include <brindle/keyed_collection.h>
 #include <brindle/text.h>
 #include <brindle/values.h>
@@ -38,7 +39,7 @@ struct Environment;
 struct FrameWalk;
 struct SavePlan;
 
-class cMPEGHeader {
+class BRINDLE_EXPORT cMPEGHeader {
 public:
     cMPEGHeader();
     // Another disk and clock than the machine's own. For tests.

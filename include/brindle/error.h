@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include <brindle/export.h>
 #include <brindle/values.h>
 
 namespace brindle {
@@ -37,7 +38,7 @@ enum class RuntimeError : std::int32_t {
 //
 // Numbers 1 to 65535 are run-time errors (RuntimeError); every other number is a COM result code
 // and reaches an automation host unchanged.
-class Error : public std::exception {
+class BRINDLE_EXPORT Error : public std::exception {
 public:
     Error(std::int32_t number, const String& description, const String& source = u"Brindle");
     // A run-time error with the text that belongs to its number.

@@ -19,6 +19,8 @@
 
 #include <cstdint>
 
+#include <brindle/export.h>
+
 namespace brindle {
 
 class cMPEGHeader;
@@ -52,6 +54,6 @@ struct FrameWalk {
 // open, or without a stream in it, everything is 0.
 //
 // Errors: those of opening and reading (7, 53, 57, 70, 75).
-[[nodiscard]] FrameWalk walk_frames(const cMPEGHeader& header);
+[[nodiscard]] BRINDLE_EXPORT FrameWalk walk_frames(const cMPEGHeader& header);
 
 }  // namespace brindle

@@ -3,11 +3,12 @@
 
 #include <cstdint>
 
+#include <brindle/export.h>
 #include <brindle/values.h>
 
 namespace brindle {
 
 // "Rock" for 17. Empty for a number without a name: 123, and 148 and above.
-[[nodiscard]] String GenreName(std::uint8_t Genre);
+[[nodiscard]] BRINDLE_EXPORT String GenreName(std::uint8_t Genre);
 
 }  // namespace brindle

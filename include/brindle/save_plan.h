@@ -33,6 +33,7 @@
 #include <cstdint>
 #include <vector>
 
+#include <brindle/export.h>
 #include <brindle/values.h>
 
 namespace brindle {
@@ -81,6 +82,6 @@ struct SavePlan {
 // FileName again, and set the rest then.
 //
 // Errors: those that SaveAllInfo would raise before it writes (6, 7, 53, 57, 70, 75).
-[[nodiscard]] SavePlan plan_save(const cMPEGHeader& header);
+[[nodiscard]] BRINDLE_EXPORT SavePlan plan_save(const cMPEGHeader& header);
 
 }  // namespace brindle

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include <brindle/export.h>
 #include <brindle/values.h>
 
 namespace brindle {
@@ -11,7 +12,7 @@ namespace brindle {
 // Both directions are total and undo each other, so that any file name survives the round trip:
 // a byte that is no part of valid UTF-8 becomes one unit U+DC80..U+DCFF and back; any other lone
 // surrogate is written as U+FFFD.
-[[nodiscard]] std::string to_utf8(std::u16string_view text);
-[[nodiscard]] String from_utf8(std::string_view text);
+[[nodiscard]] BRINDLE_EXPORT std::string to_utf8(std::u16string_view text);
+[[nodiscard]] BRINDLE_EXPORT String from_utf8(std::string_view text);
 
 }  // namespace brindle
