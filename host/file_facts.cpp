@@ -1,5 +1,6 @@
 #include "file_facts.h"
 
+#include <iterator>
 #include <utility>
 
 #include <brindle/text.h>
@@ -100,16 +101,30 @@ constexpr Member kMembers[] = {
 
 }  // namespace
 
-Json file_facts(const std::string& name, const cMPEGHeader& header) {
-    Json facts = {{"file", name}};
+Json file_facts(const cMPEGHeader& header, FrameValues values) {
+    // Appended without looking for the key, as each is in the table once.
+    Json::object_t facts;
+    facts.reserve(std::size(kMembers));
     for (const Member& member : kMembers) {
-        facts[member.name] = member.read(header);
+        if (member.read != frame_values || values == FrameValues::Shown) {
+            facts.emplace_back(member.name, member.read(header));
+        }
     }
     return facts;
 }
 
-Json file_failure(const std::string& name, const std::string& reason) {
-    return Json{{"file", name}, {"error", reason}};
+std::vector<std::string> fact_names() {
+    std::vector<std::string> names;
+    for (const Member& member : kMembers) {
+        if (member.read != frame_values) {
+            names.emplace_back(member.name);
+        }
+    }
+    return names;
+}
+
+Json file_failure(const std::string& reason) {
+    return Json{{"error", reason}};
 }
 
 }  // namespace brindle::host

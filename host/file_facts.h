@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <brindle/cMPEGHeader.h>
 
@@ -9,11 +10,15 @@
 
 namespace brindle::host {
 
-// "file" and every readable member under its own name, in the order of the interface. "v2Tag" maps
-// the id of each frame to the list of its values.
-[[nodiscard]] Json file_facts(const std::string& name, const cMPEGHeader& header);
+enum class FrameValues { Shown, LeftOut };
 
-// What stands in its place for a file that could not be read.
-[[nodiscard]] Json file_failure(const std::string& name, const std::string& reason);
+// Every readable member under its own name, in the order of the interface. "v2Tag", which may be
+// left out, maps the id of each frame to the list of its values.
+[[nodiscard]] Json file_facts(const cMPEGHeader& header, FrameValues values);
+// The names without "v2Tag".
+[[nodiscard]] std::vector<std::string> fact_names();
+
+// What stands in their place for a file that could not be read.
+[[nodiscard]] Json file_failure(const std::string& reason);
 
 }  // namespace brindle::host

@@ -10,6 +10,7 @@
 #include "json_values.h"
 #include "plan_text.h"
 #include "printable_text.h"
+#include "stream_text.h"
 #include "tag_frames.h"
 
 namespace brindle::host {
@@ -44,22 +45,14 @@ std::string time_text(const cMPEGHeader& header, std::int32_t ms) {
     return to_utf8(header.ElapsedTimeFromMs(ms, ShowAll)) + "  (" + std::to_string(ms) + " ms)";
 }
 
-std::string format_text(const cMPEGHeader& header) {
-    const std::string version = to_utf8(header.MpegVersion());
-    return "MPEG " + (version == "25" ? "2.5" : version) + " Layer " + to_utf8(header.Layer());
-}
-
-// The member counts in bit/s when the rate is constant and in kbit/s when it is not.
 std::string bit_rate_text(const cMPEGHeader& header) {
-    if (header.VBR()) {
-        return std::to_string(header.BitRate()) + " kbit/s on average, variable";
-    }
-    return std::to_string(header.BitRate() / 1000) + " kbit/s, constant";
+    return std::to_string(kilobits_per_second(header)) +
+           (header.VBR() ? " kbit/s on average, variable" : " kbit/s, constant");
 }
 
 Group stream(const cMPEGHeader& header) {
     Group group{"Stream", {}};
-    if (header.Frequency() == 0) {
+    if (!has_stream(header)) {
         group.add("Format", std::string("no MPEG audio found"));
         return group;
     }
@@ -74,20 +67,6 @@ Group stream(const cMPEGHeader& header) {
         group.add("Repair required", std::string("yes, audio does not begin where the tag ends"));
     }
     return group;
-}
-
-std::string tag_type_text(eTagType type) {
-    switch (type) {
-        case v1TagOnly:
-            return "ID3v1";
-        case v2TagOnly:
-            return "ID3v2";
-        case v1andv2TagsBothPresent:
-            return "ID3v1 and ID3v2";
-        case NoTags:
-            break;
-    }
-    return "none";
 }
 
 Group tags(const cMPEGHeader& header) {

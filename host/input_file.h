@@ -1,6 +1,8 @@
 // Opening a file, with the reason when it can't be.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -12,5 +14,12 @@ namespace brindle::host {
 // not be done, or nothing. The header itself is silent about files that it can't open: it reads as
 // if they were empty.
 [[nodiscard]] std::optional<std::string> open_file(cMPEGHeader& header, const std::string& name);
+// Also tells the size of the file, as far as it is known.
+[[nodiscard]] std::optional<std::string> open_file(cMPEGHeader& header, const std::string& name,
+                                                   std::int64_t& size);
+
+// `count` bytes of a file from an offset on, fewer where it ends or can't be read.
+[[nodiscard]] std::string read_bytes(const std::string& name, std::int64_t offset,
+                                     std::size_t count);
 
 }  // namespace brindle::host

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -23,7 +24,11 @@ using Json = nlohmann::ordered_json;
 // null when nothing is there.
 [[nodiscard]] Json to_json(const Variant& value);
 
-// One line with its line feed. Bytes that are no UTF-8 become U+FFFD: JSON has no room for them.
-[[nodiscard]] std::string json_line(const Json& value);
+// A name of the system's as a JSON string. A byte that is no part of UTF-8 is written as the escape
+// of U+DC80 to U+DCFF, so that a program can make the same name of it again.
+[[nodiscard]] std::string json_name(std::string_view name);
+// One line with its line feed: an object that begins with the file's name. Elsewhere bytes that are
+// no UTF-8 become U+FFFD.
+[[nodiscard]] std::string json_line(const std::string& file_name, const Json& facts);
 
 }  // namespace brindle::host

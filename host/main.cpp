@@ -10,7 +10,8 @@ using namespace brindle::host;
 int main(int argc, char** argv) {
     prepare_standard_streams();
     try {
-        const ExitStatus status = run_command_line(argc, argv, {add_show, add_set, add_strip});
+        const ExitStatus status = run_command_line(
+            argc, argv, {add_show, add_set, add_strip, add_scan, add_check, add_time, add_genres});
         close_output();
         return static_cast<int>(status);
     } catch (const OutputFailure& failure) {

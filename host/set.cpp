@@ -9,6 +9,7 @@
 #include <brindle/text.h>
 
 #include "commands.h"
+#include "file_batch.h"
 #include "file_state.h"
 #include "input_file.h"
 #include "plan_text.h"
@@ -188,14 +189,8 @@ private:
 };
 
 ExitStatus set(const SetOptions& options) {
-    ExitStatus status = ExitStatus::AllFine;
-    for (const std::string& name : options.files) {
-        if (const std::optional<std::string> reason = FileToSet(name, options).run()) {
-            status = ExitStatus::SomeFileFailed;
-            write_error(name, *reason);
-        }
-    }
-    return status;
+    return for_each_file(options.files,
+                         [&](const std::string& name) { return FileToSet(name, options).run(); });
 }
 
 }  // namespace

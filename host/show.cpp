@@ -28,10 +28,10 @@ ExitStatus show(const ShowOptions& options) {
             status = ExitStatus::SomeFileFailed;
             write_error(name, *reason);
             if (options.json) {
-                write_output(json_line(file_failure(name, *reason)));
+                write_output(json_line(name, file_failure(*reason)));
             }
         } else if (options.json) {
-            write_output(json_line(file_facts(name, header)));
+            write_output(json_line(name, file_facts(header, FrameValues::Shown)));
         } else {
             write_output((blank_line ? "\n" : "") + file_report(name, header));
             blank_line = true;

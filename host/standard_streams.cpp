@@ -40,10 +40,13 @@ void close_output() {
     }
 }
 
-void write_error(std::string_view what) {
-    const std::string line = "brindle: " + printable(what) + "\n";
+void write_note(std::string_view lines) {
     // Nobody is left to be told that this failed.
-    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+    static_cast<void>(std::fwrite(lines.data(), 1, lines.size(), stderr));
+}
+
+void write_error(std::string_view what) {
+    write_note("brindle: " + printable(what) + "\n");
 }
 
 void write_error(std::string_view file_name, std::string_view reason) {

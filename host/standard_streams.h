@@ -24,6 +24,8 @@ void write_output(std::string_view text);
 // The last chance for the system to tell that something was not written.
 void close_output();
 
+// Lines for a person on standard error.
+void write_note(std::string_view lines);
 // `brindle: WHAT` on standard error.
 void write_error(std::string_view what);
 // `brindle: NAME: REASON` on standard error: always one line, whatever the name holds.

@@ -1,16 +1,13 @@
 // brindle strip: takes tags off.
-#include <array>
 #include <cstdint>
-#include <cstring>
-#include <fcntl.h>
 #include <limits>
 #include <memory>
 #include <optional>
-#include <unistd.h>
 
 #include <brindle/cMPEGHeader.h>
 
 #include "commands.h"
+#include "file_batch.h"
 #include "file_state.h"
 #include "input_file.h"
 #include "printable_text.h"
@@ -35,19 +32,14 @@ struct StripOptions {
 
 // Stripping also takes a record off that begins with "tag", which nobody reads.
 bool has_record(const std::string& name) {
-    constexpr off_t kRecord = 128;
-    const int file = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (file == -1) {
+    constexpr std::int64_t kRecord = 128;
+    constexpr std::size_t kIdentifier = 3;
+    const std::optional<FileState> state = state_of(name);
+    if (!state || state->size() < kRecord) {
         return false;
     }
-    std::array<char, 3> identifier{};
-    const off_t length = lseek(file, 0, SEEK_END);
-    const bool is_read =
-        length >= kRecord && pread(file, identifier.data(), identifier.size(), length - kRecord) ==
-                                 static_cast<ssize_t>(identifier.size());
-    close(file);
-    return is_read && (std::memcmp(identifier.data(), "TAG", identifier.size()) == 0 ||
-                       std::memcmp(identifier.data(), "tag", identifier.size()) == 0);
+    const std::string identifier = read_bytes(name, state->size() - kRecord, kIdentifier);
+    return identifier == "TAG" || identifier == "tag";
 }
 
 bool has_tag(const cMPEGHeader& header) {
@@ -107,14 +99,8 @@ std::optional<std::string> strip_file(const std::string& name, const StripOption
 }
 
 ExitStatus strip(const StripOptions& options) {
-    ExitStatus status = ExitStatus::AllFine;
-    for (const std::string& name : options.files) {
-        if (const std::optional<std::string> reason = strip_file(name, options)) {
-            status = ExitStatus::SomeFileFailed;
-            write_error(name, *reason);
-        }
-    }
-    return status;
+    return for_each_file(options.files,
+                         [&](const std::string& name) { return strip_file(name, options); });
 }
 
 }  // namespace

@@ -1,0 +1,136 @@
+// brindle check: what an engineer wants to hear before a file goes on air.
+#include <array>
+#include <atomic>
+#include <memory>
+
+#include <brindle/cMPEGHeader.h>
+#include <brindle/error.h>
+
+#include "batch.h"
+#include "check_file.h"
+#include "check_reasons.h"
+#include "commands.h"
+#include "file_facts.h"
+#include "input_file.h"
+#include "printable_text.h"
+#include "standard_streams.h"
+#include "terminal.h"
+
+namespace brindle::host {
+
+namespace {
+
+struct CheckOptions {
+    BatchOptions batch;
+    bool json = false;
+    bool colours = false;
+};
+
+using Counts = std::array<std::atomic<std::int64_t>, 3>;  // by verdict
+
+std::string coloured(Verdict verdict, bool colours) {
+    constexpr std::array<const char*, 3> kColours{"\x1b[32m", "\x1b[33m", "\x1b[31m"};
+    constexpr const char* kNoColour = "\x1b[0m";
+    const std::string text = word(verdict);
+    return colours ? kColours.at(static_cast<std::size_t>(verdict)) + text + kNoColour : text;
+}
+
+// `a.mp3: warn: no-title (no title), no-artist (no artist)`
+std::string line_of(const std::string& name, const std::vector<Finding>& findings, bool colours) {
+    std::string line = printable(name) + ": " + coloured(verdict_of(findings), colours);
+    const char* separator = ": ";
+    for (const Finding& finding : findings) {
+        line += separator + std::string(row_of(finding.reason).code) + " (" + finding.text + ")";
+        separator = ", ";
+    }
+    return line + "\n";
+}
+
+Json facts_of(const std::vector<Finding>& findings) {
+    Json reasons = Json::array();
+    for (const Finding& finding : findings) {
+        const ReasonRow& row = row_of(finding.reason);
+        reasons.push_back(
+            Json{{"code", row.code}, {"verdict", word(row.verdict)}, {"text", finding.text}});
+    }
+    return Json{{"verdict", word(verdict_of(findings))}, {"reasons", std::move(reasons)}};
+}
+
+Answer check(const FoundName& found, const CheckOptions& options, Counts& counts) {
+    Answer answer;
+    cMPEGHeader header;
+    answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
+    std::vector<Finding> findings;
+    if (!answer.error) {
+        try {
+            findings = check_file(header, found.name, answer.bytes);
+        } catch (const Error& error) {
+            answer.error = error.what();
+        }
+    }
+    if (answer.error) {
+        answer.output = options.json ? json_line(found.name, file_failure(*answer.error)) : "";
+        return answer;
+    }
+    ++counts.at(static_cast<std::size_t>(verdict_of(findings)));
+    answer.output = options.json ? json_line(found.name, facts_of(findings))
+                                 : line_of(found.name, findings, options.colours);
+    return answer;
+}
+
+std::string summary_of(const Counts& counts, const BatchOutcome& outcome) {
+    std::string text = outcome.files_text() + ": ";
+    for (const Verdict verdict : {Verdict::Ok, Verdict::Warn, Verdict::Bad}) {
+        text += std::to_string(counts.at(static_cast<std::size_t>(verdict))) + " " + word(verdict) +
+                ", ";
+    }
+    return text + std::to_string(outcome.failures) + " failed\n";
+}
+
+ExitStatus check_all(const CheckOptions& options) {
+    Counts counts{};
+    const BatchOutcome outcome = run_batch(
+        options.batch, [&](const FoundName& found) { return check(found, options, counts); });
+    if (!options.batch.quiet || outcome.is_interrupted) {
+        const std::string summary = summary_of(counts, outcome);
+        // Programs read nothing but verdicts.
+        options.json ? write_note(summary) : write_output(summary);
+    }
+    const ExitStatus status = outcome.status();
+    const bool is_any_bad = counts.at(static_cast<std::size_t>(Verdict::Bad)) > 0;
+    return status == ExitStatus::AllFine && is_any_bad ? ExitStatus::SomeFileFailed : status;
+}
+
+std::string list_of_codes() {
+    constexpr std::size_t kWidth = 22;
+    std::string list = "Reasons, by their codes:\n";
+    for (const ReasonRow& row : reason_table()) {
+        std::string code = row.code;
+        code.resize(kWidth, ' ');
+        std::string verdict = word(row.verdict);
+        verdict.resize(6, ' ');
+        list += "  " + code + verdict + row.meaning + "\n";
+    }
+    return list + "\n";
+}
+
+}  // namespace
+
+void add_check(CLI::App& program, Command& chosen) {
+    const auto options = std::make_shared<CheckOptions>();
+    CLI::App* command =
+        add_command(program, "check", "Tell of each file whether it can go on air: ok, warn or bad",
+                    "brindle check --quiet /music/new");
+    command->footer(list_of_codes() + command->get_footer());
+    command->add_flag("--json", options->json, "One JSON object a line and file")
+        ->disable_flag_override();
+    options->batch.add_to(*command);
+    add_operands(*command, "PATH", options->batch.paths,
+                 "Files, folders, and - for names from standard input");
+    command->callback([options, &chosen] {
+        options->colours = wants_colours(Stream::Output);
+        chosen = [options] { return check_all(*options); };
+    });
+}
+
+}  // namespace brindle::host

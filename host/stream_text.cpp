@@ -1,0 +1,36 @@
+#include "stream_text.h"
+
+#include <brindle/text.h>
+
+namespace brindle::host {
+
+bool has_stream(const cMPEGHeader& header) {
+    return header.Frequency() != 0;
+}
+
+std::string format_text(const cMPEGHeader& header) {
+    const std::string version = to_utf8(header.MpegVersion());
+    return "MPEG " + (version == "25" ? "2.5" : version) + " Layer " + to_utf8(header.Layer());
+}
+
+// The member counts in bit/s when the rate is constant and in kbit/s when it is not.
+std::int32_t kilobits_per_second(const cMPEGHeader& header) {
+    constexpr std::int32_t kBitsPerKilobit = 1000;
+    return header.VBR() ? header.BitRate() : header.BitRate() / kBitsPerKilobit;
+}
+
+std::string tag_type_text(eTagType type) {
+    switch (type) {
+        case v1TagOnly:
+            return "ID3v1";
+        case v2TagOnly:
+            return "ID3v2";
+        case v1andv2TagsBothPresent:
+            return "ID3v1 and ID3v2";
+        case NoTags:
+            break;
+    }
+    return "none";
+}
+
+}  // namespace brindle::host
