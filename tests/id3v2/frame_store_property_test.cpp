@@ -80,14 +80,14 @@ void expect_same(cMP3ID3v2& model, ReferenceStore& store, const MessageCount& me
     }
     std::vector<String> frames = kFrames;
     for (const Setter& setter : kSetters) {
-        frames.push_back(setter.frame);
+        frames.emplace_back(setter.frame);
         String expected = store.cached[setter.frame];
         if (setter.nuls_removed) {
             std::erase(expected, u'\0');
         }
         RC_ASSERT((model.*setter.get)() == expected);
     }
-    frames.push_back(u"TCON");
+    frames.emplace_back(u"TCON");
     RC_ASSERT(model.OtherGenreName() == store.cached[u"TCON"]);
     RC_ASSERT(int{model.Genre()} == store.genre);
     for (const String& frame : frames) {
@@ -96,8 +96,8 @@ void expect_same(cMP3ID3v2& model, ReferenceStore& store, const MessageCount& me
         RC_ASSERT(model.TagsInFrame(frame) == count);
         for (std::int32_t index = -2; index < 14; ++index) {
             String value;
-            const bool exists =
-                test::suppressed([&] { value = store.TagValues.item(store.key(frame, index)); });
+            const bool exists = test::suppressed(
+                [&] { value = store.TagValues.item(test::ReferenceStore::key(frame, index)); });
             RC_ASSERT(model.Tag(frame, index) == value);
             RC_ASSERT(model.LastError() == (exists ? 0 : 455));
         }
