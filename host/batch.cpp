@@ -147,33 +147,39 @@ private:
     }
 
     void write(const std::vector<Waiting>& ready) {
-        progress_.while_hidden([&] {
-            std::string lines;
-            for (const Waiting& waiting : ready) {
-                const auto& [name, answer] = *waiting;
-                lines += answer.output;
-                ++outcome_.files;
-                if (answer.error) {
-                    ++outcome_.failures;
-                    write_unless_empty(lines);
-                    write_error(name, *answer.error);
-                }
+        std::string lines;
+        for (const Waiting& waiting : ready) {
+            const auto& [name, answer] = *waiting;
+            lines += answer.output;
+            ++outcome_.files;
+            if (answer.error) {
+                ++outcome_.failures;
+                write_lines(lines);
+                progress_.while_hidden(
+                    [&name = name, &answer = answer] { write_error(name, *answer.error); });
             }
-            write_unless_empty(lines);
-        });
+        }
+        write_lines(lines);
     }
 
-    static void write_unless_empty(std::string& lines) {
-        if (!lines.empty()) {
-            write_output(lines);
-            lines.clear();
+    // A pipe that is slow does not hold up the bar.
+    void write_lines(std::string& lines) {
+        if (lines.empty()) {
+            return;
         }
+        if (output_is_terminal_) {
+            progress_.while_hidden([&] { write_output(lines); });
+        } else {
+            write_output(lines);
+        }
+        lines.clear();
     }
 
     const Job& job_;
     NameSource names_;
     ProgressBar progress_;
     BatchOutcome outcome_;  // of the one that writes
+    const bool output_is_terminal_ = is_terminal(Stream::Output);
 
     std::mutex naming_;
     std::mutex answers_;  // guards all below

@@ -154,7 +154,8 @@ void check_frames(const cMPEGHeader& header, const FrameWalk& walk, Findings& fi
     if (walk.gaps > 0) {
         findings.push_back({Reason::JunkBetweenFrames,
                             std::to_string(walk.bytes_in_gaps) + " bytes that are no audio, at " +
-                                std::to_string(walk.gaps) + " places from byte " +
+                                std::to_string(walk.gaps) +
+                                (walk.gaps == 1 ? " place" : " places") + " from byte " +
                                 std::to_string(walk.first_gap)});
     }
     if (walk.last_frame_is_cut) {

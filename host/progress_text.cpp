@@ -82,7 +82,7 @@ std::string progress_text(const Progress& progress, int columns, bool colours) {
     const double share = share_done(progress);
     constexpr double kPercent = 100;
     std::string percent = std::to_string(static_cast<int>(share * kPercent)) + " %";
-    constexpr std::size_t kPercentWidth = 5;
+    constexpr std::size_t kPercentWidth = 6;
     percent.insert(0, kPercentWidth - percent.size(), ' ');
     facts = percent + kGap + facts + time_left_text(progress, share);
 

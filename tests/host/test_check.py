@@ -1,0 +1,332 @@
+"""`brindle check`: one verdict a file, and each reason with a file that has it.
+
+A frame of 1,152 samples at 44,100 Hz plays 26.12 ms; 120 of them 3,134.69, 3,135 ms. A file of
+constant 128 kbit/s promises its bytes times 8 / 128.
+"""
+
+import json
+import os
+import re
+import shutil
+import subprocess
+
+import pytest
+
+from mp3_bytes import (FRAME_HEADER, FRAME_LENGTH, audio, audio_with_xing, frame, id3v1, tag,
+                       text_frame, user_frame)
+
+NAMES = (text_frame("TIT2", "Song"), text_frame("TPE1", "Ann"))
+GOOD = tag(*NAMES)
+AUDIO = audio()
+RECORD = id3v1(b"Song", b"Ann")
+
+
+def named(*frames):
+    return tag(*NAMES, *frames)
+
+
+def tag_with_size(size, content):
+    """The size of the tag's header, of seven bits a byte, says what it wants."""
+    return (b"ID3\3\0\0" + bytes((size >> shift) & 0x7F for shift in (21, 14, 7, 0)) + content)
+
+
+def tag22(*frames, padding=0):
+    content = b"".join(
+        name + len(body).to_bytes(3, "big") + body for name, body in frames) + bytes(padding)
+    return b"ID3\2\0\0" + bytes((len(content) >> shift) & 0x7F
+                                for shift in (21, 14, 7, 0)) + content
+
+
+def points(cue_in=0, intro=0, outro=0):
+    return named(user_frame("Cue In", str(cue_in)), user_frame("Intro", str(intro)),
+                 user_frame("OutromSStart", str(outro)))
+
+
+OTHER_MODE = bytes.fromhex("FFFB9004") + bytes(FRAME_LENGTH - 4)  # stereo, not joint
+FAST = bytes.fromhex("FFFBE064") + bytes(1044 - 4)  # 320 kbit/s: 144000 * 320 / 44100, cut
+UTF16 = "Müller".encode("utf-16-le")
+GREEK = "Ωmega".encode("utf-16-le")
+
+# What the file is, and the codes and verdicts of its reasons.
+FILES = {
+    "ok": (GOOD + AUDIO, []),
+    "ok-with-a-record-only": (AUDIO + RECORD, []),
+    "ok-with-both": (GOOD + AUDIO + RECORD, []),
+    "ok-variable": (GOOD + audio_with_xing(), []),
+
+    # --- no stream
+    "no-stream": (GOOD + bytes(6000), ["no-stream"]),
+    "empty": (b"", ["no-stream", "no-title", "no-artist"]),
+    "ten-frames": (audio(10) + RECORD, ["no-stream"]),
+
+    # --- the tag
+    # A frame of 2^24 + 1 bytes is none.
+    "corrupt-tag": (named(b"GEOB\1\0\0\1\0\0", bytes(20)) + AUDIO, ["corrupt-tag"]),
+    "title-like-the-mark-of-a-corrupt-tag": (
+        tag(text_frame("TIT2", "Corrupt ID3v2 Tag11162026 83421593"),
+            text_frame("TPE1", "Corrupt ID3v2 Tag11162026 83421593")) + AUDIO, []),
+    # Hosts leave the second one after its first frame, which ends at byte 64, behind its size of 29.
+    "duplicate-tag": (GOOD + GOOD + AUDIO, ["junk-before-audio", "duplicate-tag", "unread-text"]),
+    "duplicate-tag-of-one-frame": (GOOD + tag(NAMES[0]) + AUDIO,
+                                   ["junk-before-audio", "duplicate-tag"]),
+    "tag-larger-than-file": (
+        tag_with_size(90_000, b"".join(NAMES) + bytes(20)) + AUDIO,
+        ["junk-before-audio", "tag-larger-than-file"]),
+    "no-title": (tag(NAMES[1]) + AUDIO, ["no-title"]),
+    "no-artist": (tag(NAMES[0]) + AUDIO, ["no-artist"]),
+    "no-names": (AUDIO, ["no-title", "no-artist"]),
+    "blank-names": (tag(text_frame("TIT2", "  "), text_frame("TPE1", "\t")) + AUDIO,
+                    ["no-title", "no-artist"]),
+    "names-in-the-record": (tag(text_frame("TALB", "Album")) + AUDIO + RECORD, []),
+
+    # --- what hosts read
+    "utf-8": (named(frame("TALB", b"\3Album")) + AUDIO, ["misread-text"]),
+    "utf-16-greek": (named(frame("TALB", b"\1\xff\xfe" + GREEK)) + AUDIO, ["misread-text"]),
+    # Without its NULs this is the same text in 8 bits.
+    "utf-16-latin": (named(frame("TALB", b"\1\xff\xfe" + UTF16)) + AUDIO, []),
+    # Read is what stands behind the first NUL: of "Album" all of it, of "Ωmega" not the first.
+    "utf-16-big-endian": (
+        named(frame("TALB", b"\1\xfe\xff" + "Album".encode("utf-16-be"))) + AUDIO, []),
+    "utf-16-big-endian-greek": (
+        named(frame("TALB", b"\1\xfe\xff" + "Ωmega".encode("utf-16-be"))) + AUDIO,
+        ["misread-text"]),
+    "utf-16-custom-field": (
+        named(frame("TXXX", b"\1" + "\ufeffCue In\0\ufeff250".encode("utf-16-le"))) + AUDIO,
+        ["misread-text"]),
+    "version-2-utf-16": (
+        tag22((b"TT2", b"\0Song"), (b"TP1", b"\0Ann"), (b"TAL", b"\1\xff\xfe" + GREEK),
+              padding=20) + AUDIO,
+        ["misread-text"]),
+    "version-2": (tag22((b"TT2", b"\0Song"), (b"TP1", b"\0Ann"), (b"TAL", b"\0Album")) + AUDIO, []),
+    # The walk goes on inside the long text: at a header of NULs, which ends the tag.
+    "text-of-5001-bytes": (named(frame("TALB", b"\0" + bytes(5000))) + AUDIO, ["unread-text"]),
+    "text-of-5000-bytes": (named(text_frame("TALB", "x" * 4999)) + AUDIO, []),
+    "picture-of-81921-bytes": (
+        named(frame("APIC", b"\0\0\3\0" + bytes(81_921 - 4))) + audio(400), ["large-picture"]),
+    # The walk goes on inside the picture, where "ge/p" is no size of a frame.
+    "picture-of-81921-bytes-and-its-type": (
+        named(frame("APIC", b"\0image/png\0\3\0" + bytes(81_921 - 13))) + audio(400),
+        ["corrupt-tag", "large-picture"]),
+    "picture-of-81920-bytes": (
+        named(frame("APIC", b"\0image/png\0\3\0" + bytes(81_920 - 13))) + audio(400), []),
+    "private-data-of-6000-bytes": (named(frame("PRIV", bytes(6000))) + AUDIO, []),
+
+    # --- the length
+    # 120 frames; promised are 123, 124 and 125: 78, 104 and 130 ms too many.
+    "promise-of-78-ms-more": (GOOD + audio_with_xing(121, 123), []),
+    "promise-of-104-ms-more": (GOOD + audio_with_xing(121, 124), ["dead-air"]),
+    "promise-of-130-ms-more": (GOOD + audio_with_xing(121, 125), ["dead-air"]),
+    "promise-of-131-ms-less": (GOOD + audio_with_xing(121, 115), ["end-cut-off"]),
+    # 2,000 frames play 52,245 ms, of which 0.5 % are 261.2: nine frames are 235, ten 261.2, eleven
+    # 287 ms.
+    "promise-of-nine-frames-in-2000": (GOOD + audio_with_xing(2001, 2009), []),
+    "promise-of-eleven-frames-in-2000": (GOOD + audio_with_xing(2001, 2011), ["dead-air"]),
+    # 128 kbit/s by its first 101 frames, 320 behind: its bytes are taken for more than they play.
+    "faster-later": (GOOD + audio(110) + FAST * 100, ["dead-air"]),
+    # Half of what was there when the header was written.
+    "cut-in-half": (GOOD + audio_with_xing(240, 240, 40_000)[:50_000], ["dead-air", "cut-last-frame"]),
+    # Six frames in another mode at the end: a host that counts 110 frames cuts them off.
+    "mode-changes": (
+        GOOD + (AUDIO[:FRAME_LENGTH] + FAST) * 55 + OTHER_MODE * 6, ["end-cut-off"]),
+
+    # --- the frames
+    "junk-before-audio": (GOOD + b"junk" * 5 + AUDIO, ["junk-before-audio"]),
+    "junk-at-the-beginning": (b"junk" * 5 + AUDIO + RECORD, ["junk-before-audio"]),
+    "junk-between-frames": (GOOD + AUDIO + b"junk" * 5 + AUDIO, ["junk-between-frames"]),
+    "cut-last-frame": (GOOD + AUDIO + AUDIO[:200] + RECORD, ["cut-last-frame"]),
+    "other-tag-behind": (GOOD + AUDIO + b"APETAGEX" + bytes(56), []),
+
+    # --- the points: 3,135 ms
+    "points-in-order": (points(100, 500, 3000) + AUDIO, []),
+    "points-at-the-end": (points(3135, 3135, 3135) + AUDIO, []),
+    "point-of-0-is-none": (points(100, 0, 50) + AUDIO, ["points-out-of-order"]),
+    "outro-alone": (points(0, 0, 3000) + AUDIO, []),
+    "cue-in-beyond-end": (points(3136) + AUDIO, ["cue-in-beyond-end"]),
+    "intro-beyond-end": (points(0, 3136) + AUDIO, ["intro-beyond-end"]),
+    "outro-beyond-end": (points(0, 0, 3136) + AUDIO, ["outro-beyond-end"]),
+    "all-beyond-end": (points(4000, 5000, 6000) + AUDIO,
+                       ["cue-in-beyond-end", "intro-beyond-end", "outro-beyond-end"]),
+    "intro-before-cue-in": (points(500, 499, 3000) + AUDIO, ["points-out-of-order"]),
+    "outro-before-intro": (points(100, 500, 499) + AUDIO, ["points-out-of-order"]),
+    "before-the-beginning": (points(-1) + AUDIO, ["points-out-of-order"]),
+    "beyond-the-end-and-out-of-order": (points(4000, 500) + AUDIO,
+                                        ["cue-in-beyond-end", "points-out-of-order"]),
+}
+
+BAD = {"no-stream", "corrupt-tag", "dead-air", "end-cut-off", "cue-in-beyond-end",
+       "intro-beyond-end", "outro-beyond-end"}
+WARN = {"points-out-of-order", "junk-before-audio", "junk-between-frames", "cut-last-frame",
+        "duplicate-tag", "tag-larger-than-file", "no-title", "no-artist", "misread-text",
+        "unread-text", "large-picture"}
+
+
+def verdict_of(codes):
+    return "bad" if BAD & set(codes) else "warn" if codes else "ok"
+
+
+def checked(result):
+    lines = result.stdout.decode("utf-8").split("\n")
+    assert lines.pop() == ""
+    return [json.loads(line) for line in lines]
+
+
+def codes_of(facts):
+    return [reason["code"] for reason in facts["reasons"]]
+
+
+@pytest.mark.parametrize("name", FILES)
+def test_file_has_its_reasons_and_its_verdict(tmp_path, brindle, name):
+    content, codes = FILES[name]
+    (tmp_path / "a.mp3").write_bytes(content)
+    result = brindle("check", "--json", "a.mp3")
+    (facts,) = checked(result)
+    assert facts["file"] == "a.mp3"
+    assert codes_of(facts) == codes, facts
+    assert facts["verdict"] == verdict_of(codes)
+    assert result.returncode == (1 if facts["verdict"] == "bad" else 0)
+    for reason in facts["reasons"]:
+        assert list(reason) == ["code", "verdict", "text"]
+        assert reason["verdict"] == ("bad" if reason["code"] in BAD else "warn")
+        assert reason["text"]
+
+
+def test_every_code_has_a_file():
+    assert {code for _, codes in FILES.values() for code in codes} == BAD | WARN
+
+
+def test_help_lists_every_code_once(brindle):
+    text = brindle("check", "--help").stdout.decode()
+    rows = re.findall(r"^  ([a-z-]+) +(bad|warn) +[A-Z]", text, re.MULTILINE)
+    assert len(rows) == len(BAD | WARN)
+    assert {code for code, verdict in rows if verdict == "bad"} == BAD
+    assert {code for code, verdict in rows if verdict == "warn"} == WARN
+    assert text.splitlines()[-2:] == ["Example:", "  brindle check --quiet /music/new"]
+
+
+TEXTS = {
+    "no-stream": "no MPEG audio found",
+    "promise-of-130-ms-more":
+        "promises 3265 ms, plays 3135 ms: 130 ms of dead air",  # 125 frames: 3,265.31
+    "promise-of-131-ms-less":
+        "promises 3004 ms, plays 3135 ms: 131 ms cut off",  # 115 frames: 3,004.08
+    "cue-in-beyond-end": "cue-in at 3136 ms, the audio ends at 3135 ms",
+    "intro-before-cue-in": "intro at 499 ms before cue-in at 500 ms",
+    "before-the-beginning": "cue-in at -1 ms before the beginning",
+    "junk-between-frames":  # GOOD is 10 + 15 + 14 bytes
+        f"20 bytes that are no audio, at 1 place from byte {39 + 120 * 417}",
+    "cut-last-frame": "the last frame ends after 200 bytes",
+    "tag-larger-than-file":
+        f"the ID3v2 tag claims 90010 bytes of a file of {10 + 29 + 20 + 120 * 417}",
+    "utf-8": "hosts read another text: TALB:1",
+    "utf-16-custom-field": 'hosts read another text: TXXX:1 "Cue In"',
+    "text-of-5001-bytes": "hosts do not read TALB:1",
+    "picture-of-81921-bytes": "hosts do not read APIC:1",
+}
+
+
+@pytest.mark.parametrize("name", TEXTS)
+def test_text_tells_the_numbers(tmp_path, brindle, name):
+    (tmp_path / "a.mp3").write_bytes(FILES[name][0])
+    (facts,) = checked(brindle("check", "--json", "a.mp3"))
+    assert TEXTS[name] in [reason["text"] for reason in facts["reasons"]]
+    plain = brindle("check", "--quiet", "a.mp3").stdout.decode()
+    assert plain.startswith(f"a.mp3: {facts['verdict']}: {facts['reasons'][0]['code']} (")
+    assert plain.count("\n") == 1
+    assert all(reason["text"] in plain for reason in facts["reasons"])
+
+
+# --- many files
+
+def test_folder_is_checked_and_summed_up(tmp_path, brindle):
+    for name in ("ok", "no-stream", "no-title", "dead-air-2", "missing"):
+        content = FILES.get(name, FILES["cut-in-half"])[0]
+        (tmp_path / f"{name}.mp3").write_bytes(content)
+    (tmp_path / "missing.mp3").unlink()
+    (tmp_path / "missing.mp3").symlink_to("nowhere")
+    result = brindle("check", "--jobs", "4", ".")
+    assert result.returncode == 1
+    lines = result.stdout.decode().splitlines()
+    assert [line.split(":")[0] for line in lines] == [
+        "./dead-air-2.mp3", "./no-stream.mp3", "./no-title.mp3", "./ok.mp3", "5 files"]
+    assert lines[2] == "./no-title.mp3: warn: no-title (no title)"
+    assert lines[3] == "./ok.mp3: ok"
+    assert lines[4] == "5 files: 1 ok, 1 warn, 2 bad, 1 failed"
+    assert result.stderr == b"brindle: ./missing.mp3: No such file or directory\n"
+
+
+def test_json_of_a_file_that_fails_has_its_error(tmp_path, brindle):
+    result = brindle("check", "--json", "gone.mp3")
+    assert result.returncode == 1
+    assert checked(result) == [{"file": "gone.mp3", "error": "No such file or directory"}]
+    assert result.stderr.decode().endswith("1 file: 0 ok, 0 warn, 0 bad, 1 failed\n")
+
+
+def test_names_from_standard_input(tmp_path, brindle):
+    (tmp_path / "x\ny.mp3").write_bytes(FILES["ok"][0])
+    with open(os.fsencode(tmp_path) + b"/\xff.mp3", "wb") as file:
+        file.write(FILES["no-stream"][0])
+    result = brindle("check", "--json", "--quiet", "-", input=b"x\ny.mp3\0\xff.mp3\0", stdin=None)
+    assert [(os.fsencode(facts["file"]), facts["verdict"]) for facts in checked(result)] == [
+        (b"x\ny.mp3", "ok"), (b"\xff.mp3", "bad")]
+    assert result.stderr == b""
+
+
+def test_warnings_alone_are_no_failure(tmp_path, brindle):
+    (tmp_path / "a.mp3").write_bytes(AUDIO)
+    assert brindle("check", "a.mp3").returncode == 0
+
+
+def test_fifo_and_device_do_not_block(tmp_path, brindle):
+    os.mkfifo(tmp_path / "a.mp3")
+    (tmp_path / "b.mp3").symlink_to("/dev/zero")
+    result = brindle("check", "--quiet", ".")
+    assert result.stderr.decode() == ("brindle: ./a.mp3: Not a regular file\n"
+                                      "brindle: ./b.mp3: Not a regular file\n")
+
+
+def test_nothing_is_written(tmp_path, brindle):
+    path = tmp_path / "a.mp3"
+    path.write_bytes(FILES["duplicate-tag"][0])
+    os.utime(path, ns=(10**18, 10**18))
+    before = (path.read_bytes(), path.stat().st_mtime_ns, path.stat().st_ino)
+    brindle("check", ".")
+    assert (path.read_bytes(), path.stat().st_mtime_ns, path.stat().st_ino) == before
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="becomes another user, as root")
+def test_file_that_may_not_be_written_is_checked(program, tmp_path_factory):
+    folder = tmp_path_factory.mktemp("open")
+    for part in (folder, *folder.parents):
+        if part.stat().st_mode & 0o005 != 0o005:
+            part.chmod(part.stat().st_mode | 0o055)
+    copy = shutil.copy(program, folder / "brindle")
+    (folder / "a.mp3").write_bytes(FILES["utf-8"][0])
+    (folder / "a.mp3").chmod(0o444)
+    result = subprocess.run(
+        ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", copy, "check", "--quiet",
+         "a.mp3"], cwd=folder, capture_output=True, timeout=60, check=False)
+    assert result.stdout.startswith(b"a.mp3: warn: misread-text (")
+
+
+@pytest.mark.plain_build
+def test_fault_of_the_disk_is_no_verdict(program, tmp_path):
+    """A file that can't be read to its end is not called good or bad."""
+    (tmp_path / "a.mp3").write_bytes(GOOD + audio(1000))
+    result = subprocess.run(
+        ["strace", "-qq", "-f", "-o", "/dev/null", "-e", "trace=pread64",
+         "-e", "inject=pread64:error=EIO:when=6+", program, "check", "--quiet", "a.mp3"],
+        cwd=tmp_path, capture_output=True, timeout=60, check=False)
+    assert result.returncode == 1
+    assert result.stdout == b""
+    assert result.stderr == b"brindle: a.mp3: Device I/O error\n"
+
+
+@pytest.mark.parametrize("arguments", [[], ["--csv", "."], ["--jobs", "0", "."], ["--json=no", "."]],
+                         ids=str)
+def test_wrong_usage(brindle, arguments):
+    assert brindle("check", *arguments).returncode == 2
+
+
+def test_frame_header_of_the_tests_is_joint_stereo():
+    """The files above depend on it: modes 01 and 00."""
+    assert (FRAME_HEADER[3] >> 6, OTHER_MODE[3] >> 6) == (1, 0)
