@@ -10,25 +10,6 @@ namespace {
 
 using Header = host::_cMPEGHeader;
 
-TEST(EarlyBound, NewObjectAnswersWithDefaults) {
-    const auto header = create();
-    EXPECT_EQ(text(*header.Get(), &Header::get_Title), L"");
-    EXPECT_EQ(text(*header.Get(), &Header::get_FileName), L"");
-    EXPECT_EQ(text(*header.Get(), &Header::get_Genre), L"");
-    EXPECT_EQ(number(*header.Get(), &Header::get_Duration), 0);
-    EXPECT_EQ(number(*header.Get(), &Header::get_BitRate), 0);
-    EXPECT_EQ(number(*header.Get(), &Header::ID3TagSizeIncludingHeader), 0);
-    VARIANT_BOOL in_use = VARIANT_TRUE;
-    EXPECT_EQ(header->get_g_InUse(&in_use), S_OK);
-    EXPECT_EQ(in_use, VARIANT_FALSE);
-    IDispatch* frames = reinterpret_cast<IDispatch*>(1);
-    EXPECT_EQ(header->get_v2Frames(&frames), S_OK);
-    EXPECT_EQ(frames, nullptr);
-    BSTR layer = nullptr;
-    EXPECT_EQ(static_cast<unsigned long>(header->get_Layer(&layer)), 0x800A005BUL);  // 91
-    EXPECT_EQ(layer, nullptr);
-}
-
 TEST(EarlyBound, SessionOfReadingSettingSavingAndStripping) {
     const File file(L"session.mp3", tag({{"TIT2", "Before"}, {"TPE1", "Somebody"}}) + audio(120));
     const auto header = create();
@@ -106,66 +87,6 @@ TEST(EarlyBound, PlainFieldsAndTheFormatOfTimes) {
         header->ElapsedTimeFromMs(0, static_cast<host::eTimeDisplayStyle>(3), &padding, &time),
         S_OK);
     EXPECT_EQ(taken(time), L"");
-}
-
-template <typename Out>
-using Get = HRESULT (__stdcall Header::*)(Out*);
-
-TEST(EarlyBound, NullForAResultIsRefused) {
-    const auto header = create();
-    Header& h = *header.Get();
-    constexpr Get<BSTR> kTexts[] = {
-        &Header::get_MonoStereo,  &Header::get_FileName,   &Header::get_CategoryLevel,
-        &Header::get_Layer,       &Header::get_Title,      &Header::get_Composer,
-        &Header::get_Publisher,   &Header::get_CopyRight,  &Header::get_Agency,
-        &Header::get_AccountExec, &Header::get_URL,        &Header::get_Copy,
-        &Header::get_Artist,      &Header::get_ArtistUrl,  &Header::get_Album,
-        &Header::get_Comments,    &Header::get_Endstyle,   &Header::get_Genre,
-        &Header::get_artistv1Tag, &Header::get_Titlev1Tag, &Header::get_Commentv1,
-    };
-    constexpr Get<long> kLongs[] = {
-        &Header::get_BitRate,      &Header::get_Volume,
-        &Header::get_Opener,       &Header::get_Duration,
-        &Header::get_CueInmSStart, &Header::get_Frequency,
-        &Header::get_Sectone,      &Header::get_Intro,
-        &Header::get_OutromsStart, &Header::ID3TagSizeIncludingHeader,
-    };
-    // Booleans are the same type.
-    constexpr Get<short> kShorts[] = {
-        &Header::get_FrameCount,
-        &Header::get_NoFade,
-        &Header::get_Track,
-        &Header::get_Year,
-        &Header::get_Yearv1Tag,
-        &Header::get_g_InUse,
-        &Header::get_VBR,
-        &Header::get_Writev1v2Separate,
-        &Header::get_RepairRequired,
-    };
-    for (const auto get : kTexts) {
-        EXPECT_EQ((h.*get)(nullptr), E_POINTER);
-    }
-    for (const auto get : kLongs) {
-        EXPECT_EQ((h.*get)(nullptr), E_POINTER);
-    }
-    for (const auto get : kShorts) {
-        EXPECT_EQ((h.*get)(nullptr), E_POINTER);
-    }
-    EXPECT_EQ(h.get_TimeStyle(nullptr), E_POINTER);
-    EXPECT_EQ(h.get_Speed(nullptr), E_POINTER);
-    EXPECT_EQ(h.get_TagType(nullptr), E_POINTER);
-    EXPECT_EQ(h.get_Category(nullptr), E_POINTER);
-    EXPECT_EQ(h.get_v2Frames(nullptr), E_POINTER);
-    EXPECT_EQ(h.get_v2Tag(nullptr, 1, nullptr), E_POINTER);
-    EXPECT_EQ(h.put_FileName(nullptr), E_POINTER);
-    EXPECT_EQ(h.RaiseScanningEvent(nullptr, 0, 0, nullptr), E_POINTER);
-    EXPECT_EQ(h.StripTags(host::NoTags, nullptr), E_POINTER);
-    EXPECT_EQ(h.CustomFieldExists(nullptr, nullptr), E_POINTER);
-    EXPECT_EQ(h.CustomFieldRetrieve(nullptr, nullptr), E_POINTER);
-    EXPECT_EQ(h.ElapsedTimeFromMs(0, host::ShowAll, nullptr, nullptr), E_POINTER);
-    EXPECT_EQ(h.QueryInterface(__uuidof(IUnknown), nullptr), E_POINTER);
-    EXPECT_EQ(h.GetTypeInfoCount(nullptr), E_POINTER);
-    EXPECT_EQ(h.GetTypeInfo(0, 0, nullptr), E_POINTER);
 }
 
 TEST(EarlyBound, OneIdentityUnderAllInterfaces) {
