@@ -52,8 +52,9 @@ def fresh_registry():
     subprocess.run([ROOT / "scripts" / "wine", "fresh", BITS], check=True)
 
 
-@pytest.fixture
-def registered(wine, dll, fresh_registry):
+@pytest.fixture(scope="module")
+def registered(wine, dll):
+    """Once for all tests that only use the class; registering again is harmless."""
     assert wine("regsvr32", "/s", windows_name(dll)).returncode == 0
 
 

@@ -2,7 +2,7 @@
 
 import re
 
-from conftest import windows_name
+from conftest import BITS, windows_name
 
 CLASS = "{0571B13A-907D-4C45-8E34-42489A98C25D}"
 LIBRARY = "{3DD4AB2B-FE65-4BF7-996E-A3AFCE69FD27}"
@@ -10,14 +10,18 @@ INTERFACE = "{DA8F91CC-D5CC-48FE-AC55-C4566C2C3D84}"
 
 
 def registry(wine, folder):
-    """All that programs register, as text."""
+    """All that programs register, for the machine and for the user, as text."""
     file = folder / "registry.reg"
-    file.unlink(missing_ok=True)
-    result = wine("regedit", "/E", windows_name(file), r"HKEY_LOCAL_MACHINE\Software\Classes")
-    assert result.returncode == 0, result.stdout
-    text = file.read_bytes().decode("utf-16")
+    text = ""
+    for root in (r"HKEY_LOCAL_MACHINE\Software", r"HKEY_CURRENT_USER\Software"):
+        file.unlink(missing_ok=True)
+        result = wine("regedit", "/E", windows_name(file), root)
+        assert result.returncode == 0, result.stdout
+        text += file.read_bytes().decode("utf-16").replace("\r\n", "\n")
     assert r"\CLSID" in text
-    return text.replace("\r\n", "\n")
+    # Wine's own notes on the session.
+    return re.sub(r"^\[HKEY_CURRENT_USER\\Software\\Wine\\Temporary [^\]]*\]\n(.+\n)*\n", "", text,
+                  flags=re.MULTILINE)
 
 
 def value(text, key, name="@"):
@@ -53,6 +57,27 @@ def test_registering_and_taking_back_leaves_the_registry_as_it_was(
     # Taking back what is not there is no error either.
     assert wine("regsvr32", "/s", "/u", windows_name(dll)).returncode == 0
     assert registry(wine, folder) == before
+
+
+if BITS == "64":  # a 32-bit Wine has no other width
+
+    def test_name_stays_while_the_other_width_needs_it(wine, dll, fresh_registry):
+        other = rf"HKLM\Software\Classes\Wow6432Node\CLSID\{CLASS}"
+        name = r"HKLM\Software\Classes\Brindle.cMPEGHeader"
+
+        def is_there(key):
+            return wine("reg", "query", key).returncode == 0
+
+        assert wine("regsvr32", "/s", windows_name(dll)).returncode == 0
+        assert wine("reg", "add", other, "/f").returncode == 0
+        assert wine("regsvr32", "/s", "/u", windows_name(dll)).returncode == 0
+        assert is_there(name)
+        assert not is_there(rf"HKLM\Software\Classes\CLSID\{CLASS}")
+
+        assert wine("regsvr32", "/s", windows_name(dll)).returncode == 0
+        assert wine("reg", "delete", other, "/f").returncode == 0
+        assert wine("regsvr32", "/s", "/u", windows_name(dll)).returncode == 0
+        assert not is_there(name)
 
 
 def test_host_with_a_manifest_needs_no_registration(wine, build, dll, folder, fresh_registry):
