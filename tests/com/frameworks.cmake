@@ -16,6 +16,5 @@ add_library(rapidcheck INTERFACE)
 target_include_directories(rapidcheck SYSTEM INTERFACE
     ${CMAKE_CURRENT_LIST_DIR}/without_properties
     ${headers})
-# What only properties use is compiled, but must not be linked.
-target_compile_options(rapidcheck INTERFACE -Wno-unused-function -ffunction-sections)
-target_link_options(rapidcheck INTERFACE -Wl,--gc-sections)
+# What only properties use.
+target_compile_options(rapidcheck INTERFACE -Wno-unused-function)
