@@ -1,8 +1,10 @@
 // brindle time: milliseconds as people read them.
+#include <charconv>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include <brindle/cMPEGHeader.h>
 #include <brindle/text.h>
@@ -25,6 +27,12 @@ const std::map<std::string, eTimeDisplayStyle> kStyles = {
     {"all", ShowAll},
 };
 
+bool parse_whole(const std::string& text, std::int32_t& number) {
+    const char* end = text.data() + text.size();
+    const auto [parsed, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && parsed == end;
+}
+
 ExitStatus time(const TimeOptions& options) {
     const cMPEGHeader header;
     const eTimeDisplayStyle style = kStyles.at(options.style);
@@ -39,7 +47,14 @@ void add_time(CLI::App& program, Command& chosen) {
     CLI::App* command =
         add_command(program, "time", "Print milliseconds as minutes, seconds and a fraction",
                     "brindle time 62345 --style all");
-    command->add_option("MS", options->milliseconds, "Milliseconds, a whole number")->required();
+    command
+        ->add_option(
+            "MS",
+            [options](const CLI::results_t& given) {
+                return parse_whole(given.front(), options->milliseconds);
+            },
+            "Milliseconds, a whole number")
+        ->required();
     command
         ->add_option("--style", options->style,
                      "none: minutes and seconds (the default); fraction: the fraction alone; all")

@@ -1,0 +1,57 @@
+# Completion of brindle for bash. Needs nothing but bash itself.
+
+_brindle_files() {
+    local IFS=$'\n'
+    compopt -o filenames 2>/dev/null
+    mapfile -t COMPREPLY < <(
+        compgen -d -- "$word"
+        shopt -s extglob nocaseglob nocasematch
+        compgen -f -X "!*.mp[23]" -- "$word"
+    )
+}
+
+_brindle() {
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+    local command=${COMP_WORDS[1]} options=
+    COMPREPLY=()
+
+    if [[ $COMP_CWORD -eq 1 ]]; then
+        mapfile -t COMPREPLY < <(
+            compgen -W "show set strip scan check time genres -h --help --version" -- "$word")
+        return
+    fi
+    case $command in
+        show) options="--json" ;;
+        set)
+            options="--title --artist --album --year --track --genre --comment --composer
+                --publisher --copyright --url --cue-in --intro --outro --sectone --speed --volume
+                --opener --no-opener --category --category-level --end-style --no-fade --agency
+                --account-exec --copy --v1-title --v1-artist --v1-year --v1-comment --field
+                --separate --dry-run --preserve --force"
+            case $before in
+                --opener | --no-opener | --separate | --dry-run | --preserve | --force) ;;
+                --*) return ;; # a value, which nobody can guess
+            esac
+            ;;
+        strip) options="--v1 --v2 --all --dry-run --preserve" ;;
+        scan) options="--json --csv -0 --null --jobs --quiet" ;;
+        check) options="--json -0 --null --jobs --quiet" ;;
+        time) options="--style" ;;
+        genres) ;;
+        *) return ;;
+    esac
+    case $command:$before in
+        scan:--jobs | check:--jobs) return ;;
+        time:--style)
+            mapfile -t COMPREPLY < <(compgen -W "none fraction all" -- "$word")
+            return
+            ;;
+    esac
+    if [[ $word == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$options -h --help --version" -- "$word")
+    elif [[ $command != time && $command != genres ]]; then
+        _brindle_files
+    fi
+}
+
+complete -F _brindle brindle

@@ -1,0 +1,41 @@
+# Completion of brindle for fish.
+
+set -l commands show set strip scan check time genres
+
+complete -c brindle -f
+complete -c brindle -s h -l help -d 'Print help and exit'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -l version -d 'Print the version'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a show -d 'Show what is known of each file'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a set -d 'Set values and save them'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a strip -d 'Take tags off'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a scan -d 'List the files of folders and sum them up'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a check -d 'Tell whether files can go on air'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a time -d 'Print milliseconds as minutes and seconds'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a genres -d 'Print the genre numbers and their names'
+
+complete -c brindle -n '__fish_seen_subcommand_from show set strip scan check' -F
+
+complete -c brindle -n '__fish_seen_subcommand_from show scan check' -l json -d 'One JSON object a line and file'
+
+for option in title artist album year track genre comment composer publisher copyright url cue-in \
+        intro outro sectone speed volume category category-level end-style no-fade agency \
+        account-exec copy v1-title v1-artist v1-year v1-comment field
+    complete -c brindle -n '__fish_seen_subcommand_from set' -x -l $option
+end
+complete -c brindle -n '__fish_seen_subcommand_from set' -l opener -d 'It is an opener'
+complete -c brindle -n '__fish_seen_subcommand_from set' -l no-opener -d 'It is none'
+complete -c brindle -n '__fish_seen_subcommand_from set' -l separate -d 'Leave the ID3v1 record alone'
+complete -c brindle -n '__fish_seen_subcommand_from set' -l force -d 'Save also when frames would be lost'
+complete -c brindle -n '__fish_seen_subcommand_from set strip' -l dry-run -d 'Touch nothing'
+complete -c brindle -n '__fish_seen_subcommand_from set strip' -l preserve -d 'Keep times, mode and owner'
+
+complete -c brindle -n '__fish_seen_subcommand_from strip' -l v1 -d 'The ID3v1 record'
+complete -c brindle -n '__fish_seen_subcommand_from strip' -l v2 -d 'The ID3v2 tag'
+complete -c brindle -n '__fish_seen_subcommand_from strip' -l all -d 'Both'
+
+complete -c brindle -n '__fish_seen_subcommand_from scan' -l csv -d 'Comma-separated values'
+complete -c brindle -n '__fish_seen_subcommand_from scan check' -s 0 -l null -d 'Names from standard input end with a NUL'
+complete -c brindle -n '__fish_seen_subcommand_from scan check' -x -l jobs -d 'Files at once'
+complete -c brindle -n '__fish_seen_subcommand_from scan check' -l quiet -d 'No progress bar and no summary'
+
+complete -c brindle -n '__fish_seen_subcommand_from time' -x -l style -a 'none fraction all' -d 'Layout'
