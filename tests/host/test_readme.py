@@ -1,6 +1,15 @@
 """What README.md shows of the program is what the program prints."""
 
+import json
+import os
 import pathlib
+import re
+import shutil
+import subprocess
+
+import pytest
+
+from mp3_bytes import audio
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 README = (ROOT / "README.md").read_text()
@@ -20,3 +29,58 @@ def test_the_dry_run_begins_as_really_printed(brindle):
     shown = '$ ./run set --title "Good morning" --cue-in 250 --dry-run ' + SAMPLE + "\n"
     assert first_lines.startswith(SAMPLE)
     assert shown + first_lines in README
+
+
+@pytest.mark.parametrize("arguments", [
+    ["strip", "--all", "--dry-run", SAMPLE], ["scan", "examples"], ["check", "examples"]],
+    ids=lambda arguments: arguments[0])
+def test_the_command_is_shown_as_really_printed(brindle, arguments):
+    printed = brindle(*arguments, cwd=ROOT, text=True).stdout
+    assert SAMPLE in printed
+    assert f"$ ./run {' '.join(arguments)}\n{printed}" in README
+
+
+def pipelines():
+    """The examples of the shell that begin with find."""
+    return re.findall(r"^```\n(find .*?)```$", README, re.MULTILINE | re.DOTALL)
+
+
+@pytest.fixture
+def music(program, tmp_path):
+    """Some names that a shell could stumble over, and the program where a shell finds it."""
+    names = ["a.mp3", "b c.mp3", "d\ne.mp3", "-f.mp3", "g'h.mp3", "caf\u00e9.mp3", "x/$(i).mp3"]
+    for name in names:
+        path = tmp_path / "music" / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(audio())
+    (tmp_path / "last-check").touch()
+    os.utime(tmp_path / "last-check", (0, 0))
+    (tmp_path / "bin").mkdir()
+    (tmp_path / "bin" / "brindle").symlink_to(program)
+    return {f"{tmp_path}/music/{name}" for name in names}
+
+
+def run_in_shell(command, folder):
+    subprocess.run(
+        ["bash", "-o", "pipefail", "-c", command.replace("/music", f"{folder}/music")], cwd=folder,
+        check=True, capture_output=True, stdin=subprocess.DEVNULL, timeout=120,
+        env={**os.environ, "PATH": f"{folder}/bin:{os.environ['PATH']}", "HOME": str(folder)})
+
+
+def test_names_from_find_are_checked(music, tmp_path):
+    (command,) = [one for one in pipelines() if "brindle check" in one]
+    run_in_shell(command, tmp_path)
+    lines = (tmp_path / "verdicts.jsonl").read_text().splitlines()
+    assert {json.loads(line)["file"] for line in lines} == music
+
+
+@pytest.mark.skipif(shutil.which("parallel") is None, reason="needs parallel")
+def test_library_is_spread_over_machines(music, tmp_path):
+    (command,) = [one for one in pipelines() if "--sshlogin" in one]
+    # This machine stands for the others, and a block for a few names.
+    here = re.sub(r"--sshlogin \S+", "--sshlogin 2/:", command).replace("100k", "100")
+    assert here != command
+    run_in_shell(here, tmp_path)
+    lines = (tmp_path / "library.jsonl").read_text().splitlines()
+    assert {json.loads(line)["file"] for line in lines} == music
+    assert len(lines) == len(music)
