@@ -156,7 +156,7 @@ private:
             value = without_nuls(value);
         }
         int n = 1;
-        if (TagCounts.count(id) == 0) {
+        if (!TagCounts.contains(id)) {
             FrameList.push_back(id);
         } else {
             n = TagCounts[id] + 1;

@@ -20,7 +20,7 @@ constexpr std::u16string_view kWide = u"a\0\u20ACb\0"sv;
 std::vector<StoredText> both_forms() {
     std::vector<StoredText> forms;
     forms.push_back(StoredText::in_file(kBytes));
-    forms.push_back(StoredText(kWide));
+    forms.emplace_back(kWide);
     return forms;
 }
 

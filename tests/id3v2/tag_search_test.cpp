@@ -18,7 +18,6 @@ namespace {
 using test::Bytes;
 using test::MemoryFiles;
 using test::repeated;
-using test::zeros;
 
 constexpr std::uint8_t kFiller = 0x55;
 const Bytes kTag = Bytes("ID3") + Bytes{3, 0};

@@ -17,7 +17,6 @@ using test::big_endian;
 using test::Bytes;
 using test::Frames;
 using test::repeated;
-using test::syncsafe;
 using test::Tag;
 using test::WalkedTag;
 using test::widened;

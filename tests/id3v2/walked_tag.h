@@ -24,7 +24,7 @@ using Frames = std::vector<std::pair<String, std::vector<String>>>;
 
 inline Frames frames_of(const FrameStore& store) {
     Frames frames;
-    const auto list = store.frame_list();
+    const auto& list = store.frame_list();
     for (std::int32_t place = 1; place <= list->Count(); ++place) {
         const String id = to_text(list->Item(place));
         std::vector<String> values;

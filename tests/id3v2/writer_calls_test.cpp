@@ -36,7 +36,7 @@ protected:
         size_ = content.size();
     }
     // A copy goes in pieces of 256 KiB.
-    void expect_few_calls_and_each_byte_once() {
+    void expect_few_calls_and_each_byte_once() const {
         EXPECT_LE(world_.files.calls(), 25 + 2 * size_ / (256 * 1024));
         EXPECT_LE(world_.files.bytes_read(), size_ + size_ / 50);
         EXPECT_LE(world_.files.bytes_written(), size_ + size_ / 50);

@@ -53,10 +53,10 @@ struct Audio {
 };
 
 Audio any_audio() {
-    const Frame frame = any_of<Frame>({Frame{}, Frame{.padding = true},
-                                       Frame{.kbps = 32}.with_mode(Mode::SingleChannel),
-                                       Frame{.version = 2, .kbps = 64, .frequency = 22050},
-                                       Frame{.layer = 2, .kbps = 192, .frequency = 48000}});
+    const auto frame = any_of<Frame>({Frame{}, Frame{.padding = true},
+                                      Frame{.kbps = 32}.with_mode(Mode::SingleChannel),
+                                      Frame{.version = 2, .kbps = 64, .frequency = 22050},
+                                      Frame{.layer = 2, .kbps = 192, .frequency = 48000}});
     const Frame other =
         frame.with_mode(frame.mode == Mode::JointStereo ? Mode::Stereo : Mode::JointStereo);
     const auto count = static_cast<std::size_t>(any_of<int>({40, 99, 100, 101, 102, 130, 250}));
