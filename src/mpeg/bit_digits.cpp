@@ -34,11 +34,12 @@ std::int16_t bits_to_number(std::u16string_view digits, std::size_t count, const
 }  // namespace
 
 String BytesToBitString(std::span<const std::uint8_t> bytes) {
-    String digits;
-    digits.reserve(bytes.size() * kBitsPerByte);
+    String digits(bytes.size() * kBitsPerByte, u'0');
+    std::size_t place = 0;
     for (const std::uint8_t byte : bytes) {
         for (int bit = kBitsPerByte - 1; bit >= 0; --bit) {
-            digits.push_back(digit_of(byte, bit));
+            digits[place] = digit_of(byte, bit);
+            ++place;
         }
     }
     return digits;

@@ -30,15 +30,16 @@ constexpr std::size_t slot(std::int64_t position) {
 ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first,
                                  std::int32_t needed) {
     forget_before(position);
-    std::array<std::int64_t, kMostConfirmations> followers{};
+    std::array<std::int64_t, kMostConfirmations> followers;  // the first `count` of them
     std::int32_t count = 0;
     bool bit_rate_differs = false;
     Tail tail{0, Break::Invalid};
-    FrameHeader previous = first;
+    std::int64_t length = first.length;
     std::int64_t next = position;
+    const std::int64_t file_length = window_.length();
 
     while (count < needed) {
-        next += previous.length;
+        next += length;
         if (count != 0 && reaches_file_end(next)) {
             trace_at(trace_text::kBailed, next);
             tail.reason = Break::FileEnd;
@@ -53,10 +54,12 @@ ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first
             write_trace(trace_, trace_text::kDecodeFailed);
             break;
         }
+        // A header that agrees with a valid one can be invalid in its bit rate alone, which has no
+        // length then.
         const std::uint32_t bits = header_bits(bytes.data());
-        const auto header = parse_frame_header(bits);
-        const bool whole = header && next + header->length <= window_.length();
-        if (!whole || !headers_agree(first.bits, bits)) {
+        const FrameShape& shape = frame_shape(bits);
+        length = shape.length_of(bits);
+        if (!headers_agree(first.bits, bits) || shape.length == 0 || next + length > file_length) {
             trace_rejected(first.bits, bits, trace_);
             break;
         }
@@ -69,11 +72,10 @@ ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first
                 break;
             }
         }
-        if (header->bit_rate != first.bit_rate && !bit_rate_differs) {
+        if (shape.bit_rate_by_8 * 8 != first.bit_rate && !bit_rate_differs) {
             bit_rate_differs = true;
-            window_.expect_until(next + std::int64_t{needed - count + 1} * header->length);
+            window_.expect_until(next + (needed - count + 1) * length);
         }
-        previous = *header;
     }
 
     if (count == needed) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -46,44 +47,56 @@ bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
     return true;
 }
 
-// The last byte of value FF below `end`, or a null pointer. Compares eight bytes at a time: in
-// audio only one of 256 is one.
-const std::uint8_t* find_last_sync_byte(const std::uint8_t* begin, const std::uint8_t* end) {
-    constexpr std::uint64_t kLowBits = 0x0101'0101'0101'0101;
-    constexpr std::uint64_t kHighBits = 0x8080'8080'8080'8080;
-    while (static_cast<std::size_t>(end - begin) >= sizeof(std::uint64_t)) {
-        std::uint64_t inverted = 0;
-        std::memcpy(&inverted, end - sizeof inverted, sizeof inverted);
-        inverted = ~inverted;
-        const bool has_zero_byte = ((inverted - kLowBits) & ~inverted & kHighBits) != 0;
-        if (has_zero_byte) {
-            break;
+// Eight bytes, the first one lowest: all machines that this is built for store numbers like that.
+static_assert(std::endian::native == std::endian::little);
+std::uint64_t eight_bytes(const std::uint8_t* from) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, from, sizeof word);
+    return word;
+}
+
+// The bytes of value FF among eight, each told by its highest bit.
+std::uint64_t sync_bytes(std::uint64_t word) {
+    constexpr std::uint64_t kLowBits = 0x7F7F'7F7F'7F7F'7F7F;
+    const std::uint64_t inverted = ~word;
+    return ~(((inverted & kLowBits) + kLowBits) | inverted | kLowBits);
+}
+
+// Calls `visit` with each byte of value FF from the last one to the first. In audio only one of 256
+// is one, so eight are looked at at a time.
+template <typename Visit>
+void for_each_sync_byte_backward(const std::uint8_t* begin, const std::uint8_t* end, Visit visit) {
+    while (end - begin >= 8) {
+        end -= 8;
+        std::uint64_t found = sync_bytes(eight_bytes(end));
+        while (found != 0) {
+            const int place = 63 - std::countl_zero(found);
+            visit(end + place / 8);
+            found &= ~(std::uint64_t{1} << place);
         }
-        end -= sizeof inverted;
     }
     while (end != begin) {
         --end;
         if (*end == kSyncByte) {
-            return end;
+            visit(end);
         }
     }
-    return nullptr;
 }
 
 // What is known of the chains from the frames just behind the place where a backward pass stands.
 // A frame's successor is never farther than the longest frame, so this is all that is needed.
 class ChainTails {
 public:
-    // The chain from a whole frame at `position`.
-    WalkedStream add(std::int32_t position, const FrameHeader& header) {
-        WalkedStream stream{1, header.bit_rate};
-        const std::int32_t next = position + header.length;
+    // The chain from a whole frame at `position`, whose header is valid.
+    WalkedStream add(std::int32_t position, std::uint32_t bits, const FrameShape& shape) {
+        WalkedStream stream{1, shape.bit_rate_by_8 * 8};
+        const std::int32_t next = position + static_cast<std::int32_t>(shape.length_of(bits));
         const Entry& follower = entry(next);
-        if (follower.position == next && headers_agree(follower.bits, header.bits)) {
+        if (follower.position == next && headers_agree(follower.bits, bits)) {
             stream.frames += follower.stream.frames;
             stream.bit_rate_sum += follower.stream.bit_rate_sum;
         }
-        entry(position) = {position, header.bits, stream};
+        entry(position) = {position, bits, stream};
         return stream;
     }
 
@@ -97,10 +110,11 @@ private:
     static_assert(kRing > kLongestFrame);
 
     Entry& entry(std::int32_t position) {
-        return entries_[static_cast<std::size_t>(position) & (kRing - 1)];
+        return (*entries_)[static_cast<std::size_t>(position) & (kRing - 1)];
     }
 
-    std::vector<Entry> entries_ = std::vector<Entry>(kRing);
+    std::unique_ptr<std::array<Entry, kRing>> entries_ =
+        std::make_unique<std::array<Entry, kRing>>();
 };
 
 // Blocks of a file from its end to its beginning, each with the first bytes of the one behind it,
@@ -193,18 +207,19 @@ std::optional<WalkedStream> FullScan::earliest_behind(std::int32_t start) {
         if (cancelled_) {
             return std::nullopt;
         }
-        const std::uint8_t* sync = blocks.end();
-        while ((sync = find_last_sync_byte(blocks.begin(), sync)) != nullptr) {
-            const auto header = parse_frame_header(header_bits(sync));
+        for_each_sync_byte_backward(blocks.begin(), blocks.end(), [&](const std::uint8_t* sync) {
+            const std::uint32_t bits = header_bits(sync);
+            const FrameShape& shape = frame_shape(bits);
             const std::int64_t position = blocks.position() + (sync - blocks.begin());
-            if (!header || position + header->length > length) {
-                continue;
+            if ((bits & kSyncMask) != kSyncMask || (bits & kEmphasisMask) == kReservedEmphasis ||
+                shape.length == 0 || position + shape.length_of(bits) > length) {
+                return;
             }
-            const WalkedStream stream = tails.add(static_cast<std::int32_t>(position), *header);
+            const WalkedStream stream = tails.add(static_cast<std::int32_t>(position), bits, shape);
             if (accepted(stream)) {
                 earliest = stream;
             }
-        }
+        });
     }
     return earliest;
 }

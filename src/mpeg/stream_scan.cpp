@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <string>
@@ -113,6 +114,11 @@ bool StreamScan::scan(std::int32_t start, Attempt attempt) {
         rates_differ = false;
         ++position;
         ++attempts;
+        if (last_count == 0 || position > tags_.audio_start()) {
+            const std::int32_t skipped = positions_without_header(position, attempts);
+            position += skipped;
+            attempts += skipped;
+        }
         const bool given_up = attempts > kMostAttempts && state_.header.BitRate == 0;
         if (given_up ||
             position + static_cast<std::int64_t>(kHeaderBytes) + 1 >= window_.length()) {
@@ -152,6 +158,26 @@ std::optional<FrameHeader> StreamScan::header_at(std::int64_t position) {
     window_.expect_until(position + kFrames * header->length +
                          static_cast<std::int64_t>(kHeaderBytes));
     return header;
+}
+
+// How many positions from this one on can be passed over at once, as trying them would change
+// nothing: only FF begins a header, and nobody wants to hear why the others are none.
+std::int32_t StreamScan::positions_without_header(std::int64_t position,
+                                                  std::int32_t attempts) const {
+    constexpr int kSyncByte = 0xFF;
+    const std::int64_t last_tried = window_.length() - static_cast<std::int64_t>(kHeaderBytes) - 2;
+    const std::int64_t most =
+        std::min<std::int64_t>(kMostAttempts - attempts, last_tried - position);
+    auto held = window_.held_from(position);
+    if (trace_ || most <= 0 || held.empty()) {
+        return 0;
+    }
+    held = held.first(static_cast<std::size_t>(std::min(most, std::ssize(held) - 1)));
+    const void* const sync = std::memchr(held.data(), kSyncByte, held.size());
+    return static_cast<std::int32_t>(
+        sync == nullptr
+            ? held.size()
+            : static_cast<std::size_t>(static_cast<const std::uint8_t*>(sync) - held.data()));
 }
 
 std::int64_t StreamScan::audio_bytes_from(std::int64_t position) const {

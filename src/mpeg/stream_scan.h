@@ -60,6 +60,8 @@ private:
     bool scan(std::int32_t start, Attempt attempt);
     // A valid header of a frame that ends inside the file.
     std::optional<FrameHeader> header_at(std::int64_t position);
+    [[nodiscard]] std::int32_t positions_without_header(std::int64_t position,
+                                                        std::int32_t attempts) const;
     // The bytes from a position to the end of the audio.
     [[nodiscard]] std::int64_t audio_bytes_from(std::int64_t position) const;
     [[nodiscard]] bool is_in_second_half(std::int32_t position) const;

@@ -40,6 +40,8 @@ public:
     // Everything from `offset` on that the window holds, `wanted` bytes at least, fewer only where
     // the file ends: a whole block for loops that go through it on their own.
     [[nodiscard]] std::span<const std::uint8_t> view_block(std::int64_t offset, std::size_t wanted);
+    // What the window holds from `offset` on, without reading anything.
+    [[nodiscard]] std::span<const std::uint8_t> held_from(std::int64_t offset) const noexcept;
     // Copies bytes out without moving the window: what it holds from memory, the rest straight
     // from the file. The number copied, smaller only where the file ends.
     std::size_t copy(std::int64_t offset, std::span<std::uint8_t> into);
@@ -61,7 +63,6 @@ private:
     [[nodiscard]] const std::uint8_t* data(std::int64_t offset) const noexcept {
         return buffer_.get() + (offset - begin_);
     }
-    [[nodiscard]] std::span<const std::uint8_t> held_from(std::int64_t offset) const noexcept;
     std::span<const std::uint8_t> refill(std::int64_t offset, std::size_t wanted);
     void move_to(std::int64_t begin, std::int64_t end, std::size_t capacity);
 
