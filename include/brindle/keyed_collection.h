@@ -3,21 +3,22 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <string_view>
 
+#include <brindle/export.h>
 #include <brindle/values.h>
 
 namespace brindle {
 
-class HashIndex;
+// A short key as one number (util/packed_key.h).
+enum class PackedKey : std::uint64_t;
 
 // Items under unique keys, in the order in which they were added. Keys are compared exactly.
 //
 // Looking up, adding and finding a duplicate take constant time; removing takes time linear in
 // the number of entries. Positions count from 1.
-class KeyedCollection {
+class BRINDLE_EXPORT KeyedCollection {
 public:
     KeyedCollection();
     KeyedCollection(const KeyedCollection&) = delete;
@@ -39,16 +40,13 @@ public:
     void AddKey(std::u16string_view key);
 
 private:
-    struct Entry {
-        String key;
-        std::unique_ptr<Variant> item;  // none: the item is the key's own text
-    };
+    friend class FrameStore;
+    struct Table;
 
-    [[nodiscard]] std::size_t find(std::u16string_view key) const noexcept;
-    void append(std::u16string_view key, std::unique_ptr<Variant> item);
+    // Appends a key of which it is known that it is new.
+    void append(PackedKey short_key);
 
-    std::deque<Entry> entries_;
-    std::unique_ptr<HashIndex> index_;
+    std::unique_ptr<Table> table_;
 };
 
 }  // namespace brindle

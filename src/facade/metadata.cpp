@@ -25,7 +25,7 @@ const String kIntro = u"Intro";
 const String kOutro = u"OutromSStart";
 
 String field(const Model& model, const String& name) {
-    return ask(model, [&](const cMP3ID3v2& m) { return m.GetCustomField(name); });
+    return ask(model, [&](const cMP3ID3v2& m) { return m.custom_text(name); });
 }
 
 void set_field(const Model& model, const String& name, const String& value) {
@@ -281,7 +281,7 @@ bool cMPEGHeader::CustomFieldExists(const String& FieldDescriptor) const {
 
 Variant cMPEGHeader::CustomFieldRetrieve(const String& FieldDescriptor) const {
     return ask(model_,
-               [&](const cMP3ID3v2& m) { return Variant(m.GetCustomField(FieldDescriptor)); });
+               [&](const cMP3ID3v2& m) { return Variant(m.custom_text(FieldDescriptor)); });
 }
 
 // --- The ID3v1 record.

@@ -36,6 +36,17 @@ std::vector<std::uint8_t> narrowed(const String& text) {
     return bytes;
 }
 
+std::span<const std::uint8_t> without_spaces_at_ends(std::span<const std::uint8_t> text) {
+    constexpr std::uint8_t kSpace = ' ';
+    while (!text.empty() && text.back() == kSpace) {
+        text = text.first(text.size() - 1);
+    }
+    while (!text.empty() && text.front() == kSpace) {
+        text = text.subspan(1);
+    }
+    return text;
+}
+
 // A file that became shorter since its length was asked for must not be taken for a whole one.
 void read_all(BinaryFile& file, std::int64_t offset, std::span<std::uint8_t> into) {
     if (file.read_at(offset, into) != into.size()) {
@@ -121,7 +132,8 @@ void cMP3ID3v1::reset() noexcept {
 }
 
 String cMP3ID3v1::text(const HostText& set, Id3v1Field field) const {
-    String cleaned = TrimChars(set ? *set : widen(record_.text(field)), u" ", kBinaryCompare);
+    String cleaned = set ? TrimChars(*set, u" ", kBinaryCompare)
+                         : widen(without_spaces_at_ends(record_.text(field)));
     std::erase(cleaned, u'\0');
     return cleaned;
 }

@@ -14,16 +14,21 @@ bool begins_with(std::span<const std::uint8_t> bytes, std::string_view identifie
            std::equal(identifier.begin(), identifier.end(), bytes.begin());
 }
 
-}  // namespace
-
-Id3v1Record::Id3v1Record() noexcept {
-    std::copy(kIdentifier.begin(), kIdentifier.end(), bytes_.begin());
+constexpr std::array<std::uint8_t, kId3v1Length> kEmptyRecord = [] {
+    std::array<std::uint8_t, kId3v1Length> bytes{};
+    std::copy(kIdentifier.begin(), kIdentifier.end(), bytes.begin());
     for (const Id3v1Field field :
          {kId3v1Title, kId3v1Artist, kId3v1Album, kId3v1Year, kId3v1Comment}) {
-        set_text(field, {});
+        std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(field.offset), field.width,
+                    std::uint8_t{' '});
     }
-    set_genre(kNoGenre);
-}
+    bytes[kId3v1Genre.offset] = kNoGenre;
+    return bytes;
+}();
+
+}  // namespace
+
+Id3v1Record::Id3v1Record() noexcept : bytes_(kEmptyRecord) {}
 
 std::optional<Id3v1Record> Id3v1Record::parse(std::span<const std::uint8_t> bytes) {
     if (bytes.size() != kId3v1Length || !is_id3v1_identifier(bytes)) {

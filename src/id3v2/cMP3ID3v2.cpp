@@ -22,14 +22,16 @@ void cMP3ID3v2::initialise() {
     analyser_ = std::make_unique<clsMPEG>(environment_);
     analyser_->Owner = Owner;
     v1_ = std::make_unique<cMP3ID3v1>(environment_);
-    auto fresh = std::make_unique<TagContents>();
-    if (contents_) {
-        // Lyrics and genre number outlive the file they were read from.
-        contents_->fields.clear_all_but_lyrics();
-        fresh->fields = std::move(contents_->fields);
-        fresh->genre = contents_->genre;
+    if (!contents_ || !contents_->is_new()) {
+        auto fresh = std::make_unique<TagContents>();
+        if (contents_) {
+            // Lyrics and genre number outlive the file they were read from.
+            contents_->fields.clear_all_but_lyrics();
+            fresh->fields = std::move(contents_->fields);
+            fresh->genre = contents_->genre;
+        }
+        contents_ = std::move(fresh);
     }
-    contents_ = std::move(fresh);
     tag_position_ = 0;
     junk_length_ = 0;
     tag_version_ = 0;

@@ -143,6 +143,7 @@ public:
     void AddCustomField(const String& CustomFieldName, const String& CustomFieldValue);
     // "" when the field is absent.
     [[nodiscard]] String GetCustomField(const Variant& FieldName) const;
+    [[nodiscard]] String custom_text(std::u16string_view name) const;
     [[nodiscard]] bool CustomFieldExists(const String& Desc) const;
 
     // Milliseconds.

@@ -1,6 +1,6 @@
 #include "id3v2/custom_fields.h"
 
-#include <utility>
+#include <algorithm>
 
 namespace brindle {
 
@@ -28,37 +28,39 @@ bool same(const StoredText& a, const StoredText& b) noexcept {
 
 }  // namespace
 
-std::size_t CustomFields::locate(std::uint32_t hash, std::u16string_view name) const noexcept {
-    return index_.find(hash, [&](std::size_t entry) { return fields_[entry].name == name; });
-}
-
-void CustomFields::append(std::uint32_t hash, Field field) {
-    index_.make_room();
-    fields_.push_back(std::move(field));
-    index_.add(hash, fields_.size() - 1);
-}
-
-void CustomFields::add_first(StoredText name, StoredText value) {
-    const std::uint32_t hash = hash_of(name);
-    const std::size_t at =
-        index_.find(hash, [&](std::size_t entry) { return same(fields_[entry].name, name); });
-    if (at == HashIndex::kNotFound) {
-        append(hash, {std::move(name), std::move(value)});
+std::size_t CustomFields::locate(std::u16string_view name) const {
+    if (fields_.size() <= kFew) {
+        const auto field =
+            std::find_if(fields_.begin(), fields_.end(), [&](const Field& candidate) {
+                return candidate.name.size() == name.size() && candidate.name == name;
+            });
+        return field == fields_.end() ? HashIndex::kNotFound
+                                      : static_cast<std::size_t>(field - fields_.begin());
     }
+    const auto hash = [this](std::size_t entry) { return hash_of(fields_[entry].name); };
+    for (; indexed_ < fields_.size(); ++indexed_) {
+        const StoredText& added = fields_[indexed_].name;
+        const auto is_same = [&](std::size_t entry) { return same(fields_[entry].name, added); };
+        if (index_.find(hash(indexed_), is_same) == HashIndex::kNotFound) {
+            index_.make_room(hash);
+            index_.add(hash(indexed_), indexed_);
+        }
+    }
+    return index_.find(TextHash::of(name),
+                       [&](std::size_t entry) { return fields_[entry].name == name; });
 }
 
 void CustomFields::set(std::u16string_view name, std::u16string_view value) {
-    const std::uint32_t hash = TextHash::of(name);
-    const std::size_t at = locate(hash, name);
+    const std::size_t at = locate(name);
     if (at == HashIndex::kNotFound) {
-        append(hash, {StoredText(name), StoredText(value)});
+        fields_.push_back({StoredText(name), StoredText(value)});
     } else {
         fields_[at].value = StoredText(value);
     }
 }
 
-const StoredText* CustomFields::find(std::u16string_view name) const noexcept {
-    const std::size_t at = locate(TextHash::of(name), name);
+const StoredText* CustomFields::find(std::u16string_view name) const {
+    const std::size_t at = locate(name);
     return at == HashIndex::kNotFound ? nullptr : &fields_[at].value;
 }
 

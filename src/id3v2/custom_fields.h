@@ -1,8 +1,10 @@
 // The custom fields of a tag by name.
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <string_view>
+#include <utility>
 
 #include <brindle/values.h>
 
@@ -15,24 +17,30 @@ namespace brindle {
 // Names are compared exactly.
 class CustomFields {
 public:
+    [[nodiscard]] bool empty() const noexcept { return fields_.empty(); }
     // A field as the reader finds it. A name seen before keeps its first value.
-    void add_first(StoredText name, StoredText value);
+    void add_first(StoredText name, StoredText value) {
+        fields_.push_back({std::move(name), std::move(value)});
+    }
     // Adds a field or replaces its value.
     void set(std::u16string_view name, std::u16string_view value);
     // Null when there is no such field.
-    [[nodiscard]] const StoredText* find(std::u16string_view name) const noexcept;
+    [[nodiscard]] const StoredText* find(std::u16string_view name) const;
 
 private:
     struct Field {
         StoredText name;
         StoredText value;
     };
+    // Fewer are searched as fast without an index.
+    static constexpr std::size_t kFew = 32;
 
-    [[nodiscard]] std::size_t locate(std::uint32_t hash, std::u16string_view name) const noexcept;
-    void append(std::uint32_t hash, Field field);
+    [[nodiscard]] std::size_t locate(std::u16string_view name) const;
 
-    std::deque<Field> fields_;
-    HashIndex index_;
+    std::deque<Field> fields_;  // of two fields of one name the first one counts
+    // Made when a search needs it, of the first so many fields.
+    mutable HashIndex index_;
+    mutable std::size_t indexed_ = 0;
 };
 
 // A tag's values are split at this character: a custom field's name from its value.

@@ -9,46 +9,106 @@
 
 namespace brindle {
 
-const FrameStore::Record* FrameStore::find(std::u16string_view id) const noexcept {
-    const std::size_t at =
-        index_.find(TextHash::of(id), [&](std::size_t entry) { return records_[entry].id == id; });
-    return at == HashIndex::kNotFound ? nullptr : &records_[at];
+namespace {
+
+PackedKey packed(FrameId id) {
+    constexpr std::uint32_t kNotAscii = 0x8080'8080;
+    const auto bytes = static_cast<std::uint32_t>(id);
+    if (id == kNoFrameId || (bytes & kNotAscii) != 0) {
+        return pack_short(text_of(id));
+    }
+    const std::uint64_t last = bytes;
+    return PackedKey{(last & 0xFF) | (last & 0xFF00) << 8U | (last & 0xFF'0000) << 16U |
+                     (last & 0xFF00'0000) << 24U};
+}
+
+}  // namespace
+
+// Each frame goes when it has its place, so that no memory is needed twice, and a lack of it leaves
+// nothing out.
+void FrameStore::sort_rest() const {
+    std::size_t last = 0;
+    while (!unsorted_.empty()) {
+        last = sort_one(unsorted_.front(), last);
+        unsorted_.pop();
+    }
+}
+
+// The number of its record; `guess` is that of the frame before, which is often of the same id.
+std::size_t FrameStore::sort_one(const QueuedFrame& frame, std::size_t guess) const {
+    const PackedKey key = packed(frame.id);
+    StoredText text = StoredText::in_file({frame.value, frame.size});
+    std::size_t known =
+        guess < records_.size() && records_[guess].id == key ? guess : find_sorted(key);
+    if (known == HashIndex::kNotFound) {
+        known = records_.size();
+        records_.push_back({key, FrameValues(std::move(text))});
+        try {
+            frame_list_->append(key);
+        } catch (...) {
+            records_.pop_back();
+            throw;
+        }
+    } else {
+        FrameValues& values = records_[known].values;
+        const std::int32_t number = values.count().value_or(0) + 1;
+        if (number == 1) {
+            frame_list_->append(key);
+        }
+        values.add(number, std::move(text), number);
+    }
+    ++value_count_;
+    return known;
+}
+
+std::size_t FrameStore::find_sorted(PackedKey id) const {
+    if (records_.size() <= kFew) {
+        const auto found = std::find_if(records_.begin(), records_.end(),
+                                        [id](const Record& record) { return record.id == id; });
+        return found == records_.end() ? HashIndex::kNotFound
+                                       : static_cast<std::size_t>(found - records_.begin());
+    }
+    const auto hash_of = [this](std::size_t entry) { return TextHash::of(records_[entry].id); };
+    while (index_.size() < records_.size()) {
+        index_.make_room(hash_of);
+        index_.add(hash_of(index_.size()), index_.size());
+    }
+    return index_.find(TextHash::of(id),
+                       [&](std::size_t entry) { return records_[entry].id == id; });
+}
+
+FrameStore::Record* FrameStore::find(std::u16string_view id) const {
+    sort();
+    const PackedKey key = packer_.find(id);
+    const std::size_t entry = key == kNoKey ? HashIndex::kNotFound : find_sorted(key);
+    return entry == HashIndex::kNotFound ? nullptr : &records_[entry];
 }
 
 FrameStore::Record& FrameStore::find_or_add(std::u16string_view id) {
-    const std::uint32_t hash = TextHash::of(id);
-    const std::size_t at =
-        index_.find(hash, [&](std::size_t entry) { return records_[entry].id == id; });
-    if (at != HashIndex::kNotFound) {
-        return records_[at];
+    if (Record* const known = find(id)) {
+        return *known;
     }
-    index_.make_room();
-    records_.push_back({String(id), {}, {}});
-    index_.add(hash, records_.size() - 1);
+    records_.push_back({packer_.pack(id), {}});
     return records_.back();
 }
 
-bool FrameStore::add_value(Record& record, std::int32_t index, StoredText text) {
-    const bool added = record.values.add(index, std::move(text));
-    value_count_ += added ? 1 : 0;
-    return added;
-}
-
 bool FrameStore::is_listed(std::u16string_view id) const {
+    sort();
     return frame_list_->Exists(id) && !to_text(frame_list_->Item(id)).empty();
 }
 
-std::optional<std::int32_t> FrameStore::count(std::u16string_view id) const noexcept {
-    const Record* record = find(id);
-    return record == nullptr ? std::nullopt : record->count;
+std::optional<std::int32_t> FrameStore::count(std::u16string_view id) const {
+    const Record* const record = find(id);
+    return record == nullptr ? std::nullopt : record->values.count();
 }
 
-const StoredText* FrameStore::value(std::u16string_view id, std::int32_t index) const noexcept {
-    const Record* record = find(id);
+const StoredText* FrameStore::value(std::u16string_view id, std::int32_t index) const {
+    const Record* const record = find(id);
     return record == nullptr ? nullptr : record->values.find(index);
 }
 
 FrameStore FrameStore::copy() const {
+    sort();
     FrameStore copied;
     for (std::int32_t position = 1; position <= frame_list_->Count(); ++position) {
         const String id = to_text(frame_list_->Item(position));
@@ -57,40 +117,32 @@ FrameStore FrameStore::copy() const {
         }
     }
     for (const Record& record : records_) {
-        Record& twin = copied.find_or_add(record.id);
-        twin.count = record.count;
+        FrameValues& twins = copied.find_or_add(packer_.text(record.id)).values;
         for (std::size_t place = 0; place < record.values.size(); ++place) {
-            const FrameValues::Slot& slot = record.values.slot(place);
-            copied.add_value(twin, slot.index, slot.text.share());
+            const FrameValues::SlotView slot = record.values.slot(place);
+            twins.add(slot.index, slot.text.share(), record.values.count());
         }
+        twins.set_count(record.values.count());
     }
+    copied.value_count_ = value_count_;
     return copied;
 }
 
-// A host may have listed it already.
-void FrameStore::list_id(const String& id) {
+// False when a host has listed it already.
+bool FrameStore::list_id(const String& id) {
     try {
         frame_list_->AddKey(id);
+        return true;
     } catch (const Error&) {
-        return;
+        return false;
     }
-}
-
-void FrameStore::append(std::u16string_view id, StoredText text) {
-    Record& record = find_or_add(id);
-    if (!record.count) {
-        frame_list_->AddKey(id);
-    }
-    const std::int32_t number = record.count.value_or(0) + 1;
-    add_value(record, number, std::move(text));
-    record.count = number;
 }
 
 // All or nothing: a number that is counted and has no value would hide the values behind it.
 void FrameStore::add(const String& id, std::u16string_view text, std::int32_t index) {
     StoredText stored(text);
-    Record& record = find_or_add(id);
-    std::optional<std::int32_t> count = record.count;
+    FrameValues& values = find_or_add(id).values;
+    std::optional<std::int32_t> count = values.count();
     bool lists = false;
     if (!is_listed(id)) {
         lists = true;
@@ -101,24 +153,25 @@ void FrameStore::add(const String& id, std::u16string_view text, std::int32_t in
     } else {
         lists = !is_listed(kCustomFrame);
     }
-    const bool added = add_value(record, index, std::move(stored));
     if (lists) {
         count = count.value_or(1);
-        try {
-            list_id(id);
-        } catch (const std::bad_alloc&) {
-            value_count_ -= added && record.values.remove(index) ? 1 : 0;
-            throw;
-        }
     }
-    record.count = count;
+    const bool listed = lists && list_id(id);
+    try {
+        value_count_ += values.add(index, std::move(stored), count) ? 1 : 0;
+    } catch (const std::bad_alloc&) {
+        if (listed) {
+            frame_list_->Remove(id);
+        }
+        throw;
+    }
 }
 
 void FrameStore::remove_value(const String& id, std::int32_t index) {
     Record& record = find_or_add(id);
     value_count_ -= record.values.remove(index) ? 1 : 0;
     for (std::size_t place = 0; place < record.values.size(); ++place) {
-        const FrameValues::Slot& slot = record.values.slot(place);
+        const FrameValues::SlotView slot = record.values.slot(place);
         if (slot.index >= 1 && slot.index <= value_count_ && !slot.text.empty()) {
             return;
         }
@@ -134,11 +187,11 @@ void FrameStore::remove_frame(const String& id) {
 
 void FrameStore::forget(const String& id, Record& record) {
     skip_errors([&] { frame_list_->Remove(id); });
-    record.count.reset();
+    record.values.set_count(std::nullopt);
 }
 
-std::int32_t FrameStore::find_custom(std::u16string_view description) const noexcept {
-    const Record* record = find(kCustomFrame);
+std::int32_t FrameStore::find_custom(std::u16string_view description) const {
+    const Record* const record = find(kCustomFrame);
     if (record == nullptr) {
         return 0;
     }

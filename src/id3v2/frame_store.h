@@ -1,18 +1,24 @@
 // The frames of a tag in memory.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string_view>
+#include <utility>
 
 #include <brindle/keyed_collection.h>
 #include <brindle/values.h>
 
+#include "id3v2/frame_queue.h"
 #include "id3v2/frame_values.h"
 #include "id3v2/stored_text.h"
+#include "id3v2/tag_layout.h"
 #include "util/hash_index.h"
+#include "util/packed_key.h"
 
 namespace brindle {
 
@@ -21,28 +27,42 @@ namespace brindle {
 //
 // The first one is handed out to hosts, who may change it behind our back; so the other two never
 // rely on it, and an id that it lacks may still have values here.
+//
+// The reader only lines frames up. They are sorted by id when somebody asks for anything: a library
+// scan reads a few properties of each file and seldom a frame. So any member may raise
+// std::bad_alloc; what was not sorted then waits for the next question.
 class FrameStore {
 public:
     FrameStore() : frame_list_(std::make_shared<KeyedCollection>()) {}
 
-    [[nodiscard]] const std::shared_ptr<KeyedCollection>& frame_list() const noexcept {
+    [[nodiscard]] const std::shared_ptr<KeyedCollection>& frame_list() const {
+        sort();
         return frame_list_;
     }
     // An id counts as listed when its entry says so; a host may have put anything there.
     [[nodiscard]] bool is_listed(std::u16string_view id) const;
     // None when the id has no count.
-    [[nodiscard]] std::optional<std::int32_t> count(std::u16string_view id) const noexcept;
+    [[nodiscard]] std::optional<std::int32_t> count(std::u16string_view id) const;
     // Null when there is no such value.
-    [[nodiscard]] const StoredText* value(std::u16string_view id,
-                                          std::int32_t index) const noexcept;
+    [[nodiscard]] const StoredText* value(std::u16string_view id, std::int32_t index) const;
     // The values of all ids together.
-    [[nodiscard]] std::int32_t value_count() const noexcept { return value_count_; }
+    [[nodiscard]] std::int32_t value_count() const {
+        sort();
+        return value_count_;
+    }
 
+    // True until anything was added or the list was handed out.
+    [[nodiscard]] bool is_new() const noexcept {
+        return unsorted_.empty() && records_.empty() && frame_list_.use_count() == 1 &&
+               frame_list_->Count() == 0;
+    }
     // A second store of the same frames; it may see the same file bytes.
     [[nodiscard]] FrameStore copy() const;
 
-    // A value as the reader finds it: the next one of its id.
-    void append(std::u16string_view id, StoredText text);
+    // A value as the reader finds it: the next one of its id. Somebody else keeps the bytes.
+    void append(FrameId id, std::span<const std::uint8_t> value) {
+        unsorted_.push({id, static_cast<std::uint32_t>(value.size()), value.data()});
+    }
     // Adds a value. `index` 0 appends it; another one puts it where an earlier value was removed
     // and leaves the count alone. For an id that is not in the list yet, `index` is ignored.
     void add(const String& id, std::u16string_view text, std::int32_t index);
@@ -52,25 +72,37 @@ public:
     // Removes an id with its values 1, 2, 3 ...
     void remove_frame(const String& id);
     // The number of the custom value ("TXXX") of that description; 0 when there is none.
-    [[nodiscard]] std::int32_t find_custom(std::u16string_view description) const noexcept;
+    [[nodiscard]] std::int32_t find_custom(std::u16string_view description) const;
 
 private:
     struct Record {
-        String id;
-        std::optional<std::int32_t> count;
+        PackedKey id;
         FrameValues values;
     };
+    // Fewer are searched as fast without an index.
+    static constexpr std::size_t kFew = 32;
 
-    [[nodiscard]] const Record* find(std::u16string_view id) const noexcept;
+    // Gives the frames that the reader has lined up to their ids.
+    void sort() const {
+        if (!unsorted_.empty()) {
+            sort_rest();
+        }
+    }
+    void sort_rest() const;
+    std::size_t sort_one(const QueuedFrame& frame, std::size_t guess) const;
+    [[nodiscard]] std::size_t find_sorted(PackedKey id) const;
+    [[nodiscard]] Record* find(std::u16string_view id) const;
     Record& find_or_add(std::u16string_view id);
-    bool add_value(Record& record, std::int32_t index, StoredText text);
-    void list_id(const String& id);
+    bool list_id(const String& id);
     void forget(const String& id, Record& record);
 
     std::shared_ptr<KeyedCollection> frame_list_;
-    std::deque<Record> records_;
-    HashIndex index_;
-    std::int32_t value_count_ = 0;
+    // What follows changes in the sorting too, which shows from outside in nothing but time.
+    mutable FrameQueue unsorted_;
+    mutable KeyPacker packer_;
+    mutable std::deque<Record> records_;
+    mutable HashIndex index_;  // of the records, when there are more than a few
+    mutable std::int32_t value_count_ = 0;
 };
 
 // User-defined text frames, which hold the custom and radio fields.

@@ -1,89 +1,122 @@
 #include "id3v2/frame_values.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace brindle {
+namespace {
 
-std::size_t FrameValues::lower_bound(std::int32_t index) const noexcept {
-    std::size_t first = 0;
-    std::size_t last = size();
+// The place of the first number that is not below `index`.
+template <typename Slots>
+auto lower_bound(Slots& slots, std::int32_t index) noexcept {
     // Appending is the usual case.
-    if (last != 0 && slot(last - 1).index < index) {
-        return last;
+    if (!slots.empty() && slots.back().index < index) {
+        return slots.end();
     }
-    while (first < last) {
-        const std::size_t middle = first + (last - first) / 2;
-        if (slot(middle).index < index) {
-            first = middle + 1;
-        } else {
-            last = middle;
-        }
+    return std::lower_bound(
+        slots.begin(), slots.end(), index,
+        [](const FrameValues::Slot& slot, std::int32_t wanted) { return slot.index < wanted; });
+}
+
+template <typename Slots>
+auto find_slot(Slots& slots, std::int32_t index) noexcept {
+    const auto place = lower_bound(slots, index);
+    return place != slots.end() && place->index == index ? place : slots.end();
+}
+
+}  // namespace
+
+std::size_t FrameValues::size() const noexcept {
+    if (list_) {
+        return list_->slots.size();
     }
-    return first;
+    return only_.is_none() ? 0 : 1;
+}
+
+FrameValues::SlotView FrameValues::slot(std::size_t place) const noexcept {
+    if (!list_) {
+        return {only_, kOnlyIndex};
+    }
+    const Slot& slot = list_->slots[place];
+    return {slot.text, slot.index};
 }
 
 const StoredText* FrameValues::find(std::int32_t index) const noexcept {
-    const std::size_t place = lower_bound(index);
-    return place < size() && slot(place).index == index ? &slot(place).text : nullptr;
+    if (!list_) {
+        return index == kOnlyIndex && !only_.is_none() ? &only_ : nullptr;
+    }
+    const auto slot = find_slot(list_->slots, index);
+    return slot == list_->slots.end() ? nullptr : &slot->text;
 }
 
-bool FrameValues::add(std::int32_t index, StoredText text) {
-    const std::size_t place = lower_bound(index);
-    if (place < size() && slot(place).index == index) {
-        return false;
+std::optional<std::int32_t> FrameValues::count() const noexcept {
+    if (list_) {
+        return list_->count;
     }
-    Slot added{std::move(text), index};
-    if (place == 0) {
-        if (has_first_) {
-            rest_.insert(rest_.begin(), std::move(first_));
+    return only_.is_none() ? std::nullopt : std::optional<std::int32_t>(1);
+}
+
+FrameValues::List& FrameValues::list() {
+    if (!list_) {
+        auto made = std::make_unique<List>();
+        constexpr std::size_t kUsual = 4;
+        made->slots.reserve(kUsual);
+        made->count = count();
+        if (!only_.is_none()) {
+            made->slots.push_back({StoredText(), kOnlyIndex});
+            made->slots.back().text = std::exchange(only_, StoredText::none());
         }
-        first_ = std::move(added);
-        has_first_ = true;
-    } else {
-        rest_.insert(std::next(rest_.begin(), static_cast<std::ptrdiff_t>(place - 1)),
-                     std::move(added));
+        list_ = std::move(made);
     }
-    return true;
+    return *list_;
+}
+
+bool FrameValues::add(std::int32_t index, StoredText text, std::optional<std::int32_t> count) {
+    if (!list_ && only_.is_none() && index == kOnlyIndex && count == 1) {
+        only_ = std::move(text);
+        return true;
+    }
+    List& all = list();
+    const auto place = lower_bound(all.slots, index);
+    const bool is_free = place == all.slots.end() || place->index != index;
+    if (is_free) {
+        all.slots.insert(place, {std::move(text), index});
+    }
+    all.count = count;
+    return is_free;
 }
 
 bool FrameValues::remove(std::int32_t index) {
-    const std::size_t place = lower_bound(index);
-    if (place == size() || slot(place).index != index) {
+    auto& slots = list().slots;
+    const auto slot = find_slot(slots, index);
+    if (slot == slots.end()) {
         return false;
     }
-    erase(place, place + 1);
+    slots.erase(slot);
     return true;
 }
 
 std::size_t FrameValues::remove_run_from_1() {
-    const std::size_t first = lower_bound(1);
-    std::size_t last = first;
-    while (last < size() && std::cmp_equal(slot(last).index, last - first + 1)) {
+    auto& slots = list().slots;
+    const auto first = lower_bound(slots, kOnlyIndex);
+    auto last = first;
+    while (last != slots.end() && std::cmp_equal(last->index, last - first + 1)) {
         ++last;
     }
-    erase(first, last);
-    return last - first;
+    const auto removed = static_cast<std::size_t>(last - first);
+    slots.erase(first, last);
+    return removed;
 }
 
-void FrameValues::erase(std::size_t first, std::size_t last) {
-    const auto rest_at = [&](std::size_t place) {
-        return std::next(rest_.begin(), static_cast<std::ptrdiff_t>(place) - 1);
-    };
-    if (first == last) {
+void FrameValues::set_count(std::optional<std::int32_t> count) {
+    if (count == this->count()) {
         return;
     }
-    if (first != 0) {
-        rest_.erase(rest_at(first), rest_at(last));
+    if (list_ && list_->slots.empty() && !count) {
+        list_.reset();
         return;
     }
-    if (last == size()) {
-        rest_.clear();
-        first_ = Slot{};
-        has_first_ = false;
-        return;
-    }
-    first_ = std::move(*rest_at(last));
-    rest_.erase(rest_.begin(), rest_at(last + 1));
+    list().count = count;
 }
 
 }  // namespace brindle

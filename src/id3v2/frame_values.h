@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -10,9 +12,12 @@
 
 namespace brindle {
 
-// Values under their numbers, kept in the order of the numbers. Numbers are 1, 2, 3 ... as a rule,
-// but a removed value leaves a gap, so that its successor can take its place. Most frame ids have
-// one value only, which needs no list of its own.
+// Values under their numbers, kept in the order of the numbers, and how many the id counts. Numbers
+// are 1, 2, 3 ... as a rule, but a removed value leaves a gap, so that its successor can take its
+// place; and the count does not follow each change.
+//
+// Most frame ids have one value, of number 1, and count one. All else is kept in a list of its own,
+// so that a tag of a hundred thousand ids stays small.
 class FrameValues {
 public:
     struct Slot {
@@ -20,26 +25,41 @@ public:
         std::int32_t index = 0;
     };
 
-    [[nodiscard]] std::size_t size() const noexcept { return has_first_ ? 1 + rest_.size() : 0; }
+    FrameValues() = default;
+    // The value of number 1; the count is 1.
+    explicit FrameValues(StoredText text) noexcept : only_(std::move(text)) {}
+
+    [[nodiscard]] std::size_t size() const noexcept;
+    struct SlotView {
+        const StoredText& text;
+        std::int32_t index;
+    };
     // By place, from 0, not by number.
-    [[nodiscard]] const Slot& slot(std::size_t place) const noexcept {
-        return place == 0 ? first_ : rest_[place - 1];
-    }
+    [[nodiscard]] SlotView slot(std::size_t place) const noexcept;
     [[nodiscard]] const StoredText* find(std::int32_t index) const noexcept;
-    // False when the number is taken.
-    bool add(std::int32_t index, StoredText text);
+    [[nodiscard]] std::optional<std::int32_t> count() const noexcept;
+
+    // False when the number is taken; the count is set in any case. All or nothing.
+    bool add(std::int32_t index, StoredText text, std::optional<std::int32_t> count);
+    // The same, and leaves the count as it is.
+    bool add(std::int32_t index, StoredText text) { return add(index, std::move(text), count()); }
     bool remove(std::int32_t index);
     // Removes 1, 2, 3 ... until a number is missing; how many there were.
     std::size_t remove_run_from_1();
+    void set_count(std::optional<std::int32_t> count);
 
 private:
-    // The place of the first number that is not below `index`.
-    [[nodiscard]] std::size_t lower_bound(std::int32_t index) const noexcept;
-    void erase(std::size_t first, std::size_t last);
+    struct List {
+        std::vector<Slot> slots;
+        std::optional<std::int32_t> count;
+    };
+    static constexpr std::int32_t kOnlyIndex = 1;
 
-    Slot first_;
-    bool has_first_ = false;
-    std::vector<Slot> rest_;
+    // The list, with what was kept without one.
+    List& list();
+
+    StoredText only_ = StoredText::none();
+    std::unique_ptr<List> list_;
 };
 
 }  // namespace brindle

@@ -48,7 +48,11 @@ void cMP3ID3v2::AddCustomField(const String& CustomFieldName, const String& Cust
 }
 
 String cMP3ID3v2::GetCustomField(const Variant& FieldName) const {
-    const StoredText* value = contents_->custom.find(to_text(FieldName));
+    return custom_text(to_text(FieldName));
+}
+
+String cMP3ID3v2::custom_text(std::u16string_view name) const {
+    const StoredText* const value = contents_->custom.find(name);
     String text = value != nullptr ? value->wide() : String();
     std::erase(text, u'\0');
     return text;
@@ -59,7 +63,7 @@ bool cMP3ID3v2::CustomFieldExists(const String& Desc) const {
 }
 
 std::int32_t cMP3ID3v2::Sectonemsend() const {
-    return number_or_0(GetCustomField(kSecTone), to_long);
+    return number_or_0(custom_text(kSecTone), to_long);
 }
 
 void cMP3ID3v2::Sectonemsend(std::int32_t NewSectonems) {
@@ -67,7 +71,7 @@ void cMP3ID3v2::Sectonemsend(std::int32_t NewSectonems) {
 }
 
 double cMP3ID3v2::Speed() const {
-    return number_or_0(GetCustomField(kSpeed), to_double);
+    return number_or_0(custom_text(kSpeed), to_double);
 }
 
 void cMP3ID3v2::Speed(double NewTarnSpeed) {
@@ -75,7 +79,7 @@ void cMP3ID3v2::Speed(double NewTarnSpeed) {
 }
 
 std::int32_t cMP3ID3v2::Volume() const {
-    return number_or_0(GetCustomField(kVolume), to_long);
+    return number_or_0(custom_text(kVolume), to_long);
 }
 
 void cMP3ID3v2::Volume(std::int32_t NewVol) {
@@ -83,7 +87,7 @@ void cMP3ID3v2::Volume(std::int32_t NewVol) {
 }
 
 bool cMP3ID3v2::Opener() const {
-    return number_or_0(GetCustomField(kOpener), to_long) != 0;
+    return number_or_0(custom_text(kOpener), to_long) != 0;
 }
 
 void cMP3ID3v2::Opener(bool NewOpenerValue) {
@@ -91,7 +95,7 @@ void cMP3ID3v2::Opener(bool NewOpenerValue) {
 }
 
 std::int32_t cMP3ID3v2::CueIn() const {
-    return number_or_0(GetCustomField(kCueIn), to_long);
+    return number_or_0(custom_text(kCueIn), to_long);
 }
 
 void cMP3ID3v2::CueIn(std::int32_t NewCueInms) {
@@ -99,7 +103,7 @@ void cMP3ID3v2::CueIn(std::int32_t NewCueInms) {
 }
 
 std::int16_t cMP3ID3v2::CategoryLevel() const {
-    return number_or_0(GetCustomField(kCategoryLevel), to_integer);
+    return number_or_0(custom_text(kCategoryLevel), to_integer);
 }
 
 void cMP3ID3v2::CategoryLevel(std::int16_t NewCatLevel) {

@@ -1,6 +1,7 @@
 // The text and link frames that have a property of their own.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -79,6 +80,10 @@ inline constexpr std::array<StandardFieldRow, kStandardFieldCount> kStandardFiel
 // adding or removing frames by hand does not change it.
 class StandardFieldTexts {
 public:
+    [[nodiscard]] bool empty() const noexcept {
+        return std::all_of(texts_.begin(), texts_.end(),
+                           [](const StoredText& text) { return text.empty(); });
+    }
     // As a host reads it.
     [[nodiscard]] String get(StandardField field) const;
     void set(StandardField field, StoredText text);

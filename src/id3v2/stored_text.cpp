@@ -1,18 +1,10 @@
 #include "id3v2/stored_text.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "util/code_page.h"
 
 namespace brindle {
-
-StoredText StoredText::in_file(std::span<const std::uint8_t> bytes) noexcept {
-    StoredText text;
-    text.data_ = bytes.data();
-    text.size_ = static_cast<std::uint32_t>(bytes.size());
-    return text;
-}
 
 StoredText::StoredText(std::u16string_view text) {
     if (text.empty()) {
@@ -22,19 +14,7 @@ StoredText::StoredText(std::u16string_view text) {
     std::copy(text.begin(), text.end(), units);
     data_ = units;
     size_ = static_cast<std::uint32_t>(text.size());
-    is_wide_ = true;
-}
-
-StoredText::~StoredText() {
-    if (is_wide_) {
-        delete[] static_cast<const char16_t*>(data_);
-    }
-}
-
-void StoredText::swap(StoredText& other) noexcept {
-    std::swap(data_, other.data_);
-    std::swap(size_, other.size_);
-    std::swap(is_wide_, other.is_wide_);
+    form_ = Form::Wide;
 }
 
 std::span<const std::uint8_t> StoredText::bytes() const noexcept {
@@ -46,7 +26,7 @@ std::u16string_view StoredText::units() const noexcept {
 }
 
 String StoredText::wide() const {
-    return is_wide_ ? String(units()) : widen(bytes());
+    return is_wide() ? String(units()) : widen(bytes());
 }
 
 bool StoredText::operator==(std::u16string_view text) const noexcept {
@@ -54,11 +34,11 @@ bool StoredText::operator==(std::u16string_view text) const noexcept {
 }
 
 char16_t StoredText::operator[](std::size_t i) const noexcept {
-    return is_wide_ ? units()[i] : widen(bytes()[i]);
+    return is_wide() ? units()[i] : widen(bytes()[i]);
 }
 
 std::size_t StoredText::find_nul(std::size_t from) const noexcept {
-    if (is_wide_) {
+    if (is_wide()) {
         return std::min(units().find(u'\0', from), std::size_t{size_});
     }
     const auto all = bytes();
@@ -71,16 +51,20 @@ bool StoredText::equals(std::size_t first, std::size_t last,
     if (last - first != text.size()) {
         return false;
     }
-    if (is_wide_) {
+    if (is_wide()) {
         return units().substr(first, text.size()) == text;
     }
     return std::equal(text.begin(), text.end(),
                       bytes().begin() + static_cast<std::ptrdiff_t>(first),
-                      [](char16_t unit, std::uint8_t byte) { return unit == widen(byte); });
+                      [](char16_t unit, std::uint8_t byte) {
+                          // All code pages agree on ASCII.
+                          constexpr std::uint8_t kFirstOther = 0x80;
+                          return unit == (byte < kFirstOther ? byte : widen(byte));
+                      });
 }
 
 void StoredText::append_to(std::vector<std::uint8_t>& into) const {
-    if (is_wide_) {
+    if (is_wide()) {
         for (const char16_t unit : units()) {
             into.push_back(narrow(unit));
         }
@@ -90,11 +74,11 @@ void StoredText::append_to(std::vector<std::uint8_t>& into) const {
 }
 
 StoredText StoredText::share() const {
-    return is_wide_ ? StoredText(units()) : StoredText::in_file(bytes());
+    return is_wide() ? StoredText(units()) : StoredText::in_file(bytes());
 }
 
 void StoredText::own() {
-    if (!is_wide_) {
+    if (!is_wide()) {
         *this = StoredText(wide());
     }
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <brindle/values.h>
@@ -17,16 +18,39 @@ namespace brindle {
 class StoredText {
 public:
     StoredText() noexcept = default;
-    [[nodiscard]] static StoredText in_file(std::span<const std::uint8_t> bytes) noexcept;
+    [[nodiscard]] static StoredText in_file(std::span<const std::uint8_t> bytes) noexcept {
+        StoredText text;
+        text.data_ = bytes.data();
+        text.size_ = static_cast<std::uint32_t>(bytes.size());
+        return text;
+    }
     explicit StoredText(std::u16string_view text);
+    // No text at all, which is not an empty one.
+    [[nodiscard]] static StoredText none() noexcept {
+        StoredText text;
+        text.form_ = Form::None;
+        return text;
+    }
+    [[nodiscard]] bool is_none() const noexcept { return form_ == Form::None; }
     StoredText(const StoredText&) = delete;
     StoredText& operator=(const StoredText&) = delete;
-    StoredText(StoredText&& other) noexcept { swap(other); }
+    // What is moved from is empty.
+    StoredText(StoredText&& other) noexcept
+        : data_(std::exchange(other.data_, nullptr)),
+          size_(std::exchange(other.size_, 0)),
+          form_(std::exchange(other.form_, Form::InFile)) {}
     StoredText& operator=(StoredText&& other) noexcept {
-        StoredText(std::move(other)).swap(*this);
+        StoredText moved(std::move(other));
+        std::swap(data_, moved.data_);
+        std::swap(size_, moved.size_);
+        std::swap(form_, moved.form_);
         return *this;
     }
-    ~StoredText();
+    ~StoredText() {
+        if (is_wide()) {
+            delete[] static_cast<const char16_t*>(data_);
+        }
+    }
 
     // In characters.
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
@@ -47,14 +71,16 @@ public:
     void own();
 
 private:
-    void swap(StoredText& other) noexcept;
+    enum class Form : std::uint8_t { InFile, Wide, None };
+
+    [[nodiscard]] bool is_wide() const noexcept { return form_ == Form::Wide; }
     [[nodiscard]] std::span<const std::uint8_t> bytes() const noexcept;
     [[nodiscard]] std::u16string_view units() const noexcept;
 
     // One pointer instead of a variant of two: a tag can hold a hundred thousand of these.
     const void* data_ = nullptr;
     std::uint32_t size_ = 0;
-    bool is_wide_ = false;
+    Form form_ = Form::InFile;
 };
 
 }  // namespace brindle

@@ -1,19 +1,24 @@
 #include "id3v2/tag_contents.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <iterator>
+#include <utility>
 
 #include "id3v2/content_type.h"
-#include "util/code_page.h"
 
 namespace brindle {
 
 namespace {
 
-constexpr std::u16string_view kPicture = u"APIC";
-
 std::span<std::uint8_t> without_nuls(std::span<std::uint8_t> bytes) {
-    const auto end = std::remove(bytes.begin(), bytes.end(), std::uint8_t{0});
+    const auto first = std::find(bytes.begin(), bytes.end(), std::uint8_t{0});
+    if (first == bytes.end()) {
+        return bytes;
+    }
+    const auto end = std::remove(first, bytes.end(), std::uint8_t{0});
     return bytes.first(static_cast<std::size_t>(end - bytes.begin()));
 }
 
@@ -30,34 +35,72 @@ void file_custom(CustomFields& fields, std::span<const std::uint8_t> frame) {
                      StoredText::in_file({value, value_end}));
 }
 
-const StandardFieldRow* find_row(std::u16string_view id) noexcept {
-    const auto row = std::find_if(kStandardFields.begin(), kStandardFields.end(),
-                                  [&](const StandardFieldRow& r) { return r.frame_id == id; });
-    return row == kStandardFields.end() ? nullptr : &*row;
-}
+// Finds the field of a frame by the id as it stands in a file. A tag can hold a hundred thousand
+// frames, so each id has a slot of its own, found with one multiplication.
+class StandardIds {
+public:
+    constexpr StandardIds() {
+        while (!place_all()) {
+            multiplier_ += 2;
+        }
+    }
+
+    [[nodiscard]] constexpr const StandardField* find(FrameId id) const noexcept {
+        const Entry& entry = entries_[slot_of(id)];
+        return entry.id == id ? &entry.field : nullptr;
+    }
+
+private:
+    struct Entry {
+        FrameId id = kNoFrameId;
+        StandardField field{};
+    };
+    static constexpr unsigned kSlotBits = 6;
+
+    [[nodiscard]] constexpr std::size_t slot_of(FrameId id) const noexcept {
+        return (static_cast<std::uint32_t>(id) * multiplier_) >> (32U - kSlotBits);
+    }
+    constexpr bool place_all() {
+        entries_ = {};
+        for (const StandardFieldRow& row : kStandardFields) {
+            std::array<char, kFrameLayout.id_width> characters{};
+            std::transform(row.frame_id.begin(), row.frame_id.end(), characters.begin(),
+                           [](char16_t unit) { return static_cast<char>(unit); });
+            const FrameId id = frame_id({characters.data(), characters.size()});
+            Entry& entry = entries_[slot_of(id)];
+            if (entry.id != kNoFrameId) {
+                return false;
+            }
+            entry = {id, row.field};
+        }
+        return true;
+    }
+
+    std::uint32_t multiplier_ = 0x9E37'79B1;
+    std::array<Entry, std::size_t{1} << kSlotBits> entries_{};
+};
+constexpr StandardIds kStandardIds;
 
 }  // namespace
 
-String TagContents::file(std::string_view narrow_id, std::span<std::uint8_t> value) {
-    String id;
-    for (const char character : narrow_id) {
-        id.push_back(widen(static_cast<std::uint8_t>(character)));
-    }
-    const bool is_custom = id == kCustomFrame;
-    if (!is_custom && id != kPicture) {
+void TagContents::file(FrameId id, std::span<std::uint8_t> value) {
+    const bool is_custom = id == kCustomFrameId;
+    if (!is_custom && id != kPictureFrameId) {
         value = without_nuls(value);
     }
-    frames.append(id, StoredText::in_file(value));
+    frames.append(id, value);
     if (is_custom) {
         file_custom(custom, value);
-        return id;
+        return;
     }
-    const StandardFieldRow* row = find_row(id);
-    if (row == nullptr) {
-        return id;
+    const StandardField* const field = kStandardIds.find(id);
+    if (field != nullptr && id != kNoFrameId) {
+        file_standard(*field, StoredText::in_file(value));
     }
-    StoredText text = StoredText::in_file(value);
-    switch (row->field) {
+}
+
+void TagContents::file_standard(StandardField field, StoredText text) {
+    switch (field) {
         case StandardField::Comment:
             fields.add_comment(std::move(text));
             break;
@@ -68,9 +111,8 @@ String TagContents::file(std::string_view narrow_id, std::span<std::uint8_t> val
             break;
         }
         default:
-            fields.set(row->field, std::move(text));
+            fields.set(field, std::move(text));
     }
-    return id;
 }
 
 }  // namespace brindle

@@ -1,5 +1,7 @@
 #include "id3v2/tag_layout.h"
 
+#include "util/code_page.h"
+
 namespace brindle {
 
 namespace {
@@ -27,12 +29,15 @@ constexpr unsigned digit_bits(int shift) noexcept {
 
 }  // namespace
 
-std::uint64_t decode_number(std::span<const std::uint8_t> bytes, int shift) noexcept {
-    std::uint64_t number = 0;
-    for (const std::uint8_t byte : bytes) {
-        number = (number << digit_bits(shift)) + byte;
+String text_of(FrameId id) {
+    String text;
+    if (id != kNoFrameId) {
+        for (const unsigned shift : {24U, 16U, 8U, 0U}) {
+            text.push_back(
+                widen(static_cast<std::uint8_t>(static_cast<std::uint32_t>(id) >> shift)));
+        }
     }
-    return number;
+    return text;
 }
 
 void encode_number(std::uint64_t value, int shift, std::span<std::uint8_t> into) noexcept {
@@ -50,6 +55,15 @@ std::string_view from_version2_id(std::string_view id) noexcept {
         }
     }
     return {};
+}
+
+FrameId from_version2_id(FrameId id) noexcept {
+    for (const Version2Id& row : kVersion2Ids) {
+        if (frame_id(row.version2) == id) {
+            return frame_id(row.kept_as);
+        }
+    }
+    return kNoFrameId;
 }
 
 }  // namespace brindle

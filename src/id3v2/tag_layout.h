@@ -23,6 +23,8 @@
 #include <span>
 #include <string_view>
 
+#include <brindle/values.h>
+
 namespace brindle {
 
 inline constexpr std::uint8_t kTagIdentifier[] = {'I', 'D', '3'};
@@ -36,6 +38,21 @@ inline constexpr std::uint8_t kNewestVersion = 4;
 [[nodiscard]] constexpr bool is_known_version(std::uint8_t version) noexcept {
     return version >= kOldestVersion && version <= kNewestVersion;
 }
+
+// The characters of a frame's id as one number, the last one lowest.
+enum class FrameId : std::uint32_t {};
+[[nodiscard]] constexpr FrameId frame_id(std::string_view id) noexcept {
+    std::uint32_t number = 0;
+    for (const char character : id) {
+        number = (number << 8U) | static_cast<std::uint8_t>(character);
+    }
+    return FrameId{number};
+}
+// As it is kept: each byte a character of the code page.
+[[nodiscard]] String text_of(FrameId id);
+inline constexpr FrameId kNoFrameId = frame_id("");  // NULs: padding
+inline constexpr FrameId kPictureFrameId = frame_id("APIC");
+inline constexpr FrameId kCustomFrameId = frame_id("TXXX");
 
 // The header of a frame in one of the two forms.
 struct FrameLayout {
@@ -54,11 +71,20 @@ inline constexpr std::uint64_t kLargestTextSize = 5'000;
 // Big-endian numbers of a byte string: each byte counts 2^shift x 256 times the one to its right.
 inline constexpr int kPlainShift = 0;      // base 256
 inline constexpr int kSyncsafeShift = -1;  // base 128; the top bit of a byte is not masked off
-[[nodiscard]] std::uint64_t decode_number(std::span<const std::uint8_t> bytes, int shift) noexcept;
+[[nodiscard]] constexpr std::uint64_t decode_number(std::span<const std::uint8_t> bytes,
+                                                    int shift) noexcept {
+    constexpr int kByteBits = 8;
+    std::uint64_t number = 0;
+    for (const std::uint8_t byte : bytes) {
+        number = (number << static_cast<unsigned>(kByteBits + shift)) + byte;
+    }
+    return number;
+}
 // The rightmost digits that fit into `into`, padded with zeros on the left.
 void encode_number(std::uint64_t value, int shift, std::span<std::uint8_t> into) noexcept;
 
 // The version 3 id under which a version 2 frame is kept; "" for those without a counterpart here.
 [[nodiscard]] std::string_view from_version2_id(std::string_view id) noexcept;
+[[nodiscard]] FrameId from_version2_id(FrameId id) noexcept;
 
 }  // namespace brindle

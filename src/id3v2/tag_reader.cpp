@@ -1,6 +1,7 @@
 #include "id3v2/tag_reader.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <iterator>
 #include <new>
@@ -12,24 +13,35 @@ namespace {
 // From this size on a frame goes straight from the file to its place, past the window.
 constexpr std::size_t kDirectRead = 16'384;
 
-constexpr std::string_view kPictureId = "APIC";
-constexpr std::string_view kCustomId = "TXXX";
+constexpr std::uint8_t kNul = 0;
 // UTF-16 with a little-endian byte order mark, behind the byte that names the encoding.
 constexpr std::uint8_t kUtf16Start[] = {0x01, 0xFF, 0xFE};
 
 // The limits of what is held in memory; a larger frame's data is taken for the next header.
-bool is_held(std::string_view id, std::uint64_t size) noexcept {
-    return size >= 1 && size <= (id == kPictureId ? kLargestPictureSize : kLargestTextSize);
+bool is_held(FrameId id, std::uint64_t size) noexcept {
+    return size >= 1 && size <= (id == kPictureFrameId ? kLargestPictureSize : kLargestTextSize);
 }
 
-std::span<std::uint8_t> behind_first_nul(std::span<std::uint8_t> data) {
-    const auto nul = std::find(data.begin(), data.end(), 0);
+template <std::size_t kWidth>
+std::uint32_t big_endian(const std::uint8_t* bytes) noexcept {
+    std::uint32_t number = 0;
+    for (std::size_t place = 0; place < kWidth; ++place) {
+        number = (number << 8U) | bytes[place];
+    }
+    return number;
+}
+
+std::span<const std::uint8_t> behind_first_nul(std::span<const std::uint8_t> data) {
+    const auto nul = std::find(data.begin(), data.end(), kNul);
     return nul == data.end() ? data : std::span(std::next(nul), data.end());
 }
 
 // The text of a frame without its encoding byte. UTF-16 text of the ASCII range becomes 8-bit text
 // when its NULs are removed, which filing does.
-std::span<std::uint8_t> text_of(std::span<std::uint8_t> data) {
+std::span<const std::uint8_t> text_of(std::span<const std::uint8_t> data) {
+    if (!data.empty() && data.front() == kNul) {
+        return data.subspan(1);
+    }
     if (data.size() >= std::size(kUtf16Start) &&
         std::equal(std::begin(kUtf16Start), std::end(kUtf16Start), data.begin())) {
         return data.subspan(std::size(kUtf16Start));
@@ -67,17 +79,34 @@ TagFacts TagReader::read(std::int64_t position) {
     return facts_;
 }
 
+template <FrameLayout kLayout>
+TagReader::Header TagReader::read_header() {
+    auto bytes = file_.view(position_, kLayout.header_size);
+    std::array<std::uint8_t, kLayout.header_size> cut;
+    if (bytes.size() < kLayout.header_size) {
+        // What the file's end cuts off reads as NULs, which are padding.
+        cut.fill(kNul);
+        std::copy(bytes.begin(), bytes.end(), cut.begin());
+        bytes = cut;
+    }
+    const auto id = big_endian<kLayout.id_width>(bytes.data());
+    const auto size = big_endian<kLayout.size_width>(bytes.data() + kLayout.id_width);
+    const Header header{FrameId{id}, size, position_};
+    position_ += static_cast<std::int64_t>(kLayout.header_size);
+    return header;
+}
+
 void TagReader::walk() {
     do {
-        const Header header = read_header(kFrameLayout);
-        if (header.is_padding()) {
+        const Header header = read_header<kFrameLayout>();
+        if (header.id == kNoFrameId) {
             return;
         }
         if (header.size > kLargestFrameSize) {
             facts_.corrupt = true;
             return;
         }
-        if (is_held(header.name(), header.size)) {
+        if (is_held(header.id, header.size)) {
             file(header, read_data(header.size));
         }
     } while (!is_past_end());
@@ -88,12 +117,12 @@ void TagReader::walk_version2() {
     constexpr std::uint64_t kCountedHeader = 9;
     std::uint64_t counted = 0;
     do {
-        const Header header = read_header(kVersion2FrameLayout);
+        const Header header = read_header<kVersion2FrameLayout>();
         counted += kCountedHeader + header.size;
-        if (header.is_padding() || counted > static_cast<std::uint64_t>(facts_.size)) {
+        if (header.id == kNoFrameId || counted > static_cast<std::uint64_t>(facts_.size)) {
             return;
         }
-        file_as(from_version2_id(header.name()), header, read_data(header.size));
+        file_as(from_version2_id(header.id), header, read_data(header.size));
     } while (!is_past_end());
 }
 
@@ -103,65 +132,58 @@ bool TagReader::is_past_end() const noexcept {
     return position_ + 1 > facts_.size;
 }
 
-TagReader::Header TagReader::read_header(const FrameLayout& layout) {
-    // What the file's end cuts off reads as NULs, which are padding.
-    std::array<std::uint8_t, kFrameLayout.header_size> bytes{};
-    const auto seen = file_.view(position_, layout.header_size);
-    std::copy(seen.begin(), seen.end(), bytes.begin());
-
-    Header header{{}, layout.id_width, 0, position_};
-    position_ += static_cast<std::int64_t>(layout.header_size);
-    std::memcpy(header.id.data(), bytes.data(), layout.id_width);
-    header.size =
-        decode_number(std::span(bytes).subspan(layout.id_width, layout.size_width), kPlainShift);
-    return header;
-}
-
-bool TagReader::Header::is_padding() const noexcept {
-    return std::all_of(id.begin(), id.end(), [](char character) { return character == '\0'; });
-}
-
-std::span<std::uint8_t> TagReader::read_data(std::uint64_t size) {
+// Valid until something else is read.
+std::span<const std::uint8_t> TagReader::read_data(std::uint64_t size) {
+    if (size < kDirectRead) {
+        large_ = {};
+        const auto seen = file_.view(position_, static_cast<std::size_t>(size));
+        position_ += static_cast<std::int64_t>(seen.size());
+        return seen;
+    }
     const std::int64_t left = std::max<std::int64_t>(file_.length() - position_, 0);
     const auto held =
         static_cast<std::size_t>(std::min<std::uint64_t>(size, static_cast<std::uint64_t>(left)));
-    std::span<std::uint8_t> data;
+    large_ = allocate(held);
+    large_ = large_.first(file_.copy(position_, large_));
+    position_ += static_cast<std::int64_t>(large_.size());
+    return large_;
+}
+
+std::span<std::uint8_t> TagReader::allocate(std::size_t size) {
     try {
-        data = contents_.bytes.allocate(held);
+        return contents_.bytes.allocate(size);
     } catch (const std::bad_alloc&) {
         // Hosts see such a file as corrupt, whoever is to blame.
         facts_.corrupt = facts_.version != kOldestVersion;
         throw;
     }
-    std::size_t read = 0;
-    if (held >= kDirectRead) {
-        read = file_.copy(position_, data);
-    } else {
-        const auto seen = file_.view(position_, held);
-        std::copy(seen.begin(), seen.end(), data.begin());
-        read = seen.size();
-    }
-    position_ += static_cast<std::int64_t>(read);
-    return data.first(read);
 }
 
-void TagReader::file(const Header& header, std::span<std::uint8_t> data) {
-    if (header.name() == kPictureId) {
-        file_as(kPictureId, header, data);
-    } else if (header.name() == kCustomId) {
-        if (std::find(data.begin(), data.end(), 0) != data.end()) {
+void TagReader::file(const Header& header, std::span<const std::uint8_t> data) {
+    if (header.id == kPictureFrameId) {
+        file_as(kPictureFrameId, header, data);
+    } else if (header.id == kCustomFrameId) {
+        if (std::find(data.begin(), data.end(), kNul) != data.end()) {
             const auto text =
                 std::find_if(data.begin(), data.end(), [](std::uint8_t byte) { return byte != 0; });
-            file_as(kCustomId, header, {text, data.end()});
+            file_as(kCustomFrameId, header, {text, data.end()});
         }
     } else {
-        file_as(header.name(), header, text_of(data));
+        file_as(header.id, header, text_of(data));
     }
 }
 
-void TagReader::file_as(std::string_view id, const Header& header, std::span<std::uint8_t> value) {
-    const String kept_id = contents_.file(id, value);
+void TagReader::file_as(FrameId id, const Header& header, std::span<const std::uint8_t> value) {
+    std::span<std::uint8_t> kept;
+    if (!large_.empty()) {
+        kept = large_.last(value.size());  // all that was taken off stood in front
+    } else if (!value.empty()) {
+        kept = allocate(value.size());
+        std::memcpy(kept.data(), value.data(), value.size());
+    }
+    contents_.file(id, kept);
     if (filed_ != nullptr) {
+        const String kept_id = text_of(id);
         filed_->push_back(
             {header.position, header.size, kept_id, contents_.frames.count(kept_id).value_or(0)});
     }

@@ -1,7 +1,6 @@
 // Reading an ID3v2 tag: the walk from frame to frame.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -47,28 +46,27 @@ public:
 
 private:
     struct Header {
-        std::array<char, kFrameLayout.id_width> id;
-        std::size_t id_width;
+        FrameId id;
         std::uint64_t size;
         std::int64_t position;
-
-        [[nodiscard]] std::string_view name() const noexcept { return {id.data(), id_width}; }
-        [[nodiscard]] bool is_padding() const noexcept;
     };
 
     void walk();
     void walk_version2();
-    [[nodiscard]] Header read_header(const FrameLayout& layout);
-    [[nodiscard]] std::span<std::uint8_t> read_data(std::uint64_t size);
+    template <FrameLayout kLayout>
+    [[nodiscard]] Header read_header();
+    [[nodiscard]] std::span<const std::uint8_t> read_data(std::uint64_t size);
+    [[nodiscard]] std::span<std::uint8_t> allocate(std::size_t size);
     [[nodiscard]] bool is_past_end() const noexcept;
-    void file(const Header& header, std::span<std::uint8_t> data);
-    void file_as(std::string_view id, const Header& header, std::span<std::uint8_t> value);
+    void file(const Header& header, std::span<const std::uint8_t> data);
+    void file_as(FrameId id, const Header& header, std::span<const std::uint8_t> value);
 
     FileWindow& file_;
     TagContents& contents_;
     std::vector<FiledFrame>* filed_;
     TagFacts facts_;
-    std::int64_t position_ = 0;  // the next byte to be read
+    std::int64_t position_ = 0;      // the next byte to be read
+    std::span<std::uint8_t> large_;  // the data of a large frame, where it is kept
 };
 
 }  // namespace brindle

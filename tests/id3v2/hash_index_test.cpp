@@ -28,18 +28,19 @@ TEST(HashIndex, AnEmptyOneFindsNothing) {
 // Few hashes for many entries, so that probing and moving up are what is tested.
 RC_GTEST_PROP(HashIndex, FindsWhatALinearSearchFinds, ()) {
     HashIndex index;
-    std::vector<std::uint32_t> keys;  // the hash of a key is its remainder by 7
+    std::vector<std::uint32_t> keys;
+    const auto hash_of = [&](std::size_t entry) { return keys[entry] % 7; };
     std::uint32_t next = 0;
     const auto steps = *rc::gen::inRange(0, 120);
     for (int step = 0; step < steps; ++step) {
         if (keys.empty() || *rc::gen::inRange(0, 4) != 0) {
+            index.make_room(hash_of);
             keys.push_back(next++);
-            index.make_room();
             index.add(keys.back() % 7, keys.size() - 1);
         } else {
             const auto entry = *rc::gen::inRange<std::size_t>(0, keys.size());
             keys.erase(keys.begin() + static_cast<std::ptrdiff_t>(entry));
-            index.remove(entry);
+            index.remove(entry, hash_of);
         }
     }
     for (std::uint32_t key = 0; key < next; ++key) {
