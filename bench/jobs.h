@@ -1,0 +1,21 @@
+// What Brindle does in each job, through its public class alone.
+#pragma once
+
+#include <cstddef>
+
+#include <brindle/cMPEGHeader.h>
+
+namespace brindle::bench {
+
+// A new object reads a file; every property is asked for once.
+std::size_t open_and_read(const String& name);
+// A new object reads a file.
+std::size_t open_only(const String& name);
+// Gives the file another title, which fits into the tag's area.
+void save_other_title(cMPEGHeader& header);
+// A new object reads a file and does that.
+void open_and_save(const String& name);
+// A new object reads a file and adds a field for which the tag has no room.
+void open_and_grow(const String& name);
+
+}  // namespace brindle::bench
