@@ -7,6 +7,7 @@
 
 #include <brindle/frame_walk.h>
 
+#include "file_access.h"
 #include "input_file.h"
 #include "misread_frames.h"
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <utility>
 
 #include "standard_streams.h"
 
@@ -19,11 +20,10 @@ void add_help_and_version(CLI::App& app) {
 
 // The arguments in the reverse order that the parser wants. It would take the argument behind
 // `--title=` for the title, so an empty value becomes an argument of its own.
-std::vector<std::string> arguments_of(int argc, char** argv) {
+std::vector<std::string> for_the_parser(std::vector<std::string> given) {
     std::vector<std::string> arguments;
     bool are_options = true;
-    for (int i = 1; i < argc; ++i) {
-        std::string argument = argv[i];
+    for (std::string& argument : given) {
         are_options = are_options && argument != "--";
         const bool has_empty_value = are_options && argument.size() > 3 &&
                                      argument.compare(0, 2, "--") == 0 &&
@@ -78,7 +78,8 @@ void add_operands(CLI::App& command, const std::string& name, std::vector<std::s
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
-ExitStatus run_command_line(int argc, char** argv, const std::vector<AddCommand>& commands) {
+ExitStatus run_command_line(std::vector<std::string> arguments,
+                            const std::vector<AddCommand>& commands) {
     CLI::App program("Reads and writes what is known of MP3 files", "brindle");
     program.allow_windows_style_options(false);
     program.require_subcommand(1);
@@ -89,7 +90,7 @@ ExitStatus run_command_line(int argc, char** argv, const std::vector<AddCommand>
         add(program, chosen);
     }
     try {
-        program.parse(arguments_of(argc, argv));
+        program.parse(for_the_parser(std::move(arguments)));
     } catch (const CLI::Success& request) {
         std::ostringstream text;
         program.exit(request, text, text);

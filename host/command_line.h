@@ -28,7 +28,7 @@ void add_operands(CLI::App& command, const std::string& name, std::vector<std::s
 
 // Reads the command line and runs its command. --help and --version, and errors of usage, are
 // answered here.
-[[nodiscard]] ExitStatus run_command_line(int argc, char** argv,
+[[nodiscard]] ExitStatus run_command_line(std::vector<std::string> arguments,
                                           const std::vector<AddCommand>& commands);
 
 }  // namespace brindle::host

@@ -5,16 +5,22 @@
 #include <optional>
 #include <string>
 
-#include <sys/stat.h>
-
 namespace brindle::host {
 
 struct FileState {
-    struct stat status;
+    // Which file it is: one that was rebuilt is another one under the same name.
+    std::uint64_t volume = 0;
+    std::uint64_t number = 0;
+    std::int64_t size = 0;
+    std::int64_t modified = 0;  // in the system's own unit
+    // Where the system has them.
+    std::uint32_t mode = 0;
+    std::uint32_t owner = 0;
+    std::uint32_t group = 0;
 
-    // A file that was rebuilt once is another one under the same name.
-    [[nodiscard]] bool is_same_file(const FileState& other) const;
-    [[nodiscard]] std::int64_t size() const { return status.st_size; }
+    [[nodiscard]] bool is_same_file(const FileState& other) const {
+        return volume == other.volume && number == other.number;
+    }
 };
 
 // Nothing when the system does not tell.

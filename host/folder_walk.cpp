@@ -7,6 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include "file_path.h"
+
 namespace brindle::host {
 
 namespace {
@@ -61,9 +63,9 @@ std::optional<FoundName> FolderWalk::next() {
 std::optional<std::string> FolderWalk::list(const std::string& folder) {
     std::vector<std::string> entries;
     std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+    for (fs::directory_iterator entry(path_of(folder), error), end; !error && entry != end;
          entry.increment(error)) {
-        std::string path = entry->path().string();
+        std::string path = name_of(entry->path());
         if (is_folder(*entry)) {
             entries.push_back(std::move(path) + kSeparator);
         } else if (ends_in_mp3_or_mp2(path)) {

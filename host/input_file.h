@@ -1,7 +1,6 @@
 // Opening a file, with the reason when it can't be.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -17,9 +16,5 @@ namespace brindle::host {
 // Also tells the size of the file, as far as it is known.
 [[nodiscard]] std::optional<std::string> open_file(cMPEGHeader& header, const std::string& name,
                                                    std::int64_t& size);
-
-// `count` bytes of a file from an offset on, fewer where it ends or can't be read.
-[[nodiscard]] std::string read_bytes(const std::string& name, std::int64_t offset,
-                                     std::size_t count);
 
 }  // namespace brindle::host

@@ -3,6 +3,7 @@
 #include <system_error>
 
 #include "commands.h"
+#include "program_arguments.h"
 #include "standard_streams.h"
 
 using namespace brindle::host;
@@ -11,7 +12,8 @@ int main(int argc, char** argv) {
     prepare_standard_streams();
     try {
         const ExitStatus status = run_command_line(
-            argc, argv, {add_show, add_set, add_strip, add_scan, add_check, add_time, add_genres});
+            program_arguments(argc, argv),
+            {add_show, add_set, add_strip, add_scan, add_check, add_time, add_genres});
         close_output();
         return static_cast<int>(status);
     } catch (const OutputFailure& failure) {

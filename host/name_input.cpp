@@ -1,12 +1,9 @@
 #include "name_input.h"
 
-#include <cerrno>
-#include <poll.h>
-#include <system_error>
-#include <unistd.h>
 #include <utility>
 
 #include "interruption.h"
+#include "standard_input.h"
 
 namespace brindle::host {
 
@@ -15,20 +12,6 @@ namespace {
 constexpr std::size_t kBlock = std::size_t{64} * 1024;
 // No system has names as long as this. What is longer is no list of names, and is not gathered.
 constexpr std::size_t kLongestName = kBlock;
-
-// False when the program is interrupted before anything has come.
-bool wait_for_input() {
-    constexpr int kLookAgainMs = 100;
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    int ready = 0;
-    while (ready == 0 || (ready == -1 && errno == EINTR)) {
-        if (is_interrupted()) {
-            return false;
-        }
-        ready = poll(&input, 1, kLookAgainMs);
-    }
-    return true;
-}
 
 }  // namespace
 
@@ -59,22 +42,18 @@ std::optional<FoundName> NameInput::next() {
 }
 
 bool NameInput::fill() {
-    if (has_failed_ || !wait_for_input()) {
+    position_ = 0;
+    if (has_failed_) {
+        block_.clear();
         return false;
     }
-    block_.resize(kBlock);
-    position_ = 0;
-    const ssize_t count = read(STDIN_FILENO, block_.data(), block_.size());
-    block_.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    if (count < 0) {
-        has_failed_ = true;
-        failure_ = std::generic_category().message(errno);
-    }
-    if (is_first_ && count > 0) {
+    failure_ = read_input(block_, kBlock);
+    has_failed_ = failure_.has_value();
+    if (is_first_ && !block_.empty()) {
         by_nulls_ = by_nulls_ || block_.find('\0') != std::string::npos;
         is_first_ = false;
     }
-    return count > 0;
+    return !block_.empty();
 }
 
 }  // namespace brindle::host

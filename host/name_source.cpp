@@ -1,8 +1,9 @@
 #include "name_source.h"
 
-#include <filesystem>
 #include <system_error>
 #include <utility>
+
+#include "file_path.h"
 
 namespace brindle::host {
 
@@ -42,7 +43,7 @@ std::optional<FoundName> NameSource::next() {
 
 std::optional<FoundName> NameSource::enter(FoundName found) {
     std::error_code error;
-    if (!found.failure && std::filesystem::is_directory(found.name, error)) {
+    if (!found.failure && std::filesystem::is_directory(path_of(found.name), error)) {
         folder_.emplace(found.name);
         return std::nullopt;
     }

@@ -71,7 +71,7 @@ void ProgressBar::count(const std::vector<std::string>& paths) {
         }
         const auto state = state_of(found->name);
         ++total_.files;
-        total_.bytes += state ? state->size() : 0;
+        total_.bytes += state ? state->size : 0;
     }
     is_counted_ = true;
 }

@@ -7,6 +7,7 @@
 #include <brindle/cMPEGHeader.h>
 
 #include "commands.h"
+#include "file_access.h"
 #include "file_batch.h"
 #include "file_state.h"
 #include "input_file.h"
@@ -35,10 +36,10 @@ bool has_record(const std::string& name) {
     constexpr std::int64_t kRecord = 128;
     constexpr std::size_t kIdentifier = 3;
     const std::optional<FileState> state = state_of(name);
-    if (!state || state->size() < kRecord) {
+    if (!state || state->size < kRecord) {
         return false;
     }
-    const std::string identifier = read_bytes(name, state->size() - kRecord, kIdentifier);
+    const std::string identifier = read_bytes(name, state->size - kRecord, kIdentifier);
     return identifier == "TAG" || identifier == "tag";
 }
 
@@ -53,7 +54,7 @@ std::string tags_text(bool record, bool tag) {
 
 // Files of 2 GiB and more are never stripped, but those without tags need not be.
 bool is_beyond_reach(const std::optional<FileState>& state) {
-    return state && state->size() > std::numeric_limits<std::int32_t>::max();
+    return state && state->size > std::numeric_limits<std::int32_t>::max();
 }
 
 // Why the file failed, or nothing.
@@ -79,7 +80,7 @@ std::optional<std::string> strip_file(const std::string& name, const StripOption
     }
     const std::optional<FileState> after = state_of(name);
     const bool was_seen = record || tag;
-    if (!was_seen && before && after && before->size() == after->size()) {
+    if (!was_seen && before && after && before->size == after->size) {
         write_output(printable(name) + ": no tag\n");
         return std::nullopt;
     }
@@ -90,7 +91,7 @@ std::optional<std::string> strip_file(const std::string& name, const StripOption
     }
     std::string removed;
     if (before && after) {
-        removed = " (" + std::to_string(before->size() - after->size()) + " bytes)";
+        removed = " (" + std::to_string(before->size - after->size) + " bytes)";
     }
     write_output(printable(name) + ": stripped " +
                  tags_text(was_seen ? record : !options.v2, was_seen ? tag : !options.v1) +

@@ -1,7 +1,7 @@
-#include "interruption.h"
-
 #include <atomic>
 #include <csignal>
+
+#include "interruption.h"
 
 namespace brindle::host {
 

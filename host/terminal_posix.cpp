@@ -1,10 +1,10 @@
-#include "terminal.h"
-
 #include <cstdlib>
 #include <string_view>
 #include <unistd.h>
 
 #include <sys/ioctl.h>
+
+#include "terminal.h"
 
 namespace brindle::host {
 

@@ -1,0 +1,23 @@
+// Files as the system sees them, before and beside the library's reading.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace brindle::host {
+
+// Why a file can't be read as one, or nothing and its size. It is not opened: a FIFO would wait for
+// a writer, and a device may act on being opened.
+[[nodiscard]] std::optional<std::string> reason_against_file(const std::string& name,
+                                                             std::int64_t& size);
+
+// Why it can't be opened, or nothing.
+[[nodiscard]] std::optional<std::string> reason_against_reading(const std::string& name);
+
+// `count` bytes of a file from an offset on, fewer where it ends or can't be read.
+[[nodiscard]] std::string read_bytes(const std::string& name, std::int64_t offset,
+                                     std::size_t count);
+
+}  // namespace brindle::host
