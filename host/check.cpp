@@ -102,14 +102,15 @@ ExitStatus check_all(const CheckOptions& options) {
 }
 
 std::string list_of_codes() {
-    constexpr std::size_t kWidth = 22;
+    constexpr std::size_t kVerdictColumn = 24;
+    constexpr std::size_t kMeaningColumn = 30;
     std::string list = "Reasons, by their codes:\n";
     for (const ReasonRow& row : reason_table()) {
-        std::string code = row.code;
-        code.resize(kWidth, ' ');
-        std::string verdict = word(row.verdict);
-        verdict.resize(6, ' ');
-        list += "  " + code + verdict + row.meaning + "\n";
+        std::string line = std::string("  ") + row.code;
+        line.resize(kVerdictColumn, ' ');
+        line += word(row.verdict);
+        line.resize(kMeaningColumn, ' ');
+        list.append(line).append(row.meaning).append("\n");
     }
     return list + "\n";
 }
