@@ -172,7 +172,8 @@ std::int32_t StreamScan::positions_without_header(std::int64_t position,
     if (trace_ || most <= 0 || held.empty()) {
         return 0;
     }
-    held = held.first(static_cast<std::size_t>(std::min(most, std::ssize(held) - 1)));
+    held = held.first(static_cast<std::size_t>(
+        std::min<std::int64_t>(most, static_cast<std::int64_t>(held.size()) - 1)));
     const void* const sync = std::memchr(held.data(), kSyncByte, held.size());
     return static_cast<std::int32_t>(
         sync == nullptr
