@@ -36,7 +36,3 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/brindle.pc.in ${PROJECT_BINARY_DIR}/b
 install(FILES ${PROJECT_BINARY_DIR}/brindle.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
     COMPONENT headers)
-
-if(TARGET brindle_program)
-    install(TARGETS brindle_program COMPONENT program)
-endif()

@@ -1,0 +1,23 @@
+# The package for Windows, of both widths: cpack --config cmake/windows-package.cmake, with both
+# builds (presets windows-x86 and windows-x64) in build/.
+get_filename_component(root ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
+file(STRINGS ${root}/CMakeLists.txt project REGEX "^project\\(")
+string(REGEX MATCH "[0-9]+\\.[0-9]+\\.[0-9]+" CPACK_PACKAGE_VERSION "${project}")
+
+set(CPACK_GENERATOR ZIP)
+set(CPACK_CMAKE_GENERATOR Ninja)
+set(CPACK_PACKAGE_NAME brindle)
+set(CPACK_PACKAGE_DESCRIPTION "Facts and tags of MP3 files, for automation hosts and the shell")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${CPACK_PACKAGE_DESCRIPTION}")
+set(CPACK_PACKAGE_FILE_NAME brindle-${CPACK_PACKAGE_VERSION}-windows)
+set(CPACK_PACKAGE_DIRECTORY ${root}/build/packages)
+set(CPACK_INCLUDE_TOPLEVEL_DIRECTORY ON)
+
+set(CPACK_INSTALL_CMAKE_PROJECTS
+    "${root}/build/windows-x86;Brindle;windows;/x86"
+    "${root}/build/windows-x64;Brindle;windows;/x64"
+    "${root}/build/windows-x86;Brindle;about;/")
+set(CPACK_INSTALLED_DIRECTORIES
+    "${root}/cmake/windows" "."
+    "${root}/examples" "examples"
+    "${root}/docs" "docs")
