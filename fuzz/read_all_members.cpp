@@ -3,6 +3,8 @@
 #include <type_traits>
 #include <variant>
 
+#include "support/every_property.h"
+
 namespace brindle::fuzz {
 namespace {
 
@@ -14,6 +16,8 @@ public:
             text_ += value;
         } else if constexpr (std::is_same_v<Value, Variant>) {
             std::visit([this](const auto& held) { *this << held; }, value);
+        } else if constexpr (std::is_enum_v<Value>) {
+            *this << static_cast<std::int32_t>(value);
         } else if constexpr (!std::is_same_v<Value, Empty>) {
             const std::string digits = std::to_string(value);
             text_.append(digits.begin(), digits.end());
@@ -29,21 +33,9 @@ private:
 
 }  // namespace
 
-std::u16string read_all_members(const cMPEGHeader& header) {
+String read_all_members(const cMPEGHeader& header) {
     Answers answers;
-    answers << header.MonoStereo() << header.BitRate() << header.VBR() << header.Layer()
-            << header.Duration() << header.Frequency() << header.RepairRequired()
-            << header.MpegVersion();
-    answers << header.TagType() << header.FrameCount() << header.ID3TagSizeIncludingHeader();
-    answers << header.Title() << header.Artist() << header.Album() << header.Year()
-            << header.Track() << header.Genre() << header.Comments() << header.Composer()
-            << header.Publisher() << header.CopyRight() << header.URL() << header.ArtistUrl();
-    answers << header.Speed() << header.Volume() << header.Opener() << header.CueInmSStart()
-            << header.Sectone() << header.Intro() << header.OutromsStart() << header.CategoryLevel()
-            << header.Category() << header.Endstyle() << header.NoFade() << header.Agency()
-            << header.AccountExec() << header.Copy();
-    answers << header.Titlev1Tag() << header.artistv1Tag() << header.Yearv1Tag()
-            << header.Commentv1();
+    test::visit_every_property(header, [&](const auto& value) { answers << value; });
 
     const auto frames = header.v2Frames();
     for (std::int32_t place = 1; frames && place <= frames->Count(); ++place) {

@@ -135,7 +135,7 @@ public:
 
     void check_rest() {
         const Bytes once = content();
-        const std::u16string answers = brindle::fuzz::read_all_members(header_);
+        const auto answers = brindle::fuzz::read_all_members(header_);
         if (save()) {
             require(content() == once, "a second save changes nothing");
             reopen();

@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(world.files.bytes_read() <= 2 * file.size(), "a file is read twice at most");
     require(world.files.open_files() == 0, "the file is closed");
 
-    const std::u16string answers = brindle::fuzz::read_all_members(header);
+    const auto answers = brindle::fuzz::read_all_members(header);
     require(answers == brindle::fuzz::read_all_members(header), "asking changes nothing");
 
     world.files.reset_counts();

@@ -1,81 +1,93 @@
-// Asks for everything that a host can read of a file: what the tests count and the benchmarks time.
+// Asks for everything that a host can read of a file: what the tests count and compare, and the
+// benchmarks time.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
+#include <variant>
 
 #include <brindle/cMPEGHeader.h>
 
 namespace brindle::test {
 
-// Text of a Variant, or nothing.
-inline std::size_t text_size(const Variant& value) {
-    const auto* const text = std::get_if<String>(&value);
-    return text == nullptr ? 0 : text->size();
+// Shows each property once; those with arguments for the title frame and one custom field.
+template <typename Visit>
+void visit_every_property(const cMPEGHeader& header, Visit visit) {
+    visit(header.FileName());
+    visit(header.g_InUse());
+    visit(header.TimeStyle());
+    visit(header.Writev1v2Separate());
+
+    visit(header.MonoStereo());
+    visit(header.BitRate());
+    visit(header.VBR());
+    visit(header.Layer());
+    visit(header.Duration());
+    visit(header.Frequency());
+    visit(header.RepairRequired());
+    visit(header.MpegVersion());
+
+    visit(header.TagType());
+    visit(header.FrameCount());
+    visit(header.ID3TagSizeIncludingHeader());
+    visit(header.v2Frames()->Count());
+    visit(header.v2Tag(u"TIT2", 1));
+    visit(header.TagsInFrame(u"TXXX"));
+
+    visit(header.Title());
+    visit(header.Artist());
+    visit(header.Album());
+    visit(header.Year());
+    visit(header.Track());
+    visit(header.Genre());
+    visit(header.Comments());
+    visit(header.Composer());
+    visit(header.Publisher());
+    visit(header.CopyRight());
+    visit(header.URL());
+    visit(header.ArtistUrl());
+
+    visit(header.Speed());
+    visit(header.Volume());
+    visit(header.Opener());
+    visit(header.CueInmSStart());
+    visit(header.Sectone());
+    visit(header.Intro());
+    visit(header.OutromsStart());
+    visit(header.CategoryLevel());
+    visit(header.Category());
+    visit(header.Endstyle());
+    visit(header.NoFade());
+    visit(header.Agency());
+    visit(header.AccountExec());
+    visit(header.Copy());
+    visit(header.CustomFieldExists(u"Agency"));
+    visit(header.CustomFieldRetrieve(u"Agency"));
+
+    visit(header.Titlev1Tag());
+    visit(header.artistv1Tag());
+    visit(header.Yearv1Tag());
+    visit(header.Commentv1());
 }
 
-// Reads each property once; those with arguments for the title frame and one custom field. The sum
-// depends on every answer, so that none can be left out by the compiler.
+// The sum depends on every answer, so that none can be left out by the compiler.
 inline std::size_t read_every_property(const cMPEGHeader& header) {
     std::size_t sum = 0;
-    const auto number = [&sum](auto value) { sum += static_cast<std::size_t>(value); };
-    const auto text = [&sum](const String& value) { sum += value.size(); };
-
-    text(header.FileName());
-    number(header.g_InUse());
-    number(header.TimeStyle());
-    number(header.Writev1v2Separate());
-
-    text(header.MonoStereo());
-    number(header.BitRate());
-    number(header.VBR());
-    text(header.Layer());
-    number(header.Duration());
-    number(header.Frequency());
-    number(header.RepairRequired());
-    text(header.MpegVersion());
-
-    number(header.TagType());
-    number(header.FrameCount());
-    number(header.ID3TagSizeIncludingHeader());
-    number(header.v2Frames()->Count());
-    text(header.v2Tag(u"TIT2", 1));
-    number(header.TagsInFrame(u"TXXX"));
-
-    text(header.Title());
-    text(header.Artist());
-    text(header.Album());
-    number(header.Year());
-    number(header.Track());
-    text(header.Genre());
-    text(header.Comments());
-    text(header.Composer());
-    text(header.Publisher());
-    text(header.CopyRight());
-    text(header.URL());
-    text(header.ArtistUrl());
-
-    number(header.Speed());
-    number(header.Volume());
-    number(header.Opener());
-    number(header.CueInmSStart());
-    number(header.Sectone());
-    number(header.Intro());
-    number(header.OutromsStart());
-    text(header.CategoryLevel());
-    sum += text_size(header.Category());
-    text(header.Endstyle());
-    number(header.NoFade());
-    text(header.Agency());
-    text(header.AccountExec());
-    text(header.Copy());
-    number(header.CustomFieldExists(u"Agency"));
-    sum += text_size(header.CustomFieldRetrieve(u"Agency"));
-
-    text(header.Titlev1Tag());
-    text(header.artistv1Tag());
-    number(header.Yearv1Tag());
-    text(header.Commentv1());
+    visit_every_property(header, [&sum](const auto& value) {
+        using Value = std::remove_cvref_t<decltype(value)>;
+        if constexpr (std::is_same_v<Value, String>) {
+            sum += value.size();
+        } else if constexpr (std::is_same_v<Value, Variant>) {
+            const auto* const text = std::get_if<String>(&value);
+            sum += text == nullptr ? 0 : text->size();
+        } else if constexpr (std::is_floating_point_v<Value>) {
+            // Any number may stand in a file, also one that no integer holds.
+            sum += value != 0 ? 1 : 0;
+        } else {
+            sum += static_cast<std::size_t>(value);
+        }
+    });
     return sum;
 }
 

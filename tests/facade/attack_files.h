@@ -1,0 +1,177 @@
+// Files made to do harm, each with its name, for every test that goes over all of them.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/bytes.h"
+#include "support/frames.h"
+#include "support/id3v1.h"
+#include "support/tags.h"
+
+namespace brindle::test {
+
+struct AttackFile {
+    std::string name;
+    Bytes file;
+    // What must be left of it whatever is saved; empty where nothing in it is audio.
+    Bytes audio = {};
+};
+
+inline Bytes good_audio() {
+    return stream(Frame{}, 120);
+}
+
+// Frames of the shortest kind, which give the most work for a byte.
+inline Bytes slow_stream(std::size_t frames) {
+    return stream(Frame{.version = 2, .layer = 3, .kbps = 8, .frequency = 24000}, frames);
+}
+
+// 4-byte headers without a frame behind them.
+inline Bytes bare_headers(std::size_t count) {
+    Bytes bytes;
+    for (std::size_t number = 0; number < count; ++number) {
+        bytes += Frame{.version = 2, .layer = 3, .kbps = 8, .frequency = 24000}.bits().bytes();
+    }
+    return bytes;
+}
+
+inline Tag many_frames(std::string_view id, const Bytes& body, std::size_t count) {
+    Bytes frames;
+    const Bytes one = Bytes(id) + big_endian(body.size(), 4) + zeros(2) + body;
+    for (std::size_t number = 0; number < count; ++number) {
+        frames += one;
+    }
+    return Tag(3).raw(frames).padding(100);
+}
+
+inline std::vector<AttackFile> claimed_sizes() {
+    using namespace std::string_view_literals;
+    const Bytes audio = good_audio();
+    const Tag song = Tag(3).text("TIT2", "Song").padding(30);
+    std::vector<AttackFile> files = {
+        {"tag larger than the file", Tag(song).size(100'000'000) + audio, audio},
+        {"tag of the largest size", Tag(song).size(0x0FFF'FFFF) + audio, audio},
+        {"tag of size 0", Tag(song).size(0) + audio, audio},
+        {"size bytes above 127", Bytes("ID3\3\0\0\xFF\xFF\xFF\xFF"sv) + audio, audio},
+        {"frame of 0 bytes", Tag(3).frame_claiming("TIT2", 0, {}).padding(9) + audio, audio},
+        {"frame that ends behind the tag",
+         Tag(3).frame_claiming("TIT2", 4'900, "\0Song"sv).padding(30) + audio, audio},
+        {"frames whose sizes add up to 2^32",
+         Tag(3).frame_claiming("AAAA", 0x00FF'FFFF, "\0a"sv)
+                 .frame_claiming("BBBB", 0xFF00'0001, "\0b"sv) +
+             audio,
+         audio},
+        {"picture as large as pictures are read",
+         Tag(3).picture("image/png", 3, "", zeros(81'900)).padding(9) + audio, audio},
+        {"picture larger than the file",
+         Tag(3).frame_claiming("APIC", 81'920, "\0image/png\0\3\0"sv).padding(9) + audio, audio},
+    };
+    for (const std::uint32_t size :
+         {0x0100'0000U, 0x0100'0001U, 0x7FFF'FFFFU, 0x8000'0000U, 0xFFFF'FFF6U, 0xFFFF'FFFFU}) {
+        files.push_back({"frame of " + std::to_string(size) + " bytes",
+                         Tag(3).frame_claiming("TIT2", size, "\0Song"sv).padding(30) + audio,
+                         audio});
+        files.push_back(
+            {"version 2 frame of " + std::to_string(size % 0x0100'0000) + " bytes",
+             Tag(2).frame_claiming("TT2", size % 0x0100'0000, "\0Song"sv).padding(30) + audio,
+             audio});
+    }
+    return files;
+}
+
+inline std::vector<AttackFile> short_files() {
+    std::vector<AttackFile> files;
+    const Bytes tag = Tag(3).text("TIT2", "Song").bytes();
+    const Bytes record = Id3v1{.title = "Old"}.bytes();
+    for (std::size_t size = 0; size <= 130; ++size) {
+        const std::string bytes = " of " + std::to_string(size) + " bytes";
+        files.push_back({"start of a tag" + bytes, (tag + good_audio()).first(size)});
+        files.push_back({"start of a stream" + bytes, good_audio().first(size)});
+        files.push_back(
+            {"end of a file with a record" + bytes, (repeated(130, 0xFF) + record).last(size)});
+        files.push_back({"ones" + bytes, repeated(size, 0xFF)});
+    }
+    for (const std::size_t size : {4'096U, 4'097U, 4'098U}) {
+        const std::string bytes = " of " + std::to_string(size) + " bytes";
+        files.push_back({"tag and stream" + bytes, (tag + good_audio()).first(size)});
+        files.push_back({"tag and padding" + bytes, (tag + zeros(size)).first(size)});
+    }
+    return files;
+}
+
+inline std::vector<AttackFile> hostile_streams() {
+    std::vector<AttackFile> files = {
+        {"ones", repeated(200'000, 0xFF)},
+        {"headers without frames", bare_headers(50'000)},
+        {"endless slow chain", slow_stream(8'000)},
+        {"XING of 0 frames", xing_frame({}, {.frames = 0, .bytes = 50'000}) + good_audio()},
+        {"XING of 0 bytes", xing_frame({}, {.frames = 120, .bytes = 0}) + good_audio()},
+        {"XING of 2^32 - 1 frames and bytes",
+         xing_frame({}, {.frames = 0xFFFF'FFFF, .bytes = 0xFFFF'FFFF}) + good_audio()},
+        {"version changes half way",
+         stream(Frame{}, 60) + stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)},
+        {"layer changes half way",
+         stream(Frame{}, 60) + stream(Frame{.layer = 2, .kbps = 192}, 60)},
+    };
+    // Reserved values of each field: version, layer, bit rate, frequency, emphasis.
+    for (const HeaderBits& bits :
+         {HeaderBits{.version = 1}, HeaderBits{.layer = 0}, HeaderBits{.bitrate = 0},
+          HeaderBits{.bitrate = 15}, HeaderBits{.frequency = 3}, HeaderBits{.emphasis = 2}}) {
+        Bytes file;
+        while (file.size() < 40'000) {
+            file += bits.bytes() + zeros(413);
+        }
+        files.push_back({"reserved index " + std::to_string(files.size()), file});
+    }
+    return files;
+}
+
+inline std::vector<AttackFile> hostile_tags() {
+    using namespace std::string_view_literals;
+    const Bytes audio = good_audio();
+    std::vector<AttackFile> files = {
+        {"100,000 identical ids", many_frames("COMM", "\0c"sv, 100'000) + audio, audio},
+        {"20,000 empty custom fields", many_frames("TXXX", "\0\0"sv, 20'000) + audio, audio},
+        {"id with a colon", Tag(3).frame("T:1\xFF", "\0a"sv).padding(30) + audio, audio},
+        {"id with a NUL", Tag(3).frame("T\0\0\0"sv, "\0a"sv).padding(30) + audio, audio},
+        {"ids that read alike with their number",
+         Tag(3).frame("TT:1", "\0a"sv).frame("TT:1", "\0b"sv).padding(30) + audio, audio},
+        {"id of ones", Tag(3).frame("\xFF\xFF\xFF\xFF"sv, "\0a"sv).padding(30) + audio, audio},
+        {"comments that grow",
+         many_frames("COMM", Bytes("\0eng\0"sv) + repeated(4'900, 'c'), 100) + audio, audio},
+        {"tags one behind the other",
+         Tag(3).text("TIT2", "1") + Tag(3).text("TIT2", "2").bytes() +
+             Tag(4).text("TIT2", "3").bytes() + audio,
+         audio},
+        {"record behind a record", audio + Id3v1{}.bytes() + Id3v1{}.bytes(), audio},
+    };
+    // A text of each encoding, cut at every byte.
+    const Bytes texts[] = {Bytes("\0Sound"sv), Bytes("\1\xFF\xFES\0o\0"sv),
+                           Bytes("\1\xFE\xFF\0S\0o"sv), Bytes("\2\0S\0o"sv),
+                           Bytes("\3S\xC3\xB6"sv)};
+    for (const Bytes& text : texts) {
+        for (std::size_t size = 0; size <= text.size(); ++size) {
+            files.push_back({"text of encoding " + std::to_string(text[0]) + " cut to " +
+                                 std::to_string(size) + " bytes",
+                             Tag(3).frame("TIT2", text.first(size))
+                                     .frame("TXXX", text.first(size))
+                                     .frame("APIC", text.first(size))
+                                     .padding(30) +
+                                 audio,
+                             audio});
+        }
+    }
+    return files;
+}
+
+inline std::vector<AttackFile> attack_files() {
+    std::vector<AttackFile> all;
+    for (auto& files : {claimed_sizes(), short_files(), hostile_streams(), hostile_tags()}) {
+        all.insert(all.end(), files.begin(), files.end());
+    }
+    return all;
+}
+
+}  // namespace brindle::test
