@@ -200,7 +200,8 @@ std::optional<WalkedStream> FullScan::earliest_behind(std::int32_t start) {
     std::optional<WalkedStream> earliest;
     ChainTails tails;
     const std::int64_t length = window_.length();
-    BackwardBlocks blocks(window_, std::int64_t{start} + 1, length);
+    const std::int64_t begin = std::int64_t{start} + 1;
+    BackwardBlocks blocks(window_, begin, length);
     while (blocks.next()) {
         // The way that is done, so that a progress bar runs forward here as well.
         report(start + (length - blocks.position()));

@@ -21,22 +21,22 @@ constexpr std::array<char16_t, 32> kSpecial = {
     0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,  // 98
 };
 
-constexpr CodePageTable::Units kWindows1252 = [] {
+constexpr CodePageTable::Units windows_1252() {
     CodePageTable::Units units{};
     for (std::size_t byte = 0; byte < units.size(); ++byte) {
         const bool is_special = byte >= kFirstSpecial && byte < kFirstSpecial + kSpecial.size();
         units[byte] = is_special ? kSpecial[byte - kFirstSpecial] : static_cast<char16_t>(byte);
     }
     return units;
-}();
+}
 
 #ifdef _WIN32
 const CodePageTable& page() {
-    static const CodePageTable table(system_code_page().value_or(kWindows1252));
+    static const CodePageTable table(system_code_page().value_or(windows_1252()));
     return table;
 }
 #else
-constexpr CodePageTable kPage(kWindows1252);
+constexpr CodePageTable kPage(windows_1252());
 
 constexpr const CodePageTable& page() {
     return kPage;
