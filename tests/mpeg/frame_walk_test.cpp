@@ -217,7 +217,7 @@ TEST(FrameWalk, CutLastFrameIsNotHeard) {
 }
 
 TEST(FrameWalk, CutHeaderIsNoFrame) {
-    for (const std::size_t kept : {1, 2, 3}) {
+    for (const std::size_t kept : {1U, 2U, 3U}) {
         const FrameWalk found = walk(stream(Frame{}, 20) + Frame{}.bytes().first(kept));
         EXPECT_EQ(found.frames, 20);
         EXPECT_FALSE(found.last_frame_is_cut);
