@@ -28,7 +28,6 @@ using test::Bytes;
 using test::FileCall;
 using test::Frame;
 using test::Id3v1;
-using test::kStampOnlyTag;
 using test::Mode;
 using test::stamped;
 using test::Tag;

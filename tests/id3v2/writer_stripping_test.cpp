@@ -56,7 +56,7 @@ protected:
         return content();
     }
     [[nodiscard]] const Bytes& content() const { return world_.files.content(kName); }
-    void expect_nothing_was_written() {
+    void expect_nothing_was_written() const {
         EXPECT_EQ(world_.files.bytes_written(), 0U);
         EXPECT_EQ(world_.files.calls(FileCall::Create), 0U);
     }
