@@ -49,7 +49,7 @@ private:
 // The fuzzer keeps what led here.
 inline void require(bool holds, const std::string& promise) {
     if (!holds) {
-        std::fprintf(stderr, "broken: %s\n", promise.c_str());
+        (void)std::fprintf(stderr, "broken: %s\n", promise.c_str());
         std::abort();
     }
 }
