@@ -280,8 +280,7 @@ bool cMPEGHeader::CustomFieldExists(const String& FieldDescriptor) const {
 }
 
 Variant cMPEGHeader::CustomFieldRetrieve(const String& FieldDescriptor) const {
-    return ask(model_,
-               [&](const cMP3ID3v2& m) { return Variant(m.custom_text(FieldDescriptor)); });
+    return ask(model_, [&](const cMP3ID3v2& m) { return Variant(m.custom_text(FieldDescriptor)); });
 }
 
 // --- The ID3v1 record.
