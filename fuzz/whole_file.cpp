@@ -18,7 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     brindle::cMPEGHeader header(world.environment);
     header.FileName(name);
-    require(world.files.bytes_read() <= 2 * file.size(), "a file is read twice at most");
+    // The record's place at the end is looked at first, whatever else is read.
+    constexpr std::size_t kRecordLength = 128;
+    require(world.files.bytes_read() <= 2 * file.size() + kRecordLength,
+            "a file is read twice at most");
     require(world.files.open_files() == 0, "the file is closed");
 
     const auto answers = brindle::fuzz::read_all_members(header);

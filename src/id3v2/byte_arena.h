@@ -1,8 +1,10 @@
 // Where the bytes of a tag's frames stay while the file is open in memory.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <span>
 #include <vector>
@@ -21,7 +23,7 @@ public:
             return {blocks_.back().get(), size};
         }
         if (size > free_.size()) {
-            const std::size_t block = blocks_.empty() ? kFirstBlock : kBlock;
+            const std::size_t block = std::max(size, kBlocks[std::min(blocks_.size(), kLast)]);
             blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(block));
             free_ = {blocks_.back().get(), block};
         }
@@ -31,9 +33,10 @@ public:
     }
 
 private:
-    static constexpr std::size_t kFirstBlock = 8'192;  // most tags are small
-    static constexpr std::size_t kBlock = 65'536;
-    static constexpr std::size_t kLargestShared = kFirstBlock;
+    // Most tags are small; the last size serves all further blocks.
+    static constexpr std::size_t kBlocks[] = {1'000, 8'192, 65'536};
+    static constexpr std::size_t kLast = std::size(kBlocks) - 1;
+    static constexpr std::size_t kLargestShared = 8'192;
 
     std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
     std::span<std::uint8_t> free_;  // the rest of the open block

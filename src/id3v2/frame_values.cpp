@@ -9,10 +9,6 @@ namespace {
 // The place of the first number that is not below `index`.
 template <typename Slots>
 auto lower_bound(Slots& slots, std::int32_t index) noexcept {
-    // Appending is the usual case.
-    if (!slots.empty() && slots.back().index < index) {
-        return slots.end();
-    }
     return std::lower_bound(
         slots.begin(), slots.end(), index,
         [](const FrameValues::Slot& slot, std::int32_t wanted) { return slot.index < wanted; });
@@ -77,6 +73,12 @@ bool FrameValues::add(std::int32_t index, StoredText text, std::optional<std::in
         return true;
     }
     List& all = list();
+    // Appending is the usual case.
+    if (all.slots.empty() || all.slots.back().index < index) {
+        all.slots.push_back({std::move(text), index});
+        all.count = count;
+        return true;
+    }
     const auto place = lower_bound(all.slots, index);
     const bool is_free = place == all.slots.end() || place->index != index;
     if (is_free) {

@@ -1,6 +1,6 @@
 #include "mpeg/frame_chain.h"
 
-#include <array>
+#include <algorithm>
 #include <cstddef>
 #include <string>
 
@@ -30,7 +30,7 @@ constexpr std::size_t slot(std::int64_t position) {
 ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first,
                                  std::int32_t needed) {
     forget_before(position);
-    std::array<std::int64_t, kMostConfirmations> followers;  // the first `count` of them
+    Followers followers;  // the first `count` of them
     std::int32_t count = 0;
     bool bit_rate_differs = false;
     Tail tail{0, Break::Invalid};
@@ -76,6 +76,13 @@ ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first
             bit_rate_differs = true;
             window_.expect_until(next + (needed - count + 1) * length);
         }
+        if (tails_.empty()) {
+            Run run{next, static_cast<std::uint32_t>(length), count};
+            run_through_window(first, needed, run, followers);
+            next = run.position;
+            length = run.length;
+            count = run.count;
+        }
     }
 
     if (count == needed) {
@@ -86,6 +93,32 @@ ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first
         remember(followers[static_cast<std::size_t>(index)], {links - index - 1, tail.reason});
     }
     return {false, tail.reason == Break::FileEnd ? links : 0, false};
+}
+
+// Follows the chain as far as it goes on in the usual way: whole frames of the first one's bit rate
+// which the window holds.
+void FrameChains::run_through_window(const FrameHeader& first, std::int32_t needed, Run& run,
+                                     Followers& followers) const {
+    const auto held = window_.held_from(run.position);
+    // A header that ends where the file does is no longer followed.
+    const auto left = static_cast<std::size_t>(window_.length() - run.position);
+    const std::size_t end = std::min(held.size(), left - 1);
+    std::size_t offset = 0;
+    while (run.count < needed && offset + run.length + kHeaderBytes <= end) {
+        const std::uint32_t bits = header_bits(held.data() + offset + run.length);
+        const FrameShape& shape = frame_shape(bits);
+        const std::uint32_t length = shape.length_of(bits);
+        if (!headers_agree(first.bits, bits) || shape.bit_rate_by_8 * 8 != first.bit_rate ||
+            offset + run.length + length > left) {
+            break;
+        }
+        offset += run.length;
+        run.length = length;
+        followers[static_cast<std::size_t>(run.count)] =
+            run.position + static_cast<std::int64_t>(offset);
+        ++run.count;
+    }
+    run.position += static_cast<std::int64_t>(offset);
 }
 
 bool FrameChains::reaches_file_end(std::int64_t position) const {

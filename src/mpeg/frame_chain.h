@@ -1,6 +1,7 @@
 // Runs of frames that follow each other without a gap.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,16 @@ private:
         Break reason;
     };
 
+    using Followers = std::array<std::int64_t, kMostConfirmations>;
+    // How far a chain has been followed.
+    struct Run {
+        std::int64_t position;  // of its last frame
+        std::uint32_t length;   // of that frame
+        std::int32_t count;
+    };
+
+    void run_through_window(const FrameHeader& first, std::int32_t needed, Run& run,
+                            Followers& followers) const;
     void forget_before(std::int64_t position);
     [[nodiscard]] bool knows(std::int64_t position) const;
     [[nodiscard]] Tail recall(std::int64_t position) const;

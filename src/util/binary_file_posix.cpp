@@ -1,6 +1,7 @@
 #include "util/binary_file_posix.h"
 
 #include <cerrno>
+#include <optional>
 #include <unistd.h>
 #include <utility>
 
@@ -45,7 +46,7 @@ PosixFile::~PosixFile() {
     }
 }
 
-void PosixFile::require_regular_file() const {
+void PosixFile::require_regular_file() {
     struct stat status {};
     if (::fstat(descriptor_, &status) != 0) {
         raise_transfer_error();
@@ -53,9 +54,14 @@ void PosixFile::require_regular_file() const {
     if (!S_ISREG(status.st_mode)) {
         throw Error(RuntimeError::PathFileAccess);
     }
+    length_at_opening_ = status.st_size;
 }
 
 std::int64_t PosixFile::length() {
+    // Whoever opens a file asks for its length next, which was told with its type.
+    if (const auto length = std::exchange(length_at_opening_, std::nullopt)) {
+        return *length;
+    }
     struct stat status {};
     if (::fstat(descriptor_, &status) != 0) {
         raise_transfer_error();
@@ -84,6 +90,7 @@ std::size_t PosixFile::read_at(std::int64_t offset, std::span<std::uint8_t> into
 void PosixFile::write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) {
     // A device that takes nothing, again and again, would otherwise hang the host.
     constexpr int kMostEmptyWrites = 100;
+    length_at_opening_.reset();
     std::size_t done = 0;
     int empty_writes = 0;
     while (done < bytes.size()) {
@@ -104,6 +111,7 @@ void PosixFile::write_at(std::int64_t offset, std::span<const std::uint8_t> byte
 
 std::size_t PosixFile::copy_from(BinaryFile& source, std::int64_t source_offset,
                                  std::int64_t offset, std::size_t count) {
+    length_at_opening_.reset();
     std::size_t done = 0;
     const auto* const native = dynamic_cast<const PosixFile*>(&source);
     if (native != nullptr && kernel_copies_ && (offset - source_offset) % kPage == 0) {
@@ -149,6 +157,7 @@ std::size_t PosixFile::copy_through_kernel(const PosixFile& source, std::int64_t
 }
 
 void PosixFile::set_length(std::int64_t length) {
+    length_at_opening_.reset();
     if (uninterrupted([&] { return ::ftruncate(descriptor_, length); }) != 0) {
         raise_transfer_error();
     }
@@ -162,6 +171,7 @@ void PosixFile::flush() {
 }
 
 void PosixFile::close() {
+    length_at_opening_.reset();
     // Never again after a signal: the descriptor is gone by then and may already be another's.
     if (::close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) {
         raise_transfer_error();

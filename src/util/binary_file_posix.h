@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "util/binary_file.h"
@@ -20,8 +21,8 @@ public:
 
     // Owns the descriptor from here on.
     void adopt(int descriptor) noexcept { descriptor_ = descriptor; }
-    // Error 75 for a folder, a pipe or a device.
-    void require_regular_file() const;
+    // Error 75 for a folder, a pipe or a device. The first length() asked for is that of now.
+    void require_regular_file();
 
     [[nodiscard]] std::int64_t length() override;
     std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override;
@@ -37,6 +38,7 @@ private:
                                     std::int64_t offset, std::size_t count);
 
     int descriptor_ = -1;
+    std::optional<std::int64_t> length_at_opening_;
     bool kernel_copies_ = true;  // until it refuses
     CopyBlock block_;
 };

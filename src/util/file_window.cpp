@@ -82,6 +82,8 @@ std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_
     if (!reads_on) {
         from = offset;
         read_end = end_of_read_from(offset);
+    } else if (static_cast<std::size_t>(read_end - begin_) <= capacity_) {
+        from = begin_;  // there is room, so nothing needs to be moved
     }
     move_to(from, reads_on ? end_ : from, static_cast<std::size_t>(read_end - from));
 
