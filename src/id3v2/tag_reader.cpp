@@ -82,7 +82,7 @@ TagFacts TagReader::read(std::int64_t position) {
 template <FrameLayout kLayout>
 TagReader::Header TagReader::read_header() {
     auto bytes = file_.view(position_, kLayout.header_size);
-    std::array<std::uint8_t, kLayout.header_size> cut;
+    std::array<std::uint8_t, kLayout.header_size> cut{};
     if (bytes.size() < kLayout.header_size) {
         // What the file's end cuts off reads as NULs, which are padding.
         cut.fill(kNul);
