@@ -125,7 +125,7 @@ std::int32_t cMPEGHeader::Duration() const {
 bool cMPEGHeader::RepairRequired() const {
     return ask(model_, [](const cMP3ID3v2& model) {
         const std::int32_t expected = model.HasID3v2Tag() ? model.Id3v2TagSize() : 0;
-        return !model.FileName().empty() && model.analyser().HeaderStartPos() != expected;
+        return model.has_file() && model.analyser().HeaderStartPos() != expected;
     });
 }
 

@@ -134,7 +134,9 @@ void cMP3ID3v1::reset() noexcept {
 String cMP3ID3v1::text(const HostText& set, Id3v1Field field) const {
     String cleaned = set ? TrimChars(*set, u" ", kBinaryCompare)
                          : widen(without_spaces_at_ends(record_.text(field)));
-    std::erase(cleaned, u'\0');
+    if (cleaned.find(u'\0') != String::npos) {
+        std::erase(cleaned, u'\0');
+    }
     return cleaned;
 }
 

@@ -22,6 +22,11 @@ public:
     // Keeps the name and reads the record. Raises what opening the file raises; the fields are
     // then those of a file without a record.
     void MP3File(const String& NewFile);
+    // As a new one.
+    void forget() noexcept {
+        file_name_.clear();
+        reset();
+    }
     // Keeps the name and reads nothing.
     void set_name(const String& name) { file_name_ = name; }
     // The same as MP3File over a file that the caller has opened already. The window does not move.

@@ -15,26 +15,35 @@ namespace brindle {
 // not cost as many allocations.
 class ByteArena {
 public:
+    // True when allocate() will not need memory.
+    [[nodiscard]] bool has_room_for(std::size_t size) const noexcept {
+        return size <= free_.size();
+    }
     // Raises std::bad_alloc.
     std::span<std::uint8_t> allocate(std::size_t size) {
+        if (has_room_for(size)) {
+            return take(size);
+        }
         if (size > kLargestShared) {
             // A block of its own; the open block stays the one to fill.
             blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(size));
             return {blocks_.back().get(), size};
         }
-        if (size > free_.size()) {
-            const std::size_t block = std::max(size, kBlocks[std::min(blocks_.size(), kLast)]);
-            blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(block));
-            free_ = {blocks_.back().get(), block};
-        }
+        const std::size_t block = std::max(size, kBlocks[std::min(blocks_.size(), kLast)]);
+        blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(block));
+        free_ = {blocks_.back().get(), block};
+        return take(size);
+    }
+
+private:
+    std::span<std::uint8_t> take(std::size_t size) noexcept {
         const std::span<std::uint8_t> piece = free_.first(size);
         free_ = free_.subspan(size);
         return piece;
     }
 
-private:
     // Most tags are small; the last size serves all further blocks.
-    static constexpr std::size_t kBlocks[] = {1'000, 8'192, 65'536};
+    static constexpr std::size_t kBlocks[] = {4'000, 8'192, 65'536};
     static constexpr std::size_t kLast = std::size(kBlocks) - 1;
     static constexpr std::size_t kLargestShared = 8'192;
 

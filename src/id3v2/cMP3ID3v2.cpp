@@ -14,14 +14,17 @@
 
 namespace brindle {
 
-cMP3ID3v2::cMP3ID3v2(Environment& environment) : environment_(environment) {
+cMP3ID3v2::cMP3ID3v2(Environment& environment)
+    : environment_(environment),
+      analyser_(std::make_unique<clsMPEG>(environment)),
+      v1_(std::make_unique<cMP3ID3v1>(environment)) {
     initialise();
 }
 
 void cMP3ID3v2::initialise() {
-    analyser_ = std::make_unique<clsMPEG>(environment_);
+    analyser_->forget();
     analyser_->Owner = Owner;
-    v1_ = std::make_unique<cMP3ID3v1>(environment_);
+    v1_->forget();
     if (!contents_ || !contents_->is_new()) {
         auto fresh = std::make_unique<TagContents>();
         if (contents_) {

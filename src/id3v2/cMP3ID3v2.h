@@ -35,6 +35,7 @@ public:
 
     void FileName(const String& NewName);
     [[nodiscard]] String FileName() const override { return file_name_; }
+    [[nodiscard]] bool has_file() const noexcept { return !file_name_.empty(); }
 
     // --- The stream (Stereo, Hz, milliseconds, ...), as of the last FileName.
 

@@ -29,13 +29,13 @@ bool same(const StoredText& a, const StoredText& b) noexcept {
 }  // namespace
 
 std::size_t CustomFields::locate(std::u16string_view name) const {
-    if (fields_.size() <= kFew) {
-        const auto field =
-            std::find_if(fields_.begin(), fields_.end(), [&](const Field& candidate) {
-                return candidate.name.size() == name.size() && candidate.name == name;
-            });
-        return field == fields_.end() ? HashIndex::kNotFound
-                                      : static_cast<std::size_t>(field - fields_.begin());
+    const std::span<const Field> first = fields_.first_block();
+    if (fields_.size() == first.size()) {
+        const auto field = std::find_if(first.begin(), first.end(), [&](const Field& candidate) {
+            return candidate.name.size() == name.size() && candidate.name == name;
+        });
+        return field == first.end() ? HashIndex::kNotFound
+                                    : static_cast<std::size_t>(field - first.begin());
     }
     const auto hash = [this](std::size_t entry) { return hash_of(fields_[entry].name); };
     for (; indexed_ < fields_.size(); ++indexed_) {

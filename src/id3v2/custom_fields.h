@@ -2,13 +2,13 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <string_view>
 #include <utility>
 
 #include <brindle/values.h>
 
 #include "id3v2/stored_text.h"
+#include "util/block_list.h"
 #include "util/hash_index.h"
 
 namespace brindle {
@@ -32,12 +32,9 @@ private:
         StoredText name;
         StoredText value;
     };
-    // Fewer are searched as fast without an index.
-    static constexpr std::size_t kFew = 32;
-
     [[nodiscard]] std::size_t locate(std::u16string_view name) const;
 
-    std::deque<Field> fields_;  // of two fields of one name the first one counts
+    BlockList<Field> fields_;  // of two fields of one name the first one counts
     // Made when a search needs it, of the first so many fields.
     mutable HashIndex index_;
     mutable std::size_t indexed_ = 0;

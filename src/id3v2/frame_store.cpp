@@ -51,22 +51,22 @@ std::size_t FrameStore::sort_one(const QueuedFrame& frame, std::size_t guess) co
         }
     } else {
         FrameValues& values = records_[known].values;
-        const std::int32_t number = values.count().value_or(0) + 1;
-        if (number == 1) {
+        if (!values.count()) {
             frame_list_->append(key);
         }
-        values.add(number, std::move(text), number);
+        values.append(std::move(text));
     }
     ++value_count_;
     return known;
 }
 
 std::size_t FrameStore::find_sorted(PackedKey id) const {
-    if (records_.size() <= kFew) {
-        const auto found = std::find_if(records_.begin(), records_.end(),
+    const std::span<const Record> first = records_.first_block();
+    if (records_.size() == first.size()) {
+        const auto found = std::find_if(first.begin(), first.end(),
                                         [id](const Record& record) { return record.id == id; });
-        return found == records_.end() ? HashIndex::kNotFound
-                                       : static_cast<std::size_t>(found - records_.begin());
+        return found == first.end() ? HashIndex::kNotFound
+                                    : static_cast<std::size_t>(found - first.begin());
     }
     const auto hash_of = [this](std::size_t entry) { return TextHash::of(records_[entry].id); };
     while (index_.size() < records_.size()) {
@@ -116,7 +116,8 @@ FrameStore FrameStore::copy() const {
             copied.frame_list_->AddKey(id);
         }
     }
-    for (const Record& record : records_) {
+    for (std::size_t entry = 0; entry < records_.size(); ++entry) {
+        const Record& record = records_[entry];
         FrameValues& twins = copied.find_or_add(packer_.text(record.id)).values;
         for (std::size_t place = 0; place < record.values.size(); ++place) {
             const FrameValues::SlotView slot = record.values.slot(place);

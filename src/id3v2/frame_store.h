@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <span>
@@ -17,6 +16,7 @@
 #include "id3v2/frame_values.h"
 #include "id3v2/stored_text.h"
 #include "id3v2/tag_layout.h"
+#include "util/block_list.h"
 #include "util/hash_index.h"
 #include "util/packed_key.h"
 
@@ -79,9 +79,6 @@ private:
         PackedKey id;
         FrameValues values;
     };
-    // Fewer are searched as fast without an index.
-    static constexpr std::size_t kFew = 32;
-
     // Gives the frames that the reader has lined up to their ids.
     void sort() const {
         if (!unsorted_.empty()) {
@@ -100,8 +97,8 @@ private:
     // What follows changes in the sorting too, which shows from outside in nothing but time.
     mutable FrameQueue unsorted_;
     mutable KeyPacker packer_;
-    mutable std::deque<Record> records_;
-    mutable HashIndex index_;  // of the records, when there are more than a few
+    mutable BlockList<Record> records_;
+    mutable HashIndex index_;  // of the records, when they fill more than a block
     mutable std::int32_t value_count_ = 0;
 };
 

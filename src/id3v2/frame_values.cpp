@@ -67,6 +67,17 @@ FrameValues::List& FrameValues::list() {
     return *list_;
 }
 
+void FrameValues::append(StoredText text) {
+    if (list_ && list_->count && !list_->slots.empty() &&
+        list_->slots.back().index == *list_->count) {
+        list_->slots.push_back({std::move(text), *list_->count + 1});
+        ++*list_->count;
+        return;
+    }
+    const std::int32_t number = count().value_or(0) + 1;
+    add(number, std::move(text), number);
+}
+
 bool FrameValues::add(std::int32_t index, StoredText text, std::optional<std::int32_t> count) {
     if (!list_ && only_.is_none() && index == kOnlyIndex && count == 1) {
         only_ = std::move(text);

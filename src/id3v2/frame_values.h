@@ -39,6 +39,8 @@ public:
     [[nodiscard]] const StoredText* find(std::int32_t index) const noexcept;
     [[nodiscard]] std::optional<std::int32_t> count() const noexcept;
 
+    // Adds a value behind those that are counted, and counts it. All or nothing.
+    void append(StoredText text);
     // False when the number is taken; the count is set in any case. All or nothing.
     bool add(std::int32_t index, StoredText text, std::optional<std::int32_t> count);
     // The same, and leaves the count as it is.

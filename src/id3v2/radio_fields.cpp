@@ -53,9 +53,7 @@ String cMP3ID3v2::GetCustomField(const Variant& FieldName) const {
 
 String cMP3ID3v2::custom_text(std::u16string_view name) const {
     const StoredText* const value = contents_->custom.find(name);
-    String text = value != nullptr ? value->wide() : String();
-    std::erase(text, u'\0');
-    return text;
+    return value != nullptr ? value->wide_without_nuls() : String();
 }
 
 bool cMP3ID3v2::CustomFieldExists(const String& Desc) const {

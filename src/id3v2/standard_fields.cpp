@@ -6,21 +6,22 @@ namespace brindle {
 
 namespace {
 
-// Between two comments of one tag. Hosts do not see its NUL.
-constexpr std::u16string_view kCommentSeparator = u"\0\r\n"sv;
+// Between two comments of one tag.
+constexpr std::u16string_view kCommentSeparator = u"\r\n"sv;
 
 }  // namespace
 
 String StandardFieldTexts::get(StandardField field) const {
-    String text = this->text(field).wide();
+    const StoredText& stored = this->text(field);
+    if (row_of(field).nuls == Nuls::Kept) {
+        return stored.wide();
+    }
+    String text = stored.wide_without_nuls();
     if (field == StandardField::Comment) {
         for (const StoredText& comment : more_comments_) {
             text += kCommentSeparator;
-            text += comment.wide();
+            text += comment.wide_without_nuls();
         }
-    }
-    if (row_of(field).nuls == Nuls::Removed) {
-        std::erase(text, u'\0');
     }
     return text;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "util/code_page.h"
+#include "util/find_byte.h"
 
 namespace brindle {
 
@@ -29,6 +30,14 @@ String StoredText::wide() const {
     return is_wide() ? String(units()) : widen(bytes());
 }
 
+String StoredText::wide_without_nuls() const {
+    String text = wide();
+    if (find_nul() != size()) {
+        std::erase(text, u'\0');
+    }
+    return text;
+}
+
 bool StoredText::operator==(std::u16string_view text) const noexcept {
     return equals(0, size_, text);
 }
@@ -41,9 +50,7 @@ std::size_t StoredText::find_nul(std::size_t from) const noexcept {
     if (is_wide()) {
         return std::min(units().find(u'\0', from), std::size_t{size_});
     }
-    const auto all = bytes();
-    return static_cast<std::size_t>(
-        std::find(all.begin() + static_cast<std::ptrdiff_t>(from), all.end(), 0) - all.begin());
+    return from + find_byte(bytes().subspan(from), 0);
 }
 
 bool StoredText::equals(std::size_t first, std::size_t last,

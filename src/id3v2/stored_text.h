@@ -40,22 +40,22 @@ public:
           size_(std::exchange(other.size_, 0)),
           form_(std::exchange(other.form_, Form::InFile)) {}
     StoredText& operator=(StoredText&& other) noexcept {
-        StoredText moved(std::move(other));
-        std::swap(data_, moved.data_);
-        std::swap(size_, moved.size_);
-        std::swap(form_, moved.form_);
+        if (this != &other) {
+            release();
+            data_ = std::exchange(other.data_, nullptr);
+            size_ = std::exchange(other.size_, 0);
+            form_ = std::exchange(other.form_, Form::InFile);
+        }
         return *this;
     }
-    ~StoredText() {
-        if (is_wide()) {
-            delete[] static_cast<const char16_t*>(data_);
-        }
-    }
+    ~StoredText() { release(); }
 
     // In characters.
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
     [[nodiscard]] String wide() const;
+    // Without the NULs that separate parts of it.
+    [[nodiscard]] String wide_without_nuls() const;
     [[nodiscard]] bool operator==(std::u16string_view text) const noexcept;
     [[nodiscard]] char16_t operator[](std::size_t i) const noexcept;
     // The position of the first NUL at or behind `from`; size() when there is none.
@@ -73,6 +73,11 @@ public:
 private:
     enum class Form : std::uint8_t { InFile, Wide, None };
 
+    void release() noexcept {
+        if (is_wide()) {
+            delete[] static_cast<const char16_t*>(data_);
+        }
+    }
     [[nodiscard]] bool is_wide() const noexcept { return form_ == Form::Wide; }
     [[nodiscard]] std::span<const std::uint8_t> bytes() const noexcept;
     [[nodiscard]] std::u16string_view units() const noexcept;

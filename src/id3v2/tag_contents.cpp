@@ -4,35 +4,35 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 #include <utility>
 
 #include "id3v2/content_type.h"
+#include "util/find_byte.h"
 
 namespace brindle {
 
 namespace {
 
 std::span<std::uint8_t> without_nuls(std::span<std::uint8_t> bytes) {
-    const auto first = std::find(bytes.begin(), bytes.end(), std::uint8_t{0});
-    if (first == bytes.end()) {
+    const std::size_t first = find_byte(bytes, 0);
+    if (first == bytes.size()) {
         return bytes;
     }
-    const auto end = std::remove(first, bytes.end(), std::uint8_t{0});
+    const auto end = std::remove(bytes.begin() + static_cast<std::ptrdiff_t>(first), bytes.end(),
+                                 std::uint8_t{0});
     return bytes.first(static_cast<std::size_t>(end - bytes.begin()));
 }
 
 // A custom frame holds name, NUL, value; what stands behind a further NUL counts for nothing. A
 // frame without a NUL has no value and is no field.
 void file_custom(CustomFields& fields, std::span<const std::uint8_t> frame) {
-    const auto name_end = std::find(frame.begin(), frame.end(), 0);
-    if (name_end == frame.end()) {
+    const std::size_t name = find_byte(frame, 0);
+    if (name == frame.size()) {
         return;
     }
-    const auto value = std::next(name_end);
-    const auto value_end = std::find(value, frame.end(), 0);
-    fields.add_first(StoredText::in_file({frame.begin(), name_end}),
-                     StoredText::in_file({value, value_end}));
+    const auto rest = frame.subspan(name + 1);
+    fields.add_first(StoredText::in_file(frame.first(name)),
+                     StoredText::in_file(rest.first(find_byte(rest, 0))));
 }
 
 // Finds the field of a frame by the id as it stands in a file. A tag can hold a hundred thousand

@@ -6,6 +6,8 @@
 #include <iterator>
 #include <new>
 
+#include "util/find_byte.h"
+
 namespace brindle {
 
 namespace {
@@ -32,8 +34,8 @@ std::uint32_t big_endian(const std::uint8_t* bytes) noexcept {
 }
 
 std::span<const std::uint8_t> behind_first_nul(std::span<const std::uint8_t> data) {
-    const auto nul = std::find(data.begin(), data.end(), kNul);
-    return nul == data.end() ? data : std::span(std::next(nul), data.end());
+    const std::size_t nul = find_byte(data, kNul);
+    return nul == data.size() ? data : data.subspan(nul + 1);
 }
 
 // The text of a frame without its encoding byte. UTF-16 text of the ASCII range becomes 8-bit text
@@ -150,6 +152,9 @@ std::span<const std::uint8_t> TagReader::read_data(std::uint64_t size) {
 }
 
 std::span<std::uint8_t> TagReader::allocate(std::size_t size) {
+    if (contents_.bytes.has_room_for(size)) {
+        return contents_.bytes.allocate(size);
+    }
     try {
         return contents_.bytes.allocate(size);
     } catch (const std::bad_alloc&) {
@@ -163,7 +168,7 @@ void TagReader::file(const Header& header, std::span<const std::uint8_t> data) {
     if (header.id == kPictureFrameId) {
         file_as(kPictureFrameId, header, data);
     } else if (header.id == kCustomFrameId) {
-        if (std::find(data.begin(), data.end(), kNul) != data.end()) {
+        if (find_byte(data, kNul) != data.size()) {
             const auto text =
                 std::find_if(data.begin(), data.end(), [](std::uint8_t byte) { return byte != 0; });
             file_as(kCustomFrameId, header, {text, data.end()});

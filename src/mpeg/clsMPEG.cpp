@@ -24,6 +24,16 @@ void clsMPEG::with_file(const String& name, Step&& step) {
     state_.reset();
 }
 
+void clsMPEG::forget() {
+    ID3v2Length = 0;
+    ID3v2Offset = 0;
+    HasV1Tag = false;
+    Owner = nullptr;
+    trace = nullptr;
+    state_ = {};
+    read_fault_.reset();
+}
+
 void clsMPEG::FileName(const String& Name) {
     read_fault_.reset();
     with_file(Name, [&](FileWindow& window) { analyse(Name, window); });

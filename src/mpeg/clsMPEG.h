@@ -45,6 +45,9 @@ public:
     // Receives why headers are turned down. With it unset the analysis is as fast as it can be.
     Trace trace;
 
+    // As a new one.
+    void forget();
+
     [[nodiscard]] String FileName() const { return state_.file_name; }
     void FileName(const String& Name);
     // What assigning the name does, over a file that is open already.

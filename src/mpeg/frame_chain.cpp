@@ -74,7 +74,7 @@ ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first
         }
         if (shape.bit_rate_by_8 * 8 != first.bit_rate && !bit_rate_differs) {
             bit_rate_differs = true;
-            window_.expect_until(next + (needed - count + 1) * length);
+            window_.expect_at_once(next + (needed - count + 1) * length);
         }
         if (tails_.empty()) {
             Run run{next, static_cast<std::uint32_t>(length), count};
@@ -103,12 +103,12 @@ void FrameChains::run_through_window(const FrameHeader& first, std::int32_t need
     // A header that ends where the file does is no longer followed.
     const auto left = static_cast<std::size_t>(window_.length() - run.position);
     const std::size_t end = std::min(held.size(), left - 1);
+    const FrameShape shape = frame_shape(first.bits);
     std::size_t offset = 0;
     while (run.count < needed && offset + run.length + kHeaderBytes <= end) {
         const std::uint32_t bits = header_bits(held.data() + offset + run.length);
-        const FrameShape& shape = frame_shape(bits);
         const std::uint32_t length = shape.length_of(bits);
-        if (!headers_agree(first.bits, bits) || shape.bit_rate_by_8 * 8 != first.bit_rate ||
+        if (((first.bits ^ bits) & (kStreamMask | kBitRateMask)) != 0 ||
             offset + run.length + length > left) {
             break;
         }

@@ -19,6 +19,7 @@ inline constexpr std::size_t kHeaderBytes = 4;
 inline constexpr std::uint32_t kSyncMask = 0xFFE0'0000;
 inline constexpr std::uint32_t kVersionMask = 0x0018'0000;
 inline constexpr std::uint32_t kLayerMask = 0x0006'0000;
+inline constexpr std::uint32_t kBitRateMask = 0x0000'F000;
 inline constexpr std::uint32_t kFrequencyMask = 0x0000'0C00;
 inline constexpr std::uint32_t kPaddingMask = 0x0000'0200;
 inline constexpr std::uint32_t kModeMask = 0x0000'00C0;

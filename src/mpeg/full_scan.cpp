@@ -26,23 +26,49 @@ bool accepted(const WalkedStream& stream) {
            stream.bit_rate_sum > std::int64_t{kMostRejectedAverage} * stream.frames;
 }
 
+// What the third byte of a header tells of a frame, in one stream: bit rate and padding stand
+// there, and nothing else that the frame's length depends on. A walk cannot look at the next header
+// before it knows this length, so each step on the way to it counts.
+class StreamFrames {
+public:
+    explicit StreamFrames(std::uint32_t first_bits) {
+        constexpr std::uint32_t kThirdByte = 0xFF00;
+        for (std::uint32_t byte = 0; byte < lengths_.size(); ++byte) {
+            const std::uint32_t bits = (first_bits & ~kThirdByte) | byte << 8U;
+            const FrameShape& shape = frame_shape(bits);
+            lengths_[byte] = static_cast<std::uint16_t>(shape.length_of(bits));
+            bit_rates_[byte] = static_cast<std::uint16_t>(shape.bit_rate_by_8 * 8);
+        }
+    }
+
+    // 0 for a header with a reserved bit rate.
+    [[nodiscard]] std::uint32_t length(const std::uint8_t* header) const noexcept {
+        return lengths_[header[2]];
+    }
+    [[nodiscard]] std::int32_t bit_rate(const std::uint8_t* header) const noexcept {
+        return bit_rates_[header[2]];
+    }
+
+private:
+    std::array<std::uint16_t, 256> lengths_;
+    std::array<std::uint16_t, 256> bit_rates_;
+};
+
 // Goes through the frames of one block from its first byte on. True when the chain goes on behind
 // the block; `offset` is then where the next frame stands, else where the chain broke.
 bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
-                std::uint32_t first_bits, WalkedStream& stream, std::size_t& offset) {
+                std::uint32_t first_bits, const StreamFrames& frames, WalkedStream& stream,
+                std::size_t& offset) {
     while (offset + kHeaderBytes <= block.size()) {
-        const std::uint32_t bits = header_bits(block.data() + offset);
-        if (!headers_agree(first_bits, bits)) {
-            return false;
-        }
-        const FrameShape& shape = frame_shape(bits);
-        const std::size_t next = offset + shape.length_of(bits);
-        if (shape.length == 0 || next > left_of_file) {
+        const std::uint8_t* const header = block.data() + offset;
+        const std::size_t length = frames.length(header);
+        if (!headers_agree(first_bits, header_bits(header)) || length == 0 ||
+            offset + length > left_of_file) {
             return false;
         }
         ++stream.frames;
-        stream.bit_rate_sum += shape.bit_rate_by_8 * 8;
-        offset = next;
+        stream.bit_rate_sum += frames.bit_rate(header);
+        offset += length;
     }
     return true;
 }
@@ -168,6 +194,7 @@ std::optional<WalkedStream> FullScan::run(std::int32_t start) {
 WalkedStream FullScan::walk_from(std::int32_t start) {
     WalkedStream stream;
     std::optional<std::uint32_t> first_bits;
+    std::optional<StreamFrames> frames;
     std::int64_t position = start;
     bool goes_on = true;
     window_.expect_until(window_.length());
@@ -183,10 +210,11 @@ WalkedStream FullScan::walk_from(std::int32_t start) {
                 trace_broken_rule(*first_bits, trace_);
                 break;
             }
+            frames.emplace(*first_bits);
         }
         std::size_t offset = 0;
         const auto left = static_cast<std::size_t>(window_.length() - position);
-        goes_on = walk_block(block, left, *first_bits, stream, offset);
+        goes_on = walk_block(block, left, *first_bits, *frames, stream, offset);
         if (!goes_on) {
             trace_rejected(*first_bits, header_bits(block.data() + offset), trace_);
         }

@@ -155,8 +155,8 @@ std::optional<FrameHeader> StreamScan::header_at(std::int64_t position) {
     }
     // What the usual file needs to be accepted, and no more of it.
     constexpr std::int64_t kFrames = kMostConfirmations + 1;
-    window_.expect_until(position + kFrames * header->length +
-                         static_cast<std::int64_t>(kHeaderBytes));
+    window_.expect_at_once(position + kFrames * header->length +
+                           static_cast<std::int64_t>(kHeaderBytes));
     return header;
 }
 

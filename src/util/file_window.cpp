@@ -52,6 +52,7 @@ std::span<const std::uint8_t> FileWindow::held_from(std::int64_t offset) const n
 // Reads on behind what the window holds, as far as it is contiguous with what is wanted.
 std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_t wanted) {
     constexpr auto kBlockLength = static_cast<std::int64_t>(kBlock);
+    const auto at_once = static_cast<std::int64_t>(most_at_once_);
     constexpr auto kHeadLength = static_cast<std::int64_t>(kHeadBlock);
     constexpr auto kMostHeldLength = static_cast<std::int64_t>(kMostHeld);
 
@@ -67,7 +68,7 @@ std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_
 
     const auto end_of_read_from = [&](std::int64_t position) {
         const std::int64_t expected = expected_end_ - position;
-        const std::int64_t block = expected > 0 ? std::min(expected, kBlockLength) : kHeadLength;
+        const std::int64_t block = expected > 0 ? std::min(expected, at_once) : kHeadLength;
         return std::min(std::max(wanted_end, position + block), readable_end_);
     };
 
@@ -104,7 +105,13 @@ void FileWindow::move_to(std::int64_t begin, std::int64_t end, std::size_t capac
     const auto kept = static_cast<std::size_t>(end - begin);
     const std::uint8_t* const source = kept == 0 ? nullptr : data(begin);
     if (capacity > capacity_) {
-        const std::size_t grown = std::max(capacity, std::min(2 * capacity_, kMostHeld));
+        // The first buffer has room for what most files need, so that nothing is ever moved there;
+        // memory that stays untouched costs nothing.
+        const std::size_t usual = capacity_ == 0
+                                      ? static_cast<std::size_t>(std::min(
+                                            readable_end_, static_cast<std::int64_t>(kBlock)))
+                                      : std::min(2 * capacity_, kMostHeld);
+        const std::size_t grown = std::max(capacity, usual);
         auto larger = std::make_unique_for_overwrite<std::uint8_t[]>(grown);
         if (kept != 0) {
             std::memcpy(larger.get(), source, kept);

@@ -48,7 +48,15 @@ public:
 
     // The caller will want the bytes up to `end`: the next refills go that far (a block at a
     // time) and not much farther. Without it a refill takes kHeadBlock.
-    void expect_until(std::int64_t end) noexcept { expected_end_ = end; }
+    void expect_until(std::int64_t end) noexcept {
+        expected_end_ = end;
+        most_at_once_ = kBlock;
+    }
+    // The same for a stretch that is known to be short: it is read at once.
+    void expect_at_once(std::int64_t end) noexcept {
+        expected_end_ = end;
+        most_at_once_ = kMostHeld;
+    }
     // Bytes from `offset` on stay in the window while later ones are viewed (up to kMostHeld), so
     // that going back to them costs nothing. A leap of more than a block lets them go.
     void keep_from(std::int64_t offset) noexcept { keep_from_ = offset; }
@@ -72,6 +80,7 @@ private:
     std::int64_t begin_ = 0;     // file offset of the first byte held
     std::int64_t end_ = 0;       // file offset behind the last byte held
     std::int64_t expected_end_ = 0;
+    std::size_t most_at_once_ = kBlock;
     std::int64_t keep_from_ = std::numeric_limits<std::int64_t>::max();
     std::uint32_t refills_ = 0;
     std::size_t capacity_ = 0;

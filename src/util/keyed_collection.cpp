@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstddef>
-#include <deque>
 #include <memory>
 #include <new>
 #include <utility>
@@ -19,7 +18,7 @@ struct KeyedCollection::Table {
     static constexpr std::size_t kFew = 32;
 
     KeyPacker packer;
-    std::deque<PackedKey> keys;
+    std::vector<PackedKey> keys;
     // One for each key, null where the item is the key's own text. Empty while all of them are.
     std::vector<std::unique_ptr<Variant>> items;
     // Of the first so many keys; made when a search needs it.
@@ -101,6 +100,10 @@ void KeyedCollection::AddKey(std::u16string_view key) {
 }
 
 void KeyedCollection::append(PackedKey short_key) {
+    constexpr std::size_t kUsual = 16;
+    if (table_->keys.capacity() == 0) {
+        table_->keys.reserve(kUsual);
+    }
     table_->keys.push_back(short_key);
     if (!table_->items.empty()) {
         try {

@@ -149,8 +149,32 @@ int compare_with_half(const Decimal& decimal) {
     return 0;
 }
 
+// A few digits and nothing else, as nearly all numbers of a tag are; none for any other text.
+std::optional<std::int32_t> few_digits(std::u16string_view text) noexcept {
+    constexpr std::size_t kFew = std::numeric_limits<std::int32_t>::digits10;
+    if (text.empty() || text.size() > kFew || !std::all_of(text.begin(), text.end(), is_digit)) {
+        return std::nullopt;
+    }
+    std::int32_t value = 0;
+    for (const char16_t digit : text) {
+        value = value * 10 + (digit - u'0');
+    }
+    return value;
+}
+
+template <typename Whole>
+Whole in_range(std::int64_t value) {
+    if (value < std::numeric_limits<Whole>::min() || value > std::numeric_limits<Whole>::max()) {
+        throw Error(RuntimeError::Overflow);
+    }
+    return static_cast<Whole>(value);
+}
+
 template <typename Whole>
 Whole to_whole(std::u16string_view text) {
+    if (const std::optional<std::int32_t> value = few_digits(text)) {
+        return in_range<Whole>(*value);
+    }
     // Far above every type that this is for, far below what 64 bits hold.
     constexpr std::int64_t kLimit = std::int64_t{1} << 40;
     const Decimal decimal = parse_or_raise(text);
@@ -159,11 +183,7 @@ Whole to_whole(std::u16string_view text) {
     if (half > 0 || (half == 0 && value % 2 != 0)) {
         ++value;
     }
-    value = decimal.negative ? -value : value;
-    if (value < std::numeric_limits<Whole>::min() || value > std::numeric_limits<Whole>::max()) {
-        throw Error(RuntimeError::Overflow);
-    }
-    return static_cast<Whole>(value);
+    return in_range<Whole>(decimal.negative ? -value : value);
 }
 
 String ascii_to_string(const char* first, const char* last) {
@@ -189,6 +209,9 @@ std::uint8_t to_byte(std::u16string_view text) {
 }
 
 double to_double(std::u16string_view text) {
+    if (const std::optional<std::int32_t> value = few_digits(text)) {
+        return *value;
+    }
     // Well outside the powers of ten that a double has.
     constexpr std::int64_t kLargestPower = 400;
     const Decimal decimal = parse_or_raise(text);

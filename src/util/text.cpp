@@ -14,6 +14,7 @@ constexpr char16_t kStrayByteBase = 0xDC00;
 constexpr char16_t kFirstStrayByte = 0xDC80;
 constexpr char16_t kLastStrayByte = 0xDCFF;
 constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t kFirstOfTwoBytes = 0x80;
 constexpr char32_t kFirstSupplementary = 0x10000;
 
 constexpr bool is_high_surrogate(char16_t unit) {
@@ -26,7 +27,7 @@ constexpr bool is_low_surrogate(char16_t unit) {
 
 void append_utf8(std::string& bytes, char32_t point) {
     const auto append = [&bytes](char32_t byte) { bytes.push_back(static_cast<char>(byte)); };
-    if (point < 0x80) {
+    if (point < kFirstOfTwoBytes) {
         append(point);
     } else if (point < 0x800) {
         append(0xC0 | point >> 6);
@@ -110,7 +111,10 @@ std::string to_utf8(std::u16string_view text) {
     bytes.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char16_t unit = text[i];
-        if (is_high_surrogate(unit) && i + 1 < text.size() && is_low_surrogate(text[i + 1])) {
+        if (unit < kFirstOfTwoBytes) {
+            bytes.push_back(static_cast<char>(unit));
+        } else if (is_high_surrogate(unit) && i + 1 < text.size() &&
+                   is_low_surrogate(text[i + 1])) {
             const auto high = static_cast<char32_t>(unit - kHighSurrogates);
             const auto low = static_cast<char32_t>(text[i + 1] - kLowSurrogates);
             append_utf8(bytes, kFirstSupplementary + (high << 10 | low));

@@ -28,7 +28,7 @@ TEST(Clock, SecondsAndMillisecondsGoOnTogether) {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     const double seconds_passed = clock.seconds() - seconds;
     const std::uint32_t milliseconds_passed = clock.milliseconds_since_start() - milliseconds;
-    EXPECT_GE(seconds_passed, 0.05);
+    EXPECT_GE(seconds_passed, 0.035);  // may be told in ticks of the system
     EXPECT_GE(milliseconds_passed, 49U);
     // A busy machine may take a while between the two looks.
     EXPECT_NEAR(seconds_passed, milliseconds_passed / 1000.0, 5.0);

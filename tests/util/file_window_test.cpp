@@ -205,18 +205,27 @@ TEST(FileWindow, KeptBytesCostNothingToGoBackTo) {
     EXPECT_EQ(refills, 5U);  // of 65,536 bytes: nothing was read twice
 }
 
-TEST(FileWindow, WhatIsNotKeptIsLetGo) {
+TEST(FileWindow, WhatIsNotKeptIsLetGoWhenThereIsNoRoomForIt) {
     ReadLog file(1'000'000);
     FileWindow window(file);
+    window.expect_until(1'000'000);
     window.keep_from(0);
     (void)window.view(0, 10);
-    window.keep_from(8'000);
-    (void)window.view(8'190, 10);
+    window.keep_from(60'000);
+    (void)window.view(65'530, 10);
     const std::uint32_t refills = window.refills();
-    EXPECT_EQ(bytes_of(window.view(8'000, 10)), file.slice(8'000, 10));
+    EXPECT_EQ(bytes_of(window.view(60'000, 10)), file.slice(60'000, 10));
     EXPECT_EQ(window.refills(), refills);
-    EXPECT_EQ(bytes_of(window.view(7'999, 10)), file.slice(7'999, 10));
+    EXPECT_EQ(bytes_of(window.view(59'999, 10)), file.slice(59'999, 10));
     EXPECT_EQ(window.refills(), refills + 1);
+}
+
+TEST(FileWindow, StretchThatIsKnownToBeShortIsReadAtOnce) {
+    ReadLog file(1'000'000);
+    FileWindow window(file);
+    window.expect_at_once(100'000);
+    EXPECT_EQ(window.view_block(0, 4).size(), 100'000U);
+    EXPECT_EQ(file.reads, (std::vector<Read>{{0, 100'000}}));
 }
 
 TEST(FileWindow, NoMoreThanTheMostIsKept) {
