@@ -104,16 +104,25 @@ void FrameChains::run_through_window(const FrameHeader& first, std::int32_t need
     const auto left = static_cast<std::size_t>(window_.length() - run.position);
     const std::size_t end = std::min(held.size(), left - 1);
     const FrameShape shape = frame_shape(first.bits);
+    std::uint32_t bits = header_bits(held.data());
     std::size_t offset = 0;
     while (run.count < needed && offset + run.length + kHeaderBytes <= end) {
-        const std::uint32_t bits = header_bits(held.data() + offset + run.length);
-        const std::uint32_t length = shape.length_of(bits);
-        if (((first.bits ^ bits) & (kStreamMask | kBitRateMask)) != 0 ||
-            offset + run.length + length > left) {
+        const std::uint32_t next_bits = header_bits(held.data() + offset + run.length);
+        std::uint32_t next_length = run.length;
+        // Most headers have the length of the one before. Taking that for granted, a processor goes
+        // on to the next header before this one has come from memory.
+        if (((next_bits ^ bits) & (kStreamMask | kBitRateMask | kPaddingMask)) != 0) {
+            if (((next_bits ^ first.bits) & (kStreamMask | kBitRateMask)) != 0) {
+                break;
+            }
+            bits = next_bits;
+            next_length = shape.length_of(bits);
+        }
+        if (offset + run.length + next_length > left) {
             break;
         }
         offset += run.length;
-        run.length = length;
+        run.length = next_length;
         followers[static_cast<std::size_t>(run.count)] =
             run.position + static_cast<std::int64_t>(offset);
         ++run.count;
