@@ -37,15 +37,11 @@ void set_field(const Model& model, const String& name, std::int32_t value) {
 }
 
 std::int16_t integer_or_0(const String& text) {
-    std::int16_t number = 0;
-    skip_errors([&] { number = to_integer(text); });
-    return number;
+    return number_or_0<std::int16_t>(text, to_integer);
 }
 
 std::int32_t long_or_0(const String& text) {
-    std::int32_t number = 0;
-    skip_errors([&] { number = to_long(text); });
-    return number;
+    return number_or_0<std::int32_t>(text, to_long);
 }
 
 }  // namespace
@@ -219,9 +215,9 @@ void cMPEGHeader::Intro(std::int32_t value) {
 }
 
 std::int32_t cMPEGHeader::OutromsStart() const {
-    std::int32_t start = 0;
-    skip_errors([&] { start = round_to_long(to_double(field(model_, kOutro))); });
-    return start;
+    return number_or_0<std::int32_t>(field(model_, kOutro), [](std::u16string_view text) {
+        return round_to_long(to_double(text));
+    });
 }
 void cMPEGHeader::OutromsStart(std::int32_t value) {
     set_field(model_, kOutro, value);

@@ -3,7 +3,6 @@
 
 #include "id3v2/cMP3ID3v2.h"
 #include "util/numeric_text.h"
-#include "util/skip_errors.h"
 
 namespace brindle {
 
@@ -23,14 +22,6 @@ const String kStampValue = u"CorvaneTagger - Revised Feb 2011";
 
 String field_text(const String& name, const String& value) {
     return name + kSeparator + value;
-}
-
-// Text that is no number, or none that fits, reads as 0.
-template <typename Number>
-Number number_or_0(const String& text, Number (*convert)(std::u16string_view)) {
-    Number number{};
-    skip_errors([&] { number = convert(text); });
-    return number;
 }
 
 }  // namespace
@@ -61,7 +52,7 @@ bool cMP3ID3v2::CustomFieldExists(const String& Desc) const {
 }
 
 std::int32_t cMP3ID3v2::Sectonemsend() const {
-    return number_or_0(custom_text(kSecTone), to_long);
+    return number_or_0<std::int32_t>(custom_text(kSecTone), to_long);
 }
 
 void cMP3ID3v2::Sectonemsend(std::int32_t NewSectonems) {
@@ -69,7 +60,7 @@ void cMP3ID3v2::Sectonemsend(std::int32_t NewSectonems) {
 }
 
 double cMP3ID3v2::Speed() const {
-    return number_or_0(custom_text(kSpeed), to_double);
+    return number_or_0<double>(custom_text(kSpeed), to_double);
 }
 
 void cMP3ID3v2::Speed(double NewTarnSpeed) {
@@ -77,7 +68,7 @@ void cMP3ID3v2::Speed(double NewTarnSpeed) {
 }
 
 std::int32_t cMP3ID3v2::Volume() const {
-    return number_or_0(custom_text(kVolume), to_long);
+    return number_or_0<std::int32_t>(custom_text(kVolume), to_long);
 }
 
 void cMP3ID3v2::Volume(std::int32_t NewVol) {
@@ -85,7 +76,7 @@ void cMP3ID3v2::Volume(std::int32_t NewVol) {
 }
 
 bool cMP3ID3v2::Opener() const {
-    return number_or_0(custom_text(kOpener), to_long) != 0;
+    return number_or_0<std::int32_t>(custom_text(kOpener), to_long) != 0;
 }
 
 void cMP3ID3v2::Opener(bool NewOpenerValue) {
@@ -93,7 +84,7 @@ void cMP3ID3v2::Opener(bool NewOpenerValue) {
 }
 
 std::int32_t cMP3ID3v2::CueIn() const {
-    return number_or_0(custom_text(kCueIn), to_long);
+    return number_or_0<std::int32_t>(custom_text(kCueIn), to_long);
 }
 
 void cMP3ID3v2::CueIn(std::int32_t NewCueInms) {
@@ -101,7 +92,7 @@ void cMP3ID3v2::CueIn(std::int32_t NewCueInms) {
 }
 
 std::int16_t cMP3ID3v2::CategoryLevel() const {
-    return number_or_0(custom_text(kCategoryLevel), to_integer);
+    return number_or_0<std::int16_t>(custom_text(kCategoryLevel), to_integer);
 }
 
 void cMP3ID3v2::CategoryLevel(std::int16_t NewCatLevel) {

@@ -6,6 +6,8 @@
 
 #include <brindle/values.h>
 
+#include "util/skip_errors.h"
+
 namespace brindle {
 
 // Numeric text is optional blanks, an optional sign, decimal digits with an optional ".", an
@@ -29,5 +31,16 @@ namespace brindle {
 [[nodiscard]] String to_text(double value);
 // Empty is "", a Boolean "-1" or "0".
 [[nodiscard]] String to_text(const Variant& value);
+
+// What `convert` makes of a text; 0 where it is no number, or none that fits. Most files lack most
+// fields, and an error for each of them would take longer than reading the file.
+template <typename Number, typename Convert>
+[[nodiscard]] Number number_or_0(std::u16string_view text, Convert convert) {
+    Number number{};
+    if (!text.empty()) {
+        skip_errors([&] { number = convert(text); });
+    }
+    return number;
+}
 
 }  // namespace brindle
