@@ -22,14 +22,14 @@ int main(int count, char** arguments) {
                 const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
                 // Says which one it was, should it end the program.
                 std::printf("%s\n", entry.path().c_str());
-                std::fflush(stdout);
+                static_cast<void>(std::fflush(stdout));
                 LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()),
                                        bytes.size());
                 ++files;
             }
         }
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "replay: %s\n", error.what());
+        static_cast<void>(std::fprintf(stderr, "replay: %s\n", error.what()));
         return 1;
     }
     std::printf("%zu files\n", files);

@@ -1,5 +1,6 @@
 #include "mpeg/frame_trace.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -9,7 +10,7 @@
 namespace brindle {
 namespace {
 
-// Where two headers of valid frames differ, in the order of the rules.
+// Where two headers of valid frames differ, in the order of the rules. They must not agree.
 std::string_view disagreement(std::uint32_t a, std::uint32_t b) {
     struct Rule {
         std::uint32_t mask;
@@ -25,12 +26,9 @@ std::string_view disagreement(std::uint32_t a, std::uint32_t b) {
         {kCopyrightMask, trace_text::kOtherCopyright},
         {kOriginalMask, trace_text::kOtherOriginal},
     }};
-    for (const Rule& rule : kRules) {
-        if (((a ^ b) & rule.mask) != 0) {
-            return rule.text;
-        }
-    }
-    return {};
+    const auto* const broken = std::find_if(
+        kRules.begin(), kRules.end(), [&](const Rule& rule) { return ((a ^ b) & rule.mask) != 0; });
+    return broken->text;
 }
 
 }  // namespace

@@ -29,12 +29,12 @@ constexpr mode_t kNewFileMode = 0666;
 
 int flags_of(OpenMode mode) {
     switch (mode) {
-        case OpenMode::Read:
-            return O_RDONLY;
         case OpenMode::ReadWrite:
             return O_RDWR;
         case OpenMode::ReadWriteOrCreate:
             return O_RDWR | O_CREAT;
+        case OpenMode::Read:
+            break;
     }
     return O_RDONLY;
 }

@@ -232,6 +232,13 @@ std::vector<FrameCase> frame_cases() {
         {"Version2KeepsTheLastOfTwoTitles",
          Tag(2).text("TT2", "One").text("TT2", "Two").padding(50).bytes(),
          {"TT2:1 4 version 2"}, {}},
+        // The NULs go with the encoding, so that the mark stands in the title as characters.
+        {"Version2WideTitleKeepsItsMark",
+         Tag(2).frame("TT2", "\1\xFF\xFES\0o\0n\0g\0"sv).padding(50).bytes(),
+         {}, {"TT2:1 11 other content"}},
+        {"TagBehindOtherBytes",
+         zeros(100) + Tag(3).utf16_text("TIT2", u"Song \u00C4").bytes(),
+         {}, {"TIT2:1 15 same text"}},
         {"Version2CompressedAsAWholeIsNoTag",
          Tag(2).flags(0x40).text("TAL", "Album").padding(50).bytes(), {}, {}},
         // clang-format on
@@ -388,6 +395,40 @@ TEST(SavePlan, FileThatIsGoneHasNone) {
     OpenedFile file(audio());
     file.files().remove(kName);
     EXPECT_EQ(file.plan().needed_length, 0);
+}
+
+TEST(SavePlan, EachCallThatFailsRaises) {
+    const Bytes song = Tag(3)
+                           .text("TIT2", "Song")
+                           .picture("image/png", 3, "", letters(60'000))
+                           .text("TPE1", "Ann")
+                           .padded_to(70'000) +
+                       audio();
+    OpenedFile healthy(song);
+    static_cast<void>(healthy.plan());
+    const std::uint64_t calls = healthy.files().calls();
+    ASSERT_GE(calls, 4U);
+    for (std::uint64_t nth = 1; nth <= calls; ++nth) {
+        OpenedFile file(song);
+        file.files().fail({.nth = nth});
+        try {
+            static_cast<void>(file.plan());
+            ADD_FAILURE() << nth << ": nothing was raised";
+        } catch (const Error& error) {
+            EXPECT_EQ(error.number(), 57) << nth;
+        }
+        EXPECT_EQ(file.files().open_files(), 0U) << nth;
+        EXPECT_EQ(file.content(), song) << nth;
+    }
+}
+
+TEST(SavePlan, FileThatWasNotReadWholeHasNone) {
+    OpenedFile file(Tag(3).text("TIT2", "Song").padded_to(20'000) + audio());
+    file.files().fail({.nth = 2, .call = FileCall::Read, .from_then_on = true});
+    file.header.FileName(kName);
+    ASSERT_TRUE(file.files().has_failed());
+    file.files().fail_nothing();
+    EXPECT_THROW(static_cast<void>(file.plan()), Error);
 }
 
 TEST(SavePlan, FileThatCannotBeReadRaises) {

@@ -22,6 +22,17 @@ TEST(CustomFields, TheFirstValueReadIsKept) {
     EXPECT_EQ(fields.find(u"Cue \u20AC")->wide(), u"1");
 }
 
+TEST(CustomFields, TheFirstValueReadIsKeptAmongManyFields) {
+    CustomFields fields;
+    for (char16_t letter = u'A'; letter < u'A' + 40; ++letter) {
+        fields.set(String(1, letter), u"other");
+    }
+    fields.add_first(StoredText::in_file(kName), StoredText::in_file(kFirst));
+    fields.add_first(StoredText::in_file(kName), StoredText::in_file(kSecond));
+    ASSERT_NE(fields.find(u"Cue \u20AC"), nullptr);
+    EXPECT_EQ(fields.find(u"Cue \u20AC")->wide(), u"1");
+}
+
 TEST(CustomFields, AnAssignedValueReplacesTheOneRead) {
     CustomFields fields;
     fields.add_first(StoredText::in_file(kName), StoredText::in_file(kFirst));

@@ -9,6 +9,7 @@
 #include <rapidcheck/gtest.h>
 
 #include "support/memory_files.h"
+#include "support/shrunk_file.h"
 #include "support/tags.h"
 
 namespace brindle::test {
@@ -144,6 +145,16 @@ TEST(PublicTagReader, BodiesAreSteppedOver) {
     const ReadTag read(Tag(3).frame("GEOB", repeated(9'000'000, 'a')).text("TIT2", "A").bytes());
     EXPECT_EQ(read.tag()->frames.size(), 2U);
     EXPECT_LT(read.bytes_read(), 100'000U);
+}
+
+TEST(PublicTagReader, TagThatWasCutSinceEndsWithTheFile) {
+    const Bytes whole = Tag(3).text("TIT2", "A").text("TPE1", "B").bytes();
+    ShrunkFile file(whole.first(10 + 12 + 5), static_cast<std::int64_t>(whole.size()));
+    FileWindow window(file);
+    const std::optional<PublicTag> tag = read_public_tag(window, 0);
+    ASSERT_TRUE(tag);
+    ASSERT_EQ(tag->frames.size(), 1U);
+    EXPECT_EQ(tag->frames[0].id(), "TIT2");
 }
 
 // Whatever stands there: frames lie in the file, one behind the other.

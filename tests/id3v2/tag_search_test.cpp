@@ -10,6 +10,7 @@
 
 #include "support/bytes.h"
 #include "support/memory_files.h"
+#include "support/shrunk_file.h"
 #include "util/file_window.h"
 
 namespace brindle {
@@ -149,6 +150,15 @@ TEST(TagSearch, ReadsAFileOfMegabytesOnceWhenNothingIsFound) {
     EXPECT_EQ(find_tag(window), std::nullopt);
     EXPECT_LE(files.bytes_read(), kLength);
     EXPECT_LE(files.calls(test::FileCall::Read), kLength / FileWindow::kBlock + 4);
+}
+
+TEST(TagSearch, TagThatWasCutOffSinceIsNone) {
+    for (const char* left : {"", "ID", "ID3"}) {
+        test::ShrunkFile file(left, 20'000);
+        FileWindow window(file);
+        EXPECT_EQ(find_tag(window), std::nullopt) << left;
+        EXPECT_FALSE(is_tag_at(window, 0)) << left;
+    }
 }
 
 struct DuplicateCase {

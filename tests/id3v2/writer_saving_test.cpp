@@ -1,5 +1,7 @@
 // What Update leaves in a file, byte for byte.
 #include <algorithm>
+#include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -16,7 +18,9 @@
 #include "support/id3v1.h"
 #include "support/memory_environment.h"
 #include "support/tags.h"
+#include "support/temporary_folder.h"
 #include "support/written_files.h"
+#include "util/environment.h"
 
 namespace brindle {
 namespace {
@@ -676,6 +680,42 @@ TEST_F(Saving, Version2LeavesTheModelOfAFileWithoutItsTag) {
     EXPECT_EQ(model_.Genre(), 17);
     EXPECT_EQ(model_.Lyrics(), u"la");
     EXPECT_EQ(model_.Album(), u"");
+}
+
+// Somebody else has made the file longer since, so the audio is looked for again.
+TEST_F(Saving, AudioThatCannotBeLookedForAgainIsAnErrorBeforeAnythingIsWritten) {
+    open(Tag().padded_to(600).bytes() + kAudio);
+    const Bytes longer = Tag().padded_to(900).bytes() + kAudio + kAudio;
+    put(longer);
+    model_.Title(u"Song");
+    world_.files.fail({.nth = 1, .call = FileCall::Read});
+    const Error error = error_of_saving();
+    EXPECT_EQ(error.number(), 57);
+    EXPECT_EQ(error.source(), kWriter);
+    EXPECT_EQ(content(), longer);
+    world_.files.fail_nothing();
+    EXPECT_EQ(saved(), stamped(Tag().text("TIT2", "Song")).padded_to(900).bytes() + kAudio +
+                           kAudio + blank_record());
+}
+
+// Positions in a tag's own numbers, and in a host's, end there.
+TEST(SavingOnDisk, FileOfTwoGibibytesIsRefused) {
+    const test::TemporaryFolder folder;
+    const String name = folder.put("song.mp3", kAudio);
+    constexpr std::uintmax_t kLength = 2'147'483'648;
+    std::filesystem::resize_file(folder.path("song.mp3"), kLength);
+    cMP3ID3v2 model(system_environment());
+    model.FileName(name);
+    model.Title(u"Song");
+    try {
+        model.Update();
+        FAIL() << "nothing was raised";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.number(), 6);
+        EXPECT_EQ(error.source(), kWriter);
+    }
+    EXPECT_EQ(std::filesystem::file_size(folder.path("song.mp3")), kLength);
+    EXPECT_EQ(folder.entries(), std::vector<std::string>{"song.mp3"});
 }
 
 TEST_F(Saving, Version2ThatClaimsMoreThanAFileWithoutAudioHoldsIsNotWritten) {

@@ -14,6 +14,7 @@
 #include "support/frames.h"
 #include "support/id3v1.h"
 #include "support/memory_environment.h"
+#include "support/shrunk_file.h"
 #include "support/tags.h"
 
 namespace brindle::test {
@@ -335,6 +336,38 @@ TEST(WalkFrames, LooksAgainInAFileThatSomebodyElseHasChanged) {
     const FrameWalk found = file.walk();
     EXPECT_EQ(found.first_frame, 50);
     EXPECT_EQ(found.frames, 150);
+}
+
+// Bytes that another program took away while the walk was on its way.
+TEST(FrameWalk, FileThatWasCutSinceEndsWithItsLastFrame) {
+    constexpr std::int64_t kOldLength = 20 * 417 + 1'000;
+    struct Case {
+        const char* name;
+        Bytes behind;
+    };
+    const Case cases[] = {
+        {"between two frames", {}},
+        {"within a header", Bytes{0, 0, 0, 0, 0xFF, 0xFB}},
+        {"before the frame that would confirm another", zeros(4) + Frame{}.bytes()},
+    };
+    for (const Case& c : cases) {
+        ShrunkFile file(stream(Frame{}, 20) + c.behind, kOldLength);
+        FileWindow window(file);
+        const FrameWalk found = FrameWalker(window, kOldLength).run(0);
+        EXPECT_EQ(found.frames, 20) << c.name;
+        EXPECT_EQ(found.end, 20 * 417) << c.name;
+        EXPECT_EQ(found.gaps, 0) << c.name;
+        EXPECT_EQ(found.bytes_behind, 1'000) << c.name;
+        EXPECT_FALSE(found.last_frame_is_cut) << c.name;
+    }
+}
+
+TEST(WalkFrames, IsEmptyForAFileOfAnotherKind) {
+    Opened file(stream(Frame{}, 120));
+    file.world.files.put(u"song.wav", stream(Frame{}, 120));
+    file.header.FileName(u"song.wav");
+    EXPECT_EQ(file.walk().frames, 0);
+    EXPECT_EQ(file.walk().frequency, 0);
 }
 
 TEST(WalkFrames, IsEmptyWithoutAFileOrAStream) {

@@ -57,6 +57,18 @@ TEST(FullScan, PassFromTheEndLosesNoFrameWhereBlocksMeet) {
     }
 }
 
+TEST(FullScan, PassFromTheEndStepsOverWhatOnlyLooksLikeAHeader) {
+    const Bytes no_sync{0xFF, 0x1F, 0x34, 0x44};
+    const Bytes reserved_emphasis{0xFF, 0xF3, 0x14, 0x46};
+    const Bytes reserved_rate{0xFF, 0xF3, 0xF4, 0x44};
+    const Bytes longer_than_the_rest{0xFF, 0xF3, 0x94, 0x44};  // 80 kbit/s: 240 bytes
+    const Bytes junk = no_sync + reserved_emphasis + reserved_rate + zeros(1);
+    const auto stream = walk(junk + pairs_of_short_frames(100) + junk + longer_than_the_rest, 0);
+    ASSERT_TRUE(stream);
+    EXPECT_EQ(stream->frames, 200);
+    EXPECT_EQ(stream->bit_rate_sum, 4'800);
+}
+
 TEST(FullScan, TenFramesAreTooFew) {
     EXPECT_FALSE(walk(pairs_of_short_frames(5), 0));
     EXPECT_FALSE(walk(zeros(1) + pairs_of_short_frames(5), 0));

@@ -8,6 +8,7 @@
 #include <brindle/error.h>
 
 #include "mpeg/analysis.h"
+#include "support/counting_allocator.h"
 #include "support/frames.h"
 
 namespace brindle::test {
@@ -61,6 +62,29 @@ TEST(ScanFaults, ReadThatFailsInTheWalkOverAllFramesLeavesTheStreamThatWasFound)
     EXPECT_FALSE(file.analyser.VBR());
     EXPECT_EQ(file.analyser.BitRate(), 128'000);
     EXPECT_EQ(file.analyser.DurationmS(), 32'594);  // 521,500 x 8 / 128 = 32,593.75
+}
+
+TEST(ScanFaults, EachAllocationThatFailsIsKeptAsALackOfMemory) {
+    const Bytes audio = stream(Frame{}, 300);
+    bool failed = true;
+    std::uint64_t nth = 1;
+    for (; failed; ++nth) {
+        ASSERT_LT(nth, 200U);
+        Analysis file(audio);
+        {
+            const AllocationFault fault(nth);
+            EXPECT_NO_THROW(file.run()) << nth;
+            failed = fault.has_failed();
+        }
+        if (!failed) {
+            EXPECT_TRUE(file.found());
+            break;
+        }
+        expect_reset(file.analyser);
+        ASSERT_TRUE(file.analyser.read_fault()) << nth;
+        EXPECT_EQ(file.analyser.read_fault()->number(), 7) << nth;
+    }
+    EXPECT_GT(nth, 3U) << "nothing was allocated, so nothing was tested";
 }
 
 TEST(ScanFaults, MissingFileIsKeptAsItsError) {

@@ -34,7 +34,7 @@ Tag& Tag::frame_claiming(std::string_view id, std::uint32_t size, const Bytes& b
     if (id.size() != (version_ == 2 ? 3U : 4U)) {
         throw std::invalid_argument("a frame id of another version");
     }
-    frames_ += Bytes(id);
+    frames_.insert(frames_.end(), id.begin(), id.end());
     frames_ += version_ == 2 ? big_endian(size, 3) : big_endian(size, 4) + zeros(2);
     frames_ += body;
     return *this;

@@ -114,6 +114,20 @@ TEST_F(FileSystemTest, EachModeTreatsAMissingFileInItsWay) {
     EXPECT_EQ(folder.content("missing.mp3"), Bytes(""));
 }
 
+TEST_F(FileSystemTest, OpeningGoesOnAfterASignal) {
+    SystemCalls calls;
+    calls.plan(SystemCall::Open, fails_with(EINTR), 2);
+    EXPECT_EQ(opening(folder.name("song.mp3"), OpenMode::Read), 0);
+    EXPECT_EQ(calls.seen(SystemCall::Open).size(), 3U);
+}
+
+TEST_F(FileSystemTest, WhatCannotBeToldForAFileIsClosedAgain) {
+    SystemCalls calls;
+    calls.plan(SystemCall::Status, {fails_with(EIO)});
+    EXPECT_EQ(opening(folder.name("song.mp3"), OpenMode::Read), 57);
+    EXPECT_EQ(calls.seen(SystemCall::Close).size(), 1U);
+}
+
 TEST_F(FileSystemTest, DevicesAreNoFiles) {
     EXPECT_EQ(opening(u"/dev/null", OpenMode::Read), 75);
     EXPECT_EQ(opening(u"/dev/zero", OpenMode::ReadWrite), 75);

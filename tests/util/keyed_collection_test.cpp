@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cstdint>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -8,6 +10,7 @@
 
 #include <brindle/keyed_collection.h>
 
+#include "support/counting_allocator.h"
 #include "util/error_number.h"
 #include "util/numeric_text.h"
 
@@ -82,6 +85,72 @@ TEST(KeyedCollection, RemovedKeyMayComeBackAtTheEnd) {
     EXPECT_EQ(collection.Item(1), Variant(String(u"B")));
     collection.Add(std::int32_t{2}, u"A");
     EXPECT_EQ(collection.Item(2), Variant(std::int32_t{2}));
+}
+
+TEST(KeyedCollection, AnyCharacterMayBeInAKey) {
+    const String noncharacter{u'A', 0xFFFF};
+    KeyedCollection collection;
+    collection.AddKey(noncharacter);
+    EXPECT_FALSE(collection.Exists(u"A"));
+    collection.AddKey(u"A");
+    EXPECT_EQ(collection.Item(noncharacter), Variant(noncharacter));
+    EXPECT_EQ(collection.Item(u"A"), Variant(String(u"A")));
+}
+
+// Adds a key while the first allocation fails, then the second, and so on until it is added.
+template <typename Add>
+void add_when_memory_allows(KeyedCollection& collection, const String& key, Add add) {
+    const std::int32_t before = collection.Count();
+    bool added = false;
+    for (std::uint64_t nth = 1; !added; ++nth) {
+        ASSERT_LT(nth, 20U);
+        {
+            const test::AllocationFault fault(nth);
+            try {
+                add();
+                added = true;
+            } catch (const std::bad_alloc&) {
+                EXPECT_TRUE(fault.has_failed());
+            }
+        }
+        ASSERT_EQ(collection.Count(), before + (added ? 1 : 0));
+        ASSERT_EQ(collection.Exists(key), added);
+    }
+}
+
+TEST(KeyedCollection, MemoryThatRunsOutLeavesItAsItWas) {
+    KeyedCollection collection;
+    constexpr std::int32_t kMany = 300;
+    for (std::int32_t i = 1; i <= kMany; ++i) {
+        const String key = u"a key of some length, number " + key_number(i);
+        if (i % 2 == 0) {
+            add_when_memory_allows(collection, key, [&] { collection.AddKey(key); });
+        } else {
+            add_when_memory_allows(collection, key, [&] { collection.Add(i, key); });
+        }
+    }
+    ASSERT_EQ(collection.Count(), kMany);
+    for (std::int32_t i = 1; i <= kMany; ++i) {
+        const String key = u"a key of some length, number " + key_number(i);
+        ASSERT_EQ(collection.Item(i), i % 2 == 0 ? Variant(key) : Variant(i));
+        ASSERT_EQ(collection.Item(key), collection.Item(i));
+    }
+}
+
+TEST(KeyedCollection, KeysAreFoundWithoutMemoryForAnIndex) {
+    KeyedCollection collection;
+    constexpr std::int32_t kMany = 33;  // one more than are searched without
+    for (std::int32_t i = 1; i <= kMany; ++i) {
+        collection.AddKey(key_number(i));
+    }
+    const String first = key_number(1);
+    const String last = key_number(kMany);
+    const String missing = key_number(kMany + 1);
+    const test::AllocationFault fault(1, true);
+    EXPECT_TRUE(collection.Exists(first));
+    EXPECT_TRUE(collection.Exists(last));
+    EXPECT_FALSE(collection.Exists(missing));
+    EXPECT_TRUE(fault.has_failed());
 }
 
 TEST(KeyedCollection, ManyKeysAreFoundAndTakenOneByOne) {

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <iterator>
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 namespace brindle::test {
@@ -66,6 +67,9 @@ using brindle::test::CallOutcome;
 using brindle::test::SystemCall;
 using brindle::test::SystemCalls;
 
+// The system takes the mode of a new file as it takes an argument of its own.
+int __real_open64(const char* name, int flags, mode_t mode);
+int __real_fstat64(int file, struct stat64* status);
 ssize_t __real_pread64(int file, void* into, size_t count, off64_t offset);
 ssize_t __real_pwrite64(int file, const void* from, size_t count, off64_t offset);
 ssize_t __real_copy_file_range(int from, off64_t* from_offset, int to, off64_t* to_offset,
@@ -74,6 +78,24 @@ int __real_fsync(int file);
 int __real_ftruncate64(int file, off64_t length);
 int __real_close(int file);
 ssize_t __real_getrandom(void* into, size_t count, unsigned flags);
+
+int __wrap_open64(const char* name, int flags, mode_t mode) {
+    const CallOutcome outcome = SystemCalls::outcome_of(SystemCall::Open, 0, 0);
+    if (outcome.error != 0) {
+        errno = outcome.error;
+        return -1;
+    }
+    return __real_open64(name, flags, mode);
+}
+
+int __wrap_fstat64(int file, struct stat64* status) {
+    const CallOutcome outcome = SystemCalls::outcome_of(SystemCall::Status, 0, 0);
+    if (outcome.error != 0) {
+        errno = outcome.error;
+        return -1;
+    }
+    return __real_fstat64(file, status);
+}
 
 ssize_t __wrap_pread64(int file, void* into, size_t count, off64_t offset) {
     const CallOutcome outcome = SystemCalls::outcome_of(SystemCall::Read, offset, count);

@@ -11,7 +11,7 @@
 
 namespace brindle::test {
 
-enum class SystemCall { Read, Write, CopyRange, Sync, Truncate, Close, Random };
+enum class SystemCall { Open, Status, Read, Write, CopyRange, Sync, Truncate, Close, Random };
 
 // What becomes of one call.
 struct CallOutcome {

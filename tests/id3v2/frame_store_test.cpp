@@ -1,0 +1,101 @@
+// The store by itself: what no single edit of a host shows.
+#include "id3v2/frame_store.h"
+
+#include <new>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/bytes.h"
+#include "support/counting_allocator.h"
+#include "util/numeric_text.h"
+
+namespace brindle {
+namespace {
+
+using test::AllocationFault;
+using test::Bytes;
+
+const Bytes kOld = "old";
+const Bytes kNew = "new";
+
+// "F100" and on.
+std::string id_of(int number) {
+    return "F" + std::to_string(100 + number);
+}
+
+TEST(FrameStore, IdThatWasRemovedIsListedAgainWhenItIsRead) {
+    FrameStore store;
+    store.append(frame_id("TIT2"), kOld);
+    store.remove_frame(u"TIT2");
+    ASSERT_FALSE(store.is_listed(u"TIT2"));
+    store.append(frame_id("TIT2"), kNew);
+    EXPECT_TRUE(store.is_listed(u"TIT2"));
+    EXPECT_EQ(store.count(u"TIT2"), 1);
+    EXPECT_EQ(store.value(u"TIT2", 1)->wide(), u"new");
+    EXPECT_EQ(store.value_count(), 1);
+}
+
+TEST(FrameStore, FramesWaitWhileThereIsNoMemoryToSortThem) {
+    constexpr int kIds = 200;
+    bool failed = true;
+    std::uint64_t nth = 1;
+    for (; failed; ++nth) {
+        ASSERT_LT(nth, 1000U);
+        FrameStore store;
+        for (int number = 0; number < kIds; ++number) {
+            store.append(frame_id(id_of(number)), kOld);
+            store.append(frame_id(id_of(number)), kNew);
+        }
+        {
+            const AllocationFault fault(nth);
+            try {
+                EXPECT_EQ(store.value_count(), 2 * kIds);
+            } catch (const std::bad_alloc&) {
+                EXPECT_TRUE(fault.has_failed());
+            }
+            failed = fault.has_failed();
+        }
+        EXPECT_EQ(store.value_count(), 2 * kIds) << nth;
+        ASSERT_EQ(store.frame_list()->Count(), kIds) << nth;
+        for (int number = 0; number < kIds; ++number) {
+            const std::string digits = id_of(number);
+            const String id(digits.begin(), digits.end());
+            ASSERT_EQ(store.frame_list()->Item(number + 1), Variant(id)) << nth;
+            ASSERT_EQ(store.value(id, 1)->wide(), u"old") << nth;
+            ASSERT_EQ(store.value(id, 2)->wide(), u"new") << nth;
+        }
+    }
+    EXPECT_GT(nth, 10U);
+}
+
+// The host had taken the id out of the list; its value is still there and keeps its number.
+TEST(FrameStore, ValueThatThereIsNoMemoryForLeavesItsIdUnlisted) {
+    bool added = false;
+    std::uint64_t nth = 1;
+    for (; !added; ++nth) {
+        ASSERT_LT(nth, 100U);
+        FrameStore store;
+        store.append(frame_id("TIT2"), kOld);
+        store.frame_list()->Remove(u"TIT2");
+        const String id = u"TIT2";
+        {
+            const AllocationFault fault(nth);
+            try {
+                store.add(id, u"new", 0);
+                added = true;
+            } catch (const std::bad_alloc&) {
+                EXPECT_TRUE(fault.has_failed());
+            }
+        }
+        EXPECT_EQ(store.is_listed(id), added) << nth;
+        EXPECT_EQ(store.count(id), 1) << nth;
+        EXPECT_EQ(store.value(id, 1)->wide(), u"old") << nth;
+        EXPECT_EQ(store.value_count(), 1) << nth;
+    }
+    EXPECT_GT(nth, 2U);
+}
+
+}  // namespace
+}  // namespace brindle
