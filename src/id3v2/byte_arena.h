@@ -45,7 +45,8 @@ private:
     // Most tags are small; the last size serves all further blocks.
     static constexpr std::size_t kBlocks[] = {4'000, 8'192, 65'536};
     static constexpr std::size_t kLast = std::size(kBlocks) - 1;
-    static constexpr std::size_t kLargestShared = 8'192;
+    // What a block lacks room for leaves so much of it unused at most.
+    static constexpr std::size_t kLargestShared = 1'024;
 
     std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
     std::span<std::uint8_t> free_;  // the rest of the open block

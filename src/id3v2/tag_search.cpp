@@ -1,6 +1,7 @@
 #include "id3v2/tag_search.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <iterator>
 #include <limits>
@@ -94,9 +95,15 @@ bool is_tag_at(FileWindow& file, std::int64_t position) {
     if (!fills_block(file, position)) {
         return false;
     }
-    const auto start = file.view(position, kVersionOffset + 1);
-    return start.size() > kVersionOffset &&
-           std::equal(std::begin(kTagIdentifier), std::end(kTagIdentifier), start.begin()) &&
+    std::array<std::uint8_t, kVersionOffset + 1> start{};
+    // Behind a tag at the front of a file the audio begins, which is read next anyhow.
+    if (!file.has_passed(position)) {
+        const auto seen = file.view(position, start.size());
+        std::copy(seen.begin(), seen.end(), start.begin());
+    } else {
+        file.copy(position, start);
+    }
+    return std::equal(std::begin(kTagIdentifier), std::end(kTagIdentifier), start.begin()) &&
            is_known_version(start[kVersionOffset]);
 }
 

@@ -11,9 +11,9 @@ namespace {
 
 constexpr double kYieldSeconds = 1.0;
 
-// A power of two above the longest way from a first frame to the last that confirms it.
-constexpr std::size_t kRing = std::size_t{1} << 19;
-static_assert(kRing > static_cast<std::size_t>(kMostConfirmations) * kLongestFrame);
+// The longest way from a first frame to the last that confirms it has room, and no more: this is
+// the largest piece of memory in reading.
+constexpr std::uint32_t kRing = std::uint32_t{kMostConfirmations} * kLongestFrame + 1;
 
 // An entry of the ring: 0 when unknown, else the links and one, and the reason of the break.
 constexpr std::uint8_t kUnknown = 0;
@@ -22,7 +22,7 @@ constexpr std::uint8_t kLinksMask = 0x7F;
 static_assert(kMostConfirmations <= kLinksMask);
 
 constexpr std::size_t slot(std::int64_t position) {
-    return static_cast<std::size_t>(position) & (kRing - 1);
+    return static_cast<std::uint32_t>(position) % kRing;  // no file of audio has 2^32 bytes
 }
 
 }  // namespace

@@ -35,6 +35,8 @@ public:
 
     // The first frame stands at `position`; no earlier call had a later one.
     ChainOutcome follow(std::int64_t position, const FrameHeader& first, std::int32_t needed);
+    // Gives the memory back, for who needs some after the last chain.
+    void forget_all() noexcept { tails_ = std::vector<std::uint8_t>(); }
 
 private:
     enum class Break : std::uint8_t { Invalid, FileEnd };

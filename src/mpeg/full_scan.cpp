@@ -184,11 +184,17 @@ private:
 }  // namespace
 
 std::optional<WalkedStream> FullScan::run(std::int32_t start) {
+    // Both ways and what was read before are to be two readings of the file at most. Where a tag
+    // was looked for up to the end, the way back, which finds the first stream as well, is enough.
+    const auto held = static_cast<std::int64_t>(window_.held_from(start).size());
+    if (window_.bytes_read() > start + held + start) {
+        return earliest_from(start);
+    }
     const WalkedStream stream = walk_from(start);
     if (cancelled_) {
         return std::nullopt;
     }
-    return accepted(stream) ? stream : earliest_behind(start);
+    return accepted(stream) ? stream : earliest_from(start + 1);
 }
 
 WalkedStream FullScan::walk_from(std::int32_t start) {
@@ -224,15 +230,14 @@ WalkedStream FullScan::walk_from(std::int32_t start) {
     return stream;
 }
 
-std::optional<WalkedStream> FullScan::earliest_behind(std::int32_t start) {
+std::optional<WalkedStream> FullScan::earliest_from(std::int32_t begin) {
     std::optional<WalkedStream> earliest;
     ChainTails tails;
     const std::int64_t length = window_.length();
-    const std::int64_t begin = std::int64_t{start} + 1;
     BackwardBlocks blocks(window_, begin, length);
     while (blocks.next()) {
         // The way that is done, so that a progress bar runs forward here as well.
-        report(start + (length - blocks.position()));
+        report(begin + (length - blocks.position()));
         if (cancelled_) {
             return std::nullopt;
         }

@@ -38,8 +38,8 @@ public:
 private:
     // The chain that starts at `start`; the usual stream needs no more.
     WalkedStream walk_from(std::int32_t start);
-    // The earliest accepted chain behind `start`, in one pass from the file's end.
-    std::optional<WalkedStream> earliest_behind(std::int32_t start);
+    // The earliest accepted chain from `begin` on, in one pass from the file's end.
+    std::optional<WalkedStream> earliest_from(std::int32_t begin);
     // Once a block of the file, which is often enough for a person.
     void report(std::int64_t position);
 

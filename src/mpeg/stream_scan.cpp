@@ -107,6 +107,7 @@ bool StreamScan::scan(std::int32_t start, Attempt attempt) {
         if (last_count > 0 && attempt == Attempt::First && position >= kRetryDistance &&
             position == tags_.audio_start()) {
             write_trace(trace_, trace_text::kTryingEarlier);
+            chains.forget_all();
             return scan(static_cast<std::int32_t>(position) - kRetryDistance,
                         Attempt::TenBytesEarlier);
         }
@@ -132,6 +133,7 @@ bool StreamScan::scan(std::int32_t start, Attempt attempt) {
     }
     if (rates_differ) {
         trace_file(trace_text::kPossibly, trace_text::kIsVbr);
+        chains.forget_all();
         // What fails there leaves the stream that was found here.
         completes([this] { average_all_frames(); });
     }

@@ -33,7 +33,7 @@ std::size_t FileWindow::copy(std::int64_t offset, std::span<std::uint8_t> into) 
         if (static_cast<std::uint64_t>(until - position) < rest.size()) {
             rest = rest.first(static_cast<std::size_t>(until - position));
         }
-        const std::size_t count = file_.read_at(position, rest);
+        const std::size_t count = read(position, rest);
         copied += count;
         if (count < rest.size()) {
             break;
@@ -47,6 +47,28 @@ std::span<const std::uint8_t> FileWindow::held_from(std::int64_t offset) const n
         return {};
     }
     return {data(offset), static_cast<std::size_t>(end_ - offset)};
+}
+
+// Does not go beyond length_.
+std::size_t FileWindow::read(std::int64_t offset, std::span<std::uint8_t> into) {
+    const std::int64_t tail = length_ - static_cast<std::int64_t>(tail_size_);
+    const auto before_tail = static_cast<std::size_t>(
+        std::clamp<std::int64_t>(tail - offset, 0, static_cast<std::int64_t>(into.size())));
+    std::size_t count = before_tail == 0 ? 0 : file_.read_at(offset, into.first(before_tail));
+    const bool is_tail = count == into.size() && count <= kLongestTail &&
+                         offset + static_cast<std::int64_t>(count) == length_;
+    if (is_tail && tail_size_ == 0) {
+        std::memcpy(tail_.data(), into.data(), count);
+        tail_size_ = count;
+        return count;
+    }
+    bytes_read_ += static_cast<std::int64_t>(count);
+    if (count == before_tail && count < into.size()) {
+        const auto* const from = tail_.data() + (offset + static_cast<std::int64_t>(count) - tail);
+        std::memcpy(into.data() + count, from, into.size() - count);
+        count = into.size();
+    }
+    return count;
 }
 
 // Reads on behind what the window holds, as far as it is contiguous with what is wanted.
@@ -91,7 +113,7 @@ std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_
     const std::span<std::uint8_t> room(buffer_.get() + (end_ - begin_),
                                        static_cast<std::size_t>(read_end - end_));
     ++refills_;
-    const std::size_t count = file_.read_at(end_, room);
+    const std::size_t count = read(end_, room);
     end_ += static_cast<std::int64_t>(count);
     if (count < room.size()) {
         // Another program has cut the file: there is nothing more to come.
@@ -106,11 +128,12 @@ void FileWindow::move_to(std::int64_t begin, std::int64_t end, std::size_t capac
     const std::uint8_t* const source = kept == 0 ? nullptr : data(begin);
     if (capacity > capacity_) {
         // The first buffer has room for what most files need, so that nothing is ever moved there;
-        // memory that stays untouched costs nothing.
+        // memory that stays untouched costs nothing. Later two buffers are there for a moment, so
+        // the last step is taken from a small one.
         const std::size_t usual = capacity_ == 0
                                       ? static_cast<std::size_t>(std::min(
                                             readable_end_, static_cast<std::int64_t>(kBlock)))
-                                      : std::min(2 * capacity_, kMostHeld);
+                                      : (capacity_ > kMostHeld / 4 ? kMostHeld : 2 * capacity_);
         const std::size_t grown = std::max(capacity, usual);
         auto larger = std::make_unique_for_overwrite<std::uint8_t[]>(grown);
         if (kept != 0) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -42,6 +43,8 @@ public:
     [[nodiscard]] std::span<const std::uint8_t> view_block(std::int64_t offset, std::size_t wanted);
     // What the window holds from `offset` on, without reading anything.
     [[nodiscard]] std::span<const std::uint8_t> held_from(std::int64_t offset) const noexcept;
+    // A view of it would go back, and read a block again.
+    [[nodiscard]] bool has_passed(std::int64_t offset) const noexcept { return offset < begin_; }
     // Copies bytes out without moving the window: what it holds from memory, the rest straight
     // from the file. The number copied, smaller only where the file ends.
     std::size_t copy(std::int64_t offset, std::span<std::uint8_t> into);
@@ -60,6 +63,8 @@ public:
     // Bytes from `offset` on stay in the window while later ones are viewed (up to kMostHeld), so
     // that going back to them costs nothing. A leap of more than a block lets them go.
     void keep_from(std::int64_t offset) noexcept { keep_from_ = offset; }
+    // What was read of the file so far, twice where it was read twice, without the tail.
+    [[nodiscard]] std::int64_t bytes_read() const noexcept { return bytes_read_; }
     // How often the file was read into the window; a scan looks at the clock when it has changed.
     [[nodiscard]] std::uint32_t refills() const noexcept { return refills_; }
 
@@ -71,6 +76,7 @@ private:
     [[nodiscard]] const std::uint8_t* data(std::int64_t offset) const noexcept {
         return buffer_.get() + (offset - begin_);
     }
+    std::size_t read(std::int64_t offset, std::span<std::uint8_t> into);
     std::span<const std::uint8_t> refill(std::int64_t offset, std::size_t wanted);
     void move_to(std::int64_t begin, std::int64_t end, std::size_t capacity);
 
@@ -82,9 +88,15 @@ private:
     std::int64_t expected_end_ = 0;
     std::size_t most_at_once_ = kBlock;
     std::int64_t keep_from_ = std::numeric_limits<std::int64_t>::max();
+    std::int64_t bytes_read_ = 0;
     std::uint32_t refills_ = 0;
     std::size_t capacity_ = 0;
     std::unique_ptr<std::uint8_t[]> buffer_;
+    // The last bytes of the file once somebody has copied them alone, as a record there is; so
+    // nobody who goes through the file reads them again.
+    static constexpr std::size_t kLongestTail = 128;
+    std::array<std::uint8_t, kLongestTail> tail_;
+    std::size_t tail_size_ = 0;
 };
 
 }  // namespace brindle

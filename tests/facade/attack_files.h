@@ -46,6 +46,45 @@ inline Tag many_frames(std::string_view id, const Bytes& body, std::size_t count
     return Tag(3).raw(frames).padding(100);
 }
 
+// A frame of version 3 with a body of one byte, under an id that no other number has.
+inline Bytes tiny_frame(std::size_t number) {
+    constexpr std::size_t kLetters = 40;
+    Bytes id = "A000";
+    for (std::size_t place = 3; place > 0; --place) {
+        id[place] = static_cast<std::uint8_t>('0' + number % kLetters);
+        number /= kLetters;
+    }
+    return id + big_endian(1, 4) + zeros(3);
+}
+
+inline Bytes field_frame(std::size_t number) {
+    const Bytes body = zeros(1) + Bytes(std::to_string(number)) + zeros(1);
+    return Bytes("TXXX") + big_endian(body.size(), 4) + zeros(2) + body;
+}
+
+template <typename MakeFrame>
+Tag numbered_frames(MakeFrame make_frame, std::size_t count) {
+    Bytes frames;
+    for (std::size_t number = 0; number < count; ++number) {
+        frames += make_frame(number);
+    }
+    return Tag(3).raw(frames).padding(100);
+}
+
+// Frames of 8 and 16 kbit/s by turns, which is too slow for a stream of changing rates: it is
+// walked, and then looked for from each later frame.
+inline Bytes rejected_stream(std::size_t pairs) {
+    const Frame slow{.version = 2, .layer = 3, .kbps = 8, .frequency = 24000};
+    Bytes bytes;
+    for (std::size_t number = 0; number < pairs; ++number) {
+        bytes += slow.bytes() + slow.with_kbps(16).bytes();
+    }
+    return bytes;
+}
+
+// Frames of 2,880 bytes, the longest but for padding.
+inline constexpr Frame kLongest{.version = 25, .layer = 2, .kbps = 160, .frequency = 8000};
+
 inline std::vector<AttackFile> claimed_sizes() {
     using namespace std::string_view_literals;
     const Bytes audio = good_audio();
@@ -166,9 +205,42 @@ inline std::vector<AttackFile> hostile_tags() {
     return files;
 }
 
+// What takes most time, most memory or most reading.
+inline std::vector<AttackFile> greedy_files() {
+    using namespace std::string_view_literals;
+    const Bytes audio = good_audio();
+    // More than the window holds, so that whoever goes back reads again.
+    const Bytes rejected = rejected_stream(10'000);
+    // Just above a power of two, where tables have just grown.
+    constexpr std::size_t kGrown = (std::size_t{1} << 16) + 2;
+    Bytes broken_chains;
+    for (std::size_t number = 0; number < 4; ++number) {
+        broken_chains += zeros(3) + stream(kLongest, 95);
+    }
+    return {
+        {"50,000 different ids", numbered_frames(tiny_frame, 50'000) + audio, audio},
+        {"65,538 comments", many_frames("COMM", "\0c"sv, kGrown) + audio, audio},
+        {"65,538 custom fields", numbered_frames(field_frame, kGrown) + audio, audio},
+        {"65,538 genres", many_frames("TCON", "\0(17)"sv, kGrown) + audio, audio},
+        {"slow stream of two rates", rejected},
+        {"slow stream of two rates in front of a tag",
+         rejected + Tag(3).text("TIT2", "Song").padding(5'000).bytes()},
+        {"slow stream of two rates between tag and record",
+         Tag(3).text("TIT2", "Song").padding(5'000) + rejected + Id3v1{}.bytes()},
+        {"short chain that breaks, then a long one",
+         stream(kLongest.with_kbps(8), 4) + zeros(3) + stream(kLongest, 99) + zeros(3'000)},
+        {"long chains that break", Tag(3).text("TIT2", "Song").padding(30) + broken_chains},
+        // The first frame is short, so a hundred seem to follow.
+        {"long chain to the end of the file", Tag(3).text("TIT2", "Song").padding(30) +
+                                                  kLongest.with_kbps(8).bytes() +
+                                                  stream(kLongest, 95)},
+    };
+}
+
 inline std::vector<AttackFile> attack_files() {
     std::vector<AttackFile> all;
-    for (auto& files : {claimed_sizes(), short_files(), hostile_streams(), hostile_tags()}) {
+    for (auto& files :
+         {claimed_sizes(), short_files(), hostile_streams(), hostile_tags(), greedy_files()}) {
         all.insert(all.end(), files.begin(), files.end());
     }
     return all;

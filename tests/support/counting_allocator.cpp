@@ -1,7 +1,9 @@
 #include "support/counting_allocator.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <malloc.h>
 #include <new>
 
 // What lies below operator new is malloc.
@@ -13,6 +15,8 @@ namespace {
 struct State {
     std::uint64_t count;
     std::uint64_t bytes;
+    std::int64_t held;
+    std::int64_t most_held;
     std::uint64_t until_fault;  // 0: no fault planned
     bool from_then_on;
     bool has_failed;
@@ -35,17 +39,40 @@ bool fails() noexcept {
     return true;
 }
 
+std::int64_t size_in_heap(void* memory) noexcept {
+#ifdef _WIN32
+    return static_cast<std::int64_t>(_msize(memory));
+#else
+    return static_cast<std::int64_t>(malloc_usable_size(memory));
+#endif
+}
+
+void* get(std::size_t size, std::size_t alignment) noexcept {
+    if (alignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__) {
+        return std::malloc(size);
+    }
+    return std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
+}
+
+void give_back(void* memory) noexcept {
+    if (memory != nullptr) {
+        state.held -= size_in_heap(memory);
+        std::free(memory);
+    }
+}
+
 void* allocate(std::size_t size, std::size_t alignment) noexcept {
     ++state.count;
     state.bytes += size;
     if (fails()) {
         return nullptr;
     }
-    const std::size_t wanted = size == 0 ? 1 : size;
-    if (alignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__) {
-        return std::malloc(wanted);
+    void* const memory = get(std::max<std::size_t>(size, 1), alignment);
+    if (memory != nullptr) {
+        state.held += size_in_heap(memory);
+        state.most_held = std::max(state.most_held, state.held);
     }
-    return std::aligned_alloc(alignment, (wanted + alignment - 1) / alignment * alignment);
+    return memory;
 }
 
 void* allocate_or_raise(std::size_t size, std::size_t alignment) {
@@ -66,6 +93,14 @@ std::uint64_t allocated_bytes() noexcept {
     return state.bytes;
 }
 
+HeapPeak::HeapPeak() noexcept : held_before_(state.held) {
+    state.most_held = state.held;
+}
+
+std::uint64_t HeapPeak::bytes() const noexcept {
+    return static_cast<std::uint64_t>(state.most_held - held_before_);
+}
+
 AllocationFault::AllocationFault(std::uint64_t nth, bool from_then_on) noexcept {
     state.until_fault = nth;
     state.from_then_on = from_then_on;
@@ -84,6 +119,7 @@ bool AllocationFault::has_failed() const noexcept {
 
 using brindle::test::allocate;
 using brindle::test::allocate_or_raise;
+using brindle::test::give_back;
 
 void* operator new(std::size_t size) {
     return allocate_or_raise(size, 0);
@@ -104,34 +140,34 @@ void* operator new[](std::size_t size, std::align_val_t alignment) {
     return allocate_or_raise(size, static_cast<std::size_t>(alignment));
 }
 void operator delete(void* memory) noexcept {
-    std::free(memory);
+    give_back(memory);
 }
 void operator delete[](void* memory) noexcept {
-    std::free(memory);
+    give_back(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    give_back(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
+    give_back(memory);
 }
 void operator delete(void* memory, std::align_val_t) noexcept {
-    std::free(memory);
+    give_back(memory);
 }
 void operator delete[](void* memory, std::align_val_t) noexcept {
-    std::free(memory);
+    give_back(memory);
 }
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
-    std::free(memory);
+    give_back(memory);
 }
 void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
-    std::free(memory);
+    give_back(memory);
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
-    std::free(memory);
+    give_back(memory);
 }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-    std::free(memory);
+    give_back(memory);
 }
 
 // NOLINTEND(cppcoreguidelines-no-malloc)

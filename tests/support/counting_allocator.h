@@ -1,4 +1,4 @@
-// Counts the allocations of this thread, and lets a chosen one fail.
+// Counts the allocations of this thread and what it holds, and lets a chosen one fail.
 //
 // Replaces the global operator new of the whole executable, so it is an object of its own: link
 // brindle_test_allocations to use it.
@@ -11,6 +11,17 @@ namespace brindle::test {
 // What this thread has asked operator new for since it started.
 [[nodiscard]] std::uint64_t allocations() noexcept;
 [[nodiscard]] std::uint64_t allocated_bytes() noexcept;
+
+// The most that this thread holds at any moment from now on, beyond what it holds now: as much as
+// the heap really gives for each request. What another thread frees still counts here.
+class HeapPeak {
+public:
+    HeapPeak() noexcept;
+    [[nodiscard]] std::uint64_t bytes() const noexcept;
+
+private:
+    std::int64_t held_before_;
+};
 
 // While it lives, the n-th allocation of this thread (from 1 on) raises std::bad_alloc; every
 // later one too if `from_then_on`.
