@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "support/bytes.h"
@@ -153,18 +154,50 @@ inline std::vector<AttackFile> hostile_streams() {
          stream(Frame{}, 60) + stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)},
         {"layer changes half way",
          stream(Frame{}, 60) + stream(Frame{.layer = 2, .kbps = 192}, 60)},
+        {"version changes after 30 frames",
+         stream(Frame{}, 30) + stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)},
+        {"layer changes after 30 frames",
+         stream(Frame{}, 30) + stream(Frame{.layer = 2, .kbps = 192, .frequency = 48000}, 60)},
     };
-    // Reserved values of each field: version, layer, bit rate, frequency, emphasis.
-    for (const HeaderBits& bits :
-         {HeaderBits{.version = 1}, HeaderBits{.layer = 0}, HeaderBits{.bitrate = 0},
-          HeaderBits{.bitrate = 15}, HeaderBits{.frequency = 3}, HeaderBits{.emphasis = 2}}) {
+    const std::pair<const char*, HeaderBits> reserved[] = {
+        {"of the version", {.version = 1}},     {"of the layer", {.layer = 0}},
+        {"0 of the bit rate", {.bitrate = 0}},  {"15 of the bit rate", {.bitrate = 15}},
+        {"of the frequency", {.frequency = 3}}, {"of the emphasis", {.emphasis = 2}},
+    };
+    for (const auto& [field, bits] : reserved) {
         Bytes file;
         while (file.size() < 40'000) {
             file += bits.bytes() + zeros(413);
         }
-        files.push_back({"reserved index " + std::to_string(files.size()), file});
+        files.push_back({std::string("reserved index ") + field, file});
     }
     return files;
+}
+
+struct CutText {
+    std::string name;
+    Bytes bytes;
+};
+
+// A text of each encoding, cut at every byte.
+inline std::vector<CutText> cut_texts() {
+    using namespace std::string_view_literals;
+    const Bytes whole[] = {Bytes("\0Sound"sv), Bytes("\1\xFF\xFES\0o\0"sv),
+                           Bytes("\1\xFE\xFF\0S\0o"sv), Bytes("\2\0S\0o"sv),
+                           Bytes("\3S\xC3\xB6"sv)};
+    std::vector<CutText> texts;
+    for (const Bytes& text : whole) {
+        for (std::size_t size = 0; size <= text.size(); ++size) {
+            texts.push_back({"text of encoding " + std::to_string(text[0]) + " cut to " +
+                                 std::to_string(size) + " bytes",
+                             text.first(size)});
+        }
+    }
+    return texts;
+}
+
+inline Bytes tag_of_cut_text(const Bytes& text) {
+    return Tag(3).frame("TIT2", text).frame("TXXX", text).frame("APIC", text).padding(30).bytes();
 }
 
 inline std::vector<AttackFile> hostile_tags() {
@@ -186,21 +219,8 @@ inline std::vector<AttackFile> hostile_tags() {
          audio},
         {"record behind a record", audio + Id3v1{}.bytes() + Id3v1{}.bytes(), audio},
     };
-    // A text of each encoding, cut at every byte.
-    const Bytes texts[] = {Bytes("\0Sound"sv), Bytes("\1\xFF\xFES\0o\0"sv),
-                           Bytes("\1\xFE\xFF\0S\0o"sv), Bytes("\2\0S\0o"sv),
-                           Bytes("\3S\xC3\xB6"sv)};
-    for (const Bytes& text : texts) {
-        for (std::size_t size = 0; size <= text.size(); ++size) {
-            files.push_back({"text of encoding " + std::to_string(text[0]) + " cut to " +
-                                 std::to_string(size) + " bytes",
-                             Tag(3).frame("TIT2", text.first(size))
-                                     .frame("TXXX", text.first(size))
-                                     .frame("APIC", text.first(size))
-                                     .padding(30) +
-                                 audio,
-                             audio});
-        }
+    for (const CutText& text : cut_texts()) {
+        files.push_back({text.name, tag_of_cut_text(text.bytes) + audio, audio});
     }
     return files;
 }

@@ -1,5 +1,10 @@
 // Files made to do harm: none of them crashes, stalls, or costs a byte of audio, and what is read
 // of them is known.
+#include <algorithm>
+#include <string>
+#include <variant>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include <brindle/frame_walk.h>
@@ -105,12 +110,19 @@ TEST(AttackFile, HostileStreamsHaveKnownAnswers) {
                        // No length can be told of it.
                        {"XING of 0 frames", -1, 0, u"", 0},
                        {"XING of 0 bytes", -1, 0, u"", 44100},
-                       {"reserved index 8", -1, 0, u"", 0},
-                       {"reserved index 9", -1, 0, u"", 0},
-                       {"reserved index 10", -1, 0, u"", 0},
-                       {"reserved index 11", -1, 0, u"", 0},
-                       {"reserved index 12", -1, 0, u"", 0},
-                       {"reserved index 13", -1, 0, u"", 0},
+                       // 60 frames are too few for those of MPEG-1, and those behind them begin
+                       // 25,020 bytes on; audio is looked for in 16,384 places.
+                       {"version changes half way", -1, 0, u"", 0},
+                       {"layer changes half way", -1, 0, u"", 0},
+                       // 12,510 bytes on.
+                       {"version changes after 30 frames", -1, 0, u"", 22050},
+                       {"layer changes after 30 frames", -1, 0, u"", 48000},
+                       {"reserved index of the version", -1, 0, u"", 0},
+                       {"reserved index of the layer", -1, 0, u"", 0},
+                       {"reserved index 0 of the bit rate", -1, 0, u"", 0},
+                       {"reserved index 15 of the bit rate", -1, 0, u"", 0},
+                       {"reserved index of the frequency", -1, 0, u"", 0},
+                       {"reserved index of the emphasis", -1, 0, u"", 0},
                    });
 }
 
@@ -126,6 +138,81 @@ TEST(AttackFile, HostileTagsHaveKnownAnswers) {
                        // The second joins the first.
                        {"tags one behind the other", 2, 1, u"2", 44100},
                    });
+}
+
+TEST(AttackFile, ShortFilesHaveKnownAnswers) {
+    expect_answers(test::short_files(),
+                   {
+                       {"end of a file with a record of 3 bytes", -1, 0, u"", 0},
+                       {"end of a file with a record of 127 bytes", -1, 0, u"", 0},
+                       // A record and nothing else is no music.
+                       {"end of a file with a record of 128 bytes", -1, 0, u"", 0},
+                       {"end of a file with a record of 129 bytes", 1, 0, u"", 0},
+                       {"end of a file with a record of 130 bytes", 1, 0, u"", 0},
+                       {"start of a tag of 130 bytes", -1, 0, u"", 0},
+                       // A block of 4,096 bytes is searched when more than one byte stands behind
+                       // it. Nine frames of 417 bytes are one too few for a stream.
+                       {"tag and stream of 4096 bytes", -1, 0, u"", 0},
+                       {"tag and stream of 4097 bytes", -1, 0, u"", 0},
+                       {"tag and stream of 4098 bytes", 2, 1, u"Song", 0},
+                       {"tag and padding of 4097 bytes", -1, 0, u"", 0},
+                       {"tag and padding of 4098 bytes", 2, 1, u"Song", 0},
+                   });
+}
+
+// ISO-8859-1 loses its encoding byte; UTF-16 with a little-endian mark also the mark and all NULs;
+// of any other what stands behind the first NUL counts, or all of it where there is none.
+TEST(AttackFile, TextsThatAreCutHaveKnownAnswers) {
+    const std::vector<std::vector<String>> titles = {
+        {u"", u"", u"S", u"So", u"Sou", u"Soun", u"Sound"},
+        {u"", u"\1", u"\1\u00FF", u"", u"S", u"S", u"So", u"So"},
+        {u"", u"\1", u"\1\u00FE", u"\1\u00FE\u00FF", u"", u"S", u"S", u"So"},
+        {u"", u"\2", u"", u"S", u"S", u"So"},
+        {u"", u"\3", u"\3S", u"\3S\u00C3", u"\3S\u00C3\u00B6"},
+    };
+    const std::vector<test::CutText> texts = test::cut_texts();
+    std::size_t at = 0;
+    for (const std::vector<String>& of_encoding : titles) {
+        for (const String& title : of_encoding) {
+            ASSERT_LT(at, texts.size());
+            SCOPED_TRACE(texts[at].name);
+            const LoadedHeader loaded(test::tag_of_cut_text(texts[at].bytes) + good_audio());
+            EXPECT_EQ(loaded.header.Title(), title);
+            EXPECT_EQ(loaded.header.Frequency(), 44100);
+            ++at;
+        }
+    }
+    EXPECT_EQ(at, texts.size());
+}
+
+TEST(AttackFile, StrangeIdsAreFoundByTheirBytes) {
+    struct Strange {
+        const char* name;
+        String id;
+        std::int32_t values;
+        String last;
+    };
+    const Strange strange_ids[] = {
+        {"id with a colon", u"T:1\u00FF", 1, u"a"},
+        {"id with a NUL", String(u"T\0\0\0", 4), 1, u"a"},
+        {"ids that read alike with their number", u"TT:1", 2, u"b"},
+        {"id of ones", u"\u00FF\u00FF\u00FF\u00FF", 1, u"a"},
+        {"100,000 identical ids", u"COMM", 100'000, u"c"},
+    };
+    const std::vector<AttackFile> files = test::hostile_tags();
+    for (const Strange& strange : strange_ids) {
+        SCOPED_TRACE(strange.name);
+        const auto attack = std::find_if(files.begin(), files.end(), [&](const AttackFile& file) {
+            return file.name == strange.name;
+        });
+        ASSERT_NE(attack, files.end());
+        const LoadedHeader loaded(attack->file);
+        EXPECT_EQ(std::get<String>(loaded.header.v2Frames()->Item(1)), strange.id);
+        EXPECT_EQ(loaded.header.TagsInFrame(strange.id), strange.values);
+        EXPECT_EQ(loaded.header.v2Tag(strange.id, strange.values), strange.last);
+        EXPECT_EQ(loaded.header.v2Tag(strange.id, strange.values + 1), u"");
+        EXPECT_EQ(loaded.header.TagsInFrame(u"TT"), 0);
+    }
 }
 
 // Somebody else writes to the file between opening and saving.
