@@ -1,5 +1,7 @@
 // Any bytes in front of good audio, then a host's session of edits, saves and strips: no byte of
 // the audio ever changes, what was set is read back, and a file comes to rest.
+#include <utility>
+
 #include <brindle/cMPEGHeader.h>
 #include <brindle/error.h>
 
@@ -45,7 +47,7 @@ String text_of(Input& input) {
 
 class Session {
 public:
-    Session(const Bytes& file, const Bytes& audio) : audio_(audio) {
+    Session(const Bytes& file, Bytes audio) : audio_(std::move(audio)) {
         world_.files.put(kName, file);
         reopen();
     }

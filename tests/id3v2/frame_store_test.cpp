@@ -37,6 +37,19 @@ TEST(FrameStore, IdThatWasRemovedIsListedAgainWhenItIsRead) {
     EXPECT_EQ(store.value_count(), 1);
 }
 
+// A host may list it under a key of its own as well.
+TEST(FrameStore, CopyListsAnIdOnce) {
+    FrameStore store;
+    store.append(frame_id("TIT2"), kOld);
+    store.frame_list()->Add(String(u"TIT2"), u"the host's");
+    store.frame_list()->AddKey(u"TPE1");
+    const FrameStore copied = store.copy();
+    ASSERT_EQ(copied.frame_list()->Count(), 2);
+    EXPECT_EQ(copied.frame_list()->Item(1), Variant(String(u"TIT2")));
+    EXPECT_EQ(copied.frame_list()->Item(2), Variant(String(u"TPE1")));
+    EXPECT_EQ(copied.value(u"TIT2", 1)->wide(), u"old");
+}
+
 TEST(FrameStore, FramesWaitWhileThereIsNoMemoryToSortThem) {
     constexpr int kIds = 200;
     bool failed = true;

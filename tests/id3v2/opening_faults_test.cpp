@@ -81,6 +81,37 @@ TEST(OpeningFaults, AFailingReadLeavesWhatWasReadAndRaisesNothing) {
     }
 }
 
+TEST(OpeningFaults, AFailingReadOfASecondTagCostsNoneOfItsFrames) {
+    const Bytes file = Tag(3).text("TIT2", "First").padded_to(20'000) +
+                       Tag(3)
+                           .picture("image/png", 3, "", test::repeated(60'000, 'p'))
+                           .text("TPE1", "Singer")
+                           .padded_to(70'000) +
+                       audio();
+    OpenedModel whole(file);
+    ASSERT_EQ(whole.model.Artist(), u"Singer");
+    const std::uint64_t reads = whole.world.files.calls(FileCall::Read);
+    std::uint64_t refused = 0;
+    for (std::uint64_t nth = 1; nth <= reads; ++nth) {
+        OpenedModel opened;
+        opened.world.files.put(kSong, file);
+        opened.world.files.fail({.nth = nth, .call = FileCall::Read});
+        opened.model.FileName(kSong);
+        opened.world.files.fail_nothing();
+        try {
+            opened.model.Update();
+        } catch (const Error& error) {
+            EXPECT_EQ(error.number(), 57) << nth;
+            EXPECT_EQ(opened.world.files.content(kSong), file) << nth;
+            ++refused;
+            continue;
+        }
+        opened.model.FileName(kSong);
+        EXPECT_EQ(opened.model.Artist(), u"Singer") << nth;
+    }
+    EXPECT_GE(refused, 3U) << "the record's, the head's and the second tag's";
+}
+
 TEST(OpeningFaults, AFailingReadBehindTheFirstFramesLeavesThem) {
     OpenedModel opened;
     opened.world.files.put(kSong, song());
