@@ -305,6 +305,36 @@ TEST(FileWindow, CopyLeavesTheWindowWhereItIs) {
     EXPECT_EQ(window.refills(), 1U);
 }
 
+TEST(FileWindow, RecordThatWasCopiedFirstIsNotReadAgain) {
+    ReadLog file(20'000);
+    FileWindow window(file);
+    Bytes record(128);
+    EXPECT_EQ(window.copy(19'872, record), 128U);
+    EXPECT_EQ(window.bytes_read(), 0) << "the tail is not counted";
+    window.expect_until(20'000);
+    EXPECT_EQ(bytes_of(window.view(0, 20'000)), file.slice(0, 20'000));
+    EXPECT_EQ(file.reads, (Reads{{19'872, 128}, {0, 19'872}}));
+    EXPECT_EQ(window.bytes_read(), 19'872);
+    // Without a window that holds it, a part of it comes from memory as well.
+    FileWindow other(file);
+    EXPECT_EQ(other.copy(19'872, record), 128U);
+    file.reads.clear();
+    Bytes part(50);
+    EXPECT_EQ(other.copy(19'900, part), 50U);
+    EXPECT_EQ(part, file.slice(19'900, 50));
+    EXPECT_EQ(file.reads, Reads{});
+}
+
+TEST(FileWindow, TellsWhatItHasPassed) {
+    ReadLog file(200'000);
+    FileWindow window(file);
+    EXPECT_FALSE(window.has_passed(0));
+    (void)window.view(100'000, 10);
+    EXPECT_TRUE(window.has_passed(99'999));
+    EXPECT_FALSE(window.has_passed(100'000));
+    EXPECT_FALSE(window.has_passed(150'000)) << "a view of it reads on";
+}
+
 TEST(FileWindow, FileThatWasCutGivesWhatIsLeft) {
     ReadLog file(10'000);
     file.claimed_length = 100'000;
