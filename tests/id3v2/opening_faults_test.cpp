@@ -86,7 +86,8 @@ TEST(OpeningFaults, AFailingReadOfASecondTagCostsNoneOfItsFrames) {
                        Tag(3)
                            .picture("image/png", 3, "", test::repeated(60'000, 'p'))
                            .text("TPE1", "Singer")
-                           .padded_to(70'000) +
+                           .padded_to(70'000)
+                           .bytes() +
                        audio();
     OpenedModel whole(file);
     ASSERT_EQ(whole.model.Artist(), u"Singer");
