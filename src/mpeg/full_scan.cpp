@@ -50,8 +50,8 @@ public:
     }
 
 private:
-    std::array<std::uint16_t, 256> lengths_;
-    std::array<std::uint16_t, 256> bit_rates_;
+    std::array<std::uint16_t, 256> lengths_{};
+    std::array<std::uint16_t, 256> bit_rates_{};
 };
 
 // Goes through the frames of one block from its first byte on. True when the chain goes on behind

@@ -95,7 +95,7 @@ private:
     // The last bytes of the file once somebody has copied them alone, as a record there is; so
     // nobody who goes through the file reads them again.
     static constexpr std::size_t kLongestTail = 128;
-    std::array<std::uint8_t, kLongestTail> tail_;
+    std::array<std::uint8_t, kLongestTail> tail_{};
     std::size_t tail_size_ = 0;
 };
 
