@@ -49,7 +49,7 @@ struct FrameWalk {
     bool last_frame_is_cut = false;
 };
 
-// Reads the file as it stands, once from the first frame to the end, in blocks of 64 KiB and time
+// Reads the file as it stands, once from the first frame to the end, in blocks of 96 KiB and time
 // linear in its length. Neither it nor `header` is changed, and no event is raised. Without a file
 // open, or without a stream in it, everything is 0.
 //

@@ -4,11 +4,10 @@
 #include <array>
 #include <bit>
 #include <cstddef>
-#include <cstring>
-#include <memory>
 #include <span>
 #include <vector>
 
+#include "mpeg/chain_tails.h"
 #include "mpeg/frame_header.h"
 #include "mpeg/frame_trace.h"
 #include "mpeg/pacing.h"
@@ -17,68 +16,11 @@ namespace brindle {
 namespace {
 
 constexpr double kProgressSeconds = 0.5;
-constexpr std::int32_t kMostRejectedFrames = 10;
-constexpr std::int32_t kMostRejectedAverage = 20;  // kbit/s
 constexpr std::uint8_t kSyncByte = 0xFF;
 
-bool accepted(const WalkedStream& stream) {
-    return stream.frames > kMostRejectedFrames &&
-           stream.bit_rate_sum > std::int64_t{kMostRejectedAverage} * stream.frames;
-}
-
-// What the third byte of a header tells of a frame, in one stream: bit rate and padding stand
-// there, and nothing else that the frame's length depends on. A walk cannot look at the next header
-// before it knows this length, so each step on the way to it counts.
-class StreamFrames {
-public:
-    explicit StreamFrames(std::uint32_t first_bits) {
-        constexpr std::uint32_t kThirdByte = 0xFF00;
-        for (std::uint32_t byte = 0; byte < lengths_.size(); ++byte) {
-            const std::uint32_t bits = (first_bits & ~kThirdByte) | byte << 8U;
-            const FrameShape& shape = frame_shape(bits);
-            lengths_[byte] = static_cast<std::uint16_t>(shape.length_of(bits));
-            bit_rates_[byte] = static_cast<std::uint16_t>(shape.bit_rate_by_8 * 8);
-        }
-    }
-
-    // 0 for a header with a reserved bit rate.
-    [[nodiscard]] std::uint32_t length(const std::uint8_t* header) const noexcept {
-        return lengths_[header[2]];
-    }
-    [[nodiscard]] std::int32_t bit_rate(const std::uint8_t* header) const noexcept {
-        return bit_rates_[header[2]];
-    }
-
-private:
-    std::array<std::uint16_t, 256> lengths_{};
-    std::array<std::uint16_t, 256> bit_rates_{};
-};
-
-// Goes through the frames of one block from its first byte on. True when the chain goes on behind
-// the block; `offset` is then where the next frame stands, else where the chain broke.
-bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
-                std::uint32_t first_bits, const StreamFrames& frames, WalkedStream& stream,
-                std::size_t& offset) {
-    while (offset + kHeaderBytes <= block.size()) {
-        const std::uint8_t* const header = block.data() + offset;
-        const std::size_t length = frames.length(header);
-        if (!headers_agree(first_bits, header_bits(header)) || length == 0 ||
-            offset + length > left_of_file) {
-            return false;
-        }
-        ++stream.frames;
-        stream.bit_rate_sum += frames.bit_rate(header);
-        offset += length;
-    }
-    return true;
-}
-
-// Eight bytes, the first one lowest: all machines that this is built for store numbers like that.
-static_assert(std::endian::native == std::endian::little);
+// Eight bytes, the last one lowest.
 std::uint64_t eight_bytes(const std::uint8_t* from) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, from, sizeof word);
-    return word;
+    return std::uint64_t{header_bits(from)} << 32U | header_bits(from + kHeaderBytes);
 }
 
 // The bytes of value FF among eight, each told by its highest bit.
@@ -93,12 +35,10 @@ std::uint64_t sync_bytes(std::uint64_t word) {
 template <typename Visit>
 void for_each_sync_byte_backward(const std::uint8_t* begin, const std::uint8_t* end, Visit visit) {
     while (end - begin >= 8) {
+        const std::uint8_t* const last = end - 1;
         end -= 8;
-        std::uint64_t found = sync_bytes(eight_bytes(end));
-        while (found != 0) {
-            const int place = 63 - std::countl_zero(found);
-            visit(end + place / 8);
-            found &= ~(std::uint64_t{1} << place);
+        for (std::uint64_t found = sync_bytes(eight_bytes(end)); found != 0; found &= found - 1) {
+            visit(last - std::countr_zero(found) / 8);
         }
     }
     while (end != begin) {
@@ -108,40 +48,6 @@ void for_each_sync_byte_backward(const std::uint8_t* begin, const std::uint8_t* 
         }
     }
 }
-
-// What is known of the chains from the frames just behind the place where a backward pass stands.
-// A frame's successor is never farther than the longest frame, so this is all that is needed.
-class ChainTails {
-public:
-    // The chain from a whole frame at `position`, whose header is valid.
-    WalkedStream add(std::int32_t position, std::uint32_t bits, const FrameShape& shape) {
-        WalkedStream stream{1, shape.bit_rate_by_8 * 8};
-        const std::int32_t next = position + static_cast<std::int32_t>(shape.length_of(bits));
-        const Entry& follower = entry(next);
-        if (follower.position == next && headers_agree(follower.bits, bits)) {
-            stream.frames += follower.stream.frames;
-            stream.bit_rate_sum += follower.stream.bit_rate_sum;
-        }
-        entry(position) = {position, bits, stream};
-        return stream;
-    }
-
-private:
-    struct Entry {
-        std::int32_t position = -1;
-        std::uint32_t bits = 0;
-        WalkedStream stream;
-    };
-    static constexpr std::size_t kRing = 4'096;
-    static_assert(kRing > kLongestFrame);
-
-    Entry& entry(std::int32_t position) {
-        return (*entries_)[static_cast<std::size_t>(position) & (kRing - 1)];
-    }
-
-    std::unique_ptr<std::array<Entry, kRing>> entries_ =
-        std::make_unique<std::array<Entry, kRing>>();
-};
 
 // Blocks of a file from its end to its beginning, each with the first bytes of the one behind it,
 // so that no header is cut.
@@ -194,7 +100,7 @@ std::optional<WalkedStream> FullScan::run(std::int32_t start) {
     if (cancelled_) {
         return std::nullopt;
     }
-    return accepted(stream) ? stream : earliest_from(start + 1);
+    return is_accepted(stream) ? stream : earliest_from(start + 1);
 }
 
 WalkedStream FullScan::walk_from(std::int32_t start) {
@@ -220,7 +126,7 @@ WalkedStream FullScan::walk_from(std::int32_t start) {
         }
         std::size_t offset = 0;
         const auto left = static_cast<std::size_t>(window_.length() - position);
-        goes_on = walk_block(block, left, *first_bits, *frames, stream, offset);
+        goes_on = walk_block(block, left, *frames, stream, offset);
         if (!goes_on) {
             trace_rejected(*first_bits, header_bits(block.data() + offset), trace_);
         }
@@ -232,8 +138,8 @@ WalkedStream FullScan::walk_from(std::int32_t start) {
 
 std::optional<WalkedStream> FullScan::earliest_from(std::int32_t begin) {
     std::optional<WalkedStream> earliest;
-    ChainTails tails;
     const std::int64_t length = window_.length();
+    ChainTails tails(length);
     BackwardBlocks blocks(window_, begin, length);
     while (blocks.next()) {
         // The way that is done, so that a progress bar runs forward here as well.
@@ -241,17 +147,12 @@ std::optional<WalkedStream> FullScan::earliest_from(std::int32_t begin) {
         if (cancelled_) {
             return std::nullopt;
         }
-        for_each_sync_byte_backward(blocks.begin(), blocks.end(), [&](const std::uint8_t* sync) {
-            const std::uint32_t bits = header_bits(sync);
-            const FrameShape& shape = frame_shape(bits);
-            const std::int64_t position = blocks.position() + (sync - blocks.begin());
-            if ((bits & kSyncMask) != kSyncMask || (bits & kEmphasisMask) == kReservedEmphasis ||
-                shape.length == 0 || position + shape.length_of(bits) > length) {
-                return;
-            }
-            const WalkedStream stream = tails.add(static_cast<std::int32_t>(position), bits, shape);
-            if (accepted(stream)) {
-                earliest = stream;
+        const std::int64_t position = blocks.position();
+        const std::uint8_t* const bytes = blocks.begin();
+        for_each_sync_byte_backward(bytes, blocks.end(), [&](const std::uint8_t* sync) {
+            if (const auto chain = tails.add(position + (sync - bytes), header_bits(sync));
+                chain.is_accepted()) {
+                earliest = chain.stream();
             }
         });
     }

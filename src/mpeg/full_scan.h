@@ -6,17 +6,13 @@
 
 #include <brindle/values.h>
 
+#include "mpeg/block_walk.h"
 #include "mpeg/trace.h"
 #include "util/clock.h"
 #include "util/file_window.h"
 #include "util/host.h"
 
 namespace brindle {
-
-struct WalkedStream {
-    std::int32_t frames = 0;
-    std::int32_t bit_rate_sum = 0;  // kbit/s; never more than the file has bytes
-};
 
 // Looks from a position on for the first chain of frames that is long and fast enough.
 class FullScan {

@@ -4,6 +4,15 @@
 #include <utility>
 
 namespace brindle {
+namespace {
+
+// Where one read of many ends: systems keep files in pages, and copy whole ones best.
+std::int64_t end_of_page(std::int64_t offset) {
+    constexpr std::int64_t kPage = 4'096;
+    return offset - offset % kPage;
+}
+
+}  // namespace
 
 FileWindow::FileWindow(BinaryFile& file) : FileWindow(file, file.length()) {}
 
@@ -90,8 +99,10 @@ std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_
 
     const auto end_of_read_from = [&](std::int64_t position) {
         const std::int64_t expected = expected_end_ - position;
-        const std::int64_t block = expected > 0 ? std::min(expected, at_once) : kHeadLength;
-        return std::min(std::max(wanted_end, position + block), readable_end_);
+        const std::int64_t block = expected > 0 ? expected : kHeadLength;
+        const std::int64_t end =
+            expected > at_once ? end_of_page(position + at_once) : position + block;
+        return std::min(std::max(wanted_end, end), readable_end_);
     };
 
     std::int64_t from = std::max(begin_, std::min(keep_from_, offset));
@@ -103,14 +114,16 @@ std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_
         reads_on = offset <= end_;
     }
     if (!reads_on) {
-        from = offset;
-        read_end = end_of_read_from(offset);
+        // Of a long way no byte is left out, so that each of its reads begins with a page.
+        const bool is_long = expected_end_ - offset > at_once;
+        from = is_long && offset >= end_ ? std::max(end_of_page(offset), end_) : offset;
+        read_end = end_of_read_from(from);
     } else if (static_cast<std::size_t>(read_end - begin_) <= capacity_) {
         from = begin_;  // there is room, so nothing needs to be moved
     }
     move_to(from, reads_on ? end_ : from, static_cast<std::size_t>(read_end - from));
 
-    const std::span<std::uint8_t> room(buffer_.get() + (end_ - begin_),
+    const std::span<std::uint8_t> room(held_ + (end_ - begin_),
                                        static_cast<std::size_t>(read_end - end_));
     ++refills_;
     const std::size_t count = read(end_, room);
@@ -124,25 +137,31 @@ std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_
 
 // Lets go of all but the bytes from `begin` to `end`, and has room for `capacity` bytes from there.
 void FileWindow::move_to(std::int64_t begin, std::int64_t end, std::size_t capacity) {
+    constexpr std::size_t kUsual = kBlock + 4'096;
     const auto kept = static_cast<std::size_t>(end - begin);
     const std::uint8_t* const source = kept == 0 ? nullptr : data(begin);
     if (capacity > capacity_) {
-        // The first buffer has room for what most files need, so that nothing is ever moved there;
-        // memory that stays untouched costs nothing. Later two buffers are there for a moment, so
+        // The first buffer has room for what most files need, and for each block of a long way with
+        // the frame before it, so that nothing is ever moved there; memory that stays untouched
+        // costs nothing. Later two buffers are there for a moment, so
         // the last step is taken from a small one.
         const std::size_t usual = capacity_ == 0
                                       ? static_cast<std::size_t>(std::min(
-                                            readable_end_, static_cast<std::int64_t>(kBlock)))
+                                            readable_end_, static_cast<std::int64_t>(kUsual)))
                                       : (capacity_ > kMostHeld / 4 ? kMostHeld : 2 * capacity_);
         const std::size_t grown = std::max(capacity, usual);
-        auto larger = std::make_unique_for_overwrite<std::uint8_t[]>(grown);
+        PlacedBuffer larger(grown);
+        held_ = larger.place_for(begin);
         if (kept != 0) {
-            std::memcpy(larger.get(), source, kept);
+            std::memcpy(held_, source, kept);
         }
         buffer_ = std::move(larger);
         capacity_ = grown;
-    } else if (kept != 0) {
-        std::memmove(buffer_.get(), source, kept);
+    } else {
+        held_ = buffer_.place_for(begin);
+        if (kept != 0 && held_ != source) {
+            std::memmove(held_, source, kept);
+        }
     }
     begin_ = begin;
     end_ = end;

@@ -6,19 +6,19 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <memory>
 #include <span>
 
 #include "util/binary_file.h"
+#include "util/placed_buffer.h"
 
 namespace brindle {
 
 // Keeps system calls few and memory small: reads blocks, never a header at a time and never the
-// whole file. The head of a file is read in 8 KiB, later blocks are at most 64 KiB.
+// whole file. The head of a file is read in 8 KiB, later blocks are at most 96 KiB.
 class FileWindow {
 public:
     static constexpr std::size_t kHeadBlock = std::size_t{8} * 1024;
-    static constexpr std::size_t kBlock = std::size_t{64} * 1024;
+    static constexpr std::size_t kBlock = std::size_t{96} * 1024;
     // The most that keep_from() can make the window hold: 101 of the longest frames and a block.
     static constexpr std::size_t kMostHeld = std::size_t{384} * 1024;
 
@@ -74,7 +74,7 @@ private:
                static_cast<std::uint64_t>(end_ - offset) >= wanted;
     }
     [[nodiscard]] const std::uint8_t* data(std::int64_t offset) const noexcept {
-        return buffer_.get() + (offset - begin_);
+        return held_ + (offset - begin_);
     }
     std::size_t read(std::int64_t offset, std::span<std::uint8_t> into);
     std::span<const std::uint8_t> refill(std::int64_t offset, std::size_t wanted);
@@ -91,7 +91,8 @@ private:
     std::int64_t bytes_read_ = 0;
     std::uint32_t refills_ = 0;
     std::size_t capacity_ = 0;
-    std::unique_ptr<std::uint8_t[]> buffer_;
+    PlacedBuffer buffer_;
+    std::uint8_t* held_ = nullptr;  // the byte at begin_
     // The last bytes of the file once somebody has copied them alone, as a record there is; so
     // nobody who goes through the file reads them again.
     static constexpr std::size_t kLongestTail = 128;

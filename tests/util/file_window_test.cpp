@@ -131,7 +131,7 @@ TEST(FileWindow, ExpectationSaysHowFarIsRead) {
     FileWindow past(file);
     past.expect_until(50);
     (void)past.view(100, 10);
-    EXPECT_EQ(file.reads, (Reads{{100, 19'900}, {100, 65'536}, {100, 8'192}}));
+    EXPECT_EQ(file.reads, (Reads{{100, 19'900}, {0, 98'304}, {100, 8'192}}));
 }
 
 TEST(FileWindow, MoreThanABlockIsReadWhenItIsWanted) {
@@ -157,10 +157,19 @@ TEST(FileWindow, WalkOverFramesReadsWholeBlocks) {
     for (std::int64_t frame = 0; frame + 417 <= 1'048'576; frame += 417) {
         ASSERT_EQ(bytes_of(window.view(frame, 4)), file.slice(frame, 4));
     }
-    // 16 blocks of 65,536 bytes; a block may begin with a frame's header instead of behind the
-    // last block, which can only save reads.
-    EXPECT_LE(window.refills(), 16U);
+    // Ten blocks of 98,304 bytes and the rest.
+    EXPECT_EQ(window.refills(), 11U);
     EXPECT_EQ(window.refills(), file.reads.size());
+}
+
+TEST(FileWindow, LongWayIsReadInWholePagesWithoutAGap) {
+    ReadLog file(1'000'000);
+    FileWindow window(file);
+    window.expect_until(1'000'000);
+    (void)window.view(100, 4);
+    (void)window.view(98'500, 4);
+    (void)window.view(500'001, 4);
+    EXPECT_EQ(file.reads, (Reads{{0, 98'304}, {98'304, 98'304}, {499'712, 98'304}}));
 }
 
 TEST(FileWindow, SlidingByOneByteStillReadsBlocks) {
@@ -170,8 +179,8 @@ TEST(FileWindow, SlidingByOneByteStillReadsBlocks) {
     for (std::int64_t offset = 0; offset < 200'000; ++offset) {
         ASSERT_EQ(window.view(offset, 60'000).size(), 60'000U);
     }
-    // The last view ends at 259,999, and four blocks at 262,144.
-    EXPECT_EQ(window.refills(), 4U);
+    // The last view ends at 259,999, and three blocks at 294,912.
+    EXPECT_EQ(window.refills(), 3U);
 }
 
 TEST(FileWindow, LeapReadsNothingInBetween) {
@@ -202,7 +211,7 @@ TEST(FileWindow, KeptBytesCostNothingToGoBackTo) {
     EXPECT_EQ(bytes_of(window.view(100, 4)), file.slice(100, 4));
     EXPECT_EQ(bytes_of(window.view(150'000, 4)), file.slice(150'000, 4));
     EXPECT_EQ(window.refills(), refills);
-    EXPECT_EQ(refills, 5U);  // of 65,536 bytes: nothing was read twice
+    EXPECT_EQ(refills, 3U);  // of 98,304 bytes: nothing was read twice
 }
 
 TEST(FileWindow, WhatIsNotKeptIsLetGoWhenThereIsNoRoomForIt) {
@@ -211,12 +220,12 @@ TEST(FileWindow, WhatIsNotKeptIsLetGoWhenThereIsNoRoomForIt) {
     window.expect_until(1'000'000);
     window.keep_from(0);
     (void)window.view(0, 10);
-    window.keep_from(60'000);
-    (void)window.view(65'530, 10);
+    window.keep_from(90'000);
+    (void)window.view(98'300, 10);
     const std::uint32_t refills = window.refills();
-    EXPECT_EQ(bytes_of(window.view(60'000, 10)), file.slice(60'000, 10));
+    EXPECT_EQ(bytes_of(window.view(90'000, 10)), file.slice(90'000, 10));
     EXPECT_EQ(window.refills(), refills);
-    EXPECT_EQ(bytes_of(window.view(59'999, 10)), file.slice(59'999, 10));
+    EXPECT_EQ(bytes_of(window.view(89'999, 10)), file.slice(89'999, 10));
     EXPECT_EQ(window.refills(), refills + 1);
 }
 
@@ -247,8 +256,8 @@ TEST(FileWindow, LeapLetsGoOfWhatWasKept) {
     FileWindow window(file);
     window.keep_from(0);
     (void)window.view(0, 10);
-    (void)window.view(8'192 + 65'537, 10);
-    EXPECT_EQ(file.reads, (Reads{{0, 8'192}, {73'729, 8'192}}));
+    (void)window.view(8'192 + 98'305, 10);
+    EXPECT_EQ(file.reads, (Reads{{0, 8'192}, {106'497, 8'192}}));
 }
 
 TEST(FileWindow, OutsideTheFileIsNothing) {

@@ -1,0 +1,149 @@
+#include "mpeg/block_walk.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+
+namespace brindle {
+namespace {
+
+constexpr int kSyncByte = 0xFF;
+
+// A part of a chain, which ends with the first frame that begins at or behind `stop`.
+struct Stretch {
+    std::size_t begin = 0;
+    std::size_t stop = 0;
+    std::size_t at = 0;  // the next frame
+    WalkedStream stream;
+};
+
+class BlockWalk {
+public:
+    BlockWalk(std::span<const std::uint8_t> block, std::size_t left_of_file,
+              const StreamFrames& frames)
+        : block_(block), left_of_file_(left_of_file), frames_(frames) {}
+
+    // Over one frame. False where there is none, or none that is whole.
+    bool step(Stretch& stretch) const noexcept {
+        const std::uint8_t* const header = block_.data() + stretch.at;
+        const std::size_t length = frames_.length(header);
+        if (!frames_.has(header) || stretch.at + length > left_of_file_) {
+            return false;
+        }
+        ++stretch.stream.frames;
+        stretch.stream.bit_rate_sum += frames_.bit_rate(header);
+        stretch.at += length;
+        return true;
+    }
+
+    // False when the chain broke before that.
+    bool walk_to_stop(Stretch& stretch) const noexcept {
+        while (stretch.at < stretch.stop) {
+            if (!step(stretch)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    // The first place from `offset` on where two frames of the stream seem to follow each other.
+    [[nodiscard]] std::optional<std::size_t> find_frame(std::size_t offset,
+                                                        std::size_t end) const noexcept {
+        while (offset < end) {
+            const void* const sync = std::memchr(block_.data() + offset, kSyncByte, end - offset);
+            if (sync == nullptr) {
+                break;
+            }
+            const auto* const header = static_cast<const std::uint8_t*>(sync);
+            offset = static_cast<std::size_t>(header - block_.data());
+            const std::size_t next = offset + frames_.length(header);
+            if (frames_.has(header) && next + kHeaderBytes <= block_.size() &&
+                frames_.has(block_.data() + next)) {
+                return offset;
+            }
+            ++offset;
+        }
+        return std::nullopt;
+    }
+
+private:
+    std::span<const std::uint8_t> block_;
+    std::size_t left_of_file_;
+    const StreamFrames& frames_;
+};
+
+// A processor waits for each header before it knows the place of the next one, and can wait for
+// several at a time. So a block is walked in so many stretches at once, each from a place where a
+// frame seems to begin; that it does shows when the chain from the front arrives there.
+constexpr std::size_t kStretches = 3;
+// Where the search for such places costs little beside the walk.
+constexpr std::size_t kShortestStretch = std::size_t{8} * 1024;
+
+using Stretches = std::array<Stretch, kStretches>;
+
+// All of them, or only the first, which then goes on to the end.
+std::size_t split(const BlockWalk& walk, std::size_t begin, std::size_t end, Stretches& stretches) {
+    stretches[0] = {begin, end, begin, {}};
+    const std::size_t part = (std::max(begin, end) - begin) / kStretches;
+    if (part < kShortestStretch) {
+        return 1;
+    }
+    for (std::size_t number = 1; number < kStretches; ++number) {
+        const std::size_t from = begin + number * part;
+        const auto place = walk.find_frame(from, from + kLongestFrame);
+        if (!place) {
+            stretches[0].stop = end;
+            return 1;
+        }
+        stretches[number - 1].stop = *place;
+        stretches[number] = {*place, end, *place, {}};
+    }
+    return kStretches;
+}
+
+}  // namespace
+
+StreamFrames::StreamFrames(std::uint32_t first_bits) : first_bits_(first_bits) {
+    constexpr std::uint32_t kThirdByte = 0xFF00;
+    for (std::uint32_t byte = 0; byte < lengths_.size(); ++byte) {
+        const std::uint32_t bits = (first_bits & ~kThirdByte) | byte << 8U;
+        const FrameShape& shape = frame_shape(bits);
+        lengths_[byte] = static_cast<std::uint16_t>(shape.length_of(bits));
+        bit_rates_[byte] = static_cast<std::uint16_t>(shape.bit_rate_by_8 * 8);
+    }
+}
+
+bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
+                const StreamFrames& frames, WalkedStream& stream, std::size_t& offset) {
+    const BlockWalk walk(block, left_of_file, frames);
+    const std::size_t end = block.size() - kHeaderBytes + 1;
+    Stretches stretches;
+    const std::size_t count = split(walk, offset, end, stretches);
+    bool all_go_on = count == kStretches;
+    while (all_go_on) {
+        for (Stretch& stretch : stretches) {
+            all_go_on = all_go_on && walk.step(stretch) && stretch.at < stretch.stop;
+        }
+    }
+    const auto finish = [&](Stretch& stretch) {
+        const bool goes_on = walk.walk_to_stop(stretch);
+        stream.frames += stretch.stream.frames;
+        stream.bit_rate_sum += stretch.stream.bit_rate_sum;
+        offset = stretch.at;
+        return goes_on;
+    };
+    for (Stretch& stretch : std::span(stretches).first(count)) {
+        if (stretch.begin != offset) {
+            // Only audio that looked like a frame.
+            Stretch rest{offset, end, offset, {}};
+            return finish(rest);
+        }
+        if (!finish(stretch)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace brindle

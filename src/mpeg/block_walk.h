@@ -1,0 +1,50 @@
+// From frame to frame through a piece of a file in memory.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "mpeg/frame_header.h"
+
+namespace brindle {
+
+struct WalkedStream {
+    std::int32_t frames = 0;
+    std::int32_t bit_rate_sum = 0;  // kbit/s; never more than the file has bytes
+};
+
+// What the third byte of a header tells of a frame, in one stream: bit rate and padding stand
+// there, and nothing else that the frame's length depends on. A walk cannot look at the next header
+// before it knows this length, so each step on the way to it counts.
+class StreamFrames {
+public:
+    explicit StreamFrames(std::uint32_t first_bits);
+
+    // Whether it is a valid header that can belong to the stream.
+    [[nodiscard]] bool has(const std::uint8_t* header) const noexcept {
+        return headers_agree(first_bits_, header_bits(header)) && length(header) != 0;
+    }
+    // 0 for a header with a reserved bit rate.
+    [[nodiscard]] std::uint32_t length(const std::uint8_t* header) const noexcept {
+        return lengths_[header[2]];
+    }
+    [[nodiscard]] std::int32_t bit_rate(const std::uint8_t* header) const noexcept {
+        return bit_rates_[header[2]];
+    }
+
+private:
+    std::uint32_t first_bits_;
+    std::array<std::uint16_t, 256> lengths_{};
+    std::array<std::uint16_t, 256> bit_rates_{};
+};
+
+// Goes through the frames of one block, the first of which stands at `offset`, and adds them to
+// `stream`. True when the chain goes on behind the block; `offset` is then where the next frame
+// stands, else where the chain broke. A frame may end `left_of_file` bytes behind the block's
+// beginning at most.
+bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
+                const StreamFrames& frames, WalkedStream& stream, std::size_t& offset);
+
+}  // namespace brindle
