@@ -38,7 +38,7 @@ struct Folders {
     [[nodiscard]] std::string input(const std::string& name) const { return inputs + "/" + name; }
     // A copy that may be changed.
     [[nodiscard]] std::string copy(const std::string& name, const std::string& as) const {
-        const std::string path = scratch + "/" + as + ".mp3";
+        std::string path = scratch + "/" + as + ".mp3";
         fs::copy_file(input(name), path, fs::copy_options::overwrite_existing);
         return path;
     }
@@ -143,6 +143,7 @@ void enter_growing(const Folders& folders, const RebuiltFile& file, bool flush) 
 void on_threads(int count, const std::vector<std::string>& files,
                 const std::function<void(const std::string&)>& job) {
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<std::size_t>(count));
     for (int number = 0; number < count; ++number) {
         threads.emplace_back([&, number] {
             for (auto at = static_cast<std::size_t>(number); at < files.size();
@@ -190,6 +191,7 @@ void enter_hostile(const Folders& folders) {
                .contenders = {brindle_on(open_only, whole)}});
 
         std::vector<String> names;
+        names.reserve(kSizes);
         for (int size = 0; size < kSizes; ++size) {
             names.push_back(from_utf8(file(size)));
         }

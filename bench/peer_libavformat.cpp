@@ -26,7 +26,7 @@ AVFormatContext* opened(const std::string& path) {
 
 void open(const std::string& path) {
     AVFormatContext* context = opened(path);
-    std::size_t sum = static_cast<std::size_t>(context->duration + context->bit_rate);
+    auto sum = static_cast<std::size_t>(context->duration + context->bit_rate);
     const AVDictionaryEntry* entry = nullptr;
     while ((entry = av_dict_get(context->metadata, "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr) {
         sum += std::string_view(entry->value).size();

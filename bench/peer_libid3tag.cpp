@@ -15,6 +15,11 @@ struct Closer {
 };
 using File = std::unique_ptr<id3_file, Closer>;
 
+// What the library duplicates comes from malloc.
+struct Freer {
+    void operator()(void* text) const { std::free(text); }  // NOLINT(cppcoreguidelines-no-malloc)
+};
+
 }  // namespace
 
 void open(const std::string& path) {
@@ -30,10 +35,9 @@ void open(const std::string& path) {
             const id3_field& field = frame->fields[part];
             if (id3_field_type(&field) == ID3_FIELD_TYPE_STRINGLIST &&
                 id3_field_getnstrings(&field) != 0) {
-                id3_latin1_t* const text =
-                    id3_ucs4_latin1duplicate(id3_field_getstrings(&field, 0));
-                sum += std::string_view(reinterpret_cast<const char*>(text)).size();
-                std::free(text);
+                const std::unique_ptr<id3_latin1_t, Freer> text(
+                    id3_ucs4_latin1duplicate(id3_field_getstrings(&field, 0)));
+                sum += std::string_view(reinterpret_cast<const char*>(text.get())).size();
             }
         }
     }
@@ -48,11 +52,10 @@ void save(const std::string& path) {
     const id3_ucs4_t* const old = id3_field_getstrings(field, 0);
     // "Good Morning" and "Good morning" differ in the sixth character alone.
     const bool other = old != nullptr && old[5] == 'm';
-    id3_ucs4_t* const text = id3_latin1_ucs4duplicate(
-        reinterpret_cast<const id3_latin1_t*>(other ? "Good Morning" : "Good morning"));
-    id3_ucs4_t* texts[] = {text};
+    const std::unique_ptr<id3_ucs4_t, Freer> text(id3_latin1_ucs4duplicate(
+        reinterpret_cast<const id3_latin1_t*>(other ? "Good Morning" : "Good morning")));
+    id3_ucs4_t* texts[] = {text.get()};
     id3_field_setstrings(field, 1, texts);
-    std::free(text);
     id3_file_update(file.get());
 }
 

@@ -15,8 +15,8 @@ namespace brindle::bench::libmad {
 namespace {
 
 long decode_headers(const unsigned char* bytes, std::size_t count, long most) {
-    mad_stream stream;
-    mad_header header;
+    mad_stream stream{};
+    mad_header header{};
     mad_stream_init(&stream);
     mad_header_init(&header);
     mad_stream_buffer(&stream, bytes, count);
@@ -42,7 +42,7 @@ void open(const std::string& path) {
     constexpr long kFrames = 101;
     static thread_local std::vector<unsigned char> block(kBlock);
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    std::size_t count = static_cast<std::size_t>(::pread(file, block.data(), kBlock, 0));
+    auto count = static_cast<std::size_t>(::pread(file, block.data(), kBlock, 0));
     const long tag = id3_tag_query(block.data(), ID3_TAG_QUERYSIZE);
     if (tag > 0) {
         count = static_cast<std::size_t>(::pread(file, block.data(), kBlock, tag));

@@ -32,7 +32,7 @@ void open(const std::string& path) {
     mpg123_id3v1* record = nullptr;
     mpg123_id3v2* tag = nullptr;
     mpg123_id3(handle.get(), &record, &tag);
-    std::size_t sum = static_cast<std::size_t>(info.bitrate + mpg123_length(handle.get()));
+    auto sum = static_cast<std::size_t>(info.bitrate + mpg123_length(handle.get()));
     for (std::size_t number = 0; tag != nullptr && number < tag->extras; ++number) {
         sum += tag->extra[number].text.fill;
     }

@@ -22,7 +22,7 @@ constexpr std::size_t kRecord = 128;
 constexpr std::size_t kRecordFields = 125;
 constexpr std::size_t kRecordIdentifier = 3;
 constexpr std::size_t kTagHeader = 10;
-constexpr std::size_t kGuard = 3 * 1024;
+constexpr std::size_t kGuard = std::size_t{3} * 1024;
 constexpr std::size_t kBlock = std::size_t{1} << 20;
 
 thread_local std::array<char, kBlock> buffer;

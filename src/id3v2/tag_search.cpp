@@ -95,7 +95,8 @@ bool is_tag_at(FileWindow& file, std::int64_t position) {
     if (!fills_block(file, position)) {
         return false;
     }
-    std::array<std::uint8_t, kVersionOffset + 1> start{};
+    constexpr std::size_t kUntilVersion = kVersionOffset + 1;
+    std::array<std::uint8_t, kUntilVersion> start{};
     // Behind a tag at the front of a file the audio begins, which is read next anyhow.
     if (!file.has_passed(position)) {
         const auto seen = file.view(position, start.size());
