@@ -546,7 +546,12 @@ def as_user_without_rights(program, folder):
     copy = folder / "brindle"
     shutil.copy(program, copy)
     copy.chmod(0o755)
-    command = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
+    # A build for coverage writes its counts at the end; where the build is, it may not.
+    counts = folder / "counts"
+    counts.mkdir()
+    counts.chmod(0o777)
+    command = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups",
+               "env", f"GCOV_PREFIX={counts}"]
     attempt = subprocess.run([*command, str(copy), "--version"], check=False, timeout=60,
                              capture_output=True)
     if attempt.returncode != 0:
