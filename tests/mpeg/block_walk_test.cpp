@@ -62,7 +62,8 @@ TEST(BlockWalk, ShortBlockIsWalkedAsWell) {
 
 TEST(BlockWalk, EndsWhereTheChainBreaks) {
     const Bytes whole = stream(Frame{}, 240);
-    for (const std::size_t broken : {1, 2, 79, 80, 81, 82, 120, 159, 160, 161, 162, 200, 239}) {
+    constexpr std::size_t kBroken[] = {1, 2, 79, 80, 81, 82, 120, 159, 160, 161, 162, 200, 239};
+    for (const std::size_t broken : kBroken) {
         Bytes block = whole;
         block[broken * kFrame + 1] = 0;
         const Walked walked = walk(block, 0, block.size());
