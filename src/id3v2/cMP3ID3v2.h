@@ -144,8 +144,10 @@ public:
     void AddCustomField(const String& CustomFieldName, const String& CustomFieldValue);
     // "" when the field is absent.
     [[nodiscard]] String GetCustomField(const Variant& FieldName) const;
-    [[nodiscard]] String custom_text(std::u16string_view name) const;
     [[nodiscard]] bool CustomFieldExists(const String& Desc) const;
+    // By a name of ASCII; "" when the field is absent.
+    [[nodiscard]] String custom_text(std::string_view name) const;
+    void set_custom(std::string_view name, const String& value);
 
     // Milliseconds.
     [[nodiscard]] std::int32_t Sectonemsend() const;
