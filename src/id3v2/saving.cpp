@@ -47,7 +47,7 @@ void cMP3ID3v2::save() {
     const std::int64_t length = as_writer([&] { return file->length(); });
     as_writer([&] { follow_audio(length); });
     AddCustomField(kSavedStampName, kSavedStampValue);
-    known_length_ = v1_->Update(*file, length);
+    known_length_ = v1_.Update(*file, length);
     as_writer([&] { WriteTag(std::move(file)); });
 }
 
