@@ -1,5 +1,7 @@
 // The facade's properties of tags and scheduling: which field each one stands for, and how values
 // are converted on the way.
+#include <string_view>
+
 #include <brindle/cMPEGHeader.h>
 
 #include "facade/model_access.h"
@@ -15,25 +17,25 @@ namespace {
 using Model = std::unique_ptr<cMP3ID3v2>;
 
 // The names under which hosts keep these fields in a file, letter for letter.
-const String kAgency = u"Agency";
-const String kAccountExec = u"Account Exec";
-const String kCopy = u"Copy";
-const String kEndstyle = u"End";
+constexpr std::string_view kAgency = "Agency";
+constexpr std::string_view kAccountExec = "Account Exec";
+constexpr std::string_view kCopy = "Copy";
+constexpr std::string_view kEndstyle = "End";
 const String kCategory = u"Category";
-const String kNoFade = u"NoFade";
-const String kIntro = u"Intro";
-const String kOutro = u"OutromSStart";
+constexpr std::string_view kNoFade = "NoFade";
+constexpr std::string_view kIntro = "Intro";
+constexpr std::string_view kOutro = "OutromSStart";
 
-String field(const Model& model, const String& name) {
+String field(const Model& model, std::string_view name) {
     return ask(model, [&](const cMP3ID3v2& m) { return m.custom_text(name); });
 }
 
-void set_field(const Model& model, const String& name, const String& value) {
-    edit(model, [&](cMP3ID3v2& m) { m.AddCustomField(name, value); });
+void set_field(const Model& model, std::string_view name, const String& value) {
+    edit(model, [&](cMP3ID3v2& m) { m.set_custom(name, value); });
 }
 
-void set_field(const Model& model, const String& name, std::int32_t value) {
-    edit(model, [&](cMP3ID3v2& m) { m.AddCustomField(name, to_text(value)); });
+void set_field(const Model& model, std::string_view name, std::int32_t value) {
+    edit(model, [&](cMP3ID3v2& m) { m.set_custom(name, to_text(value)); });
 }
 
 std::int16_t integer_or_0(const String& text) {
@@ -276,7 +278,8 @@ bool cMPEGHeader::CustomFieldExists(const String& FieldDescriptor) const {
 }
 
 Variant cMPEGHeader::CustomFieldRetrieve(const String& FieldDescriptor) const {
-    return ask(model_, [&](const cMP3ID3v2& m) { return Variant(m.custom_text(FieldDescriptor)); });
+    return ask(model_,
+               [&](const cMP3ID3v2& m) { return Variant(m.GetCustomField(FieldDescriptor)); });
 }
 
 // --- The ID3v1 record.

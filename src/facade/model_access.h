@@ -2,6 +2,9 @@
 #pragma once
 
 #include <memory>
+#include <new>
+
+#include <brindle/error.h>
 
 #include "id3v2/cMP3ID3v2.h"
 #include "util/skip_errors.h"
@@ -10,12 +13,18 @@ namespace brindle {
 
 // The answer of the model; the type's default without a model or when the question fails.
 template <typename Question>
-auto ask(const std::unique_ptr<cMP3ID3v2>& model, Question question) {
-    decltype(question(*model)) answer{};
-    if (model) {
-        skip_errors([&] { answer = question(*model); });
+auto ask(const std::unique_ptr<cMP3ID3v2>& model, Question question) -> decltype(question(*model)) {
+    // Not by way of skip_errors: so a text is made where the host receives it and never moved.
+    try {
+        if (model) {
+            return question(*model);
+        }
+    } catch (const Error&) {
+        return {};
+    } catch (const std::bad_alloc&) {
+        return {};
     }
-    return answer;
+    return {};
 }
 
 // Changes the model; without one, or when the change fails, nothing happens.

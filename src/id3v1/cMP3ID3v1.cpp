@@ -14,6 +14,7 @@
 #include "util/code_page.h"
 #include "util/copy_bytes.h"
 #include "util/file_exists.h"
+#include "util/find_byte.h"
 #include "util/replace_file.h"
 #include "util/skip_errors.h"
 #include "util/trim_chars.h"
@@ -67,14 +68,14 @@ void append(BinaryFile& file, std::int64_t length, std::span<const std::uint8_t>
 
 }  // namespace
 
-cMP3ID3v1::cMP3ID3v1(Environment& environment) : environment_(environment) {}
+cMP3ID3v1::cMP3ID3v1(Environment& environment) : environment_(&environment) {}
 
 void cMP3ID3v1::MP3File(const String& NewFile) {
     file_name_ = NewFile;
     reset();
     std::unique_ptr<BinaryFile> file;
     try {
-        file = environment_.files.open(file_name_, OpenMode::Read);
+        file = environment_->files.open(file_name_, OpenMode::Read);
     } catch (const Error& error) {
         throw error.from(kSource);
     }
@@ -103,7 +104,7 @@ String cMP3ID3v1::GenreName(std::uint8_t Genre) const {
 
 void cMP3ID3v1::Update() {
     try {
-        const auto file = environment_.files.open(file_name_, OpenMode::ReadWriteOrCreate);
+        const auto file = environment_->files.open(file_name_, OpenMode::ReadWriteOrCreate);
         Update(*file, file->length());
         file->close();
     } catch (const Error& error) {
@@ -120,7 +121,7 @@ std::int64_t cMP3ID3v1::Update(BinaryFile& file, std::int64_t length) const {
 }
 
 bool cMP3ID3v1::Stripv1Tag() {
-    return FileExists(environment_.files, file_name_) && skip_errors([this] { strip_record(); });
+    return FileExists(environment_->files, file_name_) && skip_errors([this] { strip_record(); });
 }
 
 void cMP3ID3v1::reset() noexcept {
@@ -132,11 +133,17 @@ void cMP3ID3v1::reset() noexcept {
 }
 
 String cMP3ID3v1::text(const HostText& set, Id3v1Field field) const {
-    String cleaned = set ? TrimChars(*set, u" ", kBinaryCompare)
-                         : widen(without_spaces_at_ends(record_.text(field)));
-    if (cleaned.find(u'\0') != String::npos) {
+    if (set) {
+        String cleaned = TrimChars(*set, u" ", kBinaryCompare);
         std::erase(cleaned, u'\0');
+        return cleaned;
     }
+    const auto bytes = without_spaces_at_ends(record_.text(field));
+    if (find_byte(bytes, 0) == bytes.size()) {
+        return widen(bytes);
+    }
+    String cleaned = widen(bytes);
+    std::erase(cleaned, u'\0');
     return cleaned;
 }
 
@@ -175,7 +182,7 @@ std::int64_t cMP3ID3v1::write_record(BinaryFile& file, std::int64_t length) cons
 }
 
 void cMP3ID3v1::strip_record() {
-    FileSystem& files = environment_.files;
+    FileSystem& files = environment_->files;
     const auto file = files.open(file_name_, OpenMode::Read);
     const std::int64_t length = file->length();
     std::array<std::uint8_t, kId3v1Length> last{};

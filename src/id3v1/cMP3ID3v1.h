@@ -75,7 +75,7 @@ private:
     std::int64_t write_record(BinaryFile& file, std::int64_t length) const;
     void strip_record();
 
-    Environment& environment_;
+    Environment* environment_;  // never null
     String file_name_;
     bool has_tag_ = false;
     Id3v1Record record_;

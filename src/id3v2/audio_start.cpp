@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstring>
 #include <limits>
 #include <span>
 
 #include "mpeg/frame_header.h"
+#include "util/find_byte.h"
 
 namespace brindle {
 
@@ -59,32 +61,60 @@ std::optional<std::int64_t> find_run(FileWindow& file, std::int64_t begin, std::
     return std::nullopt;
 }
 
+// The places in a stretch at which a header can begin.
+class SyncBytes {
+public:
+    explicit SyncBytes(std::span<const std::uint8_t> stretch) {
+        for (std::size_t at = find_byte(stretch, kSyncByte); at < stretch.size();
+             at += 1 + find_byte(stretch.subspan(at + 1), kSyncByte)) {
+            places_[count_] = static_cast<std::uint16_t>(at);
+            ++count_;
+        }
+    }
+    [[nodiscard]] std::span<const std::uint16_t> places() const {
+        return std::span(places_).first(count_);
+    }
+
+private:
+    std::array<std::uint16_t, kLongestFrame> places_;  // so many of them are filled:
+    std::size_t count_ = 0;
+};
+
 // The earliest header from which a chain leads to `target`. A predecessor lies at most one longest
 // frame before its successor, so the search goes back in such steps and ends with the first one
 // that finds none.
 std::int64_t find_chain_to(FileWindow& file, std::int64_t target) {
-    std::array<bool, kLongestFrame + 1> leads{};  // of the positions behind, by their remainder
-    const auto slot = [&](std::int64_t position) -> bool& {
-        return leads[static_cast<std::size_t>(position % std::ssize(leads))];
+    // Of the positions behind, by their remainders: those from which a chain leads to the target.
+    // Room for a stretch and the longest frame behind it.
+    constexpr std::int64_t kSlots = 8'192;
+    static_assert(kSlots >= 2 * (kLongestFrame + 1));
+    std::bitset<kSlots> leads;
+    const auto slot = [](std::int64_t position) {
+        return static_cast<std::size_t>(position % kSlots);
     };
-    slot(target) = true;
+    leads.set(slot(target));
     std::int64_t earliest = target;
     for (std::int64_t end = target; end > 0 && earliest - end < kLongestFrame;) {
         const std::int64_t begin = std::max<std::int64_t>(end - kLongestFrame, 0);
+        const auto length = static_cast<std::size_t>(end - begin);
         // Headers at the end of this stretch reach into the next one.
-        const auto bytes =
-            file.view(begin, static_cast<std::size_t>(end - begin) + kHeaderBytes - 1);
-        for (std::int64_t position = end - 1; position >= begin; --position) {
-            const auto at = static_cast<std::size_t>(position - begin);
-            bool& found = slot(position);
-            found = false;
-            if (bytes.size() < at + kHeaderBytes || bytes[at] != kSyncByte) {
+        const auto bytes = file.view(begin, length + kHeaderBytes - 1);
+        if (target - begin >= kSlots) {
+            for (std::int64_t position = begin; position < end; ++position) {
+                leads.reset(slot(position));
+            }
+        }
+        const SyncBytes sync(bytes.first(std::min(bytes.size(), length)));
+        const auto places = sync.places();
+        for (auto place = places.rbegin(); place != places.rend(); ++place) {
+            if (bytes.size() < *place + kHeaderBytes) {
                 continue;
             }
-            const auto header = parse_frame_header(header_bits(bytes.data() + at));
+            const std::int64_t position = begin + *place;
+            const auto header = parse_frame_header(header_bits(bytes.data() + *place));
             const std::int64_t next = position + (header ? header->length : 0);
-            if (header && next <= target && slot(next)) {
-                found = true;
+            if (header && next <= target && leads.test(slot(next))) {
+                leads.set(slot(position));
                 earliest = position;
             }
         }

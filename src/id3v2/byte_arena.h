@@ -35,15 +35,17 @@ public:
         return take(size);
     }
 
-private:
+    // Where there is room.
     std::span<std::uint8_t> take(std::size_t size) noexcept {
         const std::span<std::uint8_t> piece = free_.first(size);
         free_ = free_.subspan(size);
         return piece;
     }
 
-    // Most tags are small; the last size serves all further blocks.
-    static constexpr std::size_t kBlocks[] = {4'000, 8'192, 65'536};
+private:
+    // Most tags are small, and the first block is one of those that allocators keep at hand; the
+    // last size serves all further blocks.
+    static constexpr std::size_t kBlocks[] = {1'000, 4'000, 8'192, 65'536};
     static constexpr std::size_t kLast = std::size(kBlocks) - 1;
     // What a block lacks room for leaves so much of it unused at most.
     static constexpr std::size_t kLargestShared = 1'024;

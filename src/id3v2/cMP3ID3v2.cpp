@@ -16,23 +16,20 @@ namespace brindle {
 
 cMP3ID3v2::cMP3ID3v2(Environment& environment)
     : environment_(environment),
-      analyser_(std::make_unique<clsMPEG>(environment)),
-      v1_(std::make_unique<cMP3ID3v1>(environment)) {
-    initialise();
-}
+      analyser_(environment),
+      v1_(environment),
+      contents_(std::make_unique<TagContents>()) {}
 
 void cMP3ID3v2::initialise() {
-    analyser_->forget();
-    analyser_->Owner = Owner;
-    v1_->forget();
-    if (!contents_ || !contents_->is_new()) {
+    analyser_.forget();
+    analyser_.Owner = Owner;
+    v1_.forget();
+    if (!contents_->is_new()) {
         auto fresh = std::make_unique<TagContents>();
-        if (contents_) {
-            // Lyrics and genre number outlive the file they were read from.
-            contents_->fields.clear_all_but_lyrics();
-            fresh->fields = std::move(contents_->fields);
-            fresh->genre = contents_->genre;
-        }
+        // Lyrics and genre number outlive the file they were read from.
+        contents_->fields.clear_all_but_lyrics();
+        fresh->fields = std::move(contents_->fields);
+        fresh->genre = contents_->genre;
         contents_ = std::move(fresh);
     }
     tag_position_ = 0;
@@ -86,29 +83,29 @@ std::unique_ptr<BinaryFile> cMP3ID3v2::open_existing(const String& name) {
 // Also for the record, which may be stripped though it could not be read.
 void cMP3ID3v2::keep_name(const String& name) {
     file_name_ = name;
-    v1_->set_name(name);
+    v1_.set_name(name);
 }
 
 void cMP3ID3v2::read(FileWindow& file) {
     try {
-        v1_->read(file_name_, file);
+        v1_.read(file_name_, file);
     } catch (const Error& error) {
         fault_ = error;
     }
     read_tags(file);
     if (total_tag_length_ < 1) {
-        analyser_->ID3v2Length = 0;
-        analyser_->ID3v2Offset = 0;
+        analyser_.ID3v2Length = 0;
+        analyser_.ID3v2Offset = 0;
     } else {
-        analyser_->ID3v2Length = total_tag_length_ + junk_length_;
-        analyser_->ID3v2Offset = tag_position_ - static_cast<std::int32_t>(kVersionOffset) - 1;
+        analyser_.ID3v2Length = total_tag_length_ + junk_length_;
+        analyser_.ID3v2Offset = tag_position_ - static_cast<std::int32_t>(kVersionOffset) - 1;
     }
-    analyser_->HasV1Tag = v1_->HasID3v1Tag();
-    analyser_->analyse(file_name_, file);
+    analyser_.HasV1Tag = v1_.HasID3v1Tag();
+    analyser_.analyse(file_name_, file);
     if (!fault_) {
-        fault_ = analyser_->read_fault();
+        fault_ = analyser_.read_fault();
     }
-    accepted_ = analyser_->accepted_position();
+    accepted_ = analyser_.accepted_position();
     known_length_ = file.length();
 }
 
@@ -157,7 +154,7 @@ String cMP3ID3v2::corrupt_mark() const {
 }
 
 String cMP3ID3v2::MonoStereo() const {
-    switch (analyser_->ChannelMode()) {
+    switch (analyser_.ChannelMode()) {
         case 0:
             return u"Stereo";
         case 1:
@@ -171,11 +168,11 @@ String cMP3ID3v2::MonoStereo() const {
 }
 
 String cMP3ID3v2::MpegLayer() const {
-    return to_text(std::int32_t{analyser_->MpegLayer()});
+    return to_text(std::int32_t{analyser_.MpegLayer()});
 }
 
 String cMP3ID3v2::MpegVersion() const {
-    return to_text(std::int32_t{analyser_->MpegVersion()});
+    return to_text(std::int32_t{analyser_.MpegVersion()});
 }
 
 String cMP3ID3v2::GenreName(std::uint8_t Genre) const {

@@ -40,25 +40,25 @@ public:
     // --- The stream (Stereo, Hz, milliseconds, ...), as of the last FileName.
 
     [[nodiscard]] String MonoStereo() const;
-    [[nodiscard]] std::int32_t BitRate() const { return analyser_->BitRate(); }
-    [[nodiscard]] std::int32_t Frequency() const { return analyser_->SamplingFrequency(); }
-    [[nodiscard]] std::int32_t Duration() const { return analyser_->DurationmS(); }
+    [[nodiscard]] std::int32_t BitRate() const { return analyser_.BitRate(); }
+    [[nodiscard]] std::int32_t Frequency() const { return analyser_.SamplingFrequency(); }
+    [[nodiscard]] std::int32_t Duration() const { return analyser_.DurationmS(); }
     [[nodiscard]] String MpegLayer() const;
     [[nodiscard]] String MpegVersion() const;
-    [[nodiscard]] bool IsVBR() const { return analyser_->VBR(); }
-    [[nodiscard]] const clsMPEG& analyser() const { return *analyser_; }
+    [[nodiscard]] bool IsVBR() const { return analyser_.VBR(); }
+    [[nodiscard]] const clsMPEG& analyser() const { return analyser_; }
 
     // --- The ID3v1 record, in memory.
 
-    [[nodiscard]] bool HasID3v1Tag() const { return v1_->HasID3v1Tag(); }
-    [[nodiscard]] String Titlev1Tag() const { return v1_->Title(); }
-    void Titlev1Tag(const String& value) { v1_->Title(value); }
-    [[nodiscard]] String artistv1Tag() const { return v1_->Artist(); }
-    void artistv1Tag(const String& value) { v1_->Artist(value); }
-    [[nodiscard]] String Yearv1Tag() const { return v1_->Year(); }
-    void Yearv1Tag(const String& value) { v1_->Year(value); }
-    [[nodiscard]] String Commentsv1() const { return v1_->Comment(); }
-    void Commentsv1(const String& value) { v1_->Comment(value); }
+    [[nodiscard]] bool HasID3v1Tag() const { return v1_.HasID3v1Tag(); }
+    [[nodiscard]] String Titlev1Tag() const { return v1_.Title(); }
+    void Titlev1Tag(const String& value) { v1_.Title(value); }
+    [[nodiscard]] String artistv1Tag() const { return v1_.Artist(); }
+    void artistv1Tag(const String& value) { v1_.Artist(value); }
+    [[nodiscard]] String Yearv1Tag() const { return v1_.Year(); }
+    void Yearv1Tag(const String& value) { v1_.Year(value); }
+    [[nodiscard]] String Commentsv1() const { return v1_.Comment(); }
+    void Commentsv1(const String& value) { v1_.Comment(value); }
 
     // --- The ID3v2 tag as found in the file.
 
@@ -144,8 +144,10 @@ public:
     void AddCustomField(const String& CustomFieldName, const String& CustomFieldValue);
     // "" when the field is absent.
     [[nodiscard]] String GetCustomField(const Variant& FieldName) const;
-    [[nodiscard]] String custom_text(std::u16string_view name) const;
     [[nodiscard]] bool CustomFieldExists(const String& Desc) const;
+    // By a name of ASCII; "" when the field is absent.
+    [[nodiscard]] String custom_text(std::string_view name) const;
+    void set_custom(std::string_view name, const String& value);
 
     // Milliseconds.
     [[nodiscard]] std::int32_t Sectonemsend() const;
@@ -226,8 +228,8 @@ private:
     void reload();
 
     Environment& environment_;
-    std::unique_ptr<clsMPEG> analyser_;
-    std::unique_ptr<cMP3ID3v1> v1_;
+    clsMPEG analyser_;
+    cMP3ID3v1 v1_;
     std::unique_ptr<TagContents> contents_;
     String file_name_;
     std::int32_t tag_position_ = 0;  // 1-based, of the version byte; below 1: no tag

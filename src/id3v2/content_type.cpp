@@ -10,21 +10,23 @@ namespace brindle {
 
 ContentType read_content_type(const StoredText& value) {
     ContentType type{{}, value.share()};
-    const String text = value.wide();
-    const std::size_t open = text.find(u'(');
-    const std::size_t close = text.find(u')');
-    if (open == String::npos || close == String::npos || close < open + 2) {
+    const std::size_t open = value.find(u'(');
+    const std::size_t close = value.find(u')');
+    if (open == value.size() || close == value.size() || close < open + 2) {
         return type;
     }
-    const String digits = text.substr(open + 1, close - open - 2);
+    String digits;
+    for (std::size_t place = open + 1; place + 1 < close; ++place) {
+        digits.push_back(value[place]);
+    }
     if (!is_numeric(digits)) {
         return type;
     }
     skip_errors([&] {
         type.number = to_byte(digits);
         // Nothing, or a single character, behind the parenthesis says nothing of its own.
-        const bool has_name = close + 2 < text.size();
-        type.name = StoredText(has_name ? text.substr(close + 1) : GenreName(*type.number));
+        const bool has_name = close + 2 < value.size();
+        type.name = has_name ? value.share(close + 1) : StoredText(GenreName(*type.number));
     });
     return type;
 }

@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <span>
 #include <string_view>
-#include <utility>
 
 #include <brindle/values.h>
 
-#include "id3v2/stored_text.h"
 #include "util/block_list.h"
 #include "util/hash_index.h"
 
@@ -16,26 +18,37 @@ namespace brindle {
 // A map beside the frame store, so that a field is found without a search through all values.
 // Names are compared exactly.
 class CustomFields {
+    using Frame = std::span<const std::uint8_t>;
+
 public:
-    [[nodiscard]] bool empty() const noexcept { return fields_.empty(); }
-    // A field as the reader finds it. A name seen before keeps its first value.
-    void add_first(StoredText name, StoredText value) {
-        fields_.push_back({std::move(name), std::move(value)});
+    // True until anything was read or set.
+    [[nodiscard]] bool empty() const noexcept { return read_.empty() && set_.empty(); }
+    // A custom frame as the reader finds it, whose bytes somebody else keeps: name, NUL, value;
+    // what stands behind a further NUL counts for nothing. A name seen before keeps its first
+    // value, and a frame without a NUL is no field.
+    void read(const Frame& frame) {
+        if (!frame.empty()) {
+            read_.push_back(Frame(frame));
+        }
     }
     // Adds a field or replaces its value.
     void set(std::u16string_view name, std::u16string_view value);
-    // Null when there is no such field.
-    [[nodiscard]] const StoredText* find(std::u16string_view name) const;
+    [[nodiscard]] bool exists(std::u16string_view name) const;
+    // Without NULs; "" when there is no such field.
+    [[nodiscard]] String text(std::u16string_view name) const;
+    // By a name of ASCII, as those of the radio fields are, which needs no conversion.
+    [[nodiscard]] String text(std::string_view name) const;
 
 private:
-    struct Field {
-        StoredText name;
-        StoredText value;
-    };
-    [[nodiscard]] std::size_t locate(std::u16string_view name) const;
+    // Null when no frame has that name.
+    template <typename Name>
+    [[nodiscard]] const Frame* find_read(Name name) const;
+    void index_all() const;
 
-    BlockList<Field> fields_;  // of two fields of one name the first one counts
-    // Made when a search needs it, of the first so many fields.
+    // Frames are taken apart when somebody asks for a field: most are never asked for.
+    BlockList<Frame> read_;
+    std::map<String, String, std::less<>> set_;  // these count before those that were read
+    // Of the first so many frames; made when a search needs it.
     mutable HashIndex index_;
     mutable std::size_t indexed_ = 0;
 };

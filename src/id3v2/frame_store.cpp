@@ -24,39 +24,33 @@ PackedKey packed(FrameId id) {
 
 }  // namespace
 
-// Each frame goes when it has its place, so that no memory is needed twice, and a lack of it leaves
+// Frames go when they have their places, so that no memory is needed twice, and a lack of it leaves
 // nothing out.
 void FrameStore::sort_rest() const {
     std::size_t last = 0;
     while (!unsorted_.empty()) {
-        last = sort_one(unsorted_.front(), last);
-        unsorted_.pop();
+        const std::span<const QueuedFrame> run = unsorted_.front_run();
+        last = sort_run(run, last);
+        unsorted_.pop(run.size());
     }
 }
 
-// The number of its record; `guess` is that of the frame before, which is often of the same id.
-std::size_t FrameStore::sort_one(const QueuedFrame& frame, std::size_t guess) const {
-    const PackedKey key = packed(frame.id);
-    StoredText text = StoredText::in_file({frame.value, frame.size});
+// The number of their record; `guess` is that of the frames before, which are often of the same id.
+std::size_t FrameStore::sort_run(std::span<const QueuedFrame> run, std::size_t guess) const {
+    const PackedKey key = packed(run.front().id);
     std::size_t known =
         guess < records_.size() && records_[guess].id == key ? guess : find_sorted(key);
     if (known == HashIndex::kNotFound) {
         known = records_.size();
-        records_.push_back({key, FrameValues(std::move(text))});
-        try {
-            frame_list_->append(key);
-        } catch (...) {
-            records_.pop_back();
-            throw;
-        }
-    } else {
-        FrameValues& values = records_[known].values;
-        if (!values.count()) {
-            frame_list_->append(key);
-        }
-        values.append(std::move(text));
+        records_.emplace_back(key);
     }
-    ++value_count_;
+    FrameValues& values = records_[known].values;
+    values.make_room(run.size());
+    if (!values.count()) {
+        frame_list_->append(key);
+    }
+    values.append(run);
+    value_count_ += static_cast<std::int32_t>(run.size());
     return known;
 }
 
@@ -88,7 +82,7 @@ FrameStore::Record& FrameStore::find_or_add(std::u16string_view id) {
     if (Record* const known = find(id)) {
         return *known;
     }
-    records_.push_back({packer_.pack(id), {}});
+    records_.emplace_back(packer_.pack(id));
     return records_.back();
 }
 

@@ -43,6 +43,11 @@ public:
     [[nodiscard]] bool is_listed(std::u16string_view id) const;
     // None when the id has no count.
     [[nodiscard]] std::optional<std::int32_t> count(std::u16string_view id) const;
+    // All values of an id; null when it never had one.
+    [[nodiscard]] const FrameValues* values(std::u16string_view id) const {
+        const Record* const record = find(id);
+        return record == nullptr ? nullptr : &record->values;
+    }
     // Null when there is no such value.
     [[nodiscard]] const StoredText* value(std::u16string_view id, std::int32_t index) const;
     // The values of all ids together.
@@ -76,6 +81,8 @@ public:
 
 private:
     struct Record {
+        explicit Record(PackedKey of) noexcept : id(of) {}
+
         PackedKey id;
         FrameValues values;
     };
@@ -86,7 +93,7 @@ private:
         }
     }
     void sort_rest() const;
-    std::size_t sort_one(const QueuedFrame& frame, std::size_t guess) const;
+    std::size_t sort_run(std::span<const QueuedFrame> run, std::size_t guess) const;
     [[nodiscard]] std::size_t find_sorted(PackedKey id) const;
     [[nodiscard]] Record* find(std::u16string_view id) const;
     Record& find_or_add(std::u16string_view id);

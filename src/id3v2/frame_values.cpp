@@ -16,6 +16,11 @@ auto lower_bound(Slots& slots, std::int32_t index) noexcept {
 
 template <typename Slots>
 auto find_slot(Slots& slots, std::int32_t index) noexcept {
+    // Where nothing was removed, each number has its own place.
+    const std::int64_t usual = std::int64_t{index} - 1;
+    if (usual >= 0 && usual < std::ssize(slots) && slots.begin()[usual].index == index) {
+        return slots.begin() + usual;
+    }
     const auto place = lower_bound(slots, index);
     return place != slots.end() && place->index == index ? place : slots.end();
 }
@@ -55,8 +60,10 @@ std::optional<std::int32_t> FrameValues::count() const noexcept {
 FrameValues::List& FrameValues::list() {
     if (!list_) {
         auto made = std::make_unique<List>();
-        constexpr std::size_t kUsual = 4;
-        made->slots.reserve(kUsual);
+        if (!only_.is_none()) {
+            constexpr std::size_t kUsual = 4;
+            made->slots.reserve(kUsual);
+        }
         made->count = count();
         if (!only_.is_none()) {
             made->slots.push_back({StoredText(), kOnlyIndex});
@@ -67,13 +74,40 @@ FrameValues::List& FrameValues::list() {
     return *list_;
 }
 
-void FrameValues::append(StoredText text) {
-    if (list_ && list_->count && !list_->slots.empty() &&
-        list_->slots.back().index == *list_->count) {
-        list_->slots.push_back({std::move(text), *list_->count + 1});
-        ++*list_->count;
+void FrameValues::make_room(std::size_t more) {
+    if (!list_ && only_.is_none() && more == 1) {
         return;
     }
+    auto& slots = list().slots;
+    const std::size_t needed = slots.size() + more;
+    if (needed > slots.capacity()) {
+        // Not just what is needed, or adding a few again and again would copy all of them each
+        // time.
+        slots.reserve(std::max(needed, 2 * slots.capacity()));
+    }
+}
+
+void FrameValues::append(std::span<const QueuedFrame> frames) {
+    if (!list_ && only_.is_none() && frames.size() == 1) {
+        only_ = frames.front().text();
+        return;
+    }
+    List& all = list();
+    std::int32_t number = all.count.value_or(0);
+    if (!all.slots.empty() && all.slots.back().index > number) {
+        for (const QueuedFrame& frame : frames) {
+            append(frame.text());
+        }
+        return;
+    }
+    for (const QueuedFrame& frame : frames) {
+        ++number;
+        all.slots.push_back({frame.text(), number});
+    }
+    all.count = number;
+}
+
+void FrameValues::append(StoredText text) {
     const std::int32_t number = count().value_or(0) + 1;
     add(number, std::move(text), number);
 }

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
+#include "id3v2/frame_queue.h"
 #include "id3v2/stored_text.h"
 
 namespace brindle {
@@ -39,6 +41,10 @@ public:
     [[nodiscard]] const StoredText* find(std::int32_t index) const noexcept;
     [[nodiscard]] std::optional<std::int32_t> count() const noexcept;
 
+    // So many values more can be appended without memory.
+    void make_room(std::size_t more);
+    // Adds the values that the reader found behind those that are counted.
+    void append(std::span<const QueuedFrame> frames);
     // Adds a value behind those that are counted, and counts it. All or nothing.
     void append(StoredText text);
     // False when the number is taken; the count is set in any case. All or nothing.

@@ -1,5 +1,6 @@
 // The members of cMP3ID3v2 for custom fields and the radio fields kept in them.
-#include <algorithm>
+#include <string_view>
+#include <variant>
 
 #include "id3v2/cMP3ID3v2.h"
 #include "util/numeric_text.h"
@@ -9,12 +10,12 @@ namespace brindle {
 namespace {
 
 // The names under which playout systems keep them.
-const String kSecTone = u"Sec Tone";
-const String kSpeed = u"TarnSpeed";
-const String kVolume = u"Volume";
-const String kOpener = u"Opener";
-const String kCueIn = u"Cue In";
-const String kCategoryLevel = u"CatLevel";
+constexpr std::string_view kSecTone = "Sec Tone";
+constexpr std::string_view kSpeed = "TarnSpeed";
+constexpr std::string_view kVolume = "Volume";
+constexpr std::string_view kOpener = "Opener";
+constexpr std::string_view kCueIn = "Cue In";
+constexpr std::string_view kCategoryLevel = "CatLevel";
 
 // Left in a tag when it gets its first custom field.
 const String kStampName = u"TAGGED BY";
@@ -39,16 +40,22 @@ void cMP3ID3v2::AddCustomField(const String& CustomFieldName, const String& Cust
 }
 
 String cMP3ID3v2::GetCustomField(const Variant& FieldName) const {
-    return custom_text(to_text(FieldName));
-}
-
-String cMP3ID3v2::custom_text(std::u16string_view name) const {
-    const StoredText* const value = contents_->custom.find(name);
-    return value != nullptr ? value->wide_without_nuls() : String();
+    if (const auto* const name = std::get_if<String>(&FieldName)) {
+        return contents_->custom.text(*name);
+    }
+    return contents_->custom.text(to_text(FieldName));
 }
 
 bool cMP3ID3v2::CustomFieldExists(const String& Desc) const {
-    return contents_->custom.find(Desc) != nullptr;
+    return contents_->custom.exists(Desc);
+}
+
+String cMP3ID3v2::custom_text(std::string_view name) const {
+    return contents_->custom.text(name);
+}
+
+void cMP3ID3v2::set_custom(std::string_view name, const String& value) {
+    AddCustomField(String(name.begin(), name.end()), value);
 }
 
 std::int32_t cMP3ID3v2::Sectonemsend() const {
@@ -56,7 +63,7 @@ std::int32_t cMP3ID3v2::Sectonemsend() const {
 }
 
 void cMP3ID3v2::Sectonemsend(std::int32_t NewSectonems) {
-    AddCustomField(kSecTone, to_text(NewSectonems));
+    set_custom(kSecTone, to_text(NewSectonems));
 }
 
 double cMP3ID3v2::Speed() const {
@@ -64,7 +71,7 @@ double cMP3ID3v2::Speed() const {
 }
 
 void cMP3ID3v2::Speed(double NewTarnSpeed) {
-    AddCustomField(kSpeed, to_text(NewTarnSpeed));
+    set_custom(kSpeed, to_text(NewTarnSpeed));
 }
 
 std::int32_t cMP3ID3v2::Volume() const {
@@ -72,7 +79,7 @@ std::int32_t cMP3ID3v2::Volume() const {
 }
 
 void cMP3ID3v2::Volume(std::int32_t NewVol) {
-    AddCustomField(kVolume, to_text(NewVol));
+    set_custom(kVolume, to_text(NewVol));
 }
 
 bool cMP3ID3v2::Opener() const {
@@ -80,7 +87,7 @@ bool cMP3ID3v2::Opener() const {
 }
 
 void cMP3ID3v2::Opener(bool NewOpenerValue) {
-    AddCustomField(kOpener, to_text(Variant(NewOpenerValue)));
+    set_custom(kOpener, to_text(Variant(NewOpenerValue)));
 }
 
 std::int32_t cMP3ID3v2::CueIn() const {
@@ -88,7 +95,7 @@ std::int32_t cMP3ID3v2::CueIn() const {
 }
 
 void cMP3ID3v2::CueIn(std::int32_t NewCueInms) {
-    AddCustomField(kCueIn, to_text(NewCueInms));
+    set_custom(kCueIn, to_text(NewCueInms));
 }
 
 std::int16_t cMP3ID3v2::CategoryLevel() const {
@@ -96,7 +103,7 @@ std::int16_t cMP3ID3v2::CategoryLevel() const {
 }
 
 void cMP3ID3v2::CategoryLevel(std::int16_t NewCatLevel) {
-    AddCustomField(kCategoryLevel, to_text(std::int32_t{NewCatLevel}));
+    set_custom(kCategoryLevel, to_text(std::int32_t{NewCatLevel}));
 }
 
 }  // namespace brindle

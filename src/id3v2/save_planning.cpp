@@ -331,7 +331,7 @@ void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
     plan.tag_version = tag_version_;
 
     // As the tag's writer will meet it.
-    FileWindow longer(file, window.length() + added_record(v1_->HasID3v1Tag(), window.length()));
+    FileWindow longer(file, window.length() + added_record(v1_.HasID3v1Tag(), window.length()));
     const TagArea area = find_tag_area(longer, accepted);
     plan.tag_area = area.position ? area.length : 0;
     plan.fits = tag_version_ != kOldestVersion && area.fits(plan.needed_length);

@@ -11,6 +11,7 @@
 #include "id3v2/tag_area.h"
 #include "id3v2/tag_builder.h"
 #include "id3v2/tag_layout.h"
+#include "mpeg/frame_header.h"
 #include "util/copy_bytes.h"
 #include "util/file_exists.h"
 #include "util/numeric_text.h"
@@ -46,7 +47,7 @@ void cMP3ID3v2::save() {
     const std::int64_t length = as_writer([&] { return file->length(); });
     as_writer([&] { follow_audio(length); });
     AddCustomField(kSavedStampName, kSavedStampValue);
-    known_length_ = v1_->Update(*file, length);
+    known_length_ = v1_.Update(*file, length);
     as_writer([&] { WriteTag(std::move(file)); });
 }
 
@@ -95,6 +96,11 @@ void cMP3ID3v2::find_audio_again() {
 
 // The file may be as long as before and yet another one.
 void cMP3ID3v2::trust_or_find_audio(FileWindow& file) {
+    constexpr auto kHeader = static_cast<std::int64_t>(kHeaderBytes);
+    if (accepted_ && *accepted_ + kHeader <= static_cast<std::int64_t>(FileWindow::kHeadBlock)) {
+        // Where the tag stands is asked next, so both are read at once.
+        (void)file.view(0, static_cast<std::size_t>(*accepted_ + kHeader));
+    }
     if (accepted_ && !is_frame_at(file, *accepted_)) {
         find_audio_again();
     }

@@ -16,21 +16,15 @@ String StandardFieldTexts::get(StandardField field) const {
     if (row_of(field).nuls == Nuls::Kept) {
         return stored.wide();
     }
-    String text = stored.wide_without_nuls();
-    if (field == StandardField::Comment) {
-        for (const StoredText& comment : more_comments_) {
-            text += kCommentSeparator;
-            text += comment.wide_without_nuls();
-        }
+    if (field != StandardField::Comment || more_comments_.empty()) {
+        return stored.wide_without_nuls();
     }
-    return text;
-}
-
-void StandardFieldTexts::set(StandardField field, StoredText text) {
-    if (field == StandardField::Comment) {
-        more_comments_.clear();
+    String lines = stored.wide_without_nuls();
+    for (const StoredText& comment : more_comments_) {
+        lines += kCommentSeparator;
+        lines += comment.wide_without_nuls();
     }
-    this->text(field) = std::move(text);
+    return lines;
 }
 
 void StandardFieldTexts::add_comment(StoredText text) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <brindle/values.h>
@@ -86,7 +87,12 @@ public:
     }
     // As a host reads it.
     [[nodiscard]] String get(StandardField field) const;
-    void set(StandardField field, StoredText text);
+    void set(StandardField field, StoredText text) {
+        if (field == StandardField::Comment) {
+            more_comments_.clear();
+        }
+        this->text(field) = std::move(text);
+    }
     // A comment as the reader finds it: several comments of a tag read as lines of one.
     void add_comment(StoredText text);
     // Nothing but the lyrics is left; they stay when the object goes on to another file.

@@ -31,10 +31,11 @@ String StoredText::wide() const {
 }
 
 String StoredText::wide_without_nuls() const {
-    String text = wide();
-    if (find_nul() != size()) {
-        std::erase(text, u'\0');
+    if (find_nul() == size()) {
+        return wide();
     }
+    String text = wide();
+    std::erase(text, u'\0');
     return text;
 }
 
@@ -46,11 +47,11 @@ char16_t StoredText::operator[](std::size_t i) const noexcept {
     return is_wide() ? units()[i] : widen(bytes()[i]);
 }
 
-std::size_t StoredText::find_nul(std::size_t from) const noexcept {
+std::size_t StoredText::find(char16_t character) const noexcept {
     if (is_wide()) {
-        return std::min(units().find(u'\0', from), std::size_t{size_});
+        return std::min(units().find(character), std::size_t{size_});
     }
-    return from + find_byte(bytes().subspan(from), 0);
+    return find_byte(bytes(), static_cast<std::uint8_t>(character));
 }
 
 bool StoredText::equals(std::size_t first, std::size_t last,
@@ -80,8 +81,8 @@ void StoredText::append_to(std::vector<std::uint8_t>& into) const {
     }
 }
 
-StoredText StoredText::share() const {
-    return is_wide() ? StoredText(units()) : StoredText::in_file(bytes());
+StoredText StoredText::share(std::size_t from) const {
+    return is_wide() ? StoredText(units().substr(from)) : in_file(bytes().subspan(from));
 }
 
 void StoredText::own() {

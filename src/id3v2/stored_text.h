@@ -58,15 +58,16 @@ public:
     [[nodiscard]] String wide_without_nuls() const;
     [[nodiscard]] bool operator==(std::u16string_view text) const noexcept;
     [[nodiscard]] char16_t operator[](std::size_t i) const noexcept;
-    // The position of the first NUL at or behind `from`; size() when there is none.
-    [[nodiscard]] std::size_t find_nul(std::size_t from = 0) const noexcept;
+    // The position of the first such character, which is one of ASCII; size() when there is none.
+    [[nodiscard]] std::size_t find(char16_t character) const noexcept;
+    [[nodiscard]] std::size_t find_nul() const noexcept { return find(u'\0'); }
     // The characters from `first` up to `last` are exactly `text`.
     [[nodiscard]] bool equals(std::size_t first, std::size_t last,
                               std::u16string_view text) const noexcept;
     // The text in the 8-bit code page, behind what `into` holds already.
     void append_to(std::vector<std::uint8_t>& into) const;
-    // A second view of the same file bytes, or a copy of the wide text.
-    [[nodiscard]] StoredText share() const;
+    // A second view of the same file bytes, or a copy of the wide text, from a character on.
+    [[nodiscard]] StoredText share(std::size_t from = 0) const;
     // The text no longer needs the file's bytes.
     void own();
 

@@ -33,7 +33,7 @@ bool cMP3ID3v2::strip(std::int32_t tags) {
         }
     }
     if (v1) {
-        if (!v1_->Stripv1Tag()) {
+        if (!v1_.Stripv1Tag()) {
             return false;
         }
         // What was stripped is stripped; without a length the audio is looked for again.

@@ -21,18 +21,18 @@ constexpr std::u16string_view kPictureId = u"APIC";
 constexpr std::u16string_view kTagIdentifierText = u"ID3";
 
 // TXXX values count up to the first empty one; of other ids all that were counted.
-std::int32_t values_to_write(const FrameStore& frames, const String& id) {
-    std::int32_t count = frames.count(id).value_or(0);
-    if (id == kCustomFrame) {
-        std::int32_t filled = 0;
-        const StoredText* value = frames.value(id, 1);
-        while (value != nullptr && !value->empty()) {
-            ++filled;
-            value = frames.value(id, filled + 1);
-        }
-        count = filled != 0 ? filled : count;
+std::int32_t values_to_write(const FrameValues& values, const String& id) {
+    const std::int32_t count = values.count().value_or(0);
+    if (id != kCustomFrame) {
+        return count;
     }
-    return count;
+    std::int32_t filled = 0;
+    const StoredText* value = values.find(1);
+    while (value != nullptr && !value->empty()) {
+        ++filled;
+        value = values.find(filled + 1);
+    }
+    return filled != 0 ? filled : count;
 }
 
 // Four characters, cut or filled with NULs.
@@ -70,9 +70,13 @@ std::vector<std::uint8_t> build_tag(const FrameStore& frames) {
         if (id.find(kTagIdentifierText) != String::npos) {
             continue;
         }
-        const std::int32_t count = values_to_write(frames, id);
+        const FrameValues* const values = frames.values(id);
+        if (values == nullptr) {
+            continue;
+        }
+        const std::int32_t count = values_to_write(*values, id);
         for (std::int32_t number = 1; number <= count; ++number) {
-            append_frame(id, frames.value(id, number), tag);
+            append_frame(id, values->find(number), tag);
         }
     }
     tag.resize(tag.size() + kEndMark);

@@ -23,18 +23,6 @@ std::span<std::uint8_t> without_nuls(std::span<std::uint8_t> bytes) {
     return bytes.first(static_cast<std::size_t>(end - bytes.begin()));
 }
 
-// A custom frame holds name, NUL, value; what stands behind a further NUL counts for nothing. A
-// frame without a NUL has no value and is no field.
-void file_custom(CustomFields& fields, std::span<const std::uint8_t> frame) {
-    const std::size_t name = find_byte(frame, 0);
-    if (name == frame.size()) {
-        return;
-    }
-    const auto rest = frame.subspan(name + 1);
-    fields.add_first(StoredText::in_file(frame.first(name)),
-                     StoredText::in_file(rest.first(find_byte(rest, 0))));
-}
-
 // Finds the field of a frame by the id as it stands in a file. A tag can hold a hundred thousand
 // frames, so each id has a slot of its own, found with one multiplication.
 class StandardIds {
@@ -84,15 +72,15 @@ constexpr StandardIds kStandardIds;
 }  // namespace
 
 void TagContents::file(FrameId id, std::span<std::uint8_t> value) {
-    const bool is_custom = id == kCustomFrameId;
-    if (!is_custom && id != kPictureFrameId) {
+    if (id == kCustomFrameId) {
+        frames.append(id, value);
+        custom.read(value);
+        return;
+    }
+    if (id != kPictureFrameId) {
         value = without_nuls(value);
     }
     frames.append(id, value);
-    if (is_custom) {
-        file_custom(custom, value);
-        return;
-    }
     const StandardField* const field = kStandardIds.find(id);
     if (field != nullptr && id != kNoFrameId) {
         file_standard(*field, StoredText::in_file(value));

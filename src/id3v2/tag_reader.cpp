@@ -65,9 +65,9 @@ TagFacts TagReader::read(std::int64_t position) {
         // Four bytes of base 128, top bits and all, stay below 2^30.
         facts_.size = static_cast<std::int32_t>(decode_number(
             std::span(header).subspan(kTagSizeOffset, kTagSizeWidth), kSyncsafeShift));
+        tag_end_ = position_ + facts_.size;
         // Behind the tag the first frames of audio will be asked for.
-        file_.expect_until(position_ + facts_.size +
-                           static_cast<std::int64_t>(FileWindow::kHeadBlock));
+        file_.expect_until(tag_end_ + static_cast<std::int64_t>(FileWindow::kHeadBlock));
         if (facts_.version == kOldestVersion) {
             walk_version2();
         } else {
@@ -136,25 +136,29 @@ bool TagReader::is_past_end() const noexcept {
 
 // Valid until something else is read.
 std::span<const std::uint8_t> TagReader::read_data(std::uint64_t size) {
-    if (size < kDirectRead) {
-        large_ = {};
-        const auto seen = file_.view(position_, static_cast<std::size_t>(size));
-        position_ += static_cast<std::int64_t>(seen.size());
-        return seen;
+    if (size >= kDirectRead) {
+        return read_large(size);
     }
+    large_ = {};
+    const auto seen = file_.view(position_, static_cast<std::size_t>(size));
+    position_ += static_cast<std::int64_t>(seen.size());
+    return seen;
+}
+
+std::span<const std::uint8_t> TagReader::read_large(std::uint64_t size) {
     const std::int64_t left = std::max<std::int64_t>(file_.length() - position_, 0);
     const auto held =
         static_cast<std::size_t>(std::min<std::uint64_t>(size, static_cast<std::uint64_t>(left)));
     large_ = allocate(held);
-    large_ = large_.first(file_.copy(position_, large_));
+    // A frame that goes beyond its tag is not gone on from.
+    const bool goes_on = position_ + static_cast<std::int64_t>(held) < tag_end_;
+    large_ = large_.first(goes_on ? file_.copy_and_read_on(position_, large_)
+                                  : file_.copy(position_, large_));
     position_ += static_cast<std::int64_t>(large_.size());
     return large_;
 }
 
 std::span<std::uint8_t> TagReader::allocate(std::size_t size) {
-    if (contents_.bytes.has_room_for(size)) {
-        return contents_.bytes.allocate(size);
-    }
     try {
         return contents_.bytes.allocate(size);
     } catch (const std::bad_alloc&) {
@@ -165,17 +169,17 @@ std::span<std::uint8_t> TagReader::allocate(std::size_t size) {
 }
 
 void TagReader::file(const Header& header, std::span<const std::uint8_t> data) {
-    if (header.id == kPictureFrameId) {
-        file_as(kPictureFrameId, header, data);
-    } else if (header.id == kCustomFrameId) {
-        if (find_byte(data, kNul) != data.size()) {
-            const auto text =
-                std::find_if(data.begin(), data.end(), [](std::uint8_t byte) { return byte != 0; });
-            file_as(kCustomFrameId, header, {text, data.end()});
+    if (header.id == kCustomFrameId) {
+        if (find_byte(data, kNul) == data.size()) {
+            return;
         }
-    } else {
-        file_as(header.id, header, text_of(data));
+        while (!data.empty() && data.front() == kNul) {
+            data = data.subspan(1);
+        }
+    } else if (header.id != kPictureFrameId) {
+        data = text_of(data);
     }
+    file_as(header.id, header, data);
 }
 
 void TagReader::file_as(FrameId id, const Header& header, std::span<const std::uint8_t> value) {
@@ -183,7 +187,8 @@ void TagReader::file_as(FrameId id, const Header& header, std::span<const std::u
     if (!large_.empty()) {
         kept = large_.last(value.size());  // all that was taken off stood in front
     } else if (!value.empty()) {
-        kept = allocate(value.size());
+        const bool has_room = contents_.bytes.has_room_for(value.size());
+        kept = has_room ? contents_.bytes.take(value.size()) : allocate(value.size());
         std::memcpy(kept.data(), value.data(), value.size());
     }
     contents_.file(id, kept);

@@ -56,6 +56,7 @@ private:
     template <FrameLayout kLayout>
     [[nodiscard]] Header read_header();
     [[nodiscard]] std::span<const std::uint8_t> read_data(std::uint64_t size);
+    [[nodiscard]] std::span<const std::uint8_t> read_large(std::uint64_t size);
     [[nodiscard]] std::span<std::uint8_t> allocate(std::size_t size);
     [[nodiscard]] bool is_past_end() const noexcept;
     void file(const Header& header, std::span<const std::uint8_t> data);
@@ -66,6 +67,7 @@ private:
     std::vector<FiledFrame>* filed_;
     TagFacts facts_;
     std::int64_t position_ = 0;      // the next byte to be read
+    std::int64_t tag_end_ = 0;       // as its header claims it
     std::span<std::uint8_t> large_;  // the data of a large frame, where it is kept
 };
 

@@ -12,7 +12,7 @@ namespace brindle {
 template <typename Step>
 void clsMPEG::with_file(const String& name, Step&& step) {
     try {
-        const auto file = environment_.files.open(name, OpenMode::Read);
+        const auto file = environment_->files.open(name, OpenMode::Read);
         FileWindow window(*file);
         std::forward<Step>(step)(window);
         return;
@@ -63,7 +63,7 @@ void clsMPEG::SetFileName(const ScannedFile& id3v2) {
 
 bool clsMPEG::scan(const String& name, FileWindow& window, std::int32_t start) {
     StreamScan stream_scan(state_, name, {ID3v2Length, ID3v2Offset, HasV1Tag}, window,
-                           environment_.clock, Owner, trace);
+                           environment_->clock, Owner, trace);
     const bool accepted = stream_scan.ScanFile(start);
     if (stream_scan.read_fault()) {
         read_fault_ = stream_scan.read_fault();

@@ -33,7 +33,8 @@ public:
 // No member throws; a file without a stream leaves the values of no stream.
 class clsMPEG {
 public:
-    explicit clsMPEG(Environment& environment = system_environment()) : environment_(environment) {}
+    explicit clsMPEG(Environment& environment = system_environment())
+        : environment_(&environment) {}
 
     // To be set before each file: the tag area in front of the audio, what follows it up to the
     // audio included, and whether the last 128 bytes are an ID3v1 record.
@@ -95,7 +96,7 @@ private:
     template <typename Step>
     void with_file(const String& name, Step&& step);
 
-    Environment& environment_;
+    Environment* environment_;  // never null
     StreamState state_;
     std::optional<Error> read_fault_;
 };

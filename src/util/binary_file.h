@@ -23,6 +23,15 @@ public:
     [[nodiscard]] virtual std::int64_t length() = 0;
     // Fills `into` from `offset`; fewer bytes than asked for only at the end of the file.
     virtual std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) = 0;
+    // The same into two places, one behind the other: in one call where the system has such a call.
+    virtual std::size_t read_scattered_at(std::int64_t offset, std::span<std::uint8_t> first,
+                                          std::span<std::uint8_t> second) {
+        const std::size_t count = read_at(offset, first);
+        if (count < first.size()) {
+            return count;
+        }
+        return count + read_at(offset + static_cast<std::int64_t>(count), second);
+    }
     // Writes all bytes or raises (61 disk full, 57 device).
     virtual void write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) = 0;
     // Copies up to `count` bytes of `source` to `offset` of this file, through the kernel where

@@ -1,11 +1,16 @@
 #include "util/binary_file_posix.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <optional>
 #include <unistd.h>
 #include <utility>
 
 #include <sys/stat.h>
+#ifdef __linux__
+#include <sys/uio.h>
+#endif
 
 #include <brindle/error.h>
 
@@ -85,6 +90,29 @@ std::size_t PosixFile::read_at(std::int64_t offset, std::span<std::uint8_t> into
         done += static_cast<std::size_t>(count);
     }
     return done;
+}
+
+std::size_t PosixFile::read_scattered_at(std::int64_t offset, std::span<std::uint8_t> first,
+                                         std::span<std::uint8_t> second) {
+#ifdef __linux__
+    const iovec places[] = {{first.data(), first.size()}, {second.data(), second.size()}};
+    const ssize_t result = uninterrupted(
+        [&] { return ::preadv(descriptor_, std::data(places), std::ssize(places), offset); });
+    if (result < 0) {
+        raise_transfer_error();
+    }
+    // What a signal has cut off.
+    const auto done = static_cast<std::size_t>(result);
+    const std::size_t done_first = std::min(done, first.size());
+    first = first.subspan(done_first);
+    second = second.subspan(done - done_first);
+    if (done == 0 || second.empty()) {
+        return done;
+    }
+    return done + BinaryFile::read_scattered_at(offset + result, first, second);
+#else
+    return BinaryFile::read_scattered_at(offset, first, second);
+#endif
 }
 
 void PosixFile::write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) {

@@ -26,6 +26,8 @@ public:
 
     [[nodiscard]] std::int64_t length() override;
     std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override;
+    std::size_t read_scattered_at(std::int64_t offset, std::span<std::uint8_t> first,
+                                  std::span<std::uint8_t> second) override;
     void write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) override;
     std::size_t copy_from(BinaryFile& source, std::int64_t source_offset, std::int64_t offset,
                           std::size_t count) override;

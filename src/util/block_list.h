@@ -24,19 +24,21 @@ public:
     [[nodiscard]] std::span<const T> first_block() const noexcept { return first_; }
 
     // All or nothing.
-    void push_back(T&& entry) {
+    void push_back(T&& entry) { emplace_back(std::move(entry)); }
+    template <typename... Parts>
+    void emplace_back(Parts&&... parts) {
         if (size_ < kFirstBlock) {
             if (first_.capacity() == 0) {
                 first_.reserve(kFirstBlock);
             }
-            first_.push_back(std::move(entry));
+            first_.emplace_back(std::forward<Parts>(parts)...);
         } else {
             if ((size_ - kFirstBlock) / kBlock == more_.size()) {
                 std::vector<T> block;
                 block.reserve(kBlock);
                 more_.push_back(std::move(block));
             }
-            more_.back().push_back(std::move(entry));
+            more_.back().emplace_back(std::forward<Parts>(parts)...);
         }
         ++size_;
     }

@@ -43,6 +43,32 @@ constexpr const CodePageTable& page() {
 }
 #endif
 
+// Looked at at once; the last run of a text reaches back into the one before it.
+constexpr std::size_t kRun = 8;
+
+bool is_ascii(std::span<const std::uint8_t> bytes) noexcept {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    const auto bits_at = [&](std::size_t at) {
+        std::uint64_t run = 0;
+        std::memcpy(&run, bytes.data() + at, kRun);
+        return run;
+    };
+    const std::size_t last = bytes.size() - kRun;
+    std::uint64_t bits = bits_at(last);
+    for (std::size_t at = 0; at < last; at += kRun) {
+        bits |= bits_at(at);
+    }
+    return (bits & kHighBits) == 0;
+}
+
+String widen_each(const CodePageTable& table, std::span<const std::uint8_t> bytes) {
+    String text(bytes.size(), u'\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        text[i] = table.unit_of(bytes[i]);
+    }
+    return text;
+}
+
 }  // namespace
 
 char16_t widen(std::uint8_t byte) noexcept {
@@ -50,30 +76,11 @@ char16_t widen(std::uint8_t byte) noexcept {
 }
 
 String widen(std::span<const std::uint8_t> bytes) {
-    // Nearly all text is ASCII, where widening is no more than making room: eight bytes at once.
-    constexpr std::size_t kRun = 8;
-    constexpr std::uint64_t kHighBits = 0x8080808080808080;
-    const CodePageTable& table = page();
-    String text(bytes.size(), u'\0');
-    const std::uint8_t* from = bytes.data();
-    const std::uint8_t* const end = from + bytes.size();
-    char16_t* to = text.data();
-    while (from != end) {
-        std::uint64_t run = kHighBits;
-        if (static_cast<std::size_t>(end - from) >= kRun) {
-            std::memcpy(&run, from, kRun);
-        }
-        if ((run & kHighBits) == 0) {
-            for (std::size_t i = 0; i < kRun; ++i) {
-                to[i] = from[i];
-            }
-            from += kRun;
-            to += kRun;
-        } else {
-            *to++ = table.unit_of(*from++);
-        }
+    // Nearly all text is ASCII, where widening is no more than making room.
+    if (bytes.size() >= kRun && is_ascii(bytes)) {
+        return {bytes.begin(), bytes.end()};
     }
-    return text;
+    return widen_each(page(), bytes);
 }
 
 std::uint8_t narrow(char16_t unit) noexcept {

@@ -44,10 +44,11 @@ constexpr int kOpenFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
 // The name on disk. The system ends names at a NUL, so one inside would name another file.
 std::string disk_name(const String& name) {
-    if (name.find(u'\0') != String::npos) {
+    std::string path = to_utf8(name);
+    if (path.find('\0') != std::string::npos) {
         throw Error(RuntimeError::FileNotFound);
     }
-    return to_utf8(name);
+    return path;
 }
 
 [[noreturn]] void raise(int code, FileAction action, const std::string& name) {

@@ -51,6 +51,31 @@ std::size_t FileWindow::copy(std::int64_t offset, std::span<std::uint8_t> into) 
     return copied;
 }
 
+std::size_t FileWindow::copy_and_read_on(std::int64_t offset, std::span<std::uint8_t> into) {
+    const std::span<const std::uint8_t> held = held_from(offset);
+    const std::int64_t end = offset + static_cast<std::int64_t>(into.size());
+    const std::int64_t tail = length_ - static_cast<std::int64_t>(tail_size_);
+    const std::int64_t read_end =
+        std::min({expected_end_, end + static_cast<std::int64_t>(kBlock), tail, readable_end_});
+    if (held.empty() || held.size() >= into.size() || read_end <= end) {
+        return copy(offset, into);
+    }
+    std::memcpy(into.data(), held.data(), held.size());
+    into = into.subspan(held.size());
+    const std::int64_t from = end_;
+    const auto more = static_cast<std::size_t>(read_end - end);
+    move_to(end, end, more);
+    ++refills_;
+    const std::size_t count = file_.read_scattered_at(from, into, {held_, more});
+    bytes_read_ += static_cast<std::int64_t>(count);
+    if (count < into.size() + more) {
+        // Another program has cut the file.
+        readable_end_ = from + static_cast<std::int64_t>(count);
+    }
+    end_ = std::max(end, from + static_cast<std::int64_t>(count));
+    return held.size() + std::min(count, into.size());
+}
+
 std::span<const std::uint8_t> FileWindow::held_from(std::int64_t offset) const noexcept {
     if (offset < begin_ || offset >= end_) {
         return {};

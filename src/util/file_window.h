@@ -48,6 +48,9 @@ public:
     // Copies bytes out without moving the window: what it holds from memory, the rest straight
     // from the file. The number copied, smaller only where the file ends.
     std::size_t copy(std::int64_t offset, std::span<std::uint8_t> into);
+    // The same for a caller that goes on behind these bytes: what is not held of them is read in
+    // one call with what is expected behind them, where the window then stands.
+    std::size_t copy_and_read_on(std::int64_t offset, std::span<std::uint8_t> into);
 
     // The caller will want the bytes up to `end`: the next refills go that far (a block at a
     // time) and not much farther. Without it a refill takes kHeadBlock.

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <string>
@@ -149,17 +150,43 @@ int compare_with_half(const Decimal& decimal) {
     return 0;
 }
 
-// A few digits and nothing else, as nearly all numbers of a tag are; none for any other text.
+// A few digits, with a minus or not, as nearly all numbers of a tag are; none for any other text.
 std::optional<std::int32_t> few_digits(std::u16string_view text) noexcept {
     constexpr std::size_t kFew = std::numeric_limits<std::int32_t>::digits10;
-    if (text.empty() || text.size() > kFew || !std::all_of(text.begin(), text.end(), is_digit)) {
+    const bool negative = !text.empty() && text.front() == u'-';
+    const std::u16string_view digits = text.substr(negative ? 1 : 0);
+    if (digits.empty() || digits.size() > kFew) {
         return std::nullopt;
     }
     std::int32_t value = 0;
-    for (const char16_t digit : text) {
+    for (const char16_t digit : digits) {
+        if (!is_digit(digit)) {
+            return std::nullopt;
+        }
         value = value * 10 + (digit - u'0');
     }
-    return value;
+    return negative ? -value : value;
+}
+
+// As "1.5" is: a fraction of two whole numbers that a double holds exactly, so that it is rounded
+// but once. None for any other text.
+std::optional<double> short_decimal(const Decimal& decimal) noexcept {
+    constexpr std::int64_t kPowers[] = {1, 10, 100, 1'000, 10'000, 100'000, 1'000'000};
+    constexpr std::size_t kFew = std::numeric_limits<double>::digits10;
+    if (decimal.size() > kFew || decimal.fraction.size() >= std::size(kPowers) ||
+        decimal.point != static_cast<std::int64_t>(decimal.whole.size())) {
+        return std::nullopt;
+    }
+    std::int64_t digits = 0;
+    for (std::size_t i = 0; i < decimal.size(); ++i) {
+        digits = digits * 10 + decimal.digit(i);
+    }
+    if (digits == 0) {
+        return 0;  // of no sign
+    }
+    const auto value =
+        static_cast<double>(digits) / static_cast<double>(kPowers[decimal.fraction.size()]);
+    return decimal.negative ? -value : value;
 }
 
 template <typename Whole>
@@ -193,7 +220,7 @@ String ascii_to_string(const char* first, const char* last) {
 }  // namespace
 
 bool is_numeric(std::u16string_view text) noexcept {
-    return parse(text).has_value();
+    return few_digits(text).has_value() || parse(text).has_value();
 }
 
 std::int32_t to_long(std::u16string_view text) {
@@ -215,6 +242,9 @@ double to_double(std::u16string_view text) {
     // Well outside the powers of ten that a double has.
     constexpr std::int64_t kLargestPower = 400;
     const Decimal decimal = parse_or_raise(text);
+    if (const std::optional<double> value = short_decimal(decimal)) {
+        return *value;
+    }
     std::size_t first = 0;
     while (first < decimal.size() && decimal.digit(first) == 0) {
         ++first;

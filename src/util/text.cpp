@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -107,9 +108,15 @@ std::size_t decode(std::string_view bytes, char32_t& point) {
 }  // namespace
 
 std::string to_utf8(std::u16string_view text) {
-    std::string bytes;
+    // Nearly all names are ASCII to their end.
+    const auto* const other = std::find_if(text.begin(), text.end(),
+                                           [](char16_t unit) { return unit >= kFirstOfTwoBytes; });
+    std::string bytes(text.begin(), other);
+    if (other == text.end()) {
+        return bytes;
+    }
     bytes.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    for (std::size_t i = bytes.size(); i < text.size(); ++i) {
         const char16_t unit = text[i];
         if (unit < kFirstOfTwoBytes) {
             bytes.push_back(static_cast<char>(unit));

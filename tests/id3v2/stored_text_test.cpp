@@ -34,9 +34,10 @@ TEST(StoredText, BothFormsReadAlike) {
         EXPECT_FALSE(text == u"a\0\u20ACb\1"sv);
         EXPECT_EQ(text[2], u'\u20AC');
         EXPECT_EQ(text.find_nul(), 1U);
-        EXPECT_EQ(text.find_nul(1), 1U);
-        EXPECT_EQ(text.find_nul(2), 4U);
-        EXPECT_EQ(text.find_nul(5), 5U);
+        EXPECT_EQ(text.find(u'b'), 3U);
+        EXPECT_EQ(text.find(u'x'), 5U);
+        EXPECT_EQ(text.share(2).wide(), u"\u20ACb\0"sv);
+        EXPECT_EQ(text.share(5).wide(), u"");
         EXPECT_TRUE(text.equals(0, 1, u"a"));
         EXPECT_TRUE(text.equals(2, 4, u"\u20ACb"));
         EXPECT_FALSE(text.equals(2, 4, u"\u20AC"));

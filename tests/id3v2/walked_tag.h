@@ -60,8 +60,7 @@ public:
     [[nodiscard]] Frames frames() const { return frames_of(contents_.frames); }
     [[nodiscard]] String field(StandardField field) const { return contents_.fields.get(field); }
     [[nodiscard]] String custom(std::u16string_view name) const {
-        const StoredText* value = contents_.custom.find(name);
-        return value == nullptr ? u"(absent)" : value->wide();
+        return contents_.custom.exists(name) ? contents_.custom.text(name) : u"(absent)";
     }
 
 private:

@@ -68,6 +68,23 @@ TEST_F(BinaryFileTest, ReadsAtAnyPlace) {
     EXPECT_EQ(error_number([&] { file->read_at(-1, room); }), kDevice);
 }
 
+TEST_F(BinaryFileTest, ReadsIntoTwoPlacesAtOnce) {
+    folder.put("a", pattern(1'000));
+    const auto file = open("a");
+    Bytes first(100, 0);
+    Bytes second(300, 0);
+    EXPECT_EQ(file->read_scattered_at(500, first, second), 400U);
+    EXPECT_EQ(first, pattern(1'000).part(500, 100));
+    EXPECT_EQ(second, pattern(1'000).part(600, 300));
+    EXPECT_EQ(file->read_scattered_at(800, first, second), 200U) << "the file ends";
+    EXPECT_EQ(first, pattern(1'000).part(800, 100));
+    EXPECT_EQ(second.first(100), pattern(1'000).last(100));
+    EXPECT_EQ(file->read_scattered_at(970, first, second), 30U);
+    EXPECT_EQ(first.first(30), pattern(1'000).last(30));
+    EXPECT_EQ(file->read_scattered_at(1'000, first, second), 0U);
+    EXPECT_EQ(error_number([&] { file->read_scattered_at(-1, first, second); }), kDevice);
+}
+
 TEST_F(BinaryFileTest, WritesAtAnyPlace) {
     folder.put("a", "0123456789");
     const auto file = open("a");

@@ -191,6 +191,70 @@ TEST(FileWindow, LeapReadsNothingInBetween) {
     EXPECT_EQ(file.reads, (Reads{{0, 8'192}, {999'872, 128}}));
 }
 
+TEST(FileWindow, CopyThatReadsOnLeavesTheWindowBehindIt) {
+    ReadLog file(100'000);
+    FileWindow window(file);
+    (void)window.view(0, 10);
+    window.expect_until(80'000);
+    Bytes copy(60'000);
+    EXPECT_EQ(window.copy_and_read_on(100, copy), 60'000U);
+    EXPECT_EQ(copy, file.slice(100, 60'000));
+    EXPECT_EQ(window.refills(), 2U);
+    EXPECT_EQ(bytes_of(window.view(60'100, 19'900)), file.slice(60'100, 19'900));
+    EXPECT_EQ(file.reads, (Reads{{0, 8'192}, {8'192, 51'908}, {60'100, 19'900}}));
+    EXPECT_EQ(window.bytes_read(), 80'000);
+}
+
+TEST(FileWindow, CopyReadsOnOnlyWhereSomethingIsExpectedAndHeld) {
+    ReadLog file(100'000);
+    FileWindow window(file);
+    Bytes copy(20'000);
+    window.expect_until(40'000);
+    EXPECT_EQ(window.copy_and_read_on(50, copy), 20'000U) << "nothing was held";
+    EXPECT_EQ(copy, file.slice(50, 20'000));
+    window.expect_until(20'000);
+    (void)window.view(0, 10);
+    EXPECT_EQ(window.copy_and_read_on(50, copy), 20'000U) << "nothing more is expected";
+    EXPECT_EQ(copy, file.slice(50, 20'000));
+    copy.resize(1'000);
+    window.expect_until(90'000);
+    EXPECT_EQ(window.copy_and_read_on(10'000, copy), 1'000U) << "all of it was held";
+    EXPECT_EQ(copy, file.slice(10'000, 1'000));
+    EXPECT_EQ(file.reads, (Reads{{50, 20'000}, {0, 20'000}, {20'000, 50}}));
+}
+
+TEST(FileWindow, CopyThatReadsOnEndsWithAFileThatWasCut) {
+    for (const std::size_t length : {30'000U, 65'000U}) {
+        ReadLog file(length);
+        file.claimed_length = 100'000;
+        FileWindow window(file);
+        (void)window.view(0, 10);
+        window.expect_until(80'000);
+        Bytes copy(60'000);
+        const std::size_t copied = std::min<std::size_t>(length - 100, 60'000);
+        EXPECT_EQ(window.copy_and_read_on(100, copy), copied);
+        copy.resize(copied);
+        EXPECT_EQ(copy, file.slice(100, copied));
+        EXPECT_EQ(bytes_of(window.view(60'100, 19'900)), file.slice(60'100, 19'900));
+        EXPECT_EQ(bytes_of(window.view(99'000, 10)), Bytes());
+    }
+}
+
+TEST(FileWindow, CopyReadsOnNoFartherThanTheTailThatIsKnown) {
+    ReadLog file(20'000);
+    FileWindow window(file);
+    Bytes tail(128);
+    window.copy(19'872, tail);
+    (void)window.view(0, 10);
+    window.expect_until(20'000);
+    Bytes copy(10'000);
+    EXPECT_EQ(window.copy_and_read_on(0, copy), 10'000U);
+    EXPECT_EQ(bytes_of(window.view(10'000, 10'000)), file.slice(10'000, 10'000));
+    EXPECT_EQ(file.reads[2], (Read{8'192, 1'808}));
+    EXPECT_EQ(file.reads[3], (Read{10'000, 9'872}));
+    EXPECT_EQ(file.reads.size(), 4U);
+}
+
 TEST(FileWindow, GoingBackReadsAnew) {
     ReadLog file(100'000);
     FileWindow window(file);
