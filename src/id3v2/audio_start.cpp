@@ -76,7 +76,7 @@ public:
     }
 
 private:
-    std::array<std::uint16_t, kLongestFrame> places_;  // so many of them are filled:
+    std::array<std::uint16_t, kLongestFrame> places_{};  // so many of them are filled:
     std::size_t count_ = 0;
 };
 
@@ -87,7 +87,7 @@ std::int64_t find_chain_to(FileWindow& file, std::int64_t target) {
     // Of the positions behind, by their remainders: those from which a chain leads to the target.
     // Room for a stretch and the longest frame behind it.
     constexpr std::int64_t kSlots = 8'192;
-    static_assert(kSlots >= 2 * (kLongestFrame + 1));
+    static_assert(kSlots >= std::int64_t{2} * (kLongestFrame + 1));
     std::bitset<kSlots> leads;
     const auto slot = [](std::int64_t position) {
         return static_cast<std::size_t>(position % kSlots);
@@ -106,12 +106,13 @@ std::int64_t find_chain_to(FileWindow& file, std::int64_t target) {
         }
         const SyncBytes sync(bytes.first(std::min(bytes.size(), length)));
         const auto places = sync.places();
-        for (auto place = places.rbegin(); place != places.rend(); ++place) {
-            if (bytes.size() < *place + kHeaderBytes) {
+        for (std::size_t left = places.size(); left != 0; --left) {
+            const std::size_t place = places[left - 1];
+            if (bytes.size() < place + kHeaderBytes) {
                 continue;
             }
-            const std::int64_t position = begin + *place;
-            const auto header = parse_frame_header(header_bits(bytes.data() + *place));
+            const std::int64_t position = begin + place;
+            const auto header = parse_frame_header(header_bits(bytes.data() + place));
             const std::int64_t next = position + (header ? header->length : 0);
             if (header && next <= target && leads.test(slot(next))) {
                 leads.set(slot(position));
