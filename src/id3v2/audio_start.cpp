@@ -111,7 +111,7 @@ std::int64_t find_chain_to(FileWindow& file, std::int64_t target) {
             if (bytes.size() < place + kHeaderBytes) {
                 continue;
             }
-            const std::int64_t position = begin + place;
+            const std::int64_t position = begin + static_cast<std::int64_t>(place);
             const auto header = parse_frame_header(header_bits(bytes.data() + place));
             const std::int64_t next = position + (header ? header->length : 0);
             if (header && next <= target && leads.test(slot(next))) {
