@@ -17,9 +17,11 @@ auto lower_bound(Slots& slots, std::int32_t index) noexcept {
 template <typename Slots>
 auto find_slot(Slots& slots, std::int32_t index) noexcept {
     // Where nothing was removed, each number has its own place.
-    const std::int64_t usual = std::int64_t{index} - 1;
-    if (usual >= 0 && usual < std::ssize(slots) && slots.begin()[usual].index == index) {
-        return slots.begin() + usual;
+    if (index >= 1 && index <= std::ssize(slots)) {
+        const auto usual = slots.begin() + (index - 1);
+        if (usual->index == index) {
+            return usual;
+        }
     }
     const auto place = lower_bound(slots, index);
     return place != slots.end() && place->index == index ? place : slots.end();
