@@ -108,21 +108,23 @@ TEST(BlockWalk, FrameThatTheFileCutsIsNone) {
     EXPECT_FALSE(walked.goes_on);
 }
 
-TEST(BlockWalk, LastFrameMayEndBehindTheBlock) {
+// The block ends so many bytes behind the beginning of its last frame, which the file has whole.
+Walked walk_cut_block(std::size_t bytes_of_last_frame) {
     Bytes block = stream(Frame{}, 240);
     const std::size_t left = block.size();
-    block.resize(239 * kFrame + kHeaderBytes);
-    const Walked walked = walk(block, 0, left);
+    block.resize(239 * kFrame + bytes_of_last_frame);
+    return walk(block, 0, left);
+}
+
+TEST(BlockWalk, LastFrameMayEndBehindTheBlock) {
+    const Walked walked = walk_cut_block(kHeaderBytes);
     EXPECT_EQ(walked.stream.frames, 240);
     EXPECT_EQ(walked.offset, 240 * kFrame);
     EXPECT_TRUE(walked.goes_on);
 }
 
 TEST(BlockWalk, HeaderThatTheBlockCutsIsLeftForTheNext) {
-    Bytes block = stream(Frame{}, 240);
-    const std::size_t left = block.size();
-    block.resize(239 * kFrame + kHeaderBytes - 1);
-    const Walked walked = walk(block, 0, left);
+    const Walked walked = walk_cut_block(kHeaderBytes - 1);
     EXPECT_EQ(walked.stream.frames, 239);
     EXPECT_EQ(walked.offset, 239 * kFrame);
     EXPECT_TRUE(walked.goes_on);
