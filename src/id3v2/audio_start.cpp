@@ -4,7 +4,6 @@
 #include <array>
 #include <bitset>
 #include <cstddef>
-#include <cstring>
 #include <limits>
 #include <span>
 
@@ -15,7 +14,6 @@ namespace brindle {
 
 namespace {
 
-constexpr std::uint8_t kSyncByte = 0xFF;
 // What frames that follow each other by chance seldom share.
 constexpr std::uint32_t kKindMask = kVersionMask | kLayerMask | kFrequencyMask;
 
@@ -48,13 +46,11 @@ std::optional<std::int64_t> find_run(FileWindow& file, std::int64_t begin, std::
         if (block.size() < kHeaderBytes) {
             break;
         }
-        const void* sync = std::memchr(block.data(), kSyncByte, block.size());
-        if (sync == nullptr) {
-            position += static_cast<std::int64_t>(block.size()) - 1;
-            continue;
-        }
-        position += static_cast<const std::uint8_t*>(sync) - block.data();
-        if (position < end && is_run_at(file, position)) {
+        const std::size_t sync = find_byte(block, kSyncByte);
+        position += static_cast<std::int64_t>(sync);
+        if (sync == block.size()) {
+            --position;  // the next round begins behind the block
+        } else if (position < end && is_run_at(file, position)) {
             return position;
         }
     }

@@ -77,7 +77,7 @@ FrameValues::List& FrameValues::list() {
 }
 
 void FrameValues::make_room(std::size_t more) {
-    if (!list_ && only_.is_none() && more == 1) {
+    if (needs_no_list_for(more)) {
         return;
     }
     auto& slots = list().slots;
@@ -90,7 +90,7 @@ void FrameValues::make_room(std::size_t more) {
 }
 
 void FrameValues::append(std::span<const QueuedFrame> frames) {
-    if (!list_ && only_.is_none() && frames.size() == 1) {
+    if (needs_no_list_for(frames.size())) {
         only_ = frames.front().text();
         return;
     }

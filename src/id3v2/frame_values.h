@@ -63,6 +63,10 @@ private:
     };
     static constexpr std::int32_t kOnlyIndex = 1;
 
+    // So many values, which would be the first ones, need no list.
+    [[nodiscard]] bool needs_no_list_for(std::size_t more) const noexcept {
+        return !list_ && only_.is_none() && more == 1;
+    }
     // The list, with what was kept without one.
     List& list();
 

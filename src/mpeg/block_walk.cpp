@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <optional>
+
+#include "util/find_byte.h"
 
 namespace brindle {
 namespace {
-
-constexpr int kSyncByte = 0xFF;
 
 // A part of a chain, which ends with the first frame that begins at or behind `stop`.
 struct Stretch {
@@ -50,21 +49,19 @@ public:
     // The first place from `offset` on where two frames of the stream seem to follow each other.
     [[nodiscard]] std::optional<std::size_t> find_frame(std::size_t offset,
                                                         std::size_t end) const noexcept {
-        while (offset < end) {
-            const void* const sync = std::memchr(block_.data() + offset, kSyncByte, end - offset);
-            if (sync == nullptr) {
-                break;
+        const std::span<const std::uint8_t> searched = block_.first(end);
+        for (;; ++offset) {
+            offset += find_byte(searched.subspan(offset), kSyncByte);
+            if (offset == end) {
+                return std::nullopt;
             }
-            const auto* const header = static_cast<const std::uint8_t*>(sync);
-            offset = static_cast<std::size_t>(header - block_.data());
+            const std::uint8_t* const header = block_.data() + offset;
             const std::size_t next = offset + frames_.length(header);
             if (frames_.has(header) && next + kHeaderBytes <= block_.size() &&
                 frames_.has(block_.data() + next)) {
                 return offset;
             }
-            ++offset;
         }
-        return std::nullopt;
     }
 
 private:

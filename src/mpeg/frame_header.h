@@ -15,6 +15,7 @@
 namespace brindle {
 
 inline constexpr std::size_t kHeaderBytes = 4;
+inline constexpr std::uint8_t kSyncByte = 0xFF;  // the first byte of each header
 
 inline constexpr std::uint32_t kSyncMask = 0xFFE0'0000;
 inline constexpr std::uint32_t kVersionMask = 0x0018'0000;

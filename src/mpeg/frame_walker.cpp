@@ -2,17 +2,16 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 #include "mpeg/duration.h"
 #include "mpeg/frame_header.h"
 #include "mpeg/xing_header.h"
+#include "util/find_byte.h"
 #include "util/fixed_decimal.h"
 
 namespace brindle {
 namespace {
 
-constexpr std::uint8_t kSyncByte = 0xFF;
 constexpr auto kHeaderLength = static_cast<std::int64_t>(kHeaderBytes);
 // What decides how long a frame plays. A player goes on whatever else changes.
 constexpr std::uint32_t kKindMask = kSyncMask | kVersionMask | kLayerMask | kFrequencyMask;
@@ -110,12 +109,11 @@ std::optional<std::int64_t> FrameWalker::find_frame_from(std::int64_t position) 
         if (block.size() < kHeaderBytes) {
             break;
         }
-        const void* sync = std::memchr(block.data(), kSyncByte, block.size());
-        if (sync == nullptr) {
-            position += static_cast<std::int64_t>(block.size());
+        const std::size_t sync = find_byte(block, kSyncByte);
+        position += static_cast<std::int64_t>(sync);
+        if (sync == block.size()) {
             continue;
         }
-        position += static_cast<const std::uint8_t*>(sync) - block.data();
         if (is_confirmed_frame_at(position)) {
             return position;
         }

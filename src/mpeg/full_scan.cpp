@@ -16,7 +16,6 @@ namespace brindle {
 namespace {
 
 constexpr double kProgressSeconds = 0.5;
-constexpr std::uint8_t kSyncByte = 0xFF;
 
 // Eight bytes, the last one lowest.
 std::uint64_t eight_bytes(const std::uint8_t* from) {

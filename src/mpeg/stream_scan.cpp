@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <limits>
 #include <new>
 #include <string>
@@ -14,6 +13,7 @@
 #include "mpeg/frame_trace.h"
 #include "mpeg/full_scan.h"
 #include "mpeg/pacing.h"
+#include "util/find_byte.h"
 #include "util/fixed_decimal.h"
 #include "util/skip_errors.h"
 
@@ -166,7 +166,6 @@ std::optional<FrameHeader> StreamScan::header_at(std::int64_t position) {
 // nothing: only FF begins a header, and nobody wants to hear why the others are none.
 std::int32_t StreamScan::positions_without_header(std::int64_t position,
                                                   std::int32_t attempts) const {
-    constexpr int kSyncByte = 0xFF;
     const std::int64_t last_tried = window_.length() - static_cast<std::int64_t>(kHeaderBytes) - 2;
     const std::int64_t most =
         std::min<std::int64_t>(kMostAttempts - attempts, last_tried - position);
@@ -176,11 +175,7 @@ std::int32_t StreamScan::positions_without_header(std::int64_t position,
     }
     held = held.first(static_cast<std::size_t>(
         std::min<std::int64_t>(most, static_cast<std::int64_t>(held.size()) - 1)));
-    const void* const sync = std::memchr(held.data(), kSyncByte, held.size());
-    return static_cast<std::int32_t>(
-        sync == nullptr
-            ? held.size()
-            : static_cast<std::size_t>(static_cast<const std::uint8_t*>(sync) - held.data()));
+    return static_cast<std::int32_t>(find_byte(held, kSyncByte));
 }
 
 std::int64_t StreamScan::audio_bytes_from(std::int64_t position) const {

@@ -6,10 +6,11 @@
 namespace brindle {
 namespace {
 
-// Where one read of many ends: systems keep files in pages, and copy whole ones best.
-std::int64_t end_of_page(std::int64_t offset) {
-    constexpr std::int64_t kPage = 4'096;
-    return offset - offset % kPage;
+// Systems keep files in pages, and copy whole ones best.
+constexpr std::size_t kPage = 4'096;
+
+std::int64_t begin_of_page(std::int64_t offset) {
+    return offset - offset % static_cast<std::int64_t>(kPage);
 }
 
 }  // namespace
@@ -122,11 +123,16 @@ std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_
         return held_from(offset);
     }
 
+    const auto takes_several_reads = [&](std::int64_t position) {
+        return expected_end_ - position > at_once;
+    };
     const auto end_of_read_from = [&](std::int64_t position) {
-        const std::int64_t expected = expected_end_ - position;
-        const std::int64_t block = expected > 0 ? expected : kHeadLength;
-        const std::int64_t end =
-            expected > at_once ? end_of_page(position + at_once) : position + block;
+        std::int64_t end = position + kHeadLength;
+        if (takes_several_reads(position)) {
+            end = begin_of_page(position + at_once);
+        } else if (expected_end_ > position) {
+            end = expected_end_;
+        }
         return std::min(std::max(wanted_end, end), readable_end_);
     };
 
@@ -139,9 +145,9 @@ std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_
         reads_on = offset <= end_;
     }
     if (!reads_on) {
-        // Of a long way no byte is left out, so that each of its reads begins with a page.
-        const bool is_long = expected_end_ - offset > at_once;
-        from = is_long && offset >= end_ ? std::max(end_of_page(offset), end_) : offset;
+        // So that each of several reads begins with a page, the bytes in front are read as well.
+        const bool from_page = takes_several_reads(offset) && offset >= end_;
+        from = from_page ? std::max(begin_of_page(offset), end_) : offset;
         read_end = end_of_read_from(from);
     } else if (static_cast<std::size_t>(read_end - begin_) <= capacity_) {
         from = begin_;  // there is room, so nothing needs to be moved
@@ -162,14 +168,14 @@ std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_
 
 // Lets go of all but the bytes from `begin` to `end`, and has room for `capacity` bytes from there.
 void FileWindow::move_to(std::int64_t begin, std::int64_t end, std::size_t capacity) {
-    constexpr std::size_t kUsual = kBlock + 4'096;
+    constexpr std::size_t kUsual = kBlock + kPage;  // no frame is longer than a page
     const auto kept = static_cast<std::size_t>(end - begin);
     const std::uint8_t* const source = kept == 0 ? nullptr : data(begin);
     if (capacity > capacity_) {
         // The first buffer has room for what most files need, and for each block of a long way with
         // the frame before it, so that nothing is ever moved there; memory that stays untouched
-        // costs nothing. Later two buffers are there for a moment, so
-        // the last step is taken from a small one.
+        // costs nothing. Later two buffers are there for a moment, so the last step is taken from
+        // a small one.
         const std::size_t usual = capacity_ == 0
                                       ? static_cast<std::size_t>(std::min(
                                             readable_end_, static_cast<std::int64_t>(kUsual)))
