@@ -9,6 +9,8 @@
 #include <span>
 #include <vector>
 
+#include "util/placed_buffer.h"
+
 namespace brindle {
 
 // Hands out pieces that never move, from blocks, so that a tag of a hundred thousand frames does
@@ -35,6 +37,11 @@ public:
         return take(size);
     }
 
+    // A piece of its own, for bytes that come from `offset` of a file. Raises std::bad_alloc.
+    std::span<std::uint8_t> allocate_for_read(std::size_t size, std::int64_t offset) {
+        return {read_.emplace_back(size).place_for(offset), size};
+    }
+
     // Where there is room.
     std::span<std::uint8_t> take(std::size_t size) noexcept {
         const std::span<std::uint8_t> piece = free_.first(size);
@@ -51,6 +58,7 @@ private:
     static constexpr std::size_t kLargestShared = 1'024;
 
     std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
+    std::vector<PlacedBuffer> read_;
     std::span<std::uint8_t> free_;  // the rest of the open block
 };
 

@@ -149,7 +149,7 @@ std::span<const std::uint8_t> TagReader::read_large(std::uint64_t size) {
     const std::int64_t left = std::max<std::int64_t>(file_.length() - position_, 0);
     const auto held =
         static_cast<std::size_t>(std::min<std::uint64_t>(size, static_cast<std::uint64_t>(left)));
-    large_ = allocate(held);
+    large_ = allocate([&](ByteArena& arena) { return arena.allocate_for_read(held, position_); });
     // A frame that goes beyond its tag is not gone on from.
     const bool goes_on = position_ + static_cast<std::int64_t>(held) < tag_end_;
     large_ = large_.first(goes_on ? file_.copy_and_read_on(position_, large_)
@@ -158,9 +158,10 @@ std::span<const std::uint8_t> TagReader::read_large(std::uint64_t size) {
     return large_;
 }
 
-std::span<std::uint8_t> TagReader::allocate(std::size_t size) {
+template <typename Allocation>
+std::span<std::uint8_t> TagReader::allocate(Allocation allocation) {
     try {
-        return contents_.bytes.allocate(size);
+        return allocation(contents_.bytes);
     } catch (const std::bad_alloc&) {
         // Hosts see such a file as corrupt, whoever is to blame.
         facts_.corrupt = facts_.version != kOldestVersion;
@@ -188,7 +189,8 @@ void TagReader::file_as(FrameId id, const Header& header, std::span<const std::u
         kept = large_.last(value.size());  // all that was taken off stood in front
     } else if (!value.empty()) {
         const bool has_room = contents_.bytes.has_room_for(value.size());
-        kept = has_room ? contents_.bytes.take(value.size()) : allocate(value.size());
+        kept = has_room ? contents_.bytes.take(value.size())
+                        : allocate([&](ByteArena& arena) { return arena.allocate(value.size()); });
         std::memcpy(kept.data(), value.data(), value.size());
     }
     contents_.file(id, kept);

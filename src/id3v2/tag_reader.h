@@ -57,7 +57,8 @@ private:
     [[nodiscard]] Header read_header();
     [[nodiscard]] std::span<const std::uint8_t> read_data(std::uint64_t size);
     [[nodiscard]] std::span<const std::uint8_t> read_large(std::uint64_t size);
-    [[nodiscard]] std::span<std::uint8_t> allocate(std::size_t size);
+    template <typename Allocation>
+    [[nodiscard]] std::span<std::uint8_t> allocate(Allocation allocation);
     [[nodiscard]] bool is_past_end() const noexcept;
     void file(const Header& header, std::span<const std::uint8_t> data);
     void file_as(FrameId id, const Header& header, std::span<const std::uint8_t> value);
