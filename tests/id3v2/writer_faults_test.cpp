@@ -171,6 +171,32 @@ std::size_t place_of(const std::vector<LoggedCall>& calls, FileCall call, std::s
     return kNone;
 }
 
+// Makes the attempt once for each allocation of it, which fails, alone or with all later ones, and
+// once with none that fails.
+template <typename Check>
+void attempt_without_each_allocation(const Scenario& scenario, Check check) {
+    for (const bool from_then_on : {false, true}) {
+        std::uint64_t nth = 1;
+        for (bool has_failed = true; has_failed; ++nth) {
+            SCOPED_TRACE(std::to_string(nth) + (from_then_on ? " from then on" : " once"));
+            World world(scenario);
+            Outcome outcome;
+            {
+                const test::AllocationFault fault(nth, from_then_on);
+                outcome = world.attempt();
+                has_failed = fault.has_failed();
+            }
+            EXPECT_EQ(world.files().open_files(), 0U);
+            if (!from_then_on) {
+                EXPECT_TRUE(world.holds_only_the_file());
+            }
+            check(world, outcome, has_failed);
+            ASSERT_LT(nth, 5000U);
+        }
+        EXPECT_GT(nth, 5U);
+    }
+}
+
 class Faults : public ::testing::TestWithParam<Scenario> {};
 class SaveFaults : public Faults {};
 class StripFaults : public Faults {};
@@ -289,22 +315,9 @@ TEST_P(SaveFaults, ReadsAndCopiesThatHandOverLessLoseNothing) {
 
 TEST_P(SaveFaults, EachFailingAllocationLeavesAKnownFile) {
     const Scenario& scenario = GetParam();
-    for (const bool from_then_on : {false, true}) {
-        std::uint64_t nth = 1;
-        for (bool has_failed = true; has_failed; ++nth) {
-            SCOPED_TRACE(std::to_string(nth) + (from_then_on ? " from then on" : " once"));
-            World world(scenario);
-            Outcome outcome;
-            {
-                const test::AllocationFault fault(nth, from_then_on);
-                outcome = world.attempt();
-                has_failed = fault.has_failed();
-            }
+    attempt_without_each_allocation(
+        scenario, [&](World& world, const Outcome& outcome, bool has_failed) {
             const Bytes& content = world.content();
-            EXPECT_EQ(world.files().open_files(), 0U);
-            if (!from_then_on) {
-                EXPECT_TRUE(world.holds_only_the_file());
-            }
             if (outcome.error || outcome.out_of_memory) {
                 EXPECT_TRUE(has_failed);
                 EXPECT_TRUE(content == scenario.old || content == scenario.halfway ||
@@ -321,10 +334,7 @@ TEST_P(SaveFaults, EachFailingAllocationLeavesAKnownFile) {
             } else {
                 EXPECT_EQ(content, scenario.result);
             }
-            ASSERT_LT(nth, 5000U);
-        }
-        EXPECT_GT(nth, 5U);
-    }
+        });
 }
 
 TEST_P(StripFaults, EachFailingCallLeavesAKnownFileAndIsFalse) {
@@ -386,33 +396,17 @@ TEST_P(StripFaults, EachFailingCallLeavesAKnownFileAndIsFalse) {
 
 TEST_P(StripFaults, EachFailingAllocationLeavesAKnownFile) {
     const Scenario& scenario = GetParam();
-    for (const bool from_then_on : {false, true}) {
-        std::uint64_t nth = 1;
-        for (bool has_failed = true; has_failed; ++nth) {
-            SCOPED_TRACE(std::to_string(nth) + (from_then_on ? " from then on" : " once"));
-            World world(scenario);
-            Outcome outcome;
-            {
-                const test::AllocationFault fault(nth, from_then_on);
-                outcome = world.attempt();
-                has_failed = fault.has_failed();
-            }
+    attempt_without_each_allocation(
+        scenario, [&](World& world, const Outcome& outcome, bool /*has_failed*/) {
             const Bytes& content = world.content();
             EXPECT_FALSE(outcome.error);
             EXPECT_FALSE(outcome.out_of_memory);
-            EXPECT_EQ(world.files().open_files(), 0U);
-            if (!from_then_on) {
-                EXPECT_TRUE(world.holds_only_the_file());
-            }
             EXPECT_TRUE(content == scenario.old || content == scenario.halfway ||
                         content == scenario.result);
             if (outcome.stripped) {
                 EXPECT_EQ(content, scenario.result);
             }
-            ASSERT_LT(nth, 5000U);
-        }
-        EXPECT_GT(nth, 5U);
-    }
+        });
 }
 
 // A file that could not be read whole, for want of memory, is never written from what was read.

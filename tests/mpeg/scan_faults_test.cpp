@@ -10,6 +10,7 @@
 #include "mpeg/analysis.h"
 #include "support/counting_allocator.h"
 #include "support/frames.h"
+#include "support/read_only_file.h"
 
 namespace brindle::test {
 namespace {
@@ -115,7 +116,7 @@ TEST(ScanFaults, FileThatIsCutMeanwhileIsNoFault) {
 }
 
 // Of a length that no file in memory has; holds nothing but zeros.
-class HugeFile : public BinaryFile {
+class HugeFile final : public test::ReadOnlyFile {
 public:
     explicit HugeFile(std::int64_t length) : length_(length) {}
     std::uint64_t reads = 0;
@@ -126,13 +127,6 @@ public:
         std::fill(into.begin(), into.end(), std::uint8_t{0});
         return into.size();
     }
-    void write_at(std::int64_t, std::span<const std::uint8_t>) override {}
-    std::size_t copy_from(BinaryFile&, std::int64_t, std::int64_t, std::size_t) override {
-        return 0;
-    }
-    void set_length(std::int64_t) override {}
-    void flush() override {}
-    void close() override {}
 
 private:
     std::int64_t length_;

@@ -4,16 +4,15 @@
 #include <algorithm>
 #include <cstdint>
 #include <span>
-#include <stdexcept>
 #include <utility>
 
 #include "support/bytes.h"
-#include "util/binary_file.h"
+#include "support/read_only_file.h"
 
 namespace brindle::test {
 
-// It still tells its old length. To be read only.
-class ShrunkFile final : public BinaryFile {
+// It still tells its old length.
+class ShrunkFile final : public ReadOnlyFile {
 public:
     ShrunkFile(Bytes left, std::int64_t old_length)
         : left_(std::move(left)), old_length_(old_length) {}
@@ -25,17 +24,8 @@ public:
         std::copy(part.begin(), part.end(), into.begin());
         return part.size();
     }
-    void write_at(std::int64_t, std::span<const std::uint8_t>) override { refuse(); }
-    std::size_t copy_from(BinaryFile&, std::int64_t, std::int64_t, std::size_t) override {
-        refuse();
-    }
-    void set_length(std::int64_t) override { refuse(); }
-    void flush() override { refuse(); }
-    void close() override {}
 
 private:
-    [[noreturn]] static void refuse() { throw std::logic_error("a write to a file for reading"); }
-
     Bytes left_;
     std::int64_t old_length_;
 };

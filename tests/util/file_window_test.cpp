@@ -8,6 +8,7 @@
 
 #include <brindle/error.h>
 
+#include "support/read_only_file.h"
 #include "util/error_number.h"
 
 namespace brindle {
@@ -28,7 +29,7 @@ void PrintTo(const Read& read, std::ostream* stream) {
 }
 
 // A file in memory that remembers what was read of it.
-class ReadLog final : public BinaryFile {
+class ReadLog final : public test::ReadOnlyFile {
 public:
     explicit ReadLog(std::size_t count) : content(count), claimed_length(count) {
         // No two places of a file look alike for long: 251 is prime.
@@ -51,14 +52,6 @@ public:
         std::copy_n(content.begin() + static_cast<std::ptrdiff_t>(from), count, into.begin());
         return count;
     }
-    void write_at(std::int64_t, std::span<const std::uint8_t>) override { FAIL(); }
-    std::size_t copy_from(BinaryFile&, std::int64_t, std::int64_t, std::size_t) override {
-        ADD_FAILURE();
-        return 0;
-    }
-    void set_length(std::int64_t) override { FAIL(); }
-    void flush() override { FAIL(); }
-    void close() override { FAIL(); }
 
     [[nodiscard]] Bytes slice(std::int64_t offset, std::size_t count) const {
         const auto from = static_cast<std::size_t>(

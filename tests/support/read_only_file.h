@@ -1,0 +1,25 @@
+// What the files of tests that only read have in common.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <stdexcept>
+
+#include "util/binary_file.h"
+
+namespace brindle::test {
+
+class ReadOnlyFile : public BinaryFile {
+public:
+    void write_at(std::int64_t, std::span<const std::uint8_t>) final { refuse(); }
+    std::size_t copy_from(BinaryFile&, std::int64_t, std::int64_t, std::size_t) final { refuse(); }
+    void set_length(std::int64_t) final { refuse(); }
+    void flush() final { refuse(); }
+    void close() final {}
+
+private:
+    [[noreturn]] static void refuse() { throw std::logic_error("a write to a file for reading"); }
+};
+
+}  // namespace brindle::test
