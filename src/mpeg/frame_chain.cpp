@@ -21,6 +21,7 @@ constexpr std::uint8_t kFileEndFlag = 0x80;
 constexpr std::uint8_t kLinksMask = 0x7F;
 static_assert(kMostConfirmations <= kLinksMask);
 
+// The positions of a shorter file have a place each, without those behind its end.
 constexpr std::size_t slot(std::int64_t position) {
     return static_cast<std::uint32_t>(position) % kRing;  // no file of audio has 2^32 bytes
 }
@@ -156,7 +157,8 @@ FrameChains::Tail FrameChains::recall(std::int64_t position) const {
 
 void FrameChains::remember(std::int64_t position, const Tail& tail) {
     if (tails_.empty()) {
-        tails_ = std::vector<std::uint8_t>(kRing, kUnknown);
+        const std::int64_t places = std::min<std::int64_t>(kRing, window_.length());
+        tails_ = std::vector<std::uint8_t>(static_cast<std::size_t>(places), kUnknown);
     }
     tails_[slot(position)] = static_cast<std::uint8_t>(
         (tail.links + 1) | (tail.reason == Break::FileEnd ? kFileEndFlag : 0));

@@ -53,7 +53,10 @@ void for_each_sync_byte_backward(const std::uint8_t* begin, const std::uint8_t* 
 class BackwardBlocks {
 public:
     BackwardBlocks(FileWindow& window, std::int64_t begin, std::int64_t end)
-        : window_(window), begin_(begin), position_(std::max(begin, end)) {}
+        : window_(window),
+          begin_(begin),
+          position_(std::max(begin, end)),
+          bytes_(next_size() + kOverlap) {}
 
     bool next() {
         if (position_ <= begin_) {
@@ -61,8 +64,7 @@ public:
         }
         std::array<std::uint8_t, kOverlap> behind{};
         std::copy_n(bytes_.begin(), std::min(kOverlap, size_), behind.begin());
-        size_ = static_cast<std::size_t>(
-            std::min<std::int64_t>(position_ - begin_, FileWindow::kBlock));
+        size_ = next_size();
         position_ -= static_cast<std::int64_t>(size_);
         const std::size_t copied = window_.copy(position_, std::span(bytes_).first(size_));
         // Nothing is a frame where another program has cut the file meanwhile.
@@ -79,11 +81,16 @@ public:
 private:
     static constexpr std::size_t kOverlap = kHeaderBytes - 1;
 
+    [[nodiscard]] std::size_t next_size() const noexcept {
+        return static_cast<std::size_t>(
+            std::min<std::int64_t>(position_ - begin_, FileWindow::kBlock));
+    }
+
     FileWindow& window_;
     std::int64_t begin_;
     std::int64_t position_;
     std::size_t size_ = 0;
-    std::vector<std::uint8_t> bytes_ = std::vector<std::uint8_t>(FileWindow::kBlock + kOverlap);
+    std::vector<std::uint8_t> bytes_;
 };
 
 }  // namespace

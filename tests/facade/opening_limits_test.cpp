@@ -95,6 +95,18 @@ TEST(OpeningLimits, HeapIsAMebibyteAnd64BytesForAFrame) {
     }
 }
 
+// A broken short file costs no tables for a long one: half a megabyte to be cleared, more than all
+// the rest. What remains is a ring over the longest frame, on the way back from the file's end.
+TEST(OpeningLimits, ShortFileTakesLittleHeap) {
+    constexpr std::uint64_t kRing = 65'536;
+    constexpr std::uint64_t kObject = 8'192;
+    for (const std::size_t pairs : {1U, 5U, 20U, 100U}) {
+        const AttackFile input{std::to_string(pairs) + " pairs", test::rejected_stream(pairs)};
+        SCOPED_TRACE(input.name);
+        EXPECT_LE(heap_use(input).opening, kRing + kObject + 4 * input.file.size());
+    }
+}
+
 // Of each block that a third value no longer fits into, nearly half.
 TEST(OpeningLimits, FramesThatFitBadlyLeaveLittleMemoryUnused) {
     for (const std::size_t size : {1'000U, 1'025U, 4'682U}) {
