@@ -21,7 +21,7 @@ constexpr std::uint8_t kFileEndFlag = 0x80;
 constexpr std::uint8_t kLinksMask = 0x7F;
 static_assert(kMostConfirmations <= kLinksMask);
 
-// The positions of a shorter file have a place each, without those behind its end.
+// In a file shorter than the ring this is the position, and a ring as long as the file is enough.
 constexpr std::size_t slot(std::int64_t position) {
     return static_cast<std::uint32_t>(position) % kRing;  // no file of audio has 2^32 bytes
 }

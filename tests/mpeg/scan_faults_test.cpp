@@ -116,7 +116,7 @@ TEST(ScanFaults, FileThatIsCutMeanwhileIsNoFault) {
 }
 
 // Of a length that no file in memory has; holds nothing but zeros.
-class HugeFile final : public test::ReadOnlyFile {
+class HugeFile final : public ReadOnlyFile {
 public:
     explicit HugeFile(std::int64_t length) : length_(length) {}
     std::uint64_t reads = 0;
