@@ -1,10 +1,8 @@
 // How the facade asks and edits its model: nothing that goes wrong reaches the host.
 #pragma once
 
+#include <exception>
 #include <memory>
-#include <new>
-
-#include <brindle/error.h>
 
 #include "id3v2/cMP3ID3v2.h"
 #include "util/skip_errors.h"
@@ -19,9 +17,7 @@ auto ask(const std::unique_ptr<cMP3ID3v2>& model, Question question) -> decltype
         if (model) {
             return question(*model);
         }
-    } catch (const Error&) {
-        return {};
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
         return {};
     }
     return {};

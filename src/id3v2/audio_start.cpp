@@ -93,20 +93,18 @@ std::int64_t find_chain_to(FileWindow& file, std::int64_t target) {
     for (std::int64_t end = target; end > 0 && earliest - end < kLongestFrame;) {
         const std::int64_t begin = std::max<std::int64_t>(end - kLongestFrame, 0);
         const auto length = static_cast<std::size_t>(end - begin);
-        // Headers at the end of this stretch reach into the next one.
-        const auto bytes = file.view(begin, length + kHeaderBytes - 1);
+        // Headers at the end of this stretch reach into the next one, and only whole ones count.
+        constexpr std::size_t kReach = kHeaderBytes - 1;
+        const auto bytes = file.view(begin, length + kReach);
         if (target - begin >= kSlots) {
             for (std::int64_t position = begin; position < end; ++position) {
                 leads.reset(slot(position));
             }
         }
-        const SyncBytes sync(bytes.first(std::min(bytes.size(), length)));
+        const SyncBytes sync(bytes.first(bytes.size() - std::min(bytes.size(), kReach)));
         const auto places = sync.places();
         for (std::size_t left = places.size(); left != 0; --left) {
             const std::size_t place = places[left - 1];
-            if (bytes.size() < place + kHeaderBytes) {
-                continue;
-            }
             const std::int64_t position = begin + static_cast<std::int64_t>(place);
             const auto header = parse_frame_header(header_bits(bytes.data() + place));
             const std::int64_t next = position + (header ? header->length : 0);

@@ -64,7 +64,8 @@ public:
     // A second store of the same frames; it may see the same file bytes.
     [[nodiscard]] FrameStore copy() const;
 
-    // A value as the reader finds it: the next one of its id. Somebody else keeps the bytes.
+    // A value as the reader finds it: the next one of its id, as the reader is done before a host
+    // puts values at numbers of its own. Somebody else keeps the bytes.
     void append(FrameId id, std::span<const std::uint8_t> value) {
         unsorted_.push({id, static_cast<std::uint32_t>(value.size()), value.data()});
     }

@@ -96,22 +96,11 @@ void FrameValues::append(std::span<const QueuedFrame> frames) {
     }
     List& all = list();
     std::int32_t number = all.count.value_or(0);
-    if (!all.slots.empty() && all.slots.back().index > number) {
-        for (const QueuedFrame& frame : frames) {
-            append(frame.text());
-        }
-        return;
-    }
     for (const QueuedFrame& frame : frames) {
         ++number;
         all.slots.push_back({frame.text(), number});
     }
     all.count = number;
-}
-
-void FrameValues::append(StoredText text) {
-    const std::int32_t number = count().value_or(0) + 1;
-    add(number, std::move(text), number);
 }
 
 bool FrameValues::add(std::int32_t index, StoredText text, std::optional<std::int32_t> count) {

@@ -43,10 +43,9 @@ public:
 
     // So many values more can be appended without memory.
     void make_room(std::size_t more);
-    // Adds the values that the reader found behind those that are counted.
+    // Adds the values that the reader found behind those that are counted, and counts them. No
+    // value may have a higher number than the count yet.
     void append(std::span<const QueuedFrame> frames);
-    // Adds a value behind those that are counted, and counts it. All or nothing.
-    void append(StoredText text);
     // False when the number is taken; the count is set in any case. All or nothing.
     bool add(std::int32_t index, StoredText text, std::optional<std::int32_t> count);
     // The same, and leaves the count as it is.

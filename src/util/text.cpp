@@ -118,10 +118,7 @@ std::string to_utf8(std::u16string_view text) {
     bytes.reserve(text.size());
     for (std::size_t i = bytes.size(); i < text.size(); ++i) {
         const char16_t unit = text[i];
-        if (unit < kFirstOfTwoBytes) {
-            bytes.push_back(static_cast<char>(unit));
-        } else if (is_high_surrogate(unit) && i + 1 < text.size() &&
-                   is_low_surrogate(text[i + 1])) {
+        if (is_high_surrogate(unit) && i + 1 < text.size() && is_low_surrogate(text[i + 1])) {
             const auto high = static_cast<char32_t>(unit - kHighSurrogates);
             const auto low = static_cast<char32_t>(text[i + 1] - kLowSurrogates);
             append_utf8(bytes, kFirstSupplementary + (high << 10 | low));

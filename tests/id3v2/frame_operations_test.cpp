@@ -528,6 +528,12 @@ TEST_F(RadioFields, EachIsKeptUnderItsName) {
         << "each field keeps its place";
 }
 
+// A script may hand over the name as a number.
+TEST_F(RadioFields, ANameThatIsNoTextIsFoundByItsText) {
+    model.AddCustomField(u"7", u"seven");
+    EXPECT_EQ(model.GetCustomField(std::int32_t{7}), u"seven");
+}
+
 TEST_F(RadioFields, ASpeedIsItsShortestDecimalText) {
     const std::pair<double, const char16_t*> speeds[] = {
         {0.1, u"0.1"},   {1e21, u"1000000000000000000000"}, {-0.25, u"-0.25"}, {1e-7, u"0.0000001"},

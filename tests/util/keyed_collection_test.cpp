@@ -139,6 +139,30 @@ TEST(KeyedCollection, MemoryThatRunsOutLeavesItAsItWas) {
     }
 }
 
+// Keys and items stand in tables of their own, either of which may be the one without room.
+TEST(KeyedCollection, KeyWithoutRoomForItsItemIsNotAdded) {
+    bool added = false;
+    std::uint64_t nth = 1;
+    for (; !added; ++nth) {
+        ASSERT_LT(nth, 20U);
+        KeyedCollection collection;
+        collection.Add(7, u"host");
+        {
+            const test::AllocationFault fault(nth);
+            try {
+                collection.AddKey(u"TIT2");
+                added = true;
+            } catch (const std::bad_alloc&) {
+                EXPECT_TRUE(fault.has_failed());
+            }
+        }
+        EXPECT_EQ(collection.Count(), added ? 2 : 1) << nth;
+        EXPECT_EQ(collection.Exists(u"TIT2"), added) << nth;
+        EXPECT_EQ(collection.Item(u"host"), Variant(7)) << nth;
+    }
+    EXPECT_GT(nth, 3U) << "both tables grow";
+}
+
 TEST(KeyedCollection, KeysAreFoundWithoutMemoryForAnIndex) {
     KeyedCollection collection;
     constexpr std::int32_t kMany = 33;  // one more than are searched without
