@@ -61,6 +61,11 @@ TEST(ContentType, NumberAndNameOfAValue) {
         {u"(1.50)", 2, u"Country"},
         {u"(2.50)", 2, u"Country"},
         {u"(1e10)", 10, u"New Age"},
+        // More digits than any type for fractions holds: just above and just below a half.
+        {u"(8.5000000000000000000000000000010)", 9, u"Metal"},
+        {u"(8.50000000000000000000000000000000)", 8, u"Jazz"},
+        {u"(9.4999999999999999999999999999990)", 9, u"Metal"},
+        {u"(9.50000000000000000000000000000000)", 10, u"New Age"},
         // The first of each parenthesis counts.
         {u"(51)(39)", 5, u"(39)"},
         {u"Rock (17)", 1, u"Classic Rock"},

@@ -2,7 +2,7 @@
 // thought of how the real reader goes about it.
 #pragma once
 
-#include <cmath>
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -217,6 +217,48 @@ private:
         return *at == '\0' && at == text.c_str() + text.size();
     }
 
+    // To the nearest whole number, halves to even. On the digits, as no type for fractions holds
+    // all that a text can have. What has more than four digits before its point is too large
+    // anyhow.
+    static long rounded(const std::string& text) {
+        constexpr long kFarOff = 1'000'000'000;
+        constexpr long kTooLarge = 10'000;
+        const std::size_t mantissa = std::min(text.find_first_of("eE"), text.size());
+        long point = 0;  // how many digits stand before it
+        if (mantissa < text.size()) {
+            const long exponent = std::strtol(text.c_str() + mantissa + 1, nullptr, 10);
+            point = std::clamp(exponent, -kFarOff, kFarOff);
+        }
+        std::string digits;
+        bool in_whole_part = true;
+        for (const char character : text.substr(0, mantissa)) {
+            if (character == '.') {
+                in_whole_part = false;
+            } else if (character >= '0' && character <= '9') {
+                digits += character;
+                point += in_whole_part ? 1 : 0;
+            }
+        }
+        const std::size_t zeros = std::min(digits.find_first_not_of('0'), digits.size());
+        digits.erase(0, zeros);
+        digits.erase(digits.find_last_not_of('0') + 1);
+        point -= static_cast<long>(zeros);
+        if (digits.empty() || point < 0) {
+            return 0;
+        }
+        if (point > 4) {
+            return kTooLarge;
+        }
+        const auto whole = static_cast<std::size_t>(point);
+        digits.resize(std::max(digits.size(), whole), '0');
+        long number = std::strtol(digits.substr(0, whole).c_str(), nullptr, 10);
+        const std::string rest = digits.substr(whole);
+        if (rest > "5" || (rest == "5" && number % 2 != 0)) {
+            ++number;
+        }
+        return text.find('-') < mantissa ? -number : number;
+    }
+
     void content_type(const std::string& value) {
         cached["TCON"] = value;
         genre_name_of_table = false;
@@ -230,11 +272,11 @@ private:
         if (!is_number(text)) {
             return;
         }
-        const long double rounded = std::nearbyint(std::strtold(text.c_str(), nullptr));
-        if (rounded < 0 || rounded > 255) {
+        const long number = rounded(text);
+        if (number < 0 || number > 255) {
             return;
         }
-        genre = static_cast<int>(rounded);
+        genre = static_cast<int>(number);
         if (q + 1 >= static_cast<long>(value.size())) {
             genre_name_of_table = true;
             genre_name_number = genre;
