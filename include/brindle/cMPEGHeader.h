@@ -29,6 +29,7 @@
 #include <brindle/error.h>
 #include <brindle/export.h>
 #include <brindle/keyed_collection.h>
+#include <brindle/save_options.h>
 #include <brindle/text.h>
 #include <brindle/values.h>
 
@@ -38,6 +39,7 @@ class cMP3ID3v2;
 struct Environment;
 struct FrameWalk;
 struct SavePlan;
+struct StripPlan;
 
 class BRINDLE_EXPORT cMPEGHeader {
 public:
@@ -52,7 +54,8 @@ public:
     // --- Events. Called synchronously, from inside the member that causes them. An empty one is
     // --- never called. While Reading, Scanning, OnYield or OnMessageBox runs, an assignment of
     // --- FileName to the same object is ignored, StripTags returns false and SaveAllInfo raises
-    // --- error 5.
+    // --- error 5. A handler may clear or replace itself while it runs. What a handler of Reading,
+    // --- Scanning or DurationNeeded throws ends the handler alone: the member goes on.
 
     // A file is about to be read: its name. Also for names that are then not opened.
     std::function<void(const String& FileName)> Reading;
@@ -262,11 +265,19 @@ public:
     [[nodiscard]] String MpegVersion() const;
     // How many values v2Tag has for a frame id.
     [[nodiscard]] std::int32_t TagsInFrame(const String& sFrame) const;
+    // SaveAllInfo with a choice of how the file is written. Errors: those of SaveAllInfo.
+    void SaveAllInfo(const SaveOptions& options);
+    // StripTags that tells what kept the tags on the file, which is then as it was. Errors: those
+    // of SaveAllInfo, 62 for a file shorter than an ID3v1 record, and 5 also for a tag that claims
+    // more than the file holds when no audio tells where it ends.
+    void RemoveTags(eTagType eTagTypes, const SaveOptions& options = {});
 
 private:
     class HostLink;
     class LoopMark;
-    friend SavePlan plan_save(const cMPEGHeader& header);     // <brindle/save_plan.h>
+    cMP3ID3v2& model_to_change(const LoopMark& mark);
+    friend SavePlan plan_save(const cMPEGHeader& header);  // <brindle/save_plan.h>
+    friend StripPlan plan_strip(const cMPEGHeader& header, eTagType eTagTypes);
     friend FrameWalk walk_frames(const cMPEGHeader& header);  // <brindle/frame_walk.h>
 
     Environment& environment_;

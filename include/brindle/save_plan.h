@@ -31,8 +31,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
+#include <brindle/error.h>
 #include <brindle/export.h>
 #include <brindle/values.h>
 
@@ -70,7 +72,15 @@ struct SavePlan {
     std::int64_t needed_length = 0;  // of the new tag without padding; 0: nothing would be written
     std::int64_t tag_area = 0;       // bytes that the old tag's space has; 0 without one
     bool fits = false;               // the new tag is written in place, else the file is rebuilt
-    std::vector<LostFrame> losses;   // in the order of the file
+    // Hosts find a stream in the file now and would find none afterwards: they look at 16,384
+    // positions after the tag, and at those from the start of the file on where the tag is more
+    // than half of it.
+    bool loses_stream = false;
+    // What SaveAllInfo would raise before it writes, though the file can be read: 5 for a version 2
+    // tag that has no end, 6 for a file that is or would get too long, 0x80041001 for an empty one.
+    // What depends on it is then not known.
+    std::optional<Error> refusal;
+    std::vector<LostFrame> losses;      // in the order of the file
     std::vector<ChangedFrame> changes;  // too
 };
 
@@ -81,7 +91,21 @@ struct SavePlan {
 // whatever the host has set besides artist, title, year and category: hosts save once, assign
 // FileName again, and set the rest then.
 //
-// Errors: those that SaveAllInfo would raise before it writes (6, 7, 53, 57, 70, 75).
+// Errors: those of opening and reading (7, 57, 70, 75).
 [[nodiscard]] BRINDLE_EXPORT SavePlan plan_save(const cMPEGHeader& header);
+
+// What StripTags would take off.
+struct StripPlan {
+    std::int64_t tag_bytes = 0;     // in front of the audio: the tag, and junk around it
+    std::int64_t record_bytes = 0;  // at the end: 128 or 0
+    bool loses_stream = false;      // as in SavePlan
+    // What RemoveTags would raise before it writes: 5, 6 or 62.
+    std::optional<Error> refusal;
+};
+
+// Reads the file; changes neither it nor `header`. Without a file open there is nothing to plan.
+//
+// Errors: those of opening and reading (7, 57, 70, 75).
+[[nodiscard]] BRINDLE_EXPORT StripPlan plan_strip(const cMPEGHeader& header, eTagType eTagTypes);
 
 }  // namespace brindle

@@ -5,6 +5,7 @@
 #include <brindle/cMPEGHeader.h>
 
 #include "facade/elapsed_time.h"
+#include "facade/handlers.h"
 #include "facade/host_link.h"
 #include "facade/model_access.h"
 #include "id3v2/cMP3ID3v2.h"
@@ -67,8 +68,8 @@ void cMPEGHeader::FileName(const String& NewFileName) {
         return;
     }
     const LoopMark mark(*this);
-    if (!NewFileName.empty() && Reading) {
-        Reading(NewFileName);
+    if (!NewFileName.empty()) {
+        raise_event(Reading, NewFileName);
     }
     model_.reset();
     skip_errors([&] {
@@ -117,7 +118,7 @@ std::int32_t cMPEGHeader::Duration() const {
     // The analyser says -1 for a file without a stream.
     duration = duration == -1 ? 0 : duration;
     if (duration == 0 && DurationNeeded && !FileName().empty()) {
-        DurationNeeded(duration);
+        raise_event(DurationNeeded, duration);
     }
     return duration;
 }
@@ -154,24 +155,40 @@ String cMPEGHeader::ElapsedTimeFromMs(std::int32_t ms, eTimeDisplayStyle TimeSty
 
 void cMPEGHeader::RaiseScanningEvent(const String& FileName, std::int32_t FilePos,
                                      std::int32_t FileLength, bool& Cancel) const {
-    if (Scanning) {
-        Scanning(FileName, FilePos, FileLength, Cancel);
-    }
+    call_handler(Scanning, FileName, FilePos, FileLength, Cancel);
 }
 
 void cMPEGHeader::Test() {}
 
 void cMPEGHeader::SaveAllInfo() {
+    SaveAllInfo(SaveOptions());
+}
+
+void cMPEGHeader::SaveAllInfo(const SaveOptions& options) {
+    const LoopMark mark(*this);
+    if (cMP3ID3v2& model = model_to_change(mark); !model.FileName().empty()) {
+        model.Update(options);
+    }
+}
+
+void cMPEGHeader::RemoveTags(eTagType eTagTypes, const SaveOptions& options) {
+    const String name = FileName();
+    {
+        const LoopMark mark(*this);
+        model_to_change(mark).RemoveTags(eTagTypes, options);
+    }
+    FileName(name);
+}
+
+// A model that is inside a loop of its own must not be changed.
+cMP3ID3v2& cMPEGHeader::model_to_change(const LoopMark& mark) {
     if (!model_) {
         throw Error(kFileNameNotSet, u"FileName is Not set");
     }
-    if (in_loop_) {
+    if (mark.was_in_loop()) {
         throw Error(RuntimeError::InvalidCall);
     }
-    const LoopMark mark(*this);
-    if (!model_->FileName().empty()) {
-        model_->Update();
-    }
+    return *model_;
 }
 
 bool cMPEGHeader::StripTags(eTagType eTagTypes) {

@@ -5,6 +5,7 @@
 
 #include <brindle/cMPEGHeader.h>
 
+#include "facade/handlers.h"
 #include "util/host.h"
 
 namespace brindle {
@@ -17,6 +18,7 @@ public:
     LoopMark(const LoopMark&) = delete;
     LoopMark& operator=(const LoopMark&) = delete;
     ~LoopMark() { facade_.in_loop_ = was_in_loop_; }
+    [[nodiscard]] bool was_in_loop() const noexcept { return was_in_loop_; }
 
 private:
     cMPEGHeader& facade_;
@@ -29,20 +31,16 @@ public:
 
     void RaiseScanningEvent(const String& FileName, std::int32_t FilePos, std::int32_t FileLength,
                             bool& Cancel) override {
-        facade_.RaiseScanningEvent(FileName, FilePos, FileLength, Cancel);
+        raise_event(facade_.Scanning, FileName, FilePos, FileLength, Cancel);
     }
 
-    void yield() override {
-        if (facade_.OnYield) {
-            facade_.OnYield();
-        }
-    }
+    void yield() override { call_handler(facade_.OnYield); }
 
     void show_message(const String& text) override {
         if (facade_.OnMessageBox) {
             // The host runs on while its message is up; the model that shows it must not go.
             const LoopMark mark(facade_);
-            facade_.OnMessageBox(text);
+            call_handler(facade_.OnMessageBox, text);
         }
     }
 

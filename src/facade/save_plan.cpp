@@ -9,4 +9,8 @@ SavePlan plan_save(const cMPEGHeader& header) {
     return header.model_ ? header.model_->plan_save() : SavePlan{};
 }
 
+StripPlan plan_strip(const cMPEGHeader& header, eTagType eTagTypes) {
+    return header.model_ ? header.model_->plan_strip(eTagTypes) : StripPlan{};
+}
+
 }  // namespace brindle

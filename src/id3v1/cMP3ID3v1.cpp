@@ -15,6 +15,7 @@
 #include "util/copy_bytes.h"
 #include "util/file_exists.h"
 #include "util/find_byte.h"
+#include "util/overwrite_file.h"
 #include "util/replace_file.h"
 #include "util/skip_errors.h"
 #include "util/trim_chars.h"
@@ -24,7 +25,6 @@ namespace {
 
 // Hosts tell the tagger's errors from others by these.
 constexpr char16_t kSource[] = u"BrindleId3v1Tagger";
-constexpr std::int32_t kNotValidMp3File = -2147217407;  // 0x80041001
 constexpr char16_t kNotValidMp3FileText[] = u" is not a valid MP3 file.";
 
 constexpr auto kRecordLength = static_cast<std::int64_t>(kId3v1Length);
@@ -55,18 +55,34 @@ void read_all(BinaryFile& file, std::int64_t offset, std::span<std::uint8_t> int
     }
 }
 
-// All of it or nothing: a part of a record behind the audio would be one that no reader knows and
-// no stripper takes off.
-void append(BinaryFile& file, std::int64_t length, std::span<const std::uint8_t> bytes) {
-    try {
-        file.write_at(length, bytes);
-    } catch (const Error&) {
-        skip_errors([&] { file.set_length(length); });
-        throw;
+}  // namespace
+
+std::span<const std::uint8_t> Id3v1Change::bytes() const noexcept {
+    switch (kind) {
+        case Kind::Append:
+            return record;
+        case Kind::Overwrite:
+            return std::span(record).subspan(kId3v1Identifier.width);
+        case Kind::None:
+            break;
     }
+    return {};
 }
 
-}  // namespace
+std::span<const std::uint8_t> Id3v1Change::old_bytes() const noexcept {
+    return kind == Kind::Overwrite ? std::span(old_record).subspan(kId3v1Identifier.width)
+                                   : std::span<const std::uint8_t>();
+}
+
+std::int64_t length_without_id3v1_record(BinaryFile& file, std::int64_t length) {
+    std::array<std::uint8_t, kId3v1Length> last{};
+    if (length < kRecordLength) {
+        throw Error(RuntimeError::InputPastEnd);
+    }
+    read_all(file, length - kRecordLength, last);
+    const bool has_record = is_id3v1_identifier(last) || is_lower_case_id3v1_identifier(last);
+    return has_record ? length - kRecordLength : length;
+}
 
 cMP3ID3v1::cMP3ID3v1(Environment& environment) : environment_(&environment) {}
 
@@ -105,16 +121,34 @@ String cMP3ID3v1::GenreName(std::uint8_t Genre) const {
 void cMP3ID3v1::Update() {
     try {
         const auto file = environment_->files.open(file_name_, OpenMode::ReadWriteOrCreate);
-        Update(*file, file->length());
-        file->close();
+        const FileState state = file->state();
+        const Id3v1Change change = plan(*file, state.length);
+        const Overwrite piece{change.offset, change.bytes(), change.old_bytes()};
+        overwrite_file(*file, state, {&piece, change.kind == Id3v1Change::Kind::None ? 0U : 1U});
     } catch (const Error& error) {
         throw error.from(kSource);
     }
 }
 
-std::int64_t cMP3ID3v1::Update(BinaryFile& file, std::int64_t length) const {
+Id3v1Change cMP3ID3v1::plan(BinaryFile& file, std::int64_t length) const {
     try {
-        return write_record(file, length);
+        if (length <= 0) {
+            throw Error(kNotValidMp3File, file_name_ + kNotValidMp3FileText);
+        }
+        Id3v1Change change;
+        if (length <= kRecordLength) {
+            return change;
+        }
+        std::ranges::copy(record_to_write().bytes(), change.record.begin());
+        read_all(file, length - kRecordLength, change.old_record);
+        if (is_id3v1_identifier(change.old_record)) {
+            change.kind = Id3v1Change::Kind::Overwrite;
+            change.offset = length - kRecordLength + kIdentifierLength;
+        } else {
+            change.kind = Id3v1Change::Kind::Append;
+            change.offset = length;
+        }
+        return change;
     } catch (const Error& error) {
         throw error.from(kSource);
     }
@@ -162,42 +196,19 @@ Id3v1Record cMP3ID3v1::record_to_write() const {
     return record;
 }
 
-std::int64_t cMP3ID3v1::write_record(BinaryFile& file, std::int64_t length) const {
-    const Id3v1Record record = record_to_write();
-    if (length <= 0) {
-        throw Error(kNotValidMp3File, file_name_ + kNotValidMp3FileText);
-    }
-    if (length <= kRecordLength) {
-        return length;
-    }
-    std::array<std::uint8_t, kId3v1Identifier.width> identifier{};
-    read_all(file, length - kRecordLength, identifier);
-    if (is_id3v1_identifier(identifier)) {
-        file.write_at(length - kRecordLength + kIdentifierLength,
-                      record.bytes().subspan(kId3v1Identifier.width));
-        return length;
-    }
-    append(file, length, record.bytes());
-    return length + kRecordLength;
-}
-
 void cMP3ID3v1::strip_record() {
     FileSystem& files = environment_->files;
     const auto file = files.open(file_name_, OpenMode::Read);
-    const std::int64_t length = file->length();
-    std::array<std::uint8_t, kId3v1Length> last{};
-    if (length < kRecordLength) {
-        throw Error(RuntimeError::InputPastEnd);
+    const FileState state = file->state();
+    const std::int64_t kept = length_without_id3v1_record(*file, state.length);
+    if (kept != state.length) {
+        const auto fill = [&](BinaryFile& stripped) {
+            copy_bytes(*file, 0, stripped, 0, kept);
+            file->close();
+        };
+        replace_file(files, file_name_, fill, {.expected = state});
+        MP3File(file_name_);
     }
-    read_all(*file, length - kRecordLength, last);
-    if (!is_id3v1_identifier(last) && !is_lower_case_id3v1_identifier(last)) {
-        return;
-    }
-    replace_file(files, file_name_, [&](BinaryFile& stripped) {
-        copy_bytes(*file, 0, stripped, 0, length - kRecordLength);
-        file->close();
-    });
-    MP3File(file_name_);
 }
 
 }  // namespace brindle

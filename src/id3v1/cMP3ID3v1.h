@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include <brindle/values.h>
@@ -12,10 +14,27 @@
 
 namespace brindle {
 
+// What a save does to the record of a file.
+struct Id3v1Change {
+    enum class Kind { None, Append, Overwrite };
+
+    Kind kind = Kind::None;
+    std::int64_t offset = 0;  // of the new bytes in the file
+    std::array<std::uint8_t, kId3v1Length> record{};
+    std::array<std::uint8_t, kId3v1Length> old_record{};
+
+    // What is written, and what stands there: without the identifier where there is a record.
+    [[nodiscard]] std::span<const std::uint8_t> bytes() const noexcept;
+    [[nodiscard]] std::span<const std::uint8_t> old_bytes() const noexcept;
+};
+
 // The ID3v1 record of one file, held in memory: nothing reaches the file before Update() or
 // Stripv1Tag().
 class cMP3ID3v1 {
 public:
+    // The number of the error that writing into an empty file raises: 0x80041001.
+    static constexpr std::int32_t kNotValidMp3File = -2147217407;
+
     explicit cMP3ID3v1(Environment& environment = system_environment());
 
     [[nodiscard]] String MP3File() const { return file_name_; }
@@ -58,9 +77,9 @@ public:
     // raises an error, one of up to 128 bytes is left alone. Every error names the tagger as its
     // source.
     void Update();
-    // The same over a file that the caller has opened already, of that many bytes; how many it has
-    // afterwards.
-    std::int64_t Update(BinaryFile& file, std::int64_t length) const;
+    // What Update() would write into a file of that length, for a caller that writes it with more.
+    // Raises what Update() raises before it writes.
+    [[nodiscard]] Id3v1Change plan(BinaryFile& file, std::int64_t length) const;
     // Takes the record off the file. True also when there was none; false, and an unchanged file,
     // when anything failed.
     bool Stripv1Tag();
@@ -72,7 +91,6 @@ private:
     void reset() noexcept;
     [[nodiscard]] String text(const HostText& set, Id3v1Field field) const;
     [[nodiscard]] Id3v1Record record_to_write() const;
-    std::int64_t write_record(BinaryFile& file, std::int64_t length) const;
     void strip_record();
 
     Environment* environment_;  // never null
@@ -85,5 +103,9 @@ private:
     HostText year_;
     HostText comment_;
 };
+
+// What a strip leaves of a file of that length: it takes off a record of either identifier. Error
+// 62 for a file that is shorter than a record.
+[[nodiscard]] std::int64_t length_without_id3v1_record(BinaryFile& file, std::int64_t length);
 
 }  // namespace brindle

@@ -6,6 +6,7 @@
 #include <brindle/genres.h>
 
 #include "id3v2/error_sources.h"
+#include "id3v2/stream_finder.h"
 #include "id3v2/tag_reader.h"
 #include "id3v2/tag_search.h"
 #include "util/file_exists.h"
@@ -38,13 +39,16 @@ void cMP3ID3v2::initialise() {
     fault_.reset();
     accepted_.reset();
     known_length_ = 0;
+    is_missing_ = false;
 }
 
 // Whatever keeps the file from being read whole keeps it from being written, too.
 void cMP3ID3v2::FileName(const String& NewName) {
     try {
         initialise();
-        if (const std::unique_ptr<BinaryFile> file = open_existing(NewName)) {
+        const std::unique_ptr<BinaryFile> file = open_existing(NewName);
+        is_missing_ = !file && !file_name_.empty();
+        if (file) {
             // Once it is open nothing is raised: the members answer from what was read.
             try {
                 FileWindow window(*file);
@@ -93,19 +97,16 @@ void cMP3ID3v2::read(FileWindow& file) {
         fault_ = error;
     }
     read_tags(file);
-    if (total_tag_length_ < 1) {
-        analyser_.ID3v2Length = 0;
-        analyser_.ID3v2Offset = 0;
-    } else {
-        analyser_.ID3v2Length = total_tag_length_ + junk_length_;
-        analyser_.ID3v2Offset = tag_position_ - static_cast<std::int32_t>(kVersionOffset) - 1;
+    TagsAroundAudio tags{.has_record = v1_.HasID3v1Tag()};
+    if (total_tag_length_ >= 1) {
+        tags.position = tag_position_ - static_cast<std::int32_t>(kVersionOffset) - 1;
+        tags.length = total_tag_length_ + junk_length_;
     }
-    analyser_.HasV1Tag = v1_.HasID3v1Tag();
-    analyser_.analyse(file_name_, file);
+    analyse(analyser_, file_name_, file, tags);
     if (!fault_) {
         fault_ = analyser_.read_fault();
     }
-    accepted_ = analyser_.accepted_position();
+    accepted_ = accepted_frame(analyser_);
     known_length_ = file.length();
 }
 
@@ -127,9 +128,7 @@ void cMP3ID3v2::read_tags(FileWindow& file) {
         }
         if (is_tag_at(file, total_tag_length_)) {
             const TagFacts second = TagReader(file, *contents_).read(total_tag_length_);
-            if (std::int64_t{second.size} * 2 < file.length()) {
-                junk_length_ = second.size + kHeader;
-            }
+            junk_length_ = second_tag_length(second.size + kHeader, file.length());
             fault_ = second.fault ? second.fault : fault_;
         }
     } catch (const Error& error) {

@@ -10,16 +10,22 @@
 #include <brindle/error.h>
 #include <brindle/frame_walk.h>
 #include <brindle/keyed_collection.h>
+#include <brindle/save_options.h>
 #include <brindle/save_plan.h>
 #include <brindle/values.h>
 
 #include "id3v1/cMP3ID3v1.h"
+#include "id3v2/save_layout.h"
 #include "id3v2/standard_fields.h"
+#include "id3v2/tag_area.h"
 #include "id3v2/tag_contents.h"
+#include "mpeg/audio_start.h"
 #include "mpeg/clsMPEG.h"
 #include "util/environment.h"
+#include "util/file_content.h"
 #include "util/file_window.h"
 #include "util/host.h"
+#include "util/overwrite_file.h"
 
 namespace brindle {
 
@@ -166,22 +172,23 @@ public:
 
     // --- The file again.
 
-    // Writes the ID3v1 record and the tag; without the file, nothing. Errors of the first have the
-    // source BrindleId3v1Tagger, of the second BrindleID3v2Tagger.
-    void Update();
+    // Writes the ID3v1 record and the tag; without the file, nothing. Errors of opening and of the
+    // record have the source BrindleId3v1Tagger, all others BrindleID3v2Tagger. Error 53 when the
+    // name that was assigned last does not exist.
+    void Update(const SaveOptions& options = {});
     // Takes off the ID3v1 record (1), the tag (2) or both (3) and reads the file again. False, and
-    // the step that failed undone, when one failed.
+    // an unchanged file, when that failed.
     bool StripTags(std::int32_t TagsToStrip);
+    // The same, but raises what failed.
+    void RemoveTags(std::int32_t tags, const SaveOptions& options);
     // What Update() would need and lose. Raises what Update() would raise before it writes.
     [[nodiscard]] SavePlan plan_save() const;
+    // The same for StripTags().
+    [[nodiscard]] StripPlan plan_strip(std::int32_t tags) const;
     // All frames of the file as it stands.
     [[nodiscard]] FrameWalk walk_frames() const;
 
 private:
-    static constexpr std::int32_t kStripId3v1 = 1;
-    static constexpr std::int32_t kStripId3v2 = 2;
-    static constexpr std::int32_t kStripBoth = 3;
-
     void initialise();
     std::unique_ptr<BinaryFile> open_existing(const String& name);
     void keep_name(const String& name);
@@ -195,19 +202,33 @@ private:
     void replace_frame(std::u16string_view id, const String& held);
     void replace_value(const String& id, const String& custom_name, const String& held);
 
-    void save();
-    std::unique_ptr<BinaryFile> open_for_saving();
-    void follow_audio(std::int64_t length);
-    void find_audio_again();
-    void WriteTag(std::unique_ptr<BinaryFile> file);
-    void CopyAudioToNewFile(std::unique_ptr<BinaryFile> old_file, std::span<const std::uint8_t> tag,
-                            std::int64_t kept_from);
-    void convert_version2(std::unique_ptr<BinaryFile> old_file, FileWindow& window);
+    void save(const SaveOptions& options);
+    [[nodiscard]] std::unique_ptr<BinaryFile> open_for_saving() const;
+    [[nodiscard]] std::unique_ptr<BinaryFile> open_to_plan() const;
+    void follow_audio(BinaryFile& file, std::int64_t length);
+    void find_audio_again(BinaryFile& file);
+    [[nodiscard]] TagArea find_area(BinaryFile& file, FileWindow& content);
+    void save_directly(const FileToChange& target, const FileContent& old_content,
+                       const Id3v1Change& record);
+    void save_in_area(const FileToChange& target, const SaveLayout& layout,
+                      const Id3v1Change& record, FileWindow& old_content);
+    void replace_with_layout(const FileToChange& target, const SaveLayout& layout,
+                             std::span<const Overwrite> changes = {});
+    void follow(const SaveLayout& layout);
+    // A version 2 tag's successor: what is written, and what this object becomes by it.
+    struct Conversion {
+        SaveLayout layout;
+        std::unique_ptr<cMP3ID3v2> model;
+    };
+    void save_converted(const FileToChange& target, const FileContent& old_content);
+    [[nodiscard]] Conversion converted(const FileContent& old_content, const TagArea& area) const;
     void read_in_place_of(const cMP3ID3v2& other, FileWindow& window);
     void become(cMP3ID3v2& other) noexcept;
-    void trust_or_find_audio(FileWindow& file);
     // The accepted first frame of a file that somebody else may have changed.
-    [[nodiscard]] std::optional<std::int64_t> accepted_in(FileWindow& file) const;
+    [[nodiscard]] std::optional<AcceptedFrame> accepted_in(FileWindow& file) const;
+    [[nodiscard]] bool has_stream(const FileContent& content) const;
+    [[nodiscard]] bool loses_stream(const SaveLayout& layout,
+                                    const std::optional<AcceptedFrame>& accepted) const;
     // What of a version 2 tag outlives its conversion.
     struct LastingFields {
         String artist;
@@ -221,10 +242,10 @@ private:
     // As Update() would write them; valid while this object is unchanged.
     [[nodiscard]] FrameStore frames_to_write() const;
     void plan_save(BinaryFile& file, SavePlan& plan) const;
-    static void require_addressable(std::int64_t length);
-    bool strip(std::int32_t tags);
-    bool StripID3v2();
-    [[nodiscard]] std::int64_t length_of_file();
+    template <typename Step>
+    static void plan_step(std::optional<Error>& refusal, Step step);
+    void strip(std::int32_t tags, const SaveOptions& options);
+    void plan_strip(BinaryFile& file, std::int32_t tags, StripPlan& plan) const;
     void reload();
 
     Environment& environment_;
@@ -241,9 +262,10 @@ private:
     // rest of it.
     std::optional<Error> fault_;
     // Where the analyser's first frame stands now, and how long the file is that it was found in.
-    std::optional<std::int64_t> accepted_;
-    static constexpr std::int64_t kUnknownLength = -1;
+    std::optional<AcceptedFrame> accepted_;
     std::int64_t known_length_ = 0;
+    // The name that was assigned last does not exist; the one of the file before it is kept.
+    bool is_missing_ = false;
 };
 
 }  // namespace brindle

@@ -14,6 +14,29 @@ inline const String kWriterSource = u"BrindleID3v2Tagger";
 inline const Error kOutOfMemory(RuntimeError::OutOfMemory);
 inline const Error kWriterOutOfMemory(RuntimeError::OutOfMemory, kWriterSource);
 
+// A tag that claims more than the file holds, with no audio to tell where it ends.
+inline const Error kEndlessTag(
+    static_cast<std::int32_t>(RuntimeError::InvalidCall),
+    u"Invalid procedure call or argument: the tag claims more bytes than "
+    u"the file holds, and no audio tells where it ends",
+    kWriterSource);
+
+// The system says that there is no such file or folder.
+[[nodiscard]] inline bool is_missing_file(const Error& error) noexcept {
+    return error.number() == static_cast<std::int32_t>(RuntimeError::FileNotFound) ||
+           error.number() == static_cast<std::int32_t>(RuntimeError::PathNotFound);
+}
+
+// Runs a step that opens the file; its errors keep number and description.
+template <typename Step>
+auto as_reader(Step step) {
+    try {
+        return step();
+    } catch (const Error& error) {
+        throw error.from(kReaderSource);
+    }
+}
+
 // Runs a step of the writer; its errors keep number and description.
 template <typename Step>
 auto as_writer(Step step) {

@@ -3,9 +3,9 @@
 #include <span>
 
 #include "id3v1/id3v1_record.h"
-#include "id3v2/audio_start.h"
 #include "id3v2/cMP3ID3v2.h"
 #include "id3v2/error_sources.h"
+#include "id3v2/stream_finder.h"
 #include "mpeg/frame_walker.h"
 
 namespace brindle {
@@ -35,21 +35,18 @@ FrameWalk cMP3ID3v2::walk_frames() const {
     try {
         const auto file = environment_.files.open(file_name_, OpenMode::Read);
         FileWindow window(*file);
-        const std::optional<std::int64_t> first = accepted_in(window);
-        return first ? FrameWalker(window, audio_end(window)).run(*first) : FrameWalk{};
+        const std::optional<AcceptedFrame> first = accepted_in(window);
+        return first ? FrameWalker(window, audio_end(window)).run(first->position) : FrameWalk{};
     } catch (const Error& error) {
         throw error.from(kReaderSource);
     }
 }
 
-std::optional<std::int64_t> cMP3ID3v2::accepted_in(FileWindow& file) const {
-    if (file.length() == known_length_ && (!accepted_ || is_frame_at(file, *accepted_))) {
-        return accepted_;
-    }
-    // Without an owner, so that the host hears nothing of it.
-    cMP3ID3v2 now(environment_);
-    now.FileName(file_name_);
-    return now.accepted_;
+std::optional<AcceptedFrame> cMP3ID3v2::accepted_in(FileWindow& file) const {
+    const bool is_known =
+        file.length() == known_length_ &&
+        (!accepted_ || frame_kind_at(file, accepted_->position) == accepted_->kinds.first_frame);
+    return is_known ? accepted_ : find_stream(environment_, file_name_, file);
 }
 
 }  // namespace brindle

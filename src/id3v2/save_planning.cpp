@@ -14,6 +14,7 @@
 #include "id3v2/error_sources.h"
 #include "id3v2/frame_form.h"
 #include "id3v2/public_tag_reader.h"
+#include "id3v2/stream_finder.h"
 #include "id3v2/tag_area.h"
 #include "id3v2/tag_builder.h"
 #include "id3v2/tag_layout.h"
@@ -291,26 +292,11 @@ private:
     std::map<FrameId, std::int32_t> counts_;
 };
 
-// Bytes that the ID3v1 record, which is written first, adds to the file.
-std::int64_t added_record(bool has_record, std::int64_t length) {
-    constexpr std::int64_t kRecord = 128;
-    return has_record || length <= kRecord ? 0 : kRecord;
-}
-
 }  // namespace
 
 SavePlan cMP3ID3v2::plan_save() const {
     SavePlan plan;
-    std::unique_ptr<BinaryFile> file;
-    if (!file_name_.empty()) {
-        try {
-            file = environment_.files.open(file_name_, OpenMode::Read);
-        } catch (const Error& error) {
-            if (FileExists(environment_.files, file_name_)) {
-                throw error.from(kReaderSource);
-            }
-        }
-    }
+    const std::unique_ptr<BinaryFile> file = open_to_plan();
     if (!file) {
         return plan;
     }
@@ -321,20 +307,63 @@ SavePlan cMP3ID3v2::plan_save() const {
     return plan;
 }
 
+StripPlan cMP3ID3v2::plan_strip(std::int32_t tags) const {
+    StripPlan plan;
+    if (const std::unique_ptr<BinaryFile> file = open_to_plan()) {
+        plan_step(plan.refusal, [&] { as_writer([&] { plan_strip(*file, tags, plan); }); });
+    }
+    return plan;
+}
+
+std::unique_ptr<BinaryFile> cMP3ID3v2::open_to_plan() const {
+    return is_missing_ ? nullptr : open_for_saving();
+}
+
+// Runs a step of the plan. What the file's content rules out is an answer; what keeps it from being
+// read is raised.
+template <typename Step>
+void cMP3ID3v2::plan_step(std::optional<Error>& refusal, Step step) {
+    constexpr std::array kAnswers{static_cast<std::int32_t>(RuntimeError::InvalidCall),
+                                  static_cast<std::int32_t>(RuntimeError::Overflow),
+                                  static_cast<std::int32_t>(RuntimeError::InputPastEnd),
+                                  cMP3ID3v1::kNotValidMp3File};
+    try {
+        step();
+    } catch (const Error& error) {
+        if (std::find(kAnswers.begin(), kAnswers.end(), error.number()) == kAnswers.end()) {
+            throw;
+        }
+        refusal = error;
+    }
+}
+
 void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
     FileWindow window(file);
-    require_addressable(window.length());
-    const std::optional<std::int64_t> accepted = accepted_in(window);
+    plan.tag_version = tag_version_;
+    plan_step(plan.refusal, [&] { require_addressable_length(window.length()); });
+    if (plan.refusal) {
+        return;
+    }
+    const std::optional<AcceptedFrame> accepted = accepted_in(window);
     const FrameStore to_write = frames_to_write();
     WrittenFrames written(build_tag(to_write));
     plan.needed_length = written.length();
-    plan.tag_version = tag_version_;
 
-    // As the tag's writer will meet it.
-    FileWindow longer(file, window.length() + added_record(v1_.HasID3v1Tag(), window.length()));
-    const TagArea area = find_tag_area(longer, accepted);
-    plan.tag_area = area.position ? area.length : 0;
-    plan.fits = tag_version_ != kOldestVersion && area.fits(plan.needed_length);
+    TagArea area;
+    plan_step(plan.refusal, [&] {
+        const Id3v1Change record = v1_.plan(file, window.length());
+        const FileContent content = with_record(file, window.length(), record);
+        ContentFile content_file(content);
+        FileWindow content_window(content_file);
+        area = find_tag_area(content_window, accepted);
+        plan.tag_area = area.position ? area.length : 0;
+        const bool is_converted = tag_version_ == kOldestVersion;
+        plan.fits = !is_converted && area.fits(plan.needed_length);
+        const SaveLayout layout = is_converted ? converted(content, area).layout
+                                               : lay_out(content, area, build_tag(to_write));
+        layout.require_addressable();
+        plan.loses_stream = loses_stream(layout, accepted);
+    });
 
     Judge judge(window, to_write, std::move(written), plan);
     const std::int64_t audio = area.audio.value_or(window.length());
@@ -353,6 +382,25 @@ void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
     if (area.position && *area.position >= end && *area.position > 0) {
         judge_from(*area.position);
     }
+}
+
+bool cMP3ID3v2::has_stream(const FileContent& content) const {
+    ContentFile file(content);
+    FileWindow window(file);
+    return find_stream(environment_, file_name_, window).has_value();
+}
+
+// Where the tag ends exactly at the accepted frame hosts begin with that frame, as before: only
+// other files have to be looked at.
+bool cMP3ID3v2::loses_stream(const SaveLayout& layout,
+                             const std::optional<AcceptedFrame>& accepted) const {
+    // A tag in a shorter file, or of more than half of it, is overlooked.
+    constexpr std::int64_t kShortFile = 8192;
+    const std::int64_t tag_end = layout.tag_position + static_cast<std::int64_t>(layout.tag.size());
+    const bool is_plain = accepted && accepted->position + layout.shift == tag_end &&
+                          tag_end <= layout.content.size() / 2 && layout.tag_position == 0 &&
+                          layout.content.size() > kShortFile;
+    return accepted && !is_plain && !has_stream(layout.content);
 }
 
 }  // namespace brindle

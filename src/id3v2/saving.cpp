@@ -1,21 +1,20 @@
 // The members of cMP3ID3v2 that write its edits into the file.
 #include <algorithm>
+#include <array>
 #include <new>
+#include <span>
 #include <utility>
 #include <vector>
 
-#include "id3v2/audio_start.h"
 #include "id3v2/cMP3ID3v2.h"
-#include "id3v2/cut_file.h"
 #include "id3v2/error_sources.h"
+#include "id3v2/stream_finder.h"
 #include "id3v2/tag_area.h"
 #include "id3v2/tag_builder.h"
 #include "id3v2/tag_layout.h"
-#include "mpeg/frame_header.h"
-#include "util/copy_bytes.h"
 #include "util/file_exists.h"
 #include "util/numeric_text.h"
-#include "util/replace_file.h"
+#include "util/overwrite_file.h"
 
 namespace brindle {
 
@@ -27,16 +26,16 @@ const String kSavedStampValue = u"CorvaneTagger- Revised Feb 2011";
 
 }  // namespace
 
-void cMP3ID3v2::Update() {
+void cMP3ID3v2::Update(const SaveOptions& options) {
     try {
-        save();
+        save(options);
     } catch (const std::bad_alloc&) {
         throw Error(kWriterOutOfMemory);
     }
 }
 
-void cMP3ID3v2::save() {
-    std::unique_ptr<BinaryFile> file = open_for_saving();
+void cMP3ID3v2::save(const SaveOptions& options) {
+    const std::unique_ptr<BinaryFile> file = open_for_saving();
     if (!file) {
         return;
     }
@@ -44,143 +43,158 @@ void cMP3ID3v2::save() {
         // What was not read would be lost.
         throw fault_->from(kWriterSource);
     }
-    const std::int64_t length = as_writer([&] { return file->length(); });
-    as_writer([&] { follow_audio(length); });
+    const FileState state = as_writer([&] { return file->state(); });
+    as_writer([&] { follow_audio(*file, state.length); });
     AddCustomField(kSavedStampName, kSavedStampValue);
-    known_length_ = v1_.Update(*file, length);
-    as_writer([&] { WriteTag(std::move(file)); });
+    const Id3v1Change record = v1_.plan(*file, state.length);
+    const FileContent old_content = with_record(*file, state.length, record);
+    const FileToChange target{environment_.files, file_name_, *file, state, options, Owner};
+    if (tag_version_ == kOldestVersion) {
+        save_converted(target, old_content);
+    } else {
+        save_directly(target, old_content, record);
+    }
 }
 
 // Null when there is no such file any more.
-std::unique_ptr<BinaryFile> cMP3ID3v2::open_for_saving() {
+std::unique_ptr<BinaryFile> cMP3ID3v2::open_for_saving() const {
     if (file_name_.empty()) {
         return nullptr;
     }
-    try {
-        return environment_.files.open(file_name_, OpenMode::ReadWrite);
-    } catch (const Error& error) {
-        if (!FileExists(environment_.files, file_name_)) {
-            return nullptr;
+    return as_reader([&]() -> std::unique_ptr<BinaryFile> {
+        if (is_missing_) {
+            throw Error(RuntimeError::FileNotFound);
         }
-        // The ID3v1 record is written first, and its errors name it.
-        throw error.from(kReaderSource);
-    }
+        try {
+            return environment_.files.open(file_name_, OpenMode::Read);
+        } catch (const Error& error) {
+            if (is_missing_file(error) && !FileExists(environment_.files, file_name_)) {
+                return nullptr;
+            }
+            throw;
+        }
+    });
 }
 
 // The audio lies where the file was opened or where this object has moved it, unless somebody else
 // has changed the file since: then it is looked for again.
-void cMP3ID3v2::follow_audio(std::int64_t length) {
-    require_addressable(length);
+void cMP3ID3v2::follow_audio(BinaryFile& file, std::int64_t length) {
+    require_addressable_length(length);
     if (length != known_length_) {
-        find_audio_again();
+        find_audio_again(file);
     }
 }
 
-void cMP3ID3v2::require_addressable(std::int64_t length) {
-    constexpr std::int64_t kMostBytes = 2'147'483'647;
-    if (length > kMostBytes) {
-        throw Error(RuntimeError::Overflow);
-    }
+void cMP3ID3v2::find_audio_again(BinaryFile& file) {
+    FileWindow window(file);
+    accepted_ = find_stream(environment_, file_name_, window);
+    known_length_ = window.length();
 }
 
-// Without an owner, so that the host hears nothing of it.
-void cMP3ID3v2::find_audio_again() {
-    cMP3ID3v2 now(environment_);
-    now.FileName(file_name_);
-    if (now.fault_) {
-        throw Error(*now.fault_);
+// Of `content`, which is `file` with the record that it will have. The file may be as long as
+// before and yet another one.
+TagArea cMP3ID3v2::find_area(BinaryFile& file, FileWindow& content) {
+    TagArea area = find_tag_area(content, accepted_);
+    if (accepted_ && frame_kind_at(content, accepted_->position) != accepted_->kinds.first_frame) {
+        find_audio_again(file);
+        area = find_tag_area(content, accepted_);
     }
-    accepted_ = now.accepted_;
-    known_length_ = now.known_length_;
+    return area;
 }
 
-// The file may be as long as before and yet another one.
-void cMP3ID3v2::trust_or_find_audio(FileWindow& file) {
-    constexpr auto kHeader = static_cast<std::int64_t>(kHeaderBytes);
-    if (accepted_ && *accepted_ + kHeader <= static_cast<std::int64_t>(FileWindow::kHeadBlock)) {
-        // Where the tag stands is asked next, so both are read at once.
-        (void)file.view(0, static_cast<std::size_t>(*accepted_ + kHeader));
-    }
-    if (accepted_ && !is_frame_at(file, *accepted_)) {
-        find_audio_again();
-    }
-}
-
-void cMP3ID3v2::WriteTag(std::unique_ptr<BinaryFile> file) {
-    FileWindow window(*file, known_length_);
-    trust_or_find_audio(window);
-    if (tag_version_ == kOldestVersion) {
-        convert_version2(std::move(file), window);
-        return;
-    }
-    std::vector<std::uint8_t> tag = build_tag(contents_->frames);
-    const auto needed = static_cast<std::int64_t>(tag.size());
-
-    const TagArea area = find_tag_area(window, accepted_);
-    if (area.fits(needed)) {
-        fit_tag(tag, static_cast<std::size_t>(area.length));
-        file->write_at(*area.position, tag);
-        file->close();
-        known_length_ = std::max(known_length_, *area.position + area.length);
-        return;
-    }
-    fit_tag(tag, static_cast<std::size_t>(roomy_area(needed)));
-    CopyAudioToNewFile(std::move(file), tag, area.kept_from);
-}
-
-// The tag, then the old file from `kept_from` on, under the old name.
-void cMP3ID3v2::CopyAudioToNewFile(std::unique_ptr<BinaryFile> old_file,
-                                   std::span<const std::uint8_t> tag, std::int64_t kept_from) {
-    const auto tag_length = static_cast<std::int64_t>(tag.size());
-    const std::int64_t kept = std::max<std::int64_t>(known_length_ - kept_from, 0);
-    replace_file(environment_.files, file_name_, [&](BinaryFile& new_file) {
-        new_file.write_at(0, tag);
-        copy_bytes(*old_file, kept_from, new_file, tag_length, kept, Owner);
-        old_file->close();
+void cMP3ID3v2::save_directly(const FileToChange& target, const FileContent& old_content,
+                              const Id3v1Change& record) {
+    ContentFile old_file(old_content);
+    FileWindow window(old_file);
+    const SaveLayout layout = as_writer([&] {
+        SaveLayout found =
+            lay_out(old_content, find_area(target.file, window), build_tag(contents_->frames));
+        found.require_addressable();
+        return found;
     });
-    known_length_ = tag_length + kept;
+    if (layout.keeps_length) {
+        save_in_area(target, layout, record, window);
+    } else {
+        replace_with_layout(target, layout);
+    }
+    follow(layout);
+}
+
+// The new tag fits into the old one's place.
+void cMP3ID3v2::save_in_area(const FileToChange& target, const SaveLayout& layout,
+                             const Id3v1Change& record, FileWindow& old_content) {
+    const std::int64_t old_end = std::min(
+        layout.tag_position + static_cast<std::int64_t>(layout.tag.size()), target.state.length);
+    std::vector<std::uint8_t> old_tag(
+        static_cast<std::size_t>(std::max<std::int64_t>(old_end - layout.tag_position, 0)));
+    as_writer([&] {
+        if (old_content.copy(layout.tag_position, old_tag) < old_tag.size()) {
+            throw Error(RuntimeError::InputPastEnd);
+        }
+    });
+    const std::array<Overwrite, 2> pieces{
+        Overwrite{record.offset, record.bytes(), record.old_bytes()},
+        Overwrite{layout.tag_position, layout.tag, old_tag}};
+    const auto changes = std::span(pieces).subspan(record.kind == Id3v1Change::Kind::None ? 1 : 0);
+    if (target.options.atomic) {
+        replace_with_layout(target, layout, changes);
+        return;
+    }
+    target.announce(SaveWay::InPlace);
+    const auto writable =
+        as_reader([&] { return environment_.files.open(file_name_, OpenMode::ReadWrite); });
+    as_writer([&] { overwrite_file(*writable, target.state, changes); });
+}
+
+void cMP3ID3v2::replace_with_layout(const FileToChange& target, const SaveLayout& layout,
+                                    std::span<const Overwrite> changes) {
+    as_reader([&] { environment_.files.require_writable(file_name_); });
+    as_writer([&] { replace_with(target, layout.content, changes); });
+}
+
+void cMP3ID3v2::follow(const SaveLayout& layout) {
+    known_length_ = layout.content.size();
     if (accepted_) {
-        *accepted_ += tag_length - kept_from;
+        accepted_->position += layout.shift;
     }
 }
 
 // A version 2 tag goes, and of what it held the fields that schedules and lists are made of come
 // back. Both in one step: were the tag taken off first, a full disk could cost them. What fails
 // leaves this object as it was, so that saving can be tried again.
-void cMP3ID3v2::convert_version2(std::unique_ptr<BinaryFile> old_file, FileWindow& window) {
-    const std::optional<Stretch> stripped = find_strippable(window, accepted_);
-    if (!stripped) {
-        // Nobody may believe that this was saved.
-        throw Error(RuntimeError::InvalidCall);
-    }
-    CutFile rest(*old_file, *stripped);
-    FileWindow rest_window(rest, window.length() - stripped->length());
-    cMP3ID3v2 converted(environment_);
-    converted.read_in_place_of(*this, rest_window);
-    converted.restore(lasting_fields());
-    converted.AddCustomField(kSavedStampName, kSavedStampValue);
-
-    std::vector<std::uint8_t> tag = build_tag(converted.contents_->frames);
-    const auto needed = static_cast<std::int64_t>(tag.size());
-    const TagArea area = find_tag_area(rest_window, converted.accepted_);
-    // Without audio another tag may be left.
-    const bool fits = area.fits(needed);
-    const std::int64_t tag_begin = fits ? *area.position : 0;
-    const std::int64_t tag_length = fits ? area.length : roomy_area(needed);
-    const std::int64_t kept_from = fits ? tag_begin + tag_length : area.kept_from;
-    const std::int64_t kept_end = std::max(rest_window.length(), kept_from);
-    fit_tag(tag, static_cast<std::size_t>(tag_length));
-    replace_file(environment_.files, file_name_, [&](BinaryFile& new_file) {
-        rest.copy_to(new_file, 0, 0, tag_begin, Owner);
-        new_file.write_at(tag_begin, tag);
-        rest.copy_to(new_file, tag_begin + tag_length, kept_from, rest_window.length(), Owner);
-        old_file->close();
+void cMP3ID3v2::save_converted(const FileToChange& target, const FileContent& old_content) {
+    const Conversion conversion = as_writer([&] {
+        ContentFile old_file(old_content);
+        FileWindow window(old_file);
+        return converted(old_content, find_area(target.file, window));
     });
-    converted.known_length_ = tag_begin + tag_length + kept_end - kept_from;
-    if (converted.accepted_) {
-        *converted.accepted_ += tag_begin + tag_length - kept_from;
+    as_writer([&] { conversion.layout.require_addressable(); });
+    replace_with_layout(target, conversion.layout);
+    become(*conversion.model);
+    follow(conversion.layout);
+}
+
+cMP3ID3v2::Conversion cMP3ID3v2::converted(const FileContent& old_content,
+                                           const TagArea& area) const {
+    if (!area.strippable) {
+        // Nobody may believe that this was saved.
+        throw Error(kEndlessTag);
     }
-    become(converted);
+    FileContent rest;
+    rest.append(old_content, {0, area.strippable->begin});
+    rest.append(old_content, {area.strippable->end, old_content.size()});
+    ContentFile rest_file(rest);
+    FileWindow window(rest_file);
+    Conversion conversion;
+    conversion.model = std::make_unique<cMP3ID3v2>(environment_);
+    conversion.model->read_in_place_of(*this, window);
+    conversion.model->restore(lasting_fields());
+    conversion.model->AddCustomField(kSavedStampName, kSavedStampValue);
+    // With audio the rest begins with it. Without, another tag may be left.
+    const TagArea rest_area =
+        area.audio ? TagArea::with_audio_at(0) : find_tag_area(window, conversion.model->accepted_);
+    conversion.layout = lay_out(rest, rest_area, build_tag(conversion.model->contents_->frames));
+    return conversion;
 }
 
 // What assigning the name of the file at `window` to that object would have made of it.

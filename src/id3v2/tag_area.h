@@ -1,10 +1,11 @@
-// Where in a file a tag is written, and what of the file stays behind it.
+// Where in a file a tag is written, and what of the file stays after it.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 
-#include "id3v2/cut_file.h"
+#include "mpeg/audio_start.h"
+#include "util/byte_range.h"
 #include "util/file_window.h"
 
 namespace brindle {
@@ -14,11 +15,22 @@ struct TagArea {
     // built anew in any case.
     std::optional<std::int64_t> position;
     std::int64_t length = 0;
-    // The first byte of the old file that stands behind the tag of a new one.
+    // The first byte of the old file that stands after the tag of a new one.
     std::int64_t kept_from = 0;
     // The first byte of audio, where the file has any.
     std::optional<std::int64_t> audio;
+    // What goes when the tag is taken off: all that stands before the audio, without audio the tag
+    // alone. Empty when there is nothing to take off; none when the tag claims more than the file
+    // holds and nobody knows where it ends.
+    std::optional<ByteRange> strippable = ByteRange();
 
+    // A file without a tag whose audio begins there.
+    [[nodiscard]] static TagArea with_audio_at(std::optional<std::int64_t> position) noexcept {
+        TagArea area;
+        area.kept_from = position.value_or(0);
+        area.audio = position;
+        return area;
+    }
     // The new tag takes the old one's space only when some of it is left over.
     [[nodiscard]] bool fits(std::int64_t needed) const noexcept {
         return position && needed < length;
@@ -26,24 +38,10 @@ struct TagArea {
 };
 
 // `accepted` is the analyser's first frame in the file as it stands.
-[[nodiscard]] TagArea find_tag_area(FileWindow& file, std::optional<std::int64_t> accepted);
+[[nodiscard]] TagArea find_tag_area(FileWindow& file, const std::optional<AcceptedFrame>& accepted);
 
 // What a rebuilt file leaves for its tag: the next multiple of 2,048 above what is needed, so that
 // later changes usually fit in place.
 [[nodiscard]] std::int64_t roomy_area(std::int64_t needed) noexcept;
-
-// The ID3v2 tag that stands in a file.
-struct OldTag {
-    std::int64_t position = 0;
-    // Bytes with its header, as its size says.
-    std::int64_t length = 0;
-};
-[[nodiscard]] std::optional<OldTag> find_old_tag(FileWindow& file);
-
-// What goes when the tag is taken off: all that stands before the first frame of audio, without
-// audio the tag alone. Empty when there is nothing to take off; none when the tag claims more than
-// the file holds and nobody knows where it ends.
-[[nodiscard]] std::optional<Stretch> find_strippable(FileWindow& file,
-                                                     std::optional<std::int64_t> accepted);
 
 }  // namespace brindle

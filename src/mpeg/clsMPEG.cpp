@@ -71,6 +71,11 @@ bool clsMPEG::scan(const String& name, FileWindow& window, std::int32_t start) {
     return accepted;
 }
 
+StreamKinds clsMPEG::stream_kinds() const {
+    return {kind_of(header_bits(state_.header.HeaderBytes.data())),
+            kind_of(state_.confirmed_header)};
+}
+
 std::int32_t clsMPEG::BitRate() const {
     constexpr std::int32_t kBitsPerKilobit = 1'000;
     return state_.header.VBR ? state_.average_bit_rate : state_.header.BitRate * kBitsPerKilobit;

@@ -9,6 +9,7 @@
 #include <brindle/error.h>
 #include <brindle/values.h>
 
+#include "mpeg/frame_header.h"
 #include "mpeg/stream_state.h"
 #include "mpeg/trace.h"
 #include "util/environment.h"
@@ -81,6 +82,9 @@ public:
     [[nodiscard]] std::optional<std::int32_t> accepted_position() const {
         return state_.accepted_position;
     }
+    // Of what kinds the stream is: that of the accepted frame, and that of the run of frames by
+    // which it was accepted. Without a stream they mean nothing.
+    [[nodiscard]] StreamKinds stream_kinds() const;
     // What the file or a lack of memory raised during the last scan, as against a file that was
     // read well and holds no stream.
     [[nodiscard]] const std::optional<Error>& read_fault() const { return read_fault_; }

@@ -29,6 +29,12 @@ inline constexpr std::uint32_t kOriginalMask = 0x0000'0004;
 inline constexpr std::uint32_t kEmphasisMask = 0x0000'0003;
 inline constexpr std::uint32_t kReservedEmphasis = 0x0000'0002;
 
+inline constexpr std::uint32_t kLayer1 = 0x0006'0000;
+inline constexpr std::uint32_t kReservedLayer = 0x0000'0000;
+inline constexpr std::uint32_t kReservedVersion = 0x0008'0000;
+inline constexpr std::uint32_t kReservedFrequency = 0x0000'0C00;
+inline constexpr std::uint32_t kReservedBitRate = 0x0000'F000;
+
 // What frames of one stream have in common. Bit rate, padding and protection may change.
 inline constexpr std::uint32_t kStreamMask = kSyncMask | kVersionMask | kLayerMask |
                                              kFrequencyMask | kModeMask | kCopyrightMask |
@@ -80,6 +86,33 @@ extern const std::array<FrameShape, kShapeCount> kFrameShapes;
     }
     return FrameHeader{bits, static_cast<std::uint16_t>(shape.length_of(bits)),
                        static_cast<std::uint16_t>(shape.bit_rate_by_8 * 8)};
+}
+
+// What decides how long a frame plays: version, layer and sampling frequency. Frames that follow
+// each other by chance seldom share it, and a player goes on whatever else changes.
+enum class FrameKind : std::uint32_t {};
+inline constexpr std::uint32_t kKindMask = kVersionMask | kLayerMask | kFrequencyMask;
+[[nodiscard]] constexpr FrameKind kind_of(std::uint32_t bits) noexcept {
+    return FrameKind{bits & kKindMask};
+}
+
+// The kinds of a stream that the analyser has accepted: mostly one and the same.
+struct StreamKinds {
+    FrameKind first_frame{};
+    FrameKind confirmed{};
+
+    [[nodiscard]] constexpr bool contain(FrameKind kind) const noexcept {
+        return kind == first_frame || kind == confirmed;
+    }
+};
+
+// Whether the bits are a header whose fields are all allowed. Unlike parse_frame_header() it takes
+// free format, bit rate index 0, whose frames tell nothing of their length.
+[[nodiscard]] constexpr bool is_header_of_any_rate(std::uint32_t bits) noexcept {
+    return (bits & kSyncMask) == kSyncMask && (bits & kVersionMask) != kReservedVersion &&
+           (bits & kLayerMask) != kReservedLayer && (bits & kBitRateMask) != kReservedBitRate &&
+           (bits & kFrequencyMask) != kReservedFrequency &&
+           (bits & kEmphasisMask) != kReservedEmphasis;
 }
 
 // Of two valid headers: whether they can belong to one stream. An equivalence, so a frame that

@@ -13,8 +13,7 @@ namespace brindle {
 namespace {
 
 constexpr auto kHeaderLength = static_cast<std::int64_t>(kHeaderBytes);
-// What decides how long a frame plays. A player goes on whatever else changes.
-constexpr std::uint32_t kKindMask = kSyncMask | kVersionMask | kLayerMask | kFrequencyMask;
+constexpr std::uint32_t kSyncAndKindMask = kSyncMask | kKindMask;
 
 }  // namespace
 
@@ -75,7 +74,8 @@ std::size_t FrameWalker::walk_block(std::span<const std::uint8_t> block) {
     std::int64_t frames = 0;
     while (offset + kHeaderBytes <= size) {
         const std::uint32_t bits = header_bits(block.data() + offset);
-        if (((bits ^ first_bits) & kKindMask) != 0 || (bits & kEmphasisMask) == kReservedEmphasis) {
+        if (((bits ^ first_bits) & kSyncAndKindMask) != 0 ||
+            (bits & kEmphasisMask) == kReservedEmphasis) {
             break;
         }
         const FrameShape& shape = frame_shape(bits);
@@ -141,7 +141,7 @@ bool FrameWalker::is_confirmed_frame_at(std::int64_t position) {
 }
 
 bool FrameWalker::is_same_kind(std::uint32_t bits) const {
-    return ((bits ^ first_bits_) & kKindMask) == 0;
+    return ((bits ^ first_bits_) & kSyncAndKindMask) == 0;
 }
 
 void FrameWalker::add_up(const FrameHeaderRecord& first) {

@@ -91,6 +91,7 @@ bool StreamScan::scan(std::int32_t start, Attempt attempt) {
             rates_differ = rates_differ || chain.bit_rate_differs;
             if (chain.found) {
                 keep(position);
+                state_.confirmed_header = header->bits;
                 if (XingRecord xing = xing_header_of(position, *header); !xing.Tag.empty()) {
                     return finish_with_xing(std::move(xing));
                 }

@@ -24,6 +24,9 @@ struct StreamState {
     bool cancelled = false;
     // Where the accepted first frame stands, also when the header's own position became 0.
     std::optional<std::int32_t> accepted_position;
+    // The header from which the longest run was followed. Near the end of a file few frames make a
+    // run, so the first one that was kept may be a false header.
+    std::uint32_t confirmed_header = 0;
 
     // Back to no stream. The average is of no account without one.
     void reset() {
@@ -33,6 +36,7 @@ struct StreamState {
         header = {};
         cancelled = false;
         accepted_position.reset();
+        confirmed_header = 0;
     }
 };
 

@@ -8,7 +8,20 @@
 
 #include <brindle/values.h>
 
+#include "util/byte_range.h"
+
 namespace brindle {
+
+// Which file it is and what of it changes with every write: two equal states of one name mean that
+// nobody has changed or replaced the file in between.
+struct FileState {
+    std::uint64_t volume = 0;
+    std::uint64_t number = 0;  // of the file on its volume
+    std::int64_t length = 0;
+    std::int64_t modified = 0;  // in the system's own unit
+
+    friend bool operator==(const FileState&, const FileState&) = default;
+};
 
 // An open regular file, read and written at 0-based positions. Every member raises Error.
 class BinaryFile {
@@ -21,6 +34,7 @@ public:
 
     // Asks the system each time: another program may have changed the file.
     [[nodiscard]] virtual std::int64_t length() = 0;
+    [[nodiscard]] virtual FileState state() = 0;
     // Fills `into` from `offset`; fewer bytes than asked for only at the end of the file.
     virtual std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) = 0;
     // The same into two places, one behind the other: in one call where the system has such a call.
@@ -38,10 +52,15 @@ public:
     // it can; the number copied, 0 at the end of `source`.
     virtual std::size_t copy_from(BinaryFile& source, std::int64_t source_offset,
                                   std::int64_t offset, std::size_t count) = 0;
+    // The first part of `range` that holds data, cut to `range`; empty at its end when there is
+    // none. The rest are holes of a sparse file, which read as zeros and take no space.
+    [[nodiscard]] virtual ByteRange data_in(const ByteRange& range) { return range; }
     // Cuts the file, or extends it with zeros.
     virtual void set_length(std::int64_t length) = 0;
-    // To the device, so that a power cut loses nothing of it.
+    // To the device, so that a power cut loses nothing of it: content, length and attributes.
     virtual void flush() = 0;
+    // The same for content and length alone, which is less work.
+    virtual void flush_data() = 0;
     // Reports what the system had put off until now. The file is closed in any case.
     virtual void close() = 0;
 };
@@ -66,9 +85,19 @@ public:
     virtual bool exists(const String& name) = 0;
     // The file that a name stands for, symbolic links followed to the end.
     virtual String resolve_links(const String& name) = 0;
-    // A new, empty file of a unique name in the folder of `neighbour`, with a new file's
-    // attributes. `name` receives its name.
+    // Raises what keeps the file from being written, without opening it (53, 70, 75).
+    virtual void require_writable(const String& name) = 0;
+    // The state of the file that a name stands for now.
+    [[nodiscard]] virtual FileState state(const String& name) = 0;
+    // A new, empty file of a unique name in the folder of `neighbour`, which nobody but the owner
+    // can open where the system has access rights. `name` receives its name.
     virtual std::unique_ptr<BinaryFile> create_beside(const String& neighbour, String& name) = 0;
+    // Gives a file made by create_beside() the access rights of `from`, never wider ones, and its
+    // user attributes as far as the system lets it. Does nothing on Windows, where a new file has
+    // the rights that its folder gives.
+    virtual void copy_attributes(const String& from, BinaryFile& to) = 0;
+    // Makes the empty file `to` share the content of `from`; false where the system cannot.
+    virtual bool clone(BinaryFile& from, BinaryFile& to) = 0;
     virtual void remove(const String& name) = 0;
     // Gives the file `from` the name `to` in one step; an existing `to` is replaced.
     virtual void replace(const String& from, const String& to) = 0;

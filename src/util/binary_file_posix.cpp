@@ -14,6 +14,7 @@
 
 #include <brindle/error.h>
 
+#include "util/file_state_posix.h"
 #include "util/system_error_posix.h"
 
 namespace brindle {
@@ -38,6 +39,15 @@ auto uninterrupted(Call call) {
     throw Error(runtime_error(errno, FileAction::Transfer));
 }
 
+// Of an open file.
+struct stat status_of(int descriptor) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0) {
+        raise_transfer_error();
+    }
+    return status;
+}
+
 bool kernel_cannot_copy(int code) {
     // EPERM: a sandbox that knows only older calls.
     return code == EXDEV || code == EINVAL || code == ENOSYS || code == EOPNOTSUPP || code == EPERM;
@@ -52,26 +62,21 @@ PosixFile::~PosixFile() {
 }
 
 void PosixFile::require_regular_file() {
-    struct stat status {};
-    if (::fstat(descriptor_, &status) != 0) {
-        raise_transfer_error();
-    }
+    constexpr std::int64_t kBlockUnit = 512;  // of st_blocks, on every system
+    const struct stat status = status_of(descriptor_);
     if (!S_ISREG(status.st_mode)) {
         throw Error(RuntimeError::PathFileAccess);
     }
-    length_at_opening_ = status.st_size;
+    state_at_opening_ = file_state(status);
+    is_sparse_ = status.st_blocks < status.st_size / kBlockUnit;
 }
 
-std::int64_t PosixFile::length() {
-    // Whoever opens a file asks for its length next, which was told with its type.
-    if (const auto length = std::exchange(length_at_opening_, std::nullopt)) {
-        return *length;
+FileState PosixFile::state() {
+    // A file that was just opened is asked for its length next, which came with its type.
+    if (const auto state = std::exchange(state_at_opening_, std::nullopt)) {
+        return *state;
     }
-    struct stat status {};
-    if (::fstat(descriptor_, &status) != 0) {
-        raise_transfer_error();
-    }
-    return status.st_size;
+    return file_state(status_of(descriptor_));
 }
 
 std::size_t PosixFile::read_at(std::int64_t offset, std::span<std::uint8_t> into) {
@@ -118,7 +123,7 @@ std::size_t PosixFile::read_scattered_at(std::int64_t offset, std::span<std::uin
 void PosixFile::write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) {
     // A device that takes nothing, again and again, would otherwise hang the host.
     constexpr int kMostEmptyWrites = 100;
-    length_at_opening_.reset();
+    state_at_opening_.reset();
     std::size_t done = 0;
     int empty_writes = 0;
     while (done < bytes.size()) {
@@ -139,7 +144,7 @@ void PosixFile::write_at(std::int64_t offset, std::span<const std::uint8_t> byte
 
 std::size_t PosixFile::copy_from(BinaryFile& source, std::int64_t source_offset,
                                  std::int64_t offset, std::size_t count) {
-    length_at_opening_.reset();
+    state_at_opening_.reset();
     std::size_t done = 0;
     const auto* const native = dynamic_cast<const PosixFile*>(&source);
     if (native != nullptr && kernel_copies_ && (offset - source_offset) % kPage == 0) {
@@ -185,10 +190,28 @@ std::size_t PosixFile::copy_through_kernel(const PosixFile& source, std::int64_t
 }
 
 void PosixFile::set_length(std::int64_t length) {
-    length_at_opening_.reset();
+    state_at_opening_.reset();
     if (uninterrupted([&] { return ::ftruncate(descriptor_, length); }) != 0) {
         raise_transfer_error();
     }
+}
+
+ByteRange PosixFile::data_in(const ByteRange& range) {
+#ifdef SEEK_DATA
+    if (is_sparse_) {
+        const off_t begin = ::lseek(descriptor_, range.begin, SEEK_DATA);
+        if (begin < 0 && errno != ENXIO) {
+            is_sparse_ = false;  // a file system that does not know its holes
+            return range;
+        }
+        if (begin < 0 || begin >= range.end) {
+            return {range.end, range.end};
+        }
+        const off_t end = ::lseek(descriptor_, begin, SEEK_HOLE);
+        return {begin, end < 0 ? range.end : std::min<std::int64_t>(end, range.end)};
+    }
+#endif
+    return range;
 }
 
 void PosixFile::flush() {
@@ -198,8 +221,14 @@ void PosixFile::flush() {
     }
 }
 
+void PosixFile::flush_data() {
+    if (uninterrupted([&] { return ::fdatasync(descriptor_); }) != 0) {
+        raise_transfer_error();
+    }
+}
+
 void PosixFile::close() {
-    length_at_opening_.reset();
+    state_at_opening_.reset();
     // Never again after a signal: the descriptor is gone by then and may already be another's.
     if (::close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) {
         raise_transfer_error();

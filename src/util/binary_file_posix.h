@@ -21,18 +21,23 @@ public:
 
     // Owns the descriptor from here on.
     void adopt(int descriptor) noexcept { descriptor_ = descriptor; }
-    // Error 75 for a folder, a pipe or a device. The first length() asked for is that of now.
+    // Error 75 for a folder, a pipe or a device. The first length() or state() asked for is that of
+    // now.
     void require_regular_file();
+    [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
 
-    [[nodiscard]] std::int64_t length() override;
+    [[nodiscard]] std::int64_t length() override { return state().length; }
+    [[nodiscard]] FileState state() override;
     std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override;
     std::size_t read_scattered_at(std::int64_t offset, std::span<std::uint8_t> first,
                                   std::span<std::uint8_t> second) override;
     void write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) override;
     std::size_t copy_from(BinaryFile& source, std::int64_t source_offset, std::int64_t offset,
                           std::size_t count) override;
+    [[nodiscard]] ByteRange data_in(const ByteRange& range) override;
     void set_length(std::int64_t length) override;
     void flush() override;
+    void flush_data() override;
     void close() override;
 
 private:
@@ -40,7 +45,8 @@ private:
                                     std::int64_t offset, std::size_t count);
 
     int descriptor_ = -1;
-    std::optional<std::int64_t> length_at_opening_;
+    std::optional<FileState> state_at_opening_;
+    bool is_sparse_ = false;
     bool kernel_copies_ = true;  // until it refuses
     CopyBlock block_;
 };

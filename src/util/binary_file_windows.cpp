@@ -51,6 +51,21 @@ std::int64_t WindowsFile::length() {
     return length.QuadPart;
 }
 
+FileState WindowsFile::state() {
+    constexpr int kLowBits = 32;
+    const auto joined = [](DWORD high, DWORD low) { return std::uint64_t{high} << kLowBits | low; };
+    BY_HANDLE_FILE_INFORMATION found{};
+    if (::GetFileInformationByHandle(handle_, &found) == 0) {
+        raise_transfer_error();
+    }
+    const FILETIME modified = found.ftLastWriteTime;
+    return {.volume = found.dwVolumeSerialNumber,
+            .number = joined(found.nFileIndexHigh, found.nFileIndexLow),
+            .length = static_cast<std::int64_t>(joined(found.nFileSizeHigh, found.nFileSizeLow)),
+            .modified =
+                static_cast<std::int64_t>(joined(modified.dwHighDateTime, modified.dwLowDateTime))};
+}
+
 std::size_t WindowsFile::read_at(std::int64_t offset, std::span<std::uint8_t> into) {
     std::size_t done = 0;
     while (done < into.size()) {
@@ -103,6 +118,10 @@ void WindowsFile::flush() {
     if (::FlushFileBuffers(handle_) == 0) {
         raise_transfer_error();
     }
+}
+
+void WindowsFile::flush_data() {
+    flush();
 }
 
 void WindowsFile::close() {

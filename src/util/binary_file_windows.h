@@ -24,12 +24,14 @@ public:
     void require_regular_file() const;
 
     [[nodiscard]] std::int64_t length() override;
+    [[nodiscard]] FileState state() override;
     std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override;
     void write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) override;
     std::size_t copy_from(BinaryFile& source, std::int64_t source_offset, std::int64_t offset,
                           std::size_t count) override;
     void set_length(std::int64_t length) override;
     void flush() override;
+    void flush_data() override;
     void close() override;
 
 private:

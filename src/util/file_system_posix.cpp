@@ -13,11 +13,17 @@
 
 #include <sys/random.h>
 #include <sys/stat.h>
+#ifdef __linux__
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#endif
 
 #include <brindle/error.h>
 #include <brindle/text.h>
 
 #include "util/binary_file_posix.h"
+#include "util/file_attributes_posix.h"
+#include "util/file_state_posix.h"
 #include "util/system_error_posix.h"
 #include "util/wildcard.h"
 
@@ -26,6 +32,8 @@ namespace {
 
 // A new file's attributes; the process's umask takes away what it forbids.
 constexpr mode_t kNewFileMode = 0666;
+// Until a file has the rights of the one that it replaces.
+constexpr mode_t kPrivateMode = 0600;
 
 int flags_of(OpenMode mode) {
     switch (mode) {
@@ -56,10 +64,10 @@ std::string disk_name(const String& name) {
 }
 
 // The descriptor, or -1 and errno.
-int open_descriptor(const std::string& name, int flags) {
-    int descriptor = ::open(name.c_str(), flags | kOpenFlags, kNewFileMode);
+int open_descriptor(const std::string& name, int flags, mode_t mode = kNewFileMode) {
+    int descriptor = ::open(name.c_str(), flags | kOpenFlags, mode);
     while (descriptor < 0 && errno == EINTR) {
-        descriptor = ::open(name.c_str(), flags | kOpenFlags, kNewFileMode);
+        descriptor = ::open(name.c_str(), flags | kOpenFlags, mode);
     }
     return descriptor;
 }
@@ -142,6 +150,23 @@ String PosixFileSystem::resolve_links(const String& name) {
     return name;
 }
 
+// Not by opening it: that would end the other programs' trust that nobody writes.
+void PosixFileSystem::require_writable(const String& name) {
+    const std::string path = disk_name(name);
+    if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
+        raise(errno, FileAction::Open, path);
+    }
+}
+
+FileState PosixFileSystem::state(const String& name) {
+    const std::string path = disk_name(name);
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) {
+        raise(errno, FileAction::Name, path);
+    }
+    return file_state(status);
+}
+
 std::unique_ptr<BinaryFile> PosixFileSystem::create_beside(const String& neighbour, String& name) {
     constexpr unsigned kMostAttempts = 100;
     auto file = std::make_unique<PosixFile>();
@@ -149,9 +174,10 @@ std::unique_ptr<BinaryFile> PosixFileSystem::create_beside(const String& neighbo
     for (unsigned attempt = 1;; ++attempt) {
         String unique = folder + unique_name(attempt);
         const std::string path = disk_name(unique);
-        const int descriptor = open_descriptor(path, O_RDWR | O_CREAT | O_EXCL);
+        const int descriptor = open_descriptor(path, O_RDWR | O_CREAT | O_EXCL, kPrivateMode);
         if (descriptor >= 0) {
             file->adopt(descriptor);
+            remove_inherited_access_list(descriptor);
             name = std::move(unique);
             return file;
         }
@@ -159,6 +185,23 @@ std::unique_ptr<BinaryFile> PosixFileSystem::create_beside(const String& neighbo
             raise(errno, FileAction::Open, path);
         }
     }
+}
+
+void PosixFileSystem::copy_attributes(const String& from, BinaryFile& to) {
+    copy_file_attributes(disk_name(from), dynamic_cast<PosixFile&>(to).descriptor());
+}
+
+bool PosixFileSystem::clone(BinaryFile& from, BinaryFile& to) {
+#ifdef FICLONE
+    const auto* const source = dynamic_cast<const PosixFile*>(&from);
+    const auto* const target = dynamic_cast<const PosixFile*>(&to);
+    return source != nullptr && target != nullptr &&
+           ::ioctl(target->descriptor(), FICLONE, source->descriptor()) == 0;
+#else
+    static_cast<void>(from);
+    static_cast<void>(to);
+    return false;
+#endif
 }
 
 void PosixFileSystem::remove(const String& name) {

@@ -133,6 +133,19 @@ String WindowsFileSystem::resolve_links(const String& name) {
     return {target.begin(), target.end()};
 }
 
+// Only opening it tells about access lists and other programs' share modes.
+void WindowsFileSystem::require_writable(const String& name) {
+    open(name, OpenMode::ReadWrite)->close();
+}
+
+FileState WindowsFileSystem::state(const String& name) {
+    WindowsFile file;
+    if (!open_into(file, disk_name(name), {FILE_READ_ATTRIBUTES, OPEN_EXISTING})) {
+        raise_last_error(FileAction::Name);
+    }
+    return file.state();
+}
+
 std::unique_ptr<BinaryFile> WindowsFileSystem::create_beside(const String& neighbour,
                                                              String& name) {
     constexpr unsigned kMostAttempts = 100;
@@ -147,6 +160,12 @@ std::unique_ptr<BinaryFile> WindowsFileSystem::create_beside(const String& neigh
             raise_last_error(FileAction::Open);
         }
     }
+}
+
+void WindowsFileSystem::copy_attributes(const String& /*from*/, BinaryFile& /*to*/) {}
+
+bool WindowsFileSystem::clone(BinaryFile& /*from*/, BinaryFile& /*to*/) {
+    return false;
 }
 
 void WindowsFileSystem::remove(const String& name) {

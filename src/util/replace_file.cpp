@@ -2,37 +2,38 @@
 
 #include <memory>
 
+#include "util/changed_file.h"
 #include "util/skip_errors.h"
 
 namespace brindle {
-namespace {
-
-void refuse_if_not_writable(FileSystem& files, const String& name) {
-    files.open(name, OpenMode::ReadWrite)->close();
-}
-
-}  // namespace
 
 void replace_file(FileSystem& files, const String& target,
-                  const std::function<void(BinaryFile&)>& fill, bool flush) {
+                  const std::function<void(BinaryFile&)>& fill, const ReplaceOptions& options) {
     const String old_file = files.resolve_links(target);
-    refuse_if_not_writable(files, old_file);
+    files.require_writable(old_file);
 
     String new_file;
     std::unique_ptr<BinaryFile> file = files.create_beside(old_file, new_file);
     try {
         fill(*file);
-        if (flush) {
+        files.copy_attributes(old_file, *file);
+        if (options.flush) {
             file->flush();
         }
         file->close();
+        if (options.expected) {
+            refuse_if_changed(*options.expected, files.state(old_file));
+        }
+        if (options.before_rename) {
+            options.before_rename();
+        }
         files.replace(new_file, old_file);
     } catch (...) {
         file.reset();  // an open file cannot be removed everywhere
         skip_errors([&] { files.remove(new_file); });
         throw;
     }
-    if (flush) {
+    if (options.flush) {
         // Not reported: the new file stands, whole and on the device. At worst a power cut in the
         // next seconds brings the old one back, as whole as before; an error would tell the host
         // that the old one stands now. Some systems and folders do not let a folder be flushed.

@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -102,6 +103,95 @@ TEST(Events, UnsetHandlersAreSkipped) {
     bool cancel = false;
     loaded.header.RaiseScanningEvent(kSong, 1, 2, cancel);
     EXPECT_FALSE(cancel);
+}
+
+TEST(Events, WhatAHandlerThrowsEndsTheHandlerAlone) {
+    SlowlyLoaded quiet;
+    quiet.header.FileName(kSong);
+    SlowlyLoaded loaded;
+    int raised = 0;
+    loaded.header.Reading = [&](const String&) {
+        ++raised;
+        throw std::runtime_error("reading");
+    };
+    loaded.header.Scanning = [&](const String&, std::int32_t, std::int32_t, bool&) {
+        ++raised;
+        throw Error(RuntimeError::InvalidCall);
+    };
+    loaded.header.FileName(kSong);
+    EXPECT_GE(raised, 2);
+    EXPECT_EQ(loaded.header.Title(), u"Song");
+    EXPECT_TRUE(loaded.header.VBR());
+    EXPECT_EQ(loaded.header.Duration(), quiet.header.Duration());
+    EXPECT_TRUE(loaded.header.StripTags(v2TagOnly));
+    EXPECT_EQ(loaded.header.Title(), u"");
+}
+
+TEST(Events, CancelSetBeforeAThrowCounts) {
+    SlowlyLoaded loaded;
+    loaded.header.Scanning = [](const String&, std::int32_t, std::int32_t, bool& cancel) {
+        cancel = true;
+        throw 1;
+    };
+    loaded.header.FileName(kSong);
+    EXPECT_EQ(loaded.header.Frequency(), 0);
+}
+
+TEST(Events, DurationStoredBeforeAThrowCounts) {
+    LoadedHeader loaded("no stream");
+    loaded.header.DurationNeeded = [](std::int32_t& duration) {
+        duration = 1500;
+        throw std::runtime_error("duration");
+    };
+    EXPECT_EQ(loaded.header.Duration(), 1500);
+}
+
+TEST(Events, WhatAHandlerThrowsReachesTheOneWhoRaisesTheEvent) {
+    LoadedHeader loaded(audio());
+    loaded.header.Scanning = [](const String&, std::int32_t, std::int32_t, bool&) {
+        throw std::runtime_error("scanning");
+    };
+    bool cancel = false;
+    EXPECT_THROW(loaded.header.RaiseScanningEvent(kSong, 1, 2, cancel), std::runtime_error);
+}
+
+TEST(Events, HandlerMayClearOrReplaceItself) {
+    SlowlyLoaded loaded;
+    // Longer than what a std::function holds within itself, so that using it afterwards is an error
+    // that the sanitizers see.
+    const std::string note(100, 'n');
+    std::vector<std::string> notes;
+    int replaced = 0;
+    loaded.header.Reading = [&, note](const String&) {
+        loaded.header.Reading = nullptr;
+        notes.push_back(note);
+    };
+    loaded.header.Scanning = [&, note](const String&, std::int32_t, std::int32_t, bool&) {
+        loaded.header.Scanning = [&](const String&, std::int32_t, std::int32_t, bool&) {
+            ++replaced;
+        };
+        notes.push_back(note);
+    };
+    loaded.header.OnYield = [&, note] {
+        loaded.header.OnYield = nullptr;
+        notes.push_back(note);
+    };
+    loaded.header.FileName(kSong);
+    EXPECT_EQ(notes, std::vector<std::string>(3, note));
+    EXPECT_GT(replaced, 0);
+    loaded.load("no stream");
+    loaded.header.DurationNeeded = [&, note](std::int32_t& duration) {
+        loaded.header.DurationNeeded = nullptr;
+        duration = static_cast<std::int32_t>(note.size());
+    };
+    EXPECT_EQ(loaded.header.Duration(), 100);
+    EXPECT_EQ(loaded.header.Duration(), 0);
+    loaded.header.OnMessageBox = [&, note](const String&) {
+        loaded.header.OnMessageBox = nullptr;
+        notes.push_back(note);
+    };
+    loaded.header.CustomFieldAdd(u"", Variant(String(u"value")));
+    EXPECT_EQ(notes, std::vector<std::string>(4, note));
 }
 
 TEST(Events, RaiseScanningEventHandsAllFourOn) {

@@ -85,9 +85,7 @@ def test_full_disk_keeps_the_old_file_when_it_must_be_rebuilt(brindle, small_dis
     result = brindle("set", "--title", "Song", "song.mp3", cwd=small_disk)
     assert result.returncode == 1
     assert "Disk full" in reason(result)
-    content = path.read_bytes()
-    assert content[:len(AUDIO)] == AUDIO
-    assert content[len(AUDIO):len(AUDIO) + 7] == b"TAGSong" and len(content) == len(AUDIO) + 128
+    assert path.read_bytes() == AUDIO
     assert sorted(os.listdir(small_disk)) == ["filler", "song.mp3"]
 
 
@@ -174,8 +172,8 @@ def test_file_held_open_by_another_process_goes_on_for_it(brindle, tmp_path):
         seen, _ = reader.communicate(b"\n", timeout=30)
     finally:
         reader.kill()
-    # The other process has the old file, to which the record was appended; the name has the new.
-    assert seen[:len(AUDIO)] == AUDIO and len(seen) == len(AUDIO) + 128
+    # The other process has the old file; the name has the new.
+    assert seen == AUDIO
     assert path.read_bytes()[2048:-128] == AUDIO
 
 

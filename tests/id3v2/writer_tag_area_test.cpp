@@ -27,7 +27,12 @@ TagArea area_of(const Bytes& content, std::optional<std::int64_t> accepted) {
     files.put(u"a.mp3", content);
     const auto file = files.open(u"a.mp3", OpenMode::Read);
     FileWindow window(*file);
-    return find_tag_area(window, accepted);
+    std::optional<AcceptedFrame> frame;
+    if (accepted) {
+        const FrameKind kind = frame_kind_at(window, *accepted).value();
+        frame = AcceptedFrame{*accepted, {kind, kind}};
+    }
+    return find_tag_area(window, frame);
 }
 
 TEST(TagArea, OfAFileWithoutATagIsNoneAndAudioStaysFromItsFirstFrame) {

@@ -33,9 +33,25 @@ std::u16string_view folder_of(std::u16string_view name) {
 }  // namespace
 
 std::string_view name_of(FileCall call) {
-    constexpr std::array<std::string_view, kFileCalls> kNames{
-        "open",  "length", "read",    "write",  "copy",   "set length", "flush",
-        "close", "exists", "resolve", "create", "remove", "replace",    "flush folder"};
+    constexpr std::array<std::string_view, kFileCalls> kNames{"open",
+                                                              "length",
+                                                              "state",
+                                                              "read",
+                                                              "write",
+                                                              "copy",
+                                                              "set length",
+                                                              "flush",
+                                                              "flush data",
+                                                              "close",
+                                                              "exists",
+                                                              "resolve",
+                                                              "require writable",
+                                                              "create",
+                                                              "copy attributes",
+                                                              "clone",
+                                                              "remove",
+                                                              "replace",
+                                                              "flush folder"};
     return kNames.at(static_cast<std::size_t>(call));
 }
 
@@ -45,7 +61,7 @@ void PrintTo(const LoggedCall& logged, std::ostream* stream) {
 
 class MemoryFile : public BinaryFile {
 public:
-    MemoryFile(MemoryFiles& files, String name, std::shared_ptr<Bytes> content, OpenMode mode)
+    MemoryFile(MemoryFiles& files, String name, MemoryFiles::Content content, OpenMode mode)
         : files_(files), name_(std::move(name)), content_(std::move(content)), mode_(mode) {
         ++files_.handles_[content_.get()];
     }
@@ -56,6 +72,11 @@ public:
     std::int64_t length() override {
         files_.count_or_raise(FileCall::Length, name_);
         return static_cast<std::int64_t>(open_content().size());
+    }
+
+    FileState state() override {
+        files_.count_or_raise(FileCall::State, name_);
+        return MemoryFiles::state_of(open_node());
     }
 
     std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override {
@@ -105,6 +126,7 @@ public:
     }
 
     void flush() override { files_.count_or_raise(FileCall::Flush, name_); }
+    void flush_data() override { files_.count_or_raise(FileCall::FlushData, name_); }
 
     void close() override {
         let_go();
@@ -112,6 +134,8 @@ public:
     }
 
 private:
+    friend class MemoryFiles;
+
     void let_go() noexcept {
         if (content_ == nullptr) {
             return;
@@ -123,17 +147,19 @@ private:
         content_.reset();
     }
 
-    Bytes& open_content() {
+    MemoryFiles::Node& open_node() {
         if (content_ == nullptr) {
             throw std::logic_error("a file was used after close()");
         }
         return *content_;
     }
+    Bytes& open_content() { return open_node().bytes; }
 
     Bytes& writable_content() {
         if (mode_ == OpenMode::Read) {
             throw std::logic_error("a write to a file opened for reading");
         }
+        ++open_node().modified;
         return open_content();
     }
 
@@ -154,12 +180,12 @@ private:
 
     MemoryFiles& files_;
     String name_;
-    std::shared_ptr<Bytes> content_;
+    MemoryFiles::Content content_;
     OpenMode mode_;
 };
 
 void MemoryFiles::put(const String& name, const Bytes& content) {
-    files_[name] = std::make_shared<Bytes>(content);
+    files_[name] = std::make_shared<Node>(Node{content, ++put_, 0});
 }
 
 void MemoryFiles::link(const String& name, const String& to) {
@@ -284,6 +310,47 @@ String MemoryFiles::resolve_links(const String& name) {
     return followed(name);
 }
 
+FileState MemoryFiles::state_of(const Node& node) {
+    return {.volume = 1,
+            .number = node.number,
+            .length = static_cast<std::int64_t>(node.bytes.size()),
+            .modified = node.modified};
+}
+
+FileState MemoryFiles::state(const String& name) {
+    count_or_raise(FileCall::State, name);
+    const auto file = files_.find(followed(name));
+    if (file == files_.end()) {
+        throw Error(RuntimeError::FileNotFound);
+    }
+    return state_of(*file->second);
+}
+
+void MemoryFiles::require_writable(const String& name) {
+    count_or_raise(FileCall::RequireWritable, name);
+    const String target = followed(name);
+    if (!files_.contains(target) && !is_folder(target)) {
+        throw Error(RuntimeError::FileNotFound);
+    }
+    if (read_only_.contains(target)) {
+        throw Error(RuntimeError::PathFileAccess);
+    }
+}
+
+void MemoryFiles::copy_attributes(const String& from, BinaryFile& /*to*/) {
+    count_or_raise(FileCall::CopyAttributes, from);
+}
+
+bool MemoryFiles::clone(BinaryFile& from, BinaryFile& to) {
+    auto& source = dynamic_cast<MemoryFile&>(from);
+    auto& target = dynamic_cast<MemoryFile&>(to);
+    if (count(FileCall::Clone, target.name_) == Outcome::Fails || !clones_) {
+        return false;
+    }
+    target.writable_content() = source.open_content();
+    return true;
+}
+
 std::unique_ptr<BinaryFile> MemoryFiles::create_beside(const String& neighbour, String& name) {
     count_or_raise(FileCall::Create, neighbour);
     if (folders_read_only_) {
@@ -333,6 +400,9 @@ void MemoryFiles::replace(const String& from, const String& to) {
     }
     refuse_if_open(from);
     refuse_if_open(to);
+    if (is_folder(to)) {
+        throw Error(RuntimeError::PathFileAccess);
+    }
     links_.erase(to);  // a rename replaces the link itself
     files_[to] = files_[from];
     files_.erase(from);

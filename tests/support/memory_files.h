@@ -22,20 +22,25 @@ namespace brindle::test {
 enum class FileCall {
     Open,
     Length,
+    State,
     Read,
     Write,
     Copy,
     SetLength,
     Flush,
+    FlushData,
     Close,
     Exists,
     Resolve,
+    RequireWritable,
     Create,
+    CopyAttributes,
+    Clone,
     Remove,
     Replace,
     FlushFolder,
 };
-inline constexpr std::size_t kFileCalls = 14;
+inline constexpr std::size_t kFileCalls = 19;
 
 [[nodiscard]] std::string_view name_of(FileCall call);
 
@@ -69,6 +74,8 @@ void PrintTo(const LoggedCall& logged, std::ostream* stream);
 
 class MemoryFiles : public FileSystem {
 public:
+    MemoryFiles() { log_.reserve(kUsualCalls); }
+
     // --- what the test puts there and finds there ---
 
     void put(const String& name, const Bytes& content);
@@ -79,9 +86,11 @@ public:
     void make_read_only(const String& name) { read_only_.insert(name); }
     // Nothing can be created, removed or renamed in a read-only folder (75 and 70).
     void make_folders_read_only() { folders_read_only_ = true; }
+    // As on a file system that lets files share their content.
+    void let_files_share() { clones_ = true; }
 
     [[nodiscard]] bool has(const String& name) const { return files_.contains(name); }
-    [[nodiscard]] const Bytes& content(const String& name) const { return *files_.at(name); }
+    [[nodiscard]] const Bytes& content(const String& name) const { return files_.at(name)->bytes; }
     // All files, without links and folders.
     [[nodiscard]] std::vector<String> names() const;
     // Handles not closed yet, of any file.
@@ -112,7 +121,11 @@ public:
     std::unique_ptr<BinaryFile> open(const String& name, OpenMode mode) override;
     bool exists(const String& name) override;
     String resolve_links(const String& name) override;
+    void require_writable(const String& name) override;
+    FileState state(const String& name) override;
     std::unique_ptr<BinaryFile> create_beside(const String& neighbour, String& name) override;
+    void copy_attributes(const String& from, BinaryFile& to) override;
+    bool clone(BinaryFile& from, BinaryFile& to) override;
     // Both refuse a file that is still open (70), as the strictest of the systems does.
     void remove(const String& name) override;
     void replace(const String& from, const String& to) override;
@@ -120,7 +133,16 @@ public:
 
 private:
     friend class MemoryFile;
-    using Content = std::shared_ptr<Bytes>;
+    struct Node {
+        Bytes bytes;
+        std::uint64_t number = 0;
+        std::int64_t modified = 0;  // counts up with every change
+    };
+    using Content = std::shared_ptr<Node>;
+    [[nodiscard]] static FileState state_of(const Node& node);
+
+    // The log takes no memory during a test that counts or denies it.
+    static constexpr std::size_t kUsualCalls = 1000;
 
     enum class Outcome { Works, Shortened, Fails };
     // Counts a call and tells what becomes of it.
@@ -138,9 +160,11 @@ private:
     std::set<String> folders_;
     std::set<String> read_only_;
     bool folders_read_only_ = false;
+    bool clones_ = false;
     // By content: a file that was replaced while open is another one than that of its name.
-    std::map<const Bytes*, std::size_t> handles_;
+    std::map<const Node*, std::size_t> handles_;
     unsigned created_ = 0;
+    std::uint64_t put_ = 0;
 
     std::array<std::uint64_t, kFileCalls> calls_{};
     std::uint64_t bytes_read_ = 0;

@@ -19,6 +19,8 @@ public:
     std::size_t copy_from(BinaryFile&, std::int64_t, std::int64_t, std::size_t) final { refuse(); }
     void set_length(std::int64_t) final { refuse(); }
     void flush() final { refuse(); }
+    void flush_data() final { refuse(); }
+    FileState state() final { return {.length = length()}; }
     void close() final { ADD_FAILURE() << "who opened it closes it"; }
 
 private:

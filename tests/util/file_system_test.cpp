@@ -1,6 +1,7 @@
 // Opening and naming files on this machine's disk.
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
 #include <set>
@@ -157,17 +158,50 @@ TEST_F(FileSystemTest, LinkToNowhereIsAMissingFile) {
     EXPECT_EQ(opening(folder.name("link"), OpenMode::ReadWrite), 53);
 }
 
-TEST_F(FileSystemTest, CreatedFileHasANewFilesAttributes) {
+mode_t mode_of(const std::string& name) {
+    struct stat status {};
+    EXPECT_EQ(::stat(name.c_str(), &status), 0) << name;
+    return status.st_mode & 07777;
+}
+
+TEST_F(FileSystemTest, FileThatOpeningCreatesHasANewFilesAttributes) {
     const mode_t mask = ::umask(027);
     files().open(folder.name("opened"), OpenMode::ReadWriteOrCreate)->close();
+    ::umask(mask);
+    EXPECT_EQ(mode_of(folder.path("opened")), 0640U);  // 0666 without 027
+}
+
+TEST_F(FileSystemTest, FileMadeForAReplacementIsItsOwnersAlone) {
+    const mode_t mask = ::umask(0);
     String beside;
     files().create_beside(folder.name("song.mp3"), beside)->close();
     ::umask(mask);
-    for (const std::string& name : {folder.path("opened"), to_utf8(beside)}) {
-        struct stat status {};
-        ASSERT_EQ(::stat(name.c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 07777, 0640U) << name;  // 0666 without 027
-    }
+    EXPECT_EQ(mode_of(to_utf8(beside)), 0600U);
+}
+
+TEST_F(FileSystemTest, WritableFilesAreToldFromOthersWithoutOpeningThem) {
+    const auto asking = [&](const std::string& name) {
+        return error_number([&] { files().require_writable(folder.name(name)); });
+    };
+    EXPECT_EQ(asking("song.mp3"), 0);
+    EXPECT_EQ(asking("none.mp3"), 53);
+    EXPECT_EQ(asking("none/song.mp3"), 76);
+}
+
+TEST_F(FileSystemTest, StateChangesWithEveryWriteAndWithTheFile) {
+    const String song = folder.name("song.mp3");
+    const FileState before = files().state(song);
+    EXPECT_EQ(before.length, 5);
+    EXPECT_EQ(files().open(song, OpenMode::Read)->state(), before);
+    EXPECT_EQ(files().state(song), before);
+    // The clock of the file system may stand still for some milliseconds.
+    const std::filesystem::path path = folder.path("song.mp3");
+    std::filesystem::last_write_time(
+        path, std::filesystem::last_write_time(path) - std::chrono::hours(1));
+    EXPECT_NE(files().state(song), before);
+    files().replace(folder.put("other.mp3", "audio"), song);
+    EXPECT_NE(files().state(song).number, before.number);
+    EXPECT_EQ(error_number([&] { (void)files().state(folder.name("none.mp3")); }), 53);
 }
 
 TEST_F(FileSystemTest, MissingRightsToOpenAreAnAccessError) {

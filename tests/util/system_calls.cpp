@@ -75,6 +75,7 @@ ssize_t __real_pwrite64(int file, const void* from, size_t count, off64_t offset
 ssize_t __real_copy_file_range(int from, off64_t* from_offset, int to, off64_t* to_offset,
                                size_t count, unsigned flags);
 int __real_fsync(int file);
+int __real_fdatasync(int file);
 int __real_ftruncate64(int file, off64_t length);
 int __real_close(int file);
 ssize_t __real_getrandom(void* into, size_t count, unsigned flags);
@@ -133,6 +134,15 @@ int __wrap_fsync(int file) {
         return -1;
     }
     return __real_fsync(file);
+}
+
+int __wrap_fdatasync(int file) {
+    const CallOutcome outcome = SystemCalls::outcome_of(SystemCall::Sync, 0, 0);
+    if (outcome.error != 0) {
+        errno = outcome.error;
+        return -1;
+    }
+    return __real_fdatasync(file);
 }
 
 int __wrap_ftruncate64(int file, off64_t length) {

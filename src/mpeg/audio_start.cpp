@@ -1,0 +1,119 @@
+#include "mpeg/audio_start.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <utility>
+
+#include "util/find_byte.h"
+
+namespace brindle {
+
+namespace {
+
+// The 32 bits at a position; 0, which is no header, where the file ends.
+std::uint32_t bits_at(FileWindow& file, std::int64_t position) {
+    const auto bytes = file.view(position, kHeaderBytes);
+    return bytes.size() < kHeaderBytes ? 0 : header_bits(bytes.data());
+}
+
+// How long the frame of a header may be. The analyser counts the padding of Layer I as two slots,
+// encoders write one.
+struct FrameLengths {
+    std::array<std::int32_t, 2> values{};
+    std::size_t count = 0;
+};
+
+FrameLengths lengths_of(std::uint32_t bits) {
+    constexpr std::int32_t kSlot = 4;
+    const std::optional<FrameHeader> header = parse_frame_header(bits);
+    if (!header) {
+        return {};
+    }
+    const bool is_padded_layer1 = (bits & kLayerMask) == kLayer1 && (bits & kPaddingMask) != 0;
+    return {{header->length, header->length - kSlot}, is_padded_layer1 ? 2U : 1U};
+}
+
+// Whether `headers` more headers of that kind follow each other from `position` on. The last frame
+// need not be whole.
+bool is_run_at(FileWindow& file, std::int64_t position, FrameKind kind, int headers) {
+    const std::uint32_t bits = bits_at(file, position);
+    const FrameLengths lengths = lengths_of(bits);
+    if (lengths.count == 0 || kind_of(bits) != kind) {
+        return false;
+    }
+    if (headers == 1) {
+        return true;
+    }
+    return std::any_of(
+        lengths.values.begin(), lengths.values.begin() + static_cast<std::ptrdiff_t>(lengths.count),
+        [&](std::int32_t length) { return is_run_at(file, position + length, kind, headers - 1); });
+}
+
+bool may_begin_audio(FileWindow& file, std::int64_t position,
+                     const std::optional<StreamKinds>& accepted) {
+    constexpr int kHeadersOfARun = 3;
+    const std::uint32_t bits = bits_at(file, position);
+    if (!is_header_of_any_rate(bits)) {
+        return false;
+    }
+    return !accepted || accepted->contain(kind_of(bits)) ||
+           is_run_at(file, position, kind_of(bits), kHeadersOfARun);
+}
+
+}  // namespace
+
+std::optional<FrameKind> frame_kind_at(FileWindow& file, std::int64_t position) {
+    const std::uint32_t bits = bits_at(file, position);
+    return parse_frame_header(bits) ? std::optional(kind_of(bits)) : std::nullopt;
+}
+
+bool is_any_header_at(FileWindow& file, std::int64_t position) {
+    return is_header_of_any_rate(bits_at(file, position));
+}
+
+std::optional<std::int64_t> find_audio(FileWindow& file, const ByteRange& range,
+                                       const std::optional<StreamKinds>& accepted) {
+    for (std::int64_t position = range.begin; position < range.end; ++position) {
+        file.keep_from(position);
+        const auto block = file.view_block(position, kHeaderBytes);
+        if (block.size() < kHeaderBytes) {
+            break;
+        }
+        const std::size_t sync = find_byte(block, kSyncByte);
+        position += static_cast<std::int64_t>(sync);
+        if (sync == block.size()) {
+            --position;  // the next round begins after the block
+        } else if (position < range.end && may_begin_audio(file, position, accepted)) {
+            return position;
+        }
+    }
+    return std::nullopt;
+}
+
+bool frame_ends_at(FileWindow& file, std::int64_t begin, std::int64_t position) {
+    const std::uint32_t next = bits_at(file, position);
+    const bool has_next = is_header_of_any_rate(next);
+    const bool is_free_format = has_next && !parse_frame_header(next);
+    const std::int64_t earliest = std::max(begin, position - kLongestFrame);
+    const auto bytes = file.view(earliest, static_cast<std::size_t>(position - earliest));
+    for (std::size_t at = find_byte(bytes, kSyncByte); at + kHeaderBytes <= bytes.size();
+         at += 1 + find_byte(bytes.subspan(at + 1), kSyncByte)) {
+        const std::uint32_t bits = header_bits(bytes.data() + at);
+        if (!is_header_of_any_rate(bits) || (has_next && kind_of(bits) != kind_of(next))) {
+            continue;
+        }
+        if (is_free_format && (bits & kBitRateMask) == 0) {
+            return true;  // nobody knows where such a frame ends
+        }
+        const FrameLengths lengths = lengths_of(bits);
+        for (std::size_t i = 0; i < lengths.count; ++i) {
+            if (std::cmp_equal(at + static_cast<std::size_t>(lengths.values.at(i)), bytes.size())) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+}  // namespace brindle

@@ -1,0 +1,125 @@
+#include "util/file_content.h"
+
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "support/memory_files.h"
+#include "util/error_number.h"
+
+namespace brindle {
+namespace {
+
+using test::Bytes;
+using test::error_number;
+
+class FileContentTest : public testing::Test {
+protected:
+    void SetUp() override {
+        files.put(u"digits", "0123456789");
+        files.put(u"letters", "abcdefghij");
+        digits = files.open(u"digits", OpenMode::Read);
+        letters = files.open(u"letters", OpenMode::Read);
+    }
+    static Bytes read(const FileContent& content, std::int64_t offset, std::size_t count) {
+        Bytes bytes(count, 0);
+        return bytes.first(content.read_at(offset, bytes));
+    }
+    // As copy_to() writes it.
+    Bytes copy_of(const FileContent& content) {
+        files.put(u"copy", {});
+        content.copy_to(*files.open(u"copy", OpenMode::ReadWrite), nullptr);
+        return files.content(u"copy");
+    }
+
+    test::MemoryFiles files;
+    std::unique_ptr<BinaryFile> digits;
+    std::unique_ptr<BinaryFile> letters;
+};
+
+TEST_F(FileContentTest, OfNothingIsEmpty) {
+    const FileContent content;
+    EXPECT_EQ(content.size(), 0);
+    EXPECT_EQ(read(content, 0, 5), Bytes());
+    EXPECT_EQ(copy_of(content), Bytes());
+}
+
+TEST_F(FileContentTest, RunsThroughMemoryAndFilesInTheirOrder) {
+    const Bytes middle = "--";
+    FileContent content;
+    content.append(*digits, {2, 5});
+    content.append(middle);
+    content.append(*letters, {0, 3});
+    EXPECT_EQ(content.size(), 8);
+    EXPECT_EQ(read(content, 0, 8), Bytes("234--abc"));
+    EXPECT_EQ(read(content, 2, 3), Bytes("4--"));
+    EXPECT_EQ(read(content, 4, 9), Bytes("-abc"));
+    EXPECT_EQ(read(content, 8, 9), Bytes());
+    EXPECT_EQ(copy_of(content), Bytes("234--abc"));
+}
+
+TEST_F(FileContentTest, EmptyPiecesAddNothing) {
+    FileContent content;
+    content.append(*digits, {5, 5});
+    content.append(*digits, {7, 3});
+    content.append(std::span<const std::uint8_t>());
+    content.append(*digits, {1, 2});
+    EXPECT_EQ(read(content, 0, 9), Bytes("1"));
+}
+
+TEST_F(FileContentTest, PartsOfAnotherContentAreTaken) {
+    const Bytes middle = "<->";
+    FileContent whole;
+    whole.append(*digits, {0, 4});
+    whole.append(middle);
+    whole.append(*letters, {0, 4});
+    struct Row {
+        ByteRange range;
+        const char* expected;
+    };
+    for (const Row& row : {Row{{0, 11}, "0123<->abcd"}, Row{{2, 5}, "23<"}, Row{{5, 6}, "-"},
+                           Row{{6, 9}, ">ab"}, Row{{8, 10}, "bc"}, Row{{4, 4}, ""}}) {
+        FileContent part;
+        part.append(whole, row.range);
+        EXPECT_EQ(read(part, 0, 20), Bytes(row.expected));
+        EXPECT_EQ(copy_of(part), Bytes(row.expected));
+        EXPECT_EQ(part.size(), row.range.length());
+    }
+}
+
+// Or bytes after the missing ones would stand in their place.
+TEST_F(FileContentTest, FileThatWasCutEndsTheReading) {
+    FileContent content;
+    content.append(*digits, {0, 10});
+    content.append(*letters, {0, 2});
+    files.open(u"digits", OpenMode::ReadWrite)->set_length(4);
+    EXPECT_EQ(read(content, 0, 20), Bytes("0123"));
+    EXPECT_EQ(error_number([&] { copy_of(content); }), 62);
+}
+
+TEST_F(FileContentTest, FileOfItIsRead) {
+    FileContent content;
+    content.append(*digits, {3, 6});
+    ContentFile file(content);
+    Bytes bytes(5, 0);
+    EXPECT_EQ(file.length(), 3);
+    EXPECT_EQ(file.state().length, 3);
+    EXPECT_EQ(bytes.first(file.read_at(1, bytes)), Bytes("45"));
+}
+
+TEST_F(FileContentTest, FileOfItCannotBeChanged) {
+    FileContent content;
+    content.append(*digits, {3, 6});
+    ContentFile file(content);
+    EXPECT_EQ(error_number([&] { file.write_at(0, Bytes("a")); }), 5);
+    EXPECT_EQ(error_number([&] { file.copy_from(*digits, 0, 0, 1); }), 5);
+    EXPECT_EQ(error_number([&] { file.set_length(1); }), 5);
+    EXPECT_EQ(error_number([&] { file.flush(); }), 5);
+    EXPECT_EQ(error_number([&] { file.flush_data(); }), 5);
+    file.close();
+    EXPECT_EQ(files.content(u"digits"), Bytes("0123456789"));
+    EXPECT_EQ(files.open_files(), 2U);
+}
+
+}  // namespace
+}  // namespace brindle
