@@ -38,7 +38,7 @@ struct SaveLayout {
 
 // Lays a built tag into `area` of `file`, or in front of what is kept of it.
 [[nodiscard]] SaveLayout lay_out(const FileContent& file, const TagArea& area,
-                                 std::vector<std::uint8_t> tag);
+                                 std::span<const std::uint8_t> tag);
 
 // Error 6, in words.
 void require_addressable_length(std::int64_t length);

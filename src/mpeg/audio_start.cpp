@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <utility>
+#include <vector>
 
 #include "util/find_byte.h"
 
@@ -50,6 +51,19 @@ bool is_run_at(FileWindow& file, std::int64_t position, FrameKind kind, int head
         [&](std::int32_t length) { return is_run_at(file, position + length, kind, headers - 1); });
 }
 
+// Frames of free format tell nothing of their length, but all of a stream have the same, give or
+// take a slot: whether the next one after `position` ends where `length` says.
+bool goes_on_so(FileWindow& file, std::int64_t position, std::int64_t length, std::uint32_t bits) {
+    constexpr std::int64_t kSlot = 4;
+    for (std::int64_t next = position + length - kSlot; next <= position + length + kSlot; ++next) {
+        if (const std::uint32_t found = bits_at(file, next);
+            is_header_of_any_rate(found) && kind_of(found) == kind_of(bits)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool may_begin_audio(FileWindow& file, std::int64_t position,
                      const std::optional<StreamKinds>& accepted) {
     constexpr int kHeadersOfARun = 3;
@@ -70,6 +84,16 @@ std::optional<FrameKind> frame_kind_at(FileWindow& file, std::int64_t position) 
 
 bool is_any_header_at(FileWindow& file, std::int64_t position) {
     return is_header_of_any_rate(bits_at(file, position));
+}
+
+bool holds_header(std::span<const std::uint8_t> bytes) {
+    for (std::size_t at = find_byte(bytes, kSyncByte); at + kHeaderBytes <= bytes.size();
+         at += 1 + find_byte(bytes.subspan(at + 1), kSyncByte)) {
+        if (is_header_of_any_rate(header_bits(bytes.data() + at))) {
+            return true;
+        }
+    }
+    return false;
 }
 
 std::optional<std::int64_t> find_audio(FileWindow& file, const ByteRange& range,
@@ -96,15 +120,18 @@ bool frame_ends_at(FileWindow& file, std::int64_t begin, std::int64_t position) 
     const bool has_next = is_header_of_any_rate(next);
     const bool is_free_format = has_next && !parse_frame_header(next);
     const std::int64_t earliest = std::max(begin, position - kLongestFrame);
-    const auto bytes = file.view(earliest, static_cast<std::size_t>(position - earliest));
+    file.keep_from(earliest);
+    const auto last = file.view(earliest, static_cast<std::size_t>(position - earliest));
+    const std::vector<std::uint8_t> bytes(last.begin(), last.end());  // the window moves on
     for (std::size_t at = find_byte(bytes, kSyncByte); at + kHeaderBytes <= bytes.size();
-         at += 1 + find_byte(bytes.subspan(at + 1), kSyncByte)) {
+         at += 1 + find_byte(std::span(bytes).subspan(at + 1), kSyncByte)) {
         const std::uint32_t bits = header_bits(bytes.data() + at);
         if (!is_header_of_any_rate(bits) || (has_next && kind_of(bits) != kind_of(next))) {
             continue;
         }
-        if (is_free_format && (bits & kBitRateMask) == 0) {
-            return true;  // nobody knows where such a frame ends
+        if (is_free_format && (bits & kBitRateMask) == 0 &&
+            goes_on_so(file, position, static_cast<std::int64_t>(bytes.size() - at), bits)) {
+            return true;
         }
         const FrameLengths lengths = lengths_of(bits);
         for (std::size_t i = 0; i < lengths.count; ++i) {

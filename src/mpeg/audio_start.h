@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 
 #include "mpeg/frame_header.h"
 #include "util/byte_range.h"
@@ -34,6 +35,9 @@ struct AcceptedFrame {
 // ones.
 [[nodiscard]] std::optional<std::int64_t> find_audio(FileWindow& file, const ByteRange& range,
                                                      const std::optional<StreamKinds>& accepted);
+
+// Whether a header stands anywhere in the bytes, that of a free-format frame included.
+[[nodiscard]] bool holds_header(std::span<const std::uint8_t> bytes);
 
 // Whether a frame of the kind of the header at `position` ends exactly there and begins in the
 // last bytes before it, at `begin` or later. Where no header stands, frames of any kind count.
