@@ -123,10 +123,17 @@ public:
     void set_length(std::int64_t length) override {
         files_.count_or_raise(FileCall::SetLength, name_);
         writable_content().resize(static_cast<std::size_t>(length));
+        files_.record([&] { return LengthSet{name_, static_cast<std::size_t>(length)}; });
     }
 
-    void flush() override { files_.count_or_raise(FileCall::Flush, name_); }
-    void flush_data() override { files_.count_or_raise(FileCall::FlushData, name_); }
+    void flush() override {
+        files_.count_or_raise(FileCall::Flush, name_);
+        files_.record([&] { return Flushed{name_}; });
+    }
+    void flush_data() override {
+        files_.count_or_raise(FileCall::FlushData, name_);
+        files_.record([&] { return Flushed{name_}; });
+    }
 
     void close() override {
         let_go();
@@ -176,6 +183,7 @@ private:
         all.resize(std::max(all.size(), begin + bytes.size()));
         std::copy(bytes.begin(), bytes.end(), all.begin() + static_cast<std::ptrdiff_t>(begin));
         files_.bytes_written_ += bytes.size();
+        files_.record([&] { return Written{name_, begin, {bytes.begin(), bytes.end()}}; });
     }
 
     MemoryFiles& files_;
@@ -288,6 +296,7 @@ std::unique_ptr<BinaryFile> MemoryFiles::open(const String& name, OpenMode mode)
             throw Error(RuntimeError::FileNotFound);
         }
         put(target, {});
+        record([&] { return Created{target}; });
     }
     return handle(target, mode);
 }
@@ -348,6 +357,7 @@ bool MemoryFiles::clone(BinaryFile& from, BinaryFile& to) {
         return false;
     }
     target.writable_content() = source.open_content();
+    record([&] { return Written{target.name_, 0, source.open_content()}; });
     return true;
 }
 
@@ -362,6 +372,7 @@ std::unique_ptr<BinaryFile> MemoryFiles::create_beside(const String& neighbour, 
     put(unique, {});
     try {
         auto created = handle(unique, OpenMode::ReadWrite);
+        record([&] { return Created{unique}; });
         name = std::move(unique);
         return created;
     } catch (...) {
@@ -388,6 +399,7 @@ void MemoryFiles::remove(const String& name) {
     }
     refuse_if_open(name);
     files_.erase(name);
+    record([&] { return Removed{name}; });
 }
 
 void MemoryFiles::replace(const String& from, const String& to) {
@@ -406,10 +418,12 @@ void MemoryFiles::replace(const String& from, const String& to) {
     links_.erase(to);  // a rename replaces the link itself
     files_[to] = files_[from];
     files_.erase(from);
+    record([&] { return Renamed{from, to}; });
 }
 
 void MemoryFiles::flush_folder_of(const String& name) {
     count_or_raise(FileCall::FlushFolder, name);
+    record([] { return FolderFlushed{}; });
 }
 
 }  // namespace brindle::test

@@ -15,6 +15,7 @@
 #include <brindle/values.h>
 
 #include "support/bytes.h"
+#include "support/file_operation.h"
 #include "util/binary_file.h"
 
 namespace brindle::test {
@@ -108,6 +109,8 @@ public:
     // In the order in which they came, failed ones too.
     [[nodiscard]] const std::vector<LoggedCall>& log() const { return log_; }
     void reset_counts();
+    // Adds every change that is made from now on, with its bytes, to `operations`.
+    void record_into(std::vector<FileOperation>& operations) { operations_ = &operations; }
 
     // --- what goes wrong ---
 
@@ -154,6 +157,13 @@ private:
     [[nodiscard]] bool is_folder(const String& name) const;
     [[nodiscard]] std::unique_ptr<BinaryFile> handle(const String& name, OpenMode mode);
     void refuse_if_open(const String& name) const;
+    // Allocates nothing while nobody records: tests let memory run out.
+    template <typename MakeOperation>
+    void record(MakeOperation make_operation) {
+        if (operations_ != nullptr) {
+            operations_->push_back(make_operation());
+        }
+    }
 
     std::map<String, Content> files_;
     std::map<String, String> links_;
@@ -170,6 +180,7 @@ private:
     std::uint64_t bytes_read_ = 0;
     std::uint64_t bytes_written_ = 0;
     std::vector<LoggedCall> log_;
+    std::vector<FileOperation>* operations_ = nullptr;
 
     std::optional<Fault> fault_;
     std::uint64_t calls_until_fault_ = 0;
