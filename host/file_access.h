@@ -16,6 +16,10 @@ namespace brindle::host {
 // Why it can't be opened, or nothing.
 [[nodiscard]] std::optional<std::string> reason_against_reading(const std::string& name);
 
+// Why it can't be written, or nothing; and why no other file can take its place.
+[[nodiscard]] std::optional<std::string> reason_against_writing(const std::string& name);
+[[nodiscard]] std::optional<std::string> reason_against_replacing(const std::string& name);
+
 // `count` bytes of a file from an offset on, fewer where it ends or can't be read.
 [[nodiscard]] std::string read_bytes(const std::string& name, std::int64_t offset,
                                      std::size_t count);

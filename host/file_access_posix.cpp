@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <system_error>
 #include <unistd.h>
 
@@ -42,6 +43,28 @@ std::optional<std::string> reason_against_reading(const std::string& name) {
         return system_reason(errno);
     }
     close(file);
+    return std::nullopt;
+}
+
+std::optional<std::string> reason_against_writing(const std::string& name) {
+    if (faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) != 0) {
+        return system_reason(errno);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> reason_against_replacing(const std::string& name) {
+    if (auto reason = reason_against_writing(name)) {
+        return reason;
+    }
+    std::error_code error;
+    const auto folder = std::filesystem::canonical(name, error).parent_path();
+    if (error) {
+        return error.message();
+    }
+    if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+        return system_reason(errno) + " to make a file in its folder";
+    }
     return std::nullopt;
 }
 

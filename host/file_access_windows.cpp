@@ -51,6 +51,18 @@ std::optional<std::string> reason_against_reading(const std::string& name) {
     return std::nullopt;
 }
 
+std::optional<std::string> reason_against_writing(const std::string& name) {
+    const WindowsHandle file(name, GENERIC_READ | GENERIC_WRITE);
+    if (!file.is_open()) {
+        return system_reason(GetLastError());
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> reason_against_replacing(const std::string& name) {
+    return reason_against_writing(name);
+}
+
 std::string read_bytes(const std::string& name, std::int64_t offset, std::size_t count) {
     const WindowsHandle file(name, GENERIC_READ);
     LARGE_INTEGER place{};

@@ -1,9 +1,29 @@
 #include "file_batch.h"
 
+#include <new>
+
+#include <brindle/error.h>
+
+#include "file_change.h"
 #include "interruption.h"
 #include "standard_streams.h"
 
 namespace brindle::host {
+
+namespace {
+
+// Whatever goes wrong with one file is that file's: the next ones are done all the same.
+std::optional<std::string> outcome_of(const FileStep& step, const std::string& name) {
+    try {
+        return step(name);
+    } catch (const Error& error) {
+        return reason_of(error);
+    } catch (const std::bad_alloc&) {
+        return "Out of memory";
+    }
+}
+
+}  // namespace
 
 ExitStatus for_each_file(const std::vector<std::string>& names, const FileStep& step) {
     watch_for_interruption(SecondSignal::Ignored);
@@ -13,7 +33,7 @@ ExitStatus for_each_file(const std::vector<std::string>& names, const FileStep& 
         if (is_interrupted()) {
             break;
         }
-        if (const std::optional<std::string> reason = step(name)) {
+        if (const std::optional<std::string> reason = outcome_of(step, name)) {
             ++failed;
             write_error(name, *reason);
         }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -17,6 +18,8 @@ struct FileState {
     std::uint32_t mode = 0;
     std::uint32_t owner = 0;
     std::uint32_t group = 0;
+    std::uint64_t links = 1;                             // names of the file
+    std::map<std::string, std::string> user_attributes;  // those of "user.", by name
 
     [[nodiscard]] bool is_same_file(const FileState& other) const {
         return volume == other.volume && number == other.number;
@@ -26,9 +29,9 @@ struct FileState {
 // Nothing when the system does not tell.
 [[nodiscard]] std::optional<FileState> state_of(const std::string& name);
 
-// Gives a saved file its modification time back and, where it was rebuilt, its mode and (for root)
-// its owner. The answer is why that could not be done, or nothing.
-[[nodiscard]] std::optional<std::string> restore_state(const std::string& name,
-                                                       const FileState& before);
+// Gives a saved file its modification time back. The answer is why that could not be done, or
+// nothing.
+[[nodiscard]] std::optional<std::string> restore_modification_time(const std::string& name,
+                                                                   const FileState& before);
 
 }  // namespace brindle::host

@@ -1,10 +1,14 @@
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <string_view>
 #include <system_error>
-#include <unistd.h>
 
 #include <sys/stat.h>
+#ifdef __linux__
+#include <sys/xattr.h>
+#endif
 
 #include "file_state.h"
 
@@ -14,9 +18,30 @@ namespace {
 
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
 
-std::string failure(const char* what) {
-    return std::string("Saved, but ") + what +
-           " could not be put back: " + std::generic_category().message(errno);
+std::map<std::string, std::string> user_attributes_of(const std::string& name) {
+    std::map<std::string, std::string> attributes;
+#ifdef __linux__
+    constexpr std::string_view kPrefix = "user.";
+    const ssize_t size = listxattr(name.c_str(), nullptr, 0);
+    std::string names(static_cast<std::size_t>(std::max<ssize_t>(size, 0)), '\0');
+    const ssize_t listed = listxattr(name.c_str(), names.data(), names.size());
+    names.resize(static_cast<std::size_t>(std::max<ssize_t>(listed, 0)));
+    for (std::size_t begin = 0; begin < names.size();) {
+        const std::string attribute = names.c_str() + begin;
+        begin += attribute.size() + 1;
+        if (std::string_view(attribute).substr(0, kPrefix.size()) != kPrefix) {
+            continue;
+        }
+        const ssize_t length = getxattr(name.c_str(), attribute.c_str(), nullptr, 0);
+        std::string value(static_cast<std::size_t>(std::max<ssize_t>(length, 0)), '\0');
+        if (getxattr(name.c_str(), attribute.c_str(), value.data(), value.size()) >= 0) {
+            attributes.emplace(attribute, value);
+        }
+    }
+#else
+    static_cast<void>(name);
+#endif
+    return attributes;
 }
 
 }  // namespace
@@ -32,24 +57,13 @@ std::optional<FileState> state_of(const std::string& name) {
                      .modified = status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec,
                      .mode = status.st_mode,
                      .owner = status.st_uid,
-                     .group = status.st_gid};
+                     .group = status.st_gid,
+                     .links = status.st_nlink,
+                     .user_attributes = user_attributes_of(name)};
 }
 
-std::optional<std::string> restore_state(const std::string& name, const FileState& before) {
-    constexpr mode_t kPermissions = 07777;
-    const std::optional<FileState> now = state_of(name);
-    if (!now) {
-        return failure("the modification time");
-    }
-    // The owner first: a change of it takes some permissions away.
-    const bool is_owner_kept = now->owner == before.owner && now->group == before.group;
-    if (!is_owner_kept && geteuid() == 0 && chown(name.c_str(), before.owner, before.group) != 0) {
-        return failure("the owner");
-    }
-    if ((now->mode != before.mode || !is_owner_kept) &&
-        chmod(name.c_str(), before.mode & kPermissions) != 0) {
-        return failure("the mode");
-    }
+std::optional<std::string> restore_modification_time(const std::string& name,
+                                                     const FileState& before) {
     // Before 1970 the rest is counted down from the second; the system wants it counted up.
     std::int64_t seconds = before.modified / kNanoseconds;
     std::int64_t rest = before.modified % kNanoseconds;
@@ -59,7 +73,8 @@ std::optional<std::string> restore_state(const std::string& name, const FileStat
     }
     const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, timespec{seconds, rest}};
     if (utimensat(AT_FDCWD, name.c_str(), times.data(), 0) != 0) {
-        return failure("the modification time");
+        return "Saved, but the modification time could not be put back: " +
+               std::generic_category().message(errno);
     }
     return std::nullopt;
 }

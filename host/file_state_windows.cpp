@@ -23,12 +23,14 @@ std::optional<FileState> state_of(const std::string& name) {
     state.volume = found.dwVolumeSerialNumber;
     state.number = joined(found.nFileIndexHigh, found.nFileIndexLow);
     state.size = static_cast<std::int64_t>(joined(found.nFileSizeHigh, found.nFileSizeLow));
+    state.links = found.nNumberOfLinks;
     state.modified =
         static_cast<std::int64_t>(joined(modified.dwHighDateTime, modified.dwLowDateTime));
     return state;
 }
 
-std::optional<std::string> restore_state(const std::string& name, const FileState& before) {
+std::optional<std::string> restore_modification_time(const std::string& name,
+                                                     const FileState& before) {
     const WindowsHandle file(name, FILE_WRITE_ATTRIBUTES);
     ULARGE_INTEGER ticks{};
     ticks.QuadPart = static_cast<std::uint64_t>(before.modified);

@@ -10,8 +10,8 @@
 
 #include "commands.h"
 #include "file_batch.h"
-#include "file_state.h"
-#include "input_file.h"
+#include "file_change.h"
+#include "outcome_text.h"
 #include "plan_text.h"
 #include "printable_text.h"
 #include "set_edits.h"
@@ -30,6 +30,7 @@ struct SetOptions {
     bool dry_run = false;
     bool preserve = false;
     bool force = false;
+    bool atomic = false;
     std::vector<std::string> files;
 };
 
@@ -37,32 +38,23 @@ struct SetOptions {
 class FileToSet {
 public:
     FileToSet(const std::string& name, const SetOptions& options)
-        : name_(name), options_(options) {}
+        : change_(name), options_(options) {}
 
     using Failure = std::optional<std::string>;
 
     Failure run() {
-        if (Failure reason = open_file(header_, name_)) {
+        if (Failure reason = change_.open(header_)) {
             return reason;
         }
-        before_ = state_of(name_);
         had_record_ = has_record();
-        try {
-            return is_converted() ? set_converted() : set_directly();
-        } catch (const Error& error) {
-            return std::string(error.what());
-        }
+        plan_ = plan_save(header_);
+        return plan_.tag_version == kConvertedVersion ? set_converted() : set_directly();
     }
 
 private:
     [[nodiscard]] bool has_record() const {
         const eTagType type = header_.TagType();
         return type == v1TagOnly || type == v1andv2TagsBothPresent;
-    }
-
-    bool is_converted() {
-        plan_ = plan_save(header_);
-        return plan_.tag_version == kConvertedVersion;
     }
 
     Failure set_directly() {
@@ -79,35 +71,55 @@ private:
             });
         };
         std::erase_if(plan_.losses, is_replaced);
-        if (options_.dry_run || is_refused()) {
+        if (options_.dry_run) {
             return finish(assign());
         }
-        header_.SaveAllInfo();
-        header_.FileName(from_utf8(name_));
+        if (Failure reason = refusal()) {
+            return reason;
+        }
+        header_.SaveAllInfo(change_.save_options(options_.atomic));
+        header_.FileName(from_utf8(change_.name()));
         const std::string changes = assign();
         return finish(changes);
     }
 
-    [[nodiscard]] bool is_refused() const { return !plan_.losses.empty() && !options_.force; }
+    [[nodiscard]] Failure refusal() const {
+        if (plan_.refusal) {
+            return reason_of(*plan_.refusal);
+        }
+        if (!plan_.losses.empty() && !options_.force) {
+            return "saving would lose " + losses_text(plan_.losses) +
+                   "; --force saves all the same";
+        }
+        return plan_.loses_stream && !options_.force ? Failure(lost_stream_text()) : std::nullopt;
+    }
+
+    [[nodiscard]] SaveWay way() const {
+        return plan_.fits && !options_.atomic ? SaveWay::InPlace : SaveWay::Replace;
+    }
 
     Failure finish(const std::string& changes) {
         if (options_.dry_run) {
-            write_output(printable(name_) + ": dry run, nothing is written\n" + changes + plan());
+            write_output(printable(change_.name()) + ": dry run, nothing is written\n" + changes +
+                         plan());
         }
-        if (is_refused()) {
-            return "Saving would lose " + losses_text(plan_.losses) +
-                   "; --force saves all the same";
+        if (Failure reason = refusal()) {
+            return reason;
         }
         if (options_.dry_run) {
-            return std::nullopt;
+            return change_.reason_against(way());
         }
-        header_.SaveAllInfo();
-        if (options_.preserve && before_) {
-            if (Failure reason = restore_state(name_, *before_)) {
+        header_.SaveAllInfo(change_.save_options(options_.atomic));
+        const auto remarks = change_.remarks();
+        if (!remarks) {
+            return "saved, but another program has removed it since";
+        }
+        if (options_.preserve) {
+            if (Failure reason = change_.restore_modification_time()) {
                 return reason;
             }
         }
-        write_output(printable(name_) + ": " + outcome() + "\n");
+        write_output(printable(change_.name()) + ": " + outcome() + remarks_text(*remarks) + "\n");
         return std::nullopt;
     }
 
@@ -162,29 +174,52 @@ private:
     [[nodiscard]] bool is_of_version2() const { return plan_.tag_version == kConvertedVersion; }
 
     [[nodiscard]] std::string outcome() const {
-        const std::optional<FileState> after = state_of(name_);
         std::string text;
         if (is_of_version2()) {
             text = "ID3v2.2 tag converted and file rebuilt";
-        } else if (before_ && after && after->is_same_file(*before_)) {
+        } else if (!change_.is_rebuilt()) {
             text = "ID3v2 tag written in place (" + std::to_string(plan_.needed_length) + " of " +
                    std::to_string(plan_.tag_area) + " bytes)";
+        } else if (plan_.fits) {
+            text = "file rebuilt with an ID3v2 tag of the same length (" +
+                   std::to_string(plan_.needed_length) + " of " + std::to_string(plan_.tag_area) +
+                   " bytes)";
         } else {
             text = "file rebuilt with a larger ID3v2 tag (" + std::to_string(plan_.needed_length) +
                    " bytes and padding)";
         }
-        text += had_record_ ? ", ID3v1 record overwritten" : ", ID3v1 record appended";
+        text += ", " + record_outcome();
         if (!plan_.losses.empty()) {
             text += ", lost " + losses_text(plan_.losses);
         }
-        return text;
+        return text + tag_outcome();
     }
 
-    const std::string& name_;
+    // Looked up in the file as it stands now.
+    [[nodiscard]] std::string record_outcome() const {
+        cMPEGHeader now;
+        now.FileName(from_utf8(change_.name()));
+        const eTagType type = now.TagType();
+        if (type != v1TagOnly && type != v1andv2TagsBothPresent) {
+            return "no ID3v1 record (the file is too short for one)";
+        }
+        return had_record_ ? "ID3v1 record overwritten" : "ID3v1 record appended";
+    }
+
+    [[nodiscard]] std::string tag_outcome() const {
+        cMPEGHeader now;
+        now.FileName(from_utf8(change_.name()));
+        const eTagType type = now.TagType();
+        return type == v2TagOnly || type == v1andv2TagsBothPresent
+                   ? ""
+                   : "; hosts will not find the tag: they look for one in files of 4,098 bytes or "
+                     "more";
+    }
+
+    FileChange change_;
     const SetOptions& options_;
     cMPEGHeader header_;
     SavePlan plan_;
-    std::optional<FileState> before_;
     bool had_record_ = false;
 };
 
@@ -212,9 +247,16 @@ void add_set(CLI::App& program, Command& chosen) {
         ->disable_flag_override();
     command
         ->add_flag("--preserve", options->preserve,
-                   "Keep the modification time, and mode and owner of a rebuilt file")
+                   "Keep the modification time")
         ->disable_flag_override();
-    command->add_flag("--force", options->force, "Save also when frames would be lost")
+    command
+        ->add_flag("--force", options->force,
+                   "Save also when frames would be lost, or hosts would find no stream afterwards")
+        ->disable_flag_override();
+    command
+        ->add_flag("--atomic", options->atomic,
+                   "Write a new file also when the tag fits in place: a power cut leaves the old "
+                   "file or the new one")
         ->disable_flag_override();
     add_operands(*command, "FILE", options->files,
                  "Files whose names end in mp3 or mp2; after -- they may begin with a dash");

@@ -1,16 +1,16 @@
 // brindle strip: takes tags off.
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <optional>
 
 #include <brindle/cMPEGHeader.h>
+#include <brindle/save_plan.h>
 
 #include "commands.h"
 #include "file_access.h"
 #include "file_batch.h"
-#include "file_state.h"
-#include "input_file.h"
+#include "file_change.h"
+#include "outcome_text.h"
 #include "printable_text.h"
 #include "standard_streams.h"
 
@@ -24,6 +24,7 @@ struct StripOptions {
     bool all = false;
     bool dry_run = false;
     bool preserve = false;
+    bool force = false;
     std::vector<std::string> files;
 
     [[nodiscard]] eTagType tags() const {
@@ -31,77 +32,66 @@ struct StripOptions {
     }
 };
 
-// Stripping also takes a record off that begins with "tag", which nobody reads.
-bool has_record(const std::string& name) {
-    constexpr std::int64_t kRecord = 128;
-    constexpr std::size_t kIdentifier = 3;
-    const std::optional<FileState> state = state_of(name);
-    if (!state || state->size < kRecord) {
-        return false;
-    }
-    const std::string identifier = read_bytes(name, state->size - kRecord, kIdentifier);
-    return identifier == "TAG" || identifier == "tag";
-}
-
-bool has_tag(const cMPEGHeader& header) {
-    const eTagType type = header.TagType();
-    return type == v2TagOnly || type == v1andv2TagsBothPresent;
-}
-
-std::string tags_text(bool record, bool tag) {
-    return record && tag ? "ID3v1 record and ID3v2 tag" : record ? "ID3v1 record" : "ID3v2 tag";
+std::string tags_text(const StripPlan& plan) {
+    return plan.record_bytes != 0 && plan.tag_bytes != 0 ? "ID3v1 record and ID3v2 tag"
+           : plan.record_bytes != 0                      ? "ID3v1 record"
+                                                         : "ID3v2 tag";
 }
 
 // Files of 2 GiB and more are never stripped, but those without tags need not be.
-bool is_beyond_reach(const std::optional<FileState>& state) {
-    return state && state->size > std::numeric_limits<std::int32_t>::max();
+bool has_no_tag(const cMPEGHeader& header, const std::string& name, std::int64_t size) {
+    constexpr std::int64_t kRecord = 128;
+    constexpr std::size_t kIdentifier = 3;
+    const std::string identifier = read_bytes(name, size - kRecord, kIdentifier);
+    constexpr auto kUntagged = static_cast<eTagType>(-1);
+    return header.TagType() == kUntagged && identifier != "TAG" && identifier != "tag";
 }
 
 // Why the file failed, or nothing.
 std::optional<std::string> strip_file(const std::string& name, const StripOptions& options) {
     cMPEGHeader header;
-    if (auto reason = open_file(header, name)) {
+    FileChange change(name);
+    if (auto reason = change.open(header)) {
         return reason;
     }
-    const bool record = !options.v2 && has_record(name);
-    const bool tag = !options.v1 && has_tag(header);
-    const std::optional<FileState> before = state_of(name);
-    if (!record && !tag && (options.dry_run || is_beyond_reach(before))) {
+    const StripPlan plan = plan_strip(header, options.tags());
+    const std::int64_t bytes = plan.tag_bytes + plan.record_bytes;
+    if (plan.refusal && !(change.before() && has_no_tag(header, name, change.before()->size))) {
+        return reason_of(*plan.refusal);
+    }
+    if (bytes == 0) {
         write_output(printable(name) + ": no tag\n");
         return std::nullopt;
+    }
+    if (plan.loses_stream && !options.force) {
+        return lost_stream_text();
     }
     if (options.dry_run) {
-        write_output(printable(name) + ": dry run, would strip " + tags_text(record, tag) + "\n");
+        if (auto reason = change.reason_against(SaveWay::Replace)) {
+            return reason;
+        }
+        write_output(printable(name) + ": dry run, would strip " + tags_text(plan) + "\n");
         return std::nullopt;
     }
-    // Also when no tag was seen: a file that could not be read looks like one without.
-    if (!header.StripTags(options.tags())) {
-        return "The tags could not be stripped";
+    header.RemoveTags(options.tags(), change.save_options());
+    const auto remarks = change.remarks();
+    if (!remarks) {
+        return "Stripped, but another program has removed it since";
     }
-    const std::optional<FileState> after = state_of(name);
-    const bool was_seen = record || tag;
-    if (!was_seen && before && after && before->size == after->size) {
-        write_output(printable(name) + ": no tag\n");
-        return std::nullopt;
-    }
-    if (options.preserve && before) {
-        if (auto reason = restore_state(name, *before)) {
+    if (options.preserve) {
+        if (auto reason = change.restore_modification_time()) {
             return reason;
         }
     }
-    std::string removed;
-    if (before && after) {
-        removed = " (" + std::to_string(before->size - after->size) + " bytes)";
-    }
-    write_output(printable(name) + ": stripped " +
-                 tags_text(was_seen ? record : !options.v2, was_seen ? tag : !options.v1) +
-                 removed + "\n");
+    write_output(printable(name) + ": stripped " + tags_text(plan) + " (" + std::to_string(bytes) +
+                 " bytes)" + remarks_text(*remarks) + "\n");
     return std::nullopt;
 }
 
 ExitStatus strip(const StripOptions& options) {
-    return for_each_file(options.files,
-                         [&](const std::string& name) { return strip_file(name, options); });
+    return for_each_file(options.files, [&](const std::string& name) {
+        return strip_file(name, options);
+    });
 }
 
 }  // namespace
@@ -117,9 +107,11 @@ void add_strip(CLI::App& program, Command& chosen) {
     tags->require_option(1);
     command->add_flag("--dry-run", options->dry_run, "Show what would go; touch nothing")
         ->disable_flag_override();
+    command->add_flag("--preserve", options->preserve, "Keep the modification time")
+        ->disable_flag_override();
     command
-        ->add_flag("--preserve", options->preserve,
-                   "Keep modification time, mode and owner of the file")
+        ->add_flag("--force", options->force,
+                   "Strip also when hosts would find no stream afterwards")
         ->disable_flag_override();
     add_operands(*command, "FILE", options->files,
                  "Files whose names end in mp3 or mp2; after -- they may begin with a dash");

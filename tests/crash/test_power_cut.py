@@ -41,6 +41,7 @@ WORKS = [
     Work("set_in_place_with_its_first_record", ROOMY, ("set", "--title", NEW_TITLE),
          in_place=True),
     Work("set_with_rebuild", TIGHT + RECORD, ("set", "--title", NEW_TITLE)),
+    Work("set_atomic", ROOMY + RECORD, ("set", "--atomic", "--title", NEW_TITLE)),
     Work("strip_v1", ROOMY + RECORD, ("strip", "--v1")),
     Work("strip_v2", ROOMY + RECORD, ("strip", "--v2")),
     Work("strip_all", ROOMY + RECORD, ("strip", "--all")),
