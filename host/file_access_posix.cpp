@@ -63,7 +63,7 @@ std::optional<std::string> reason_against_replacing(const std::string& name) {
         return error.message();
     }
     if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
-        return system_reason(errno) + " to make a file in its folder";
+        return system_reason(errno);
     }
     return std::nullopt;
 }

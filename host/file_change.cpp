@@ -20,20 +20,24 @@ struct Words {
 };
 constexpr Words kWords[] = {
     {RuntimeError::InvalidCall, "Invalid procedure call or argument",
-     "the file is being changed already"},
-    {RuntimeError::Overflow, "Overflow", "a number in the file is too large"},
+     "The file is being changed already"},
+    {RuntimeError::Overflow, "Overflow", "A number in the file is too large"},
     {RuntimeError::DeviceInputOutput, "Device I/O error",
-     "the device could not be read or written"},
+     "The device could not be read or written"},
     {RuntimeError::InputPastEnd, "Input past end of file",
-     "the file became shorter while it was read"},
-    {RuntimeError::TooManyFiles, "Too many files", "too many files are open"},
+     "The file became shorter while it was read"},
+    {RuntimeError::TooManyFiles, "Too many files", "Too many files are open"},
     {RuntimeError::PathFileAccess, "Path/File access error",
-     "permission denied, or not a regular file"},
+     "Permission denied"},
 };
 
 }  // namespace
 
 std::string reason_of(const Error& error) {
+    constexpr std::int32_t kNotValidMp3File = -2147217407;  // whose text begins with the name
+    if (error.number() == kNotValidMp3File) {
+        return "The file is empty";
+    }
     const std::string description = to_utf8(error.description());
     for (const Words& row : kWords) {
         if (error.number() == static_cast<std::int32_t>(row.number) &&

@@ -10,7 +10,7 @@ enum class SecondSignal {
     Ignored,  // a file is being written and is to be finished
 };
 
-// From now on SIGINT and SIGTERM only leave a mark. A program that was started with one of them
+// From now on SIGINT, SIGTERM, SIGHUP and SIGQUIT only leave a mark. A program that was started with one of them
 // ignored, as a background job is, keeps ignoring it.
 void watch_for_interruption(SecondSignal second);
 

@@ -32,8 +32,9 @@ void watch(int signal, SecondSignal second) {
 }  // namespace
 
 void watch_for_interruption(SecondSignal second) {
-    watch(SIGINT, second);
-    watch(SIGTERM, second);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        watch(signal, second);
+    }
 }
 
 bool is_interrupted() {

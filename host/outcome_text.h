@@ -8,7 +8,7 @@ namespace brindle::host {
 
 // Why a change is refused after which hosts would find no stream.
 [[nodiscard]] inline std::string lost_stream_text() {
-    return "hosts would find no stream in it afterwards: they look at 16,384 positions after the "
+    return "Hosts would find no stream in it afterwards: they look at 16,384 positions after the "
            "tag, or from the start where the tag is more than half of the file; --force does it all "
            "the same";
 }

@@ -8,9 +8,11 @@
 
 namespace brindle::host {
 
-// The text with its control characters made visible: a line feed becomes \n, a carriage return \r,
-// a tab \t, any other C0 control or DEL \xNN, a C1 control \u00NN. A tag or a file name can
-// otherwise end a line or send commands to the terminal. Bytes that are no UTF-8 stay as they are.
+// The text with what is invisible in it shown: a line feed becomes \n, a carriage return \r, a tab
+// \t, any other C0 control or DEL \xNN; C1 controls, bidirectional and other format characters, and
+// separators of lines \uNNNN or \UNNNNNNNN. A tag or a file name can otherwise end a line, send
+// commands to the terminal or show text in another order. A byte that is no UTF-8 becomes \xNN, as
+// other programs take a text with such a byte for binary.
 [[nodiscard]] std::string printable(std::string_view utf8);
 [[nodiscard]] std::string printable(const String& text);
 

@@ -88,7 +88,7 @@ private:
             return reason_of(*plan_.refusal);
         }
         if (!plan_.losses.empty() && !options_.force) {
-            return "saving would lose " + losses_text(plan_.losses) +
+            return "Saving would lose " + losses_text(plan_.losses) +
                    "; --force saves all the same";
         }
         return plan_.loses_stream && !options_.force ? Failure(lost_stream_text()) : std::nullopt;
@@ -112,7 +112,7 @@ private:
         header_.SaveAllInfo(change_.save_options(options_.atomic));
         const auto remarks = change_.remarks();
         if (!remarks) {
-            return "saved, but another program has removed it since";
+            return "Saved, but another program has removed it since";
         }
         if (options_.preserve) {
             if (Failure reason = change_.restore_modification_time()) {

@@ -51,7 +51,11 @@ void add_time(CLI::App& program, Command& chosen) {
         ->add_option(
             "MS",
             [options](const CLI::results_t& given) {
-                return parse_whole(given.front(), options->milliseconds);
+                if (!parse_whole(given.front(), options->milliseconds)) {
+                    throw CLI::ValidationError(
+                        "MS", "'" + given.front() + "' is no whole number of 32 bits");
+                }
+                return true;
             },
             "Milliseconds, a whole number")
         ->required();

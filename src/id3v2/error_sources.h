@@ -17,8 +17,7 @@ inline const Error kWriterOutOfMemory(RuntimeError::OutOfMemory, kWriterSource);
 // A tag that claims more than the file holds, with no audio to tell where it ends.
 inline const Error kEndlessTag(
     static_cast<std::int32_t>(RuntimeError::InvalidCall),
-    u"Invalid procedure call or argument: the tag claims more bytes than "
-    u"the file holds, and no audio tells where it ends",
+    u"The tag claims more bytes than the file holds, and no audio tells where it ends",
     kWriterSource);
 
 // The system says that there is no such file or folder.

@@ -78,7 +78,7 @@ void require_addressable_length(std::int64_t length) {
     constexpr std::int64_t kMaxLength = 2'147'483'647;
     if (length > kMaxLength) {
         throw Error(static_cast<std::int32_t>(RuntimeError::Overflow),
-                    u"Overflow: files of more than 2,147,483,647 bytes cannot be saved");
+                    u"Files of more than 2,147,483,647 bytes cannot be saved");
     }
 }
 

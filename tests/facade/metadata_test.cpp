@@ -129,6 +129,17 @@ TEST_F(Metadata, AGenreThatIsNotAssignedAddsNoFrame) {
     EXPECT_EQ(header.Genre(), u"0");
 }
 
+// The record's own cleaning removes blanks before NULs, so blanks in front of NULs stay; of title
+// and artist they go here.
+TEST(MetadataOfATag, TitleAndArtistOfARecordReadWithoutBlanks) {
+    test::LoadedHeader loaded(
+        test::audio() +
+        test::Id3v1{.title = "Hello  ", .artist = "Duo ", .comment = "Note "}.bytes());
+    EXPECT_EQ(loaded.header.Titlev1Tag(), u"Hello");
+    EXPECT_EQ(loaded.header.artistv1Tag(), u"Duo");
+    EXPECT_EQ(loaded.header.Commentv1(), u"Note ");
+}
+
 TEST(MetadataOfATag, StoredTextReadsAsANumberOr0) {
     struct Stored {
         const char* text;

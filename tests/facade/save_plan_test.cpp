@@ -383,6 +383,127 @@ TEST(SavePlan, BodiesAreSteppedOver) {
     EXPECT_LT(file.files().bytes_read(), 200'000U);
 }
 
+// --- What hosts would find afterwards
+
+// A tag that the analyser overlooks, as it is more than half of the file.
+TEST(SavePlan, StreamAfterATagOfMoreThanHalfOfTheFileIsLost) {
+    OpenedFile file(Tag(3).padding(500) + stream(Frame{}, 60));
+    file.header.CustomFieldAdd(u"Note", Variant(String(4900, u'n')));
+    EXPECT_FALSE(file.plan().loses_stream);
+    for (const char16_t* name : {u"Note 2", u"Note 3", u"Note 4", u"Note 5", u"Note 6"}) {
+        file.header.CustomFieldAdd(name, Variant(String(4900, u'n')));
+    }
+    EXPECT_TRUE(file.plan().loses_stream);
+    file.header.SaveAllInfo();
+    file.header.FileName(kName);
+    EXPECT_EQ(file.header.Frequency(), 0);
+}
+
+// A false header in a picture after which nobody knows where the tag ends: from there on all is
+// kept, and more than 16,384 positions of it stand before the audio.
+TEST(SavePlan, StreamBehindWhatIsKeptOfADoubtfulTagIsLost) {
+    const Bytes picture = Bytes{0xFF, 0xFB, 0x90, 0x64} + repeated(30'000, 0x11);
+    Tag tag(3);
+    tag.picture("image/png", 3, "", picture);
+    OpenedFile file(tag.size(static_cast<std::uint32_t>(tag.length() - 10 - 1)) + audio());
+    ASSERT_EQ(file.header.Frequency(), 44100);
+    EXPECT_TRUE(plan_strip(file.header, v2TagOnly).loses_stream);
+    EXPECT_TRUE(file.header.StripTags(v2TagOnly));
+    EXPECT_EQ(file.header.Frequency(), 0);
+    EXPECT_EQ(file.content().last(audio().size()), audio());
+}
+
+TEST(SavePlan, FileWithoutAStreamLosesNone) {
+    OpenedFile file(Tag(3).padding(500) + repeated(9000, 0x55));
+    EXPECT_FALSE(file.plan().loses_stream);
+    EXPECT_FALSE(plan_strip(file.header, v2TagOnly).loses_stream);
+}
+
+// --- What rules a save out
+
+TEST(SavePlan, EmptyFileIsRefused) {
+    const OpenedFile file(Bytes{});
+    ASSERT_TRUE(file.plan().refusal);
+    EXPECT_EQ(file.plan().refusal->number(), -2147217407);
+}
+
+TEST(SavePlan, Version2TagWithoutAnEndIsRefused) {
+    const OpenedFile file(Tag(2).padding(90).size(90'000) + repeated(6000, 0x55));
+    ASSERT_TRUE(file.plan().refusal);
+    EXPECT_EQ(file.plan().refusal->number(), 5);
+}
+
+TEST(SavePlan, OrdinaryFileIsNotRefused) {
+    const OpenedFile file(Tag(3).text("TIT2", "Song") + audio());
+    EXPECT_FALSE(file.plan().refusal);
+}
+
+// With the record that the save appends, the tag of a file of 4,097 bytes or less is found.
+TEST(SavePlan, RecordToComeCounts) {
+    const Bytes audio = stream(Frame{}, 8);
+    for (const bool has_record : {false, true}) {
+        const Bytes content =
+            Tag(3).text("TIT2", "Song").padded_to(4050 - audio.size()) + audio +
+            (has_record ? Bytes("TAG") + zeros(125) : Bytes());
+        OpenedFile file(content);
+        const SavePlan plan = file.plan();
+        EXPECT_TRUE(plan.fits);
+        EXPECT_EQ(plan.tag_area, static_cast<std::int64_t>(4050 - audio.size()));
+        file.header.SaveAllInfo();
+        EXPECT_EQ(file.files().calls(FileCall::Replace), 0U);
+    }
+}
+
+// --- What a strip would take off
+
+TEST(StripPlan, TellsWhatGoes) {
+    const Bytes tag = Tag(3).padded_to(500).bytes();
+    const Bytes upper = Bytes("TAG") + zeros(125);
+    const Bytes lower = Bytes("tag") + zeros(125);
+    struct Row {
+        const char* name;
+        Bytes content;
+        eTagType tags;
+        std::int64_t tag_bytes;
+        std::int64_t record_bytes;
+    };
+    const Row rows[] = {
+        {"both", tag + audio() + upper, v1andv2TagsBothPresent, 500, 128},
+        {"the record alone", tag + audio() + upper, v1TagOnly, 0, 128},
+        {"the tag alone", tag + audio() + upper, v2TagOnly, 500, 0},
+        {"a record in lower case", audio() + lower, v1TagOnly, 0, 128},
+        {"no record", tag + audio(), v1TagOnly, 0, 0},
+        {"no tag", audio() + upper, v2TagOnly, 0, 0},
+        {"junk with the tag", tag + letters(70) + audio(), v2TagOnly, 570, 0},
+        {"nothing", tag + audio() + upper, NoTags, 0, 0},
+    };
+    for (const Row& row : rows) {
+        OpenedFile file(row.content);
+        const StripPlan plan = plan_strip(file.header, row.tags);
+        EXPECT_EQ(plan.tag_bytes, row.tag_bytes) << row.name;
+        EXPECT_EQ(plan.record_bytes, row.record_bytes) << row.name;
+        EXPECT_FALSE(plan.refusal) << row.name;
+        EXPECT_EQ(file.content(), row.content) << row.name;
+        const auto size = static_cast<std::int64_t>(row.content.size());
+        EXPECT_TRUE(file.header.StripTags(row.tags)) << row.name;
+        EXPECT_EQ(size - static_cast<std::int64_t>(file.content().size()),
+                  row.tag_bytes + row.record_bytes)
+            << row.name;
+    }
+}
+
+TEST(StripPlan, TellsWhyNothingGoes) {
+    const OpenedFile endless(Tag(3).padding(90).size(90'000) + repeated(6000, 0x55));
+    ASSERT_TRUE(plan_strip(endless.header, v2TagOnly).refusal);
+    EXPECT_EQ(plan_strip(endless.header, v2TagOnly).refusal->number(), 5);
+    const OpenedFile tiny(letters(127));
+    ASSERT_TRUE(plan_strip(tiny.header, v1TagOnly).refusal);
+    EXPECT_EQ(plan_strip(tiny.header, v1TagOnly).refusal->number(), 62);
+    MemoryEnvironment world;
+    const cMPEGHeader fresh(world.environment);
+    EXPECT_EQ(plan_strip(fresh, v2TagOnly).tag_bytes, 0);
+}
+
 TEST(SavePlan, WithoutAFileThereIsNothingToPlan) {
     MemoryEnvironment world;
     cMPEGHeader header(world.environment);

@@ -181,6 +181,171 @@ TEST_F(SavingHost, SaveRaisesNoEvent) {
     EXPECT_EQ(events, 0);
 }
 
+// 0.5 s a read: an analysis that the host may hear would report.
+TEST_F(SavingHost, SearchForMovedAudioIsNotHeard) {
+    Bytes variable;
+    for (std::size_t number = 0; number < 2000; ++number) {
+        variable += test::Frame{}.with_kbps(number % 2 == 0 ? 128 : 160).bytes(number);
+    }
+    open(Tag().padded_to(300) + variable);
+    int events = 0;
+    header_.Scanning = [&](const String&, std::int32_t, std::int32_t, bool&) { ++events; };
+    world_.clock.step = 1.0;
+    world_.files.put(kName, Tag().padded_to(5000) + variable);
+    saved();
+    EXPECT_EQ(events, 0);
+    header_.FileName(kName);
+    EXPECT_GT(events, 0) << "the same analysis is heard when the host asks for it";
+}
+
+// The stamp is set before the record is planned, so it is there though the save has failed.
+TEST_F(SavingHost, StampIsSetBeforeTheRecordIsWritten) {
+    open(kAudio);
+    world_.files.put(kName, {});
+    const auto error = error_of_saving();
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->number(), -2147217407);
+    EXPECT_EQ(header_.v2Tag(u"TXXX", 1), String(u"TAGGED BY\0CorvaneTagger- Revised Feb 2011", 41));
+}
+
+// Audio is not looked for again where this object itself has moved it.
+TEST_F(SavingHost, SecondSaveAfterARebuildReadsTheTagAlone) {
+    open(kAudio + test::stream({}, 3000));
+    header_.Title(u"Song");
+    saved();
+    const Bytes once = content();
+    world_.files.reset_counts();
+    saved();
+    EXPECT_EQ(content(), once);
+    EXPECT_EQ(world_.files.calls(FileCall::Create), 0U);
+    EXPECT_LT(world_.files.bytes_read(), 6000U);
+}
+
+TEST_F(SavingHost, FileThatCannotBeSeenAnyMoreIsAnError) {
+    open(kAudio);
+    // As of a folder that may no longer be entered: nothing exists for this program.
+    world_.files.fail({.nth = 1, .from_then_on = true, .error = Error(RuntimeError::PathFileAccess)});
+    const auto error = error_of_saving();
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->number(), 75);
+}
+
+TEST_F(SavingHost, FileThatIsGoneIsSavedNowhereAndThatIsNoError) {
+    open(kAudio);
+    world_.files.remove(kName);
+    EXPECT_FALSE(error_of_saving());
+    EXPECT_EQ(world_.files.names(), std::vector<String>());
+}
+
+TEST_F(SavingHost, FileThatSomebodyChangesMeanwhileIsNotWritten) {
+    for (const Bytes& old : {Tag().padded_to(4000) + kAudio, kAudio}) {
+        for (const SaveOptions& options : {SaveOptions{}, SaveOptions{.atomic = true}}) {
+            open(old);
+            header_.Title(u"Song");
+            world_.files.after_each_read([&] {
+                world_.files.after_each_read(nullptr);
+                const auto file = world_.files.open(kName, OpenMode::ReadWrite);
+                file->write_at(static_cast<std::int64_t>(old.size()), Bytes("more"));
+                file->close();
+            });
+            try {
+                header_.SaveAllInfo(options);
+                ADD_FAILURE() << "nothing was raised";
+            } catch (const Error& error) {
+                EXPECT_EQ(error.number(), 70);
+            }
+            EXPECT_EQ(content(), old + "more");
+            EXPECT_EQ(world_.files.names(), std::vector<String>{kName});
+        }
+    }
+}
+
+// --- the choices of C++ hosts
+
+TEST_F(SavingHost, AtomicSaveWritesWhatTheOtherOneWrites) {
+    for (const bool shares : {false, true}) {
+        for (const Bytes& old :
+             {Tag().padded_to(600) + kAudio, Tag().padded_to(600) + kAudio + kRecord, kAudio}) {
+            open(old);
+            header_.Title(u"Song");
+            const Bytes expected = saved();
+            open(old);
+            if (shares) {
+                world_.files.let_files_share();
+            }
+            header_.Title(u"Song");
+            header_.SaveAllInfo({.atomic = true});
+            EXPECT_EQ(content(), expected);
+            EXPECT_EQ(world_.files.calls(FileCall::Replace), 1U);
+            EXPECT_EQ(world_.files.calls(FileCall::FlushData), 0U);
+            const bool fits = old.first(3) == Bytes("ID3");
+            EXPECT_EQ(world_.files.calls(FileCall::Clone), fits ? 1U : 0U);
+            EXPECT_EQ(world_.files.calls(FileCall::Copy) == 0, fits && shares);
+        }
+    }
+}
+
+TEST_F(SavingHost, LastWordBeforeAChangeIsTheHosts) {
+    const auto refused = [&](const Bytes& old, bool atomic, SaveWay expected) {
+        open(old);
+        header_.Title(u"Song");
+        SaveOptions options{.atomic = atomic};
+        std::vector<SaveWay> ways;
+        options.before_change = [&](SaveWay way) {
+            ways.push_back(way);
+            EXPECT_EQ(content(), old);
+            throw Error(RuntimeError::PermissionDenied);
+        };
+        try {
+            header_.SaveAllInfo(options);
+            ADD_FAILURE() << "nothing was raised";
+        } catch (const Error& error) {
+            EXPECT_EQ(error.number(), 70);
+        }
+        EXPECT_EQ(ways, std::vector<SaveWay>{expected});
+        EXPECT_EQ(content(), old);
+        EXPECT_EQ(world_.files.names(), std::vector<String>{kName});
+    };
+    refused(Tag().padded_to(600) + kAudio, false, SaveWay::InPlace);
+    refused(Tag().padded_to(600) + kAudio, true, SaveWay::Replace);
+    refused(kAudio, false, SaveWay::Replace);
+    refused(Tag(2).text("TT2", "Old").padded_to(600) + kAudio, false, SaveWay::Replace);
+}
+
+TEST_F(SavingHost, RemoveTagsTellsWhatStripTagsKeepsToItself) {
+    const Bytes endless = Tag().padding(90).size(90'000).bytes() + test::repeated(6000, 0x55);
+    open(endless);
+    EXPECT_FALSE(header_.StripTags(v2TagOnly));
+    try {
+        header_.RemoveTags(v2TagOnly);
+        FAIL() << "nothing was raised";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.number(), 5);
+        EXPECT_EQ(error.description(), u"The tag claims more bytes than the file holds, and no "
+                                       u"audio tells where it ends");
+    }
+    EXPECT_EQ(content(), endless);
+    open(Tag().padded_to(600) + kAudio + kRecord);
+    header_.RemoveTags(v1andv2TagsBothPresent);
+    EXPECT_EQ(content(), kAudio);
+    EXPECT_EQ(header_.TagType(), -1);
+    cMPEGHeader fresh(world_.environment);
+    EXPECT_THROW(fresh.RemoveTags(v1TagOnly), Error);
+}
+
+// Files of 4,098 to 4,225 bytes have a tag as long as they have their record, too.
+TEST_F(SavingHost, BothTagsOfAShortFileGo) {
+    const Bytes audio = test::stream({}, 9);
+    for (const std::size_t length : {4098U, 4150U, 4225U}) {
+        const std::size_t tag = length - audio.size() - 128;
+        open(Tag().padded_to(tag) + audio + kRecord);
+        ASSERT_EQ(content().size(), length);
+        ASSERT_EQ(header_.TagType(), v1andv2TagsBothPresent);
+        EXPECT_TRUE(header_.StripTags(v1andv2TagsBothPresent));
+        EXPECT_EQ(content(), audio);
+    }
+}
+
 TEST_F(SavingHost, ErrorsOfTheWriterReachTheHostUnchanged) {
     open(kAudio);
     world_.files.fail(

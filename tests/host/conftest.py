@@ -4,6 +4,8 @@ import subprocess
 
 import pytest
 
+from other_user import as_nobody
+
 
 def _program():
     path = os.environ.get("BRINDLE_PROGRAM")
@@ -29,3 +31,21 @@ def brindle(program, tmp_path):
         return subprocess.run([program, *arguments], timeout=60, check=False, **options)
 
     return run
+
+
+@pytest.fixture
+def open_folder(tmp_path_factory):
+    """Others may enter it, and all folders above it."""
+    folder = tmp_path_factory.mktemp("open")
+    for part in (folder, *folder.parents):
+        if part.stat().st_uid == os.geteuid() and part != part.parent:
+            part.chmod(part.stat().st_mode | 0o011)
+    return folder
+
+
+@pytest.fixture
+def reachable(open_folder, program):
+    result = as_nobody(program, "--version", cwd=open_folder)
+    if result.returncode != 0:
+        pytest.skip("another user cannot run the program where it was built")
+    return open_folder

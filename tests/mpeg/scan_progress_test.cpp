@@ -1,7 +1,9 @@
 // What a host hears during a long walk, and what it can do about it.
 
+#include <algorithm>
 #include <cstdint>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -23,6 +25,7 @@ public:
     };
     std::vector<Event> events;
     int yields = 0;
+    std::vector<std::string> order;  // "yield" and "event" as they came
     std::size_t cancel_at_event = 0;  // counted from 1; 0 is never
     bool fails = false;
 
@@ -30,12 +33,16 @@ public:
                             bool& Cancel) override {
         EXPECT_FALSE(Cancel);
         events.push_back({FileName, FilePos, FileLength});
+        order.emplace_back("event");
         Cancel = events.size() == cancel_at_event;
         if (fails) {
             throw Error(RuntimeError::TypeMismatch);
         }
     }
-    void yield() override { ++yields; }
+    void yield() override {
+        ++yields;
+        order.emplace_back("yield");
+    }
     void show_message(const String&) override { FAIL(); }
 };
 
@@ -129,6 +136,76 @@ TEST(ScanProgress, SlowSearchYieldsWithoutAnEvent) {
     EXPECT_TRUE(file.found());
     EXPECT_GT(host.yields, 0);
     EXPECT_TRUE(host.events.empty());
+}
+
+// When the host gets its turn, in seconds after the start, where each read of the file takes so
+// long.
+std::vector<double> yield_times(const Bytes& content, double seconds_of_a_read) {
+    class Timed : public ListeningHost {
+    public:
+        explicit Timed(FakeClock& clock) : clock_(clock) {}
+        void yield() override { times.push_back(clock_.now - 1000.0); }
+        std::vector<double> times;
+
+    private:
+        FakeClock& clock_;
+    };
+    Analysis file(content);
+    Timed host(file.world.clock);
+    file.analyser.Owner = &host;
+    file.world.files.after_each_read([&] { file.world.clock.now += seconds_of_a_read; });
+    file.run();
+    return host.times;
+}
+
+// Reads of 8 KiB: a search over 24,000 bytes takes three. The position's clock is due from 0.4
+// seconds on, that of the failures, which is asked first after a read, from 0.5.
+TEST(ScanProgress, SearchYieldsAfterFourAndFiveTenthsOfASecond) {
+    const Bytes content = zeros(24'000);
+    using Times = std::vector<double>;
+    EXPECT_EQ(yield_times(content, 0.125), Times{});
+    EXPECT_EQ(yield_times(content, 0.375), (Times{0.75, 0.75}));
+    EXPECT_EQ(yield_times(content, 0.4375), (Times{0.4375, 0.875, 0.875, 1.3125}));
+    EXPECT_EQ(yield_times(content, 0.5), (Times{0.5, 0.5, 1.0, 1.0, 1.5, 1.5}));
+}
+
+// Of a stream the head is read first, then all frames that are compared: the clock of the chain is
+// due after more than a second.
+TEST(ScanProgress, ChainYieldsAfterMoreThanASecond) {
+    const Bytes content = stream(Frame{}, 120);
+    EXPECT_EQ(yield_times(content, 0.5), std::vector<double>{});
+    EXPECT_EQ(yield_times(content, 0.5625), std::vector<double>{1.125});
+}
+
+TEST(ScanProgress, WalkReportsAfterMoreThanHalfASecond) {
+    const auto events_at = [](double seconds_of_a_read) {
+        Analysis file(long_variable_stream());
+        ListeningHost host;
+        file.analyser.Owner = &host;
+        file.world.files.after_each_read([&] { file.world.clock.now += seconds_of_a_read; });
+        file.run();
+        return host.events.size();
+    };
+    // Eleven blocks of 96 KiB; of those that take exactly half a second every other one is told.
+    const std::size_t blocks = events_at(0.5625);
+    EXPECT_GE(blocks, 10U);
+    EXPECT_LE(blocks, 12U);
+    EXPECT_LE(events_at(0.5), blocks / 2 + 1);
+    EXPECT_GE(events_at(0.5), blocks / 2 - 1);
+}
+
+TEST(ScanProgress, HostGetsItsTurnBeforeEachEvent) {
+    Analysis file(long_variable_stream());
+    ListeningHost host;
+    file.analyser.Owner = &host;
+    file.world.files.after_each_read([&] { file.world.clock.now += 0.5625; });
+    file.run();
+    ASSERT_GT(host.events.size(), 3U);
+    const auto first_event = std::find(host.order.begin(), host.order.end(), "event");
+    for (auto event = first_event; event < host.order.end(); event += 2) {
+        EXPECT_EQ(*event, "event");
+        EXPECT_EQ(*(event - 1), "yield");
+    }
 }
 
 TEST(ScanProgress, RunsForwardInTheSecondPassToo) {

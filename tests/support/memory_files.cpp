@@ -90,6 +90,9 @@ public:
         }
         std::copy(found.begin(), found.end(), into.begin());
         files_.bytes_read_ += found.size();
+        if (const auto action = files_.after_read_) {
+            action();  // which may take itself away
+        }
         return found.size();
     }
 

@@ -4,11 +4,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <brindle/error.h>
@@ -87,6 +89,8 @@ public:
     void make_read_only(const String& name) { read_only_.insert(name); }
     // Nothing can be created, removed or renamed in a read-only folder (75 and 70).
     void make_folders_read_only() { folders_read_only_ = true; }
+    // Called after each read of any file: time may go by, or another program may come.
+    void after_each_read(std::function<void()> action) { after_read_ = std::move(action); }
     // As on a file system that lets files share their content.
     void let_files_share() { clones_ = true; }
 
@@ -171,6 +175,7 @@ private:
     std::set<String> read_only_;
     bool folders_read_only_ = false;
     bool clones_ = false;
+    std::function<void()> after_read_;
     // By content: a file that was replaced while open is another one than that of its name.
     std::map<const Node*, std::size_t> handles_;
     unsigned created_ = 0;
