@@ -60,7 +60,9 @@ public:
     // A file is about to be read: its name. Also for names that are then not opened.
     std::function<void(const String& FileName)> Reading;
     // Progress while all frames of a file are walked, about twice a second: 0-based position and
-    // length in bytes. Cancel set to true ends the walk; the file then has no stream.
+    // length in bytes. Where a second pass is needed, which goes through the file from its end,
+    // FilePos is the share of the file that is done: it counts up from the start again. Cancel set
+    // to true ends the walk; the file then has no stream.
     std::function<void(const String& FileName, std::int32_t FilePos, std::int32_t FileLength,
                        bool& Cancel)>
         Scanning;
@@ -94,16 +96,25 @@ public:
     // does not exist, the object is empty and FileName reads "". Raises no error.
     void FileName(const String& NewFileName);
     [[nodiscard]] String FileName() const;
-    // Writes all pending changes: the ID3v1 record (appended when the file has none), then the
-    // ID3v2 tag as version 2.3, in place when it fits into the old tag's space, otherwise by
-    // building a new file that takes the old one's place in one step.
+    // Writes the ID3v1 record (appended when the file has none) and the ID3v2 tag as version 2.3,
+    // and waits until both are on the device. A tag that fits into the old one's space is written
+    // in place; otherwise a new file takes the old one's place in one step. Of a version 2.2 tag
+    // only artist, title, year, category level and category go on, with the values set for them;
+    // what else was set is lost.
+    // An error leaves the file as it was, with two exceptions for a tag that is written in place:
+    // 57 "written, but perhaps not on the device", and an error whose text says that what was
+    // overwritten could not be restored.
     // Errors: -896556 "FileName is Not set" before the first FileName; 0x80041001 for an empty
-    // file; 5 inside an event of this object; 6 for a file above 2,147,483,647 bytes; errors of
-    // opening, writing and renaming (53, 57, 61, 67, 70, 75, 76) with the source
-    // BrindleId3v1Tagger or BrindleID3v2Tagger. An empty object saves nothing and succeeds.
+    // file; 5 inside an event of this object, and for a version 2.2 tag that claims more than the
+    // file holds when no audio tells where it ends; 6 for a file that is or would get longer than
+    // 2,147,483,647 bytes; 7 when memory ran out, also while the file was read; 62 when another
+    // program has cut the file; 70 also when another program has changed it meanwhile; errors of
+    // opening, writing and renaming (53, 57, 61, 67, 70, 75, 76). The source is BrindleId3v1Tagger
+    // for opening and for the record, BrindleID3v2Tagger for all else. An empty object saves
+    // nothing and succeeds, and so does one whose file is gone.
     void SaveAllInfo();
-    // Removes the tags named (1 ID3v1, 2 ID3v2, 3 both) from the file and reads it again; true
-    // when that went well, also when there was none. On false the file is as it was.
+    // Removes the tags named (1 ID3v1, 2 ID3v2, 3 both) from the file in one step and reads it
+    // again; true when that went well, also when there was none. On false the file is as it was.
     bool StripTags(eTagType eTagTypes);
 
     // --- The stream, as of the last FileName.
