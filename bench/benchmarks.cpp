@@ -81,9 +81,10 @@ void enter_walking(const Folders& folders) {
            .contenders = with_peers(brindle_on(open_only, path), walking_peers(path))});
 }
 
-void enter_saving(const Folders& folders) {
-    const MakeCopy copy = [folders](const std::string& as) {
-        return folders.copy("song.mp3", "save-" + as);
+void enter_saving(const Folders& folders, bool flush) {
+    const std::string suffix = flush ? " flushed" : "";
+    const MakeCopy copy = [=](const std::string& as) {
+        return folders.copy("song.mp3", "save-" + as + suffix);
     };
     const std::string limited = copy("limit");
     const std::string own = copy("Brindle");
@@ -91,16 +92,30 @@ void enter_saving(const Folders& folders) {
     const SaveLimit save(limited, parts);
     const auto header = std::make_shared<cMPEGHeader>();
     header->FileName(from_utf8(copy("Brindle alone")));
-    enter({.job = "J3 save",
-           .limit = {"limit", save},
-           .contenders = {{"Brindle", [header] { save_other_title(*header); }}}});
-    enter({.job = "J3 open and save",
+    enter({.job = "J3 save" + suffix,
            .limit = {"limit",
                      [=] {
-                         open_limit(limited, parts);
-                         save();
+                         let_flushes_through(flush);
+                         save(flush);
                      }},
-           .contenders = with_peers(brindle_on(open_and_save, own), saving_peers(copy))});
+           .contenders = {{"Brindle", [=] {
+                               let_flushes_through(flush);
+                               save_other_title(*header);
+                           }}}});
+    const auto open_and_save_flushed = [=](const String& name) {
+        let_flushes_through(flush);
+        open_and_save(name);
+    };
+    const Contender brindle = brindle_on(open_and_save_flushed, own);
+    enter({.job = "J3 open and save" + suffix,
+           .limit = {"limit",
+                     [=] {
+                         let_flushes_through(flush);
+                         open_limit(limited, parts);
+                         save(flush);
+                     }},
+           // None of the peers flushes.
+           .contenders = flush ? std::vector{brindle} : with_peers(brindle, saving_peers(copy))});
 }
 
 struct RebuiltFile {
@@ -221,8 +236,8 @@ int main(int count, char** arguments) {
     const Folders folders{arguments[1], arguments[2]};
     enter_opening(folders);
     enter_walking(folders);
-    enter_saving(folders);
     for (const bool flush : {false, true}) {
+        enter_saving(folders, flush);
         enter_growing(folders, {"5 MB", "song.mp3", 10}, flush);
         enter_growing(folders, {"100 MB", "large.mp3", 1}, flush);
     }

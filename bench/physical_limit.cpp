@@ -22,7 +22,6 @@ constexpr std::size_t kRecord = 128;
 constexpr std::size_t kRecordFields = 125;
 constexpr std::size_t kRecordIdentifier = 3;
 constexpr std::size_t kTagHeader = 10;
-constexpr std::size_t kGuard = std::size_t{3} * 1024;
 constexpr std::size_t kBlock = std::size_t{1} << 20;
 
 thread_local std::array<char, kBlock> buffer;
@@ -110,14 +109,15 @@ SaveLimit::SaveLimit(std::string path, const FileParts& parts)
     ::close(file);
 }
 
-void SaveLimit::operator()() const {
+void SaveLimit::operator()(bool flush) const {
     const int file = open_file(path_, O_RDWR);
     const std::size_t length = length_of(file);
     read_part(file, length - kRecord, buffer.data(), kRecordIdentifier);
     write_part(file, length - kRecordFields, tail_.data(), tail_.size());
-    read_part(file, 0, buffer.data(), kTagHeader);
-    read_part(file, parts_.accepted_frame - kGuard, buffer.data(), kGuard);
+    // What is overwritten must be known, to be written back should a write fail.
+    read_part(file, 0, buffer.data(), tag_.size());
     write_part(file, 0, tag_.data(), tag_.size());
+    require(!flush || ::fdatasync(file) == 0, "fdatasync");
     ::close(file);
 }
 

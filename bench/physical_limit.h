@@ -24,7 +24,7 @@ void walk_limit(const std::string& path);
 class SaveLimit {
 public:
     SaveLimit(std::string path, const FileParts& parts);
-    void operator()() const;
+    void operator()(bool flush) const;
 
 private:
     std::string path_;

@@ -121,21 +121,35 @@ inline std::vector<AttackFile> claimed_sizes() {
     return files;
 }
 
+// A file that is all audio, unless not even a header of it is there.
+inline AttackFile all_audio(const std::string& name, const Bytes& file) {
+    constexpr std::size_t kHeader = 4;
+    return {name, file, file.size() < kHeader ? Bytes() : file};
+}
+
+// The same after a tag.
+inline AttackFile tag_and_audio(const std::string& name, const Bytes& tag, const Bytes& file) {
+    return {name, file, all_audio(name, file.part(tag.size(), file.size())).audio};
+}
+
 inline std::vector<AttackFile> short_files() {
     std::vector<AttackFile> files;
     const Bytes tag = Tag(3).text("TIT2", "Song").bytes();
     const Bytes record = Id3v1{.title = "Old"}.bytes();
     for (std::size_t size = 0; size <= 130; ++size) {
         const std::string bytes = " of " + std::to_string(size) + " bytes";
-        files.push_back({"start of a tag" + bytes, (tag + good_audio()).first(size)});
-        files.push_back({"start of a stream" + bytes, good_audio().first(size)});
+        const Bytes start = (tag + good_audio()).first(size);
+        files.push_back(size < tag.size() ? AttackFile{"start of a tag" + bytes, start}
+                                          : tag_and_audio("start of a tag" + bytes, tag, start));
+        files.push_back(all_audio("start of a stream" + bytes, good_audio().first(size)));
         files.push_back(
             {"end of a file with a record" + bytes, (repeated(130, 0xFF) + record).last(size)});
         files.push_back({"ones" + bytes, repeated(size, 0xFF)});
     }
     for (const std::size_t size : {4'096U, 4'097U, 4'098U}) {
         const std::string bytes = " of " + std::to_string(size) + " bytes";
-        files.push_back({"tag and stream" + bytes, (tag + good_audio()).first(size)});
+        files.push_back(
+            tag_and_audio("tag and stream" + bytes, tag, (tag + good_audio()).first(size)));
         files.push_back({"tag and padding" + bytes, (tag + zeros(size)).first(size)});
     }
     return files;
@@ -144,20 +158,24 @@ inline std::vector<AttackFile> short_files() {
 inline std::vector<AttackFile> hostile_streams() {
     std::vector<AttackFile> files = {
         {"ones", repeated(200'000, 0xFF)},
-        {"headers without frames", bare_headers(50'000)},
-        {"endless slow chain", slow_stream(8'000)},
-        {"XING of 0 frames", xing_frame({}, {.frames = 0, .bytes = 50'000}) + good_audio()},
-        {"XING of 0 bytes", xing_frame({}, {.frames = 120, .bytes = 0}) + good_audio()},
-        {"XING of 2^32 - 1 frames and bytes",
-         xing_frame({}, {.frames = 0xFFFF'FFFF, .bytes = 0xFFFF'FFFF}) + good_audio()},
-        {"version changes half way",
-         stream(Frame{}, 60) + stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)},
-        {"layer changes half way",
-         stream(Frame{}, 60) + stream(Frame{.layer = 2, .kbps = 192}, 60)},
-        {"version changes after 30 frames",
-         stream(Frame{}, 30) + stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)},
-        {"layer changes after 30 frames",
-         stream(Frame{}, 30) + stream(Frame{.layer = 2, .kbps = 192, .frequency = 48000}, 60)},
+        all_audio("headers without frames", bare_headers(50'000)),
+        all_audio("endless slow chain", slow_stream(8'000)),
+        all_audio("XING of 0 frames",
+                  xing_frame({}, {.frames = 0, .bytes = 50'000}) + good_audio()),
+        all_audio("XING of 0 bytes", xing_frame({}, {.frames = 120, .bytes = 0}) + good_audio()),
+        all_audio("XING of 2^32 - 1 frames and bytes",
+                  xing_frame({}, {.frames = 0xFFFF'FFFF, .bytes = 0xFFFF'FFFF}) + good_audio()),
+        all_audio("version changes half way",
+                  stream(Frame{}, 60) +
+                      stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)),
+        all_audio("layer changes half way",
+                  stream(Frame{}, 60) + stream(Frame{.layer = 2, .kbps = 192}, 60)),
+        all_audio("version changes after 30 frames",
+                  stream(Frame{}, 30) +
+                      stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)),
+        all_audio("layer changes after 30 frames",
+                  stream(Frame{}, 30) +
+                      stream(Frame{.layer = 2, .kbps = 192, .frequency = 48000}, 60)),
     };
     const std::pair<const char*, HeaderBits> reserved[] = {
         {"of the version", {.version = 1}},     {"of the layer", {.layer = 0}},
@@ -169,7 +187,10 @@ inline std::vector<AttackFile> hostile_streams() {
         while (file.size() < 40'000) {
             file += bits.bytes() + zeros(413);
         }
-        files.push_back({std::string("reserved index ") + field, file});
+        // Free format, index 0 of the bit rate, is audio that nobody here plays.
+        const bool is_free_format = bits.bitrate == 0;
+        files.push_back({std::string("reserved index ") + field, file,
+                         is_free_format ? file : Bytes()});
     }
     return files;
 }
@@ -237,23 +258,26 @@ inline std::vector<AttackFile> greedy_files() {
     for (std::size_t number = 0; number < 4; ++number) {
         broken_chains += zeros(3) + stream(kLongest, 95);
     }
+    const Bytes long_chain = kLongest.with_kbps(8).bytes() + stream(kLongest, 95);
     return {
         {"50,000 different ids", numbered_frames(tiny_frame, 50'000) + audio, audio},
         {"65,538 comments", many_frames("COMM", "\0c"sv, kGrown) + audio, audio},
         {"65,538 custom fields", numbered_frames(field_frame, kGrown) + audio, audio},
         {"65,538 genres", many_frames("TCON", "\0(17)"sv, kGrown) + audio, audio},
-        {"slow stream of two rates", rejected},
+        all_audio("slow stream of two rates", rejected),
         {"slow stream of two rates in front of a tag",
-         rejected + Tag(3).text("TIT2", "Song").padding(5'000).bytes()},
+         rejected + Tag(3).text("TIT2", "Song").padding(5'000).bytes(), rejected},
         {"slow stream of two rates between tag and record",
-         Tag(3).text("TIT2", "Song").padding(5'000) + rejected + Id3v1{}.bytes()},
-        {"short chain that breaks, then a long one",
-         stream(kLongest.with_kbps(8), 4) + zeros(3) + stream(kLongest, 99) + zeros(3'000)},
-        {"long chains that break", Tag(3).text("TIT2", "Song").padding(30) + broken_chains},
+         Tag(3).text("TIT2", "Song").padding(5'000) + rejected + Id3v1{}.bytes(), rejected},
+        all_audio("short chain that breaks, then a long one",
+                  stream(kLongest.with_kbps(8), 4) + zeros(3) + stream(kLongest, 99) +
+                      zeros(3'000)),
+        // What is between tag and first header may go.
+        {"long chains that break", Tag(3).text("TIT2", "Song").padding(30) + broken_chains,
+         broken_chains.part(3, broken_chains.size())},
         // The first frame is short, so a hundred seem to follow.
-        {"long chain to the end of the file", Tag(3).text("TIT2", "Song").padding(30) +
-                                                  kLongest.with_kbps(8).bytes() +
-                                                  stream(kLongest, 95)},
+        {"long chain to the end of the file",
+         Tag(3).text("TIT2", "Song").padding(30) + long_chain, long_chain},
     };
 }
 

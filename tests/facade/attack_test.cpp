@@ -58,6 +58,24 @@ TEST(AttackFile, KeepsItsAudioWhateverIsSavedAndStripped) {
     }
 }
 
+// The test above looks for the audio of most files: the others are tags, records and ones.
+TEST(AttackFile, HasItsAudioNamedWhereItHasAny) {
+    std::size_t with_audio = 0;
+    std::size_t without = 0;
+    for (const AttackFile& attack : test::attack_files()) {
+        const std::string file = attack.file.text();
+        EXPECT_NE(file.find(attack.audio.text()), std::string::npos) << attack.name;
+        const bool may_hold_audio = file.find("\xFF\xFB\x90") != std::string::npos ||
+                                    file.find("\xFF\xF3\x14") != std::string::npos;
+        EXPECT_TRUE(!attack.audio.empty() || !may_hold_audio || attack.file.size() < 29 ||
+                    attack.name.starts_with("reserved"))
+            << attack.name;
+        ++(attack.audio.empty() ? without : with_audio);
+    }
+    EXPECT_GT(with_audio, 300U);
+    EXPECT_LT(without, 320U);
+}
+
 struct Answer {
     const char* name;
     std::int32_t tag_type;

@@ -1,0 +1,39 @@
+// Real audio, damaged, under tags that lie, and any saves and strips of it: no byte of the audio
+// goes, and a file comes to rest.
+#include "fuzz/input.h"
+#include "support/audio_promise.h"
+#include "support/damaged_files.h"
+
+using brindle::fuzz::Input;
+using brindle::fuzz::require;
+
+namespace {
+
+// Decisions as the fuzzer makes them; after its input always the first of the choices.
+class InputChoices : public brindle::test::Choices {
+public:
+    explicit InputChoices(Input& input) : input_(input) {}
+    std::uint32_t below(std::uint32_t end) override {
+        constexpr std::uint32_t kByte = 256;
+        return input_.number(end > kByte ? 3 : 1) % end;
+    }
+
+private:
+    Input& input_;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const auto streams = brindle::test::read_streams(BRINDLE_TEST_STREAMS);
+    Input input(data, size);
+    InputChoices choices(input);
+    brindle::test::AudioPromise promise(brindle::test::make_damaged_file(streams, choices));
+    constexpr int kMaxSteps = 5;
+    for (int step = 0; step < kMaxSteps && !input.empty() && promise.broken().empty(); ++step) {
+        promise.step(choices);
+    }
+    promise.come_to_rest();
+    require(promise.broken().empty(), promise.broken());
+    return 0;
+}
