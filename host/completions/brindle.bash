@@ -27,13 +27,13 @@ _brindle() {
                 --publisher --copyright --url --cue-in --intro --outro --sectone --speed --volume
                 --opener --no-opener --category --category-level --end-style --no-fade --agency
                 --account-exec --copy --v1-title --v1-artist --v1-year --v1-comment --field
-                --separate --dry-run --preserve --force"
+                --separate --dry-run --preserve --force --atomic"
             case $before in
-                --opener | --no-opener | --separate | --dry-run | --preserve | --force) ;;
+                --opener | --no-opener | --separate | --dry-run | --preserve | --force | --atomic) ;;
                 --*) return ;; # a value, which nobody can guess
             esac
             ;;
-        strip) options="--v1 --v2 --all --dry-run --preserve" ;;
+        strip) options="--v1 --v2 --all --dry-run --preserve --force" ;;
         scan) options="--json --csv -0 --null --jobs --quiet" ;;
         check) options="--json -0 --null --jobs --quiet" ;;
         time) options="--style" ;;

@@ -25,9 +25,10 @@ end
 complete -c brindle -n '__fish_seen_subcommand_from set' -l opener -d 'It is an opener'
 complete -c brindle -n '__fish_seen_subcommand_from set' -l no-opener -d 'It is none'
 complete -c brindle -n '__fish_seen_subcommand_from set' -l separate -d 'Leave the ID3v1 record alone'
-complete -c brindle -n '__fish_seen_subcommand_from set' -l force -d 'Save also when frames would be lost'
+complete -c brindle -n '__fish_seen_subcommand_from set' -l atomic -d 'Write a new file also when the tag fits'
+complete -c brindle -n '__fish_seen_subcommand_from set strip' -l force -d 'Also what would cost frames or the stream'
 complete -c brindle -n '__fish_seen_subcommand_from set strip' -l dry-run -d 'Touch nothing'
-complete -c brindle -n '__fish_seen_subcommand_from set strip' -l preserve -d 'Keep times, mode and owner'
+complete -c brindle -n '__fish_seen_subcommand_from set strip' -l preserve -d 'Keep the modification time'
 
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l v1 -d 'The ID3v1 record'
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l v2 -d 'The ID3v2 tag'

@@ -89,7 +89,9 @@ def test_tag_that_cannot_be_stripped_is_an_error_and_stays(tmp_path, brindle, op
     before = snapshot(path)
     result = brindle("strip", option, "a.mp3")
     assert (result.returncode, result.stdout) == (1, b"")
-    assert one_line(result) == "brindle: a.mp3: The tags could not be stripped"
+    assert one_line(result) == (
+            "brindle: a.mp3: The tag claims more bytes than the file holds, and no audio tells "
+            "where it ends")
     assert snapshot(path) == before
 
 
