@@ -38,6 +38,7 @@ namespace brindle {
 class cMP3ID3v2;
 struct Environment;
 struct FrameWalk;
+struct WalkedFrame;
 struct SavePlan;
 struct StripPlan;
 
@@ -290,6 +291,8 @@ private:
     friend SavePlan plan_save(const cMPEGHeader& header);  // <brindle/save_plan.h>
     friend StripPlan plan_strip(const cMPEGHeader& header, eTagType eTagTypes);
     friend FrameWalk walk_frames(const cMPEGHeader& header);  // <brindle/frame_walk.h>
+    friend FrameWalk walk_frames(const cMPEGHeader& header,
+                                 const std::function<void(const WalkedFrame& frame)>& visit);
 
     Environment& environment_;
     std::unique_ptr<HostLink> host_;

@@ -18,6 +18,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <span>
 
 #include <brindle/export.h>
 
@@ -47,6 +49,8 @@ struct FrameWalk {
     // such as tags of other programs.
     std::int64_t bytes_behind = 0;
     bool last_frame_is_cut = false;
+
+    friend bool operator==(const FrameWalk&, const FrameWalk&) = default;
 };
 
 // Reads the file as it stands, once from the first frame to the end, in blocks of 96 KiB and time
@@ -55,5 +59,24 @@ struct FrameWalk {
 //
 // Errors: those of opening and reading (7, 53, 57, 70, 75).
 [[nodiscard]] BRINDLE_EXPORT FrameWalk walk_frames(const cMPEGHeader& header);
+
+// A whole frame that the walk has come to.
+struct WalkedFrame {
+    std::int64_t offset;  // 0-based, in the file
+    // From the first byte of its header to its last. Valid until the visitor returns.
+    std::span<const std::uint8_t> bytes;
+    // Holds an encoder's header in place of sound. Only the first frame can.
+    bool is_header_frame;
+    // Something else stands between this frame and the one before, so that data which a Layer III
+    // frame shares with the frames before it is lost.
+    bool follows_gap;
+};
+
+using FrameVisitor = std::function<void(const WalkedFrame& frame)>;
+
+// The same walk, with the same answer: each whole frame is also handed to `visit`, in the order of
+// the file, header frame included. Feeds decoders: one pass, whose memory does not depend on the
+// length of the file. What `visit` throws ends the walk and is thrown on.
+BRINDLE_EXPORT FrameWalk walk_frames(const cMPEGHeader& header, const FrameVisitor& visit);
 
 }  // namespace brindle

@@ -6,7 +6,11 @@
 namespace brindle {
 
 FrameWalk walk_frames(const cMPEGHeader& header) {
-    return header.model_ ? header.model_->walk_frames() : FrameWalk{};
+    return walk_frames(header, FrameVisitor());
+}
+
+FrameWalk walk_frames(const cMPEGHeader& header, const FrameVisitor& visit) {
+    return header.model_ ? header.model_->walk_frames(visit) : FrameWalk{};
 }
 
 }  // namespace brindle

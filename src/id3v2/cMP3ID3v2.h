@@ -186,7 +186,7 @@ public:
     // The same for StripTags().
     [[nodiscard]] StripPlan plan_strip(std::int32_t tags) const;
     // All frames of the file as it stands.
-    [[nodiscard]] FrameWalk walk_frames() const;
+    [[nodiscard]] FrameWalk walk_frames(const FrameVisitor& visit) const;
 
 private:
     void initialise();

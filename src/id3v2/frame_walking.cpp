@@ -24,7 +24,7 @@ std::int64_t audio_end(FileWindow& file) {
 
 }  // namespace
 
-FrameWalk cMP3ID3v2::walk_frames() const {
+FrameWalk cMP3ID3v2::walk_frames(const FrameVisitor& visit) const {
     if (file_name_.empty()) {
         return {};
     }
@@ -36,7 +36,8 @@ FrameWalk cMP3ID3v2::walk_frames() const {
         const auto file = environment_.files.open(file_name_, OpenMode::Read);
         FileWindow window(*file);
         const std::optional<AcceptedFrame> first = accepted_in(window);
-        return first ? FrameWalker(window, audio_end(window)).run(first->position) : FrameWalk{};
+        return first ? FrameWalker(window, audio_end(window), visit).run(first->position)
+                     : FrameWalk{};
     } catch (const Error& error) {
         throw error.from(kReaderSource);
     }

@@ -52,6 +52,10 @@ FrameWalk FrameWalker::run(std::int64_t first_frame) {
 
 // Leaves the position where no whole frame follows.
 void FrameWalker::follow_chain() {
+    if (visit_) {
+        visit_chain();
+        return;
+    }
     while (position_ < audio_end_) {
         window_.keep_from(position_);
         const auto block = window_.view_block(position_, kHeaderBytes);
@@ -61,6 +65,31 @@ void FrameWalker::follow_chain() {
         if (walked + kHeaderBytes <= block.size() || block.size() < kHeaderBytes) {
             break;
         }
+    }
+}
+
+// The same frame by frame: a visitor wants to see all bytes of each.
+void FrameWalker::visit_chain() {
+    const std::int64_t chain = position_;
+    while (position_ + kHeaderLength <= audio_end_) {
+        window_.keep_from(position_);
+        const auto bytes = window_.view(position_, kHeaderBytes);
+        const auto header = bytes.size() < kHeaderBytes
+                                ? std::nullopt
+                                : parse_frame_header(header_bits(bytes.data()));
+        if (!header || !is_same_kind(header->bits) || position_ + header->length > audio_end_) {
+            break;
+        }
+        const auto frame = window_.view(position_, header->length);
+        if (frame.size() < header->length) {
+            break;  // the file has become shorter
+        }
+        visit_({.offset = position_,
+                .bytes = frame,
+                .is_header_frame = walk_.has_header_frame && position_ == walk_.first_frame,
+                .follows_gap = walk_.gaps > 0 && position_ == chain});
+        ++walk_.frames;
+        position_ += header->length;
     }
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 
 #include <brindle/frame_walk.h>
 
@@ -15,14 +16,16 @@ namespace brindle {
 class FrameWalker {
 public:
     // Nothing from `audio_end` on is audio. No farther than the end of the file.
-    FrameWalker(FileWindow& window, std::int64_t audio_end)
-        : window_(window), audio_end_(audio_end) {}
+    // Frames are handed to `visit` unless it is empty.
+    FrameWalker(FileWindow& window, std::int64_t audio_end, FrameVisitor visit = {})
+        : window_(window), audio_end_(audio_end), visit_(std::move(visit)) {}
 
     // All 0 when no valid, whole frame stands at `first_frame`.
     FrameWalk run(std::int64_t first_frame);
 
 private:
     void follow_chain();
+    void visit_chain();
     std::size_t walk_block(std::span<const std::uint8_t> block);
     [[nodiscard]] bool is_frame_cut_at(std::int64_t position);
     [[nodiscard]] std::optional<std::int64_t> find_frame_from(std::int64_t position);
@@ -32,6 +35,7 @@ private:
 
     FileWindow& window_;
     const std::int64_t audio_end_;
+    const FrameVisitor visit_;
     std::uint32_t first_bits_ = 0;
     std::int64_t position_ = 0;
     FrameWalk walk_;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <brindle/cMPEGHeader.h>
+#include <brindle/error.h>
 #include <brindle/frame_walk.h>
 
 #include "mpeg/frame_walker.h"
@@ -23,12 +24,64 @@ namespace {
 const String kName = u"song.mp3";
 constexpr std::size_t kFrame = 417;
 
+struct Visited {
+    std::int64_t offset;
+    Bytes bytes;
+    bool is_header_frame;
+    bool follows_gap;
+};
+
+struct Visits {
+    FrameWalk walk;
+    std::vector<Visited> frames;
+};
+
+Visits visit(const Bytes& file, std::int64_t first_frame = 0) {
+    MemoryEnvironment world;
+    world.files.put(kName, file);
+    const auto opened = world.files.open(kName, OpenMode::Read);
+    FileWindow window(*opened);
+    Visits visits;
+    const auto keep = [&](const WalkedFrame& frame) {
+        visits.frames.push_back({frame.offset,
+                                 std::vector<std::uint8_t>(frame.bytes.begin(), frame.bytes.end()),
+                                 frame.is_header_frame, frame.follows_gap});
+    };
+    visits.walk = FrameWalker(window, window.length(), keep).run(first_frame);
+    return visits;
+}
+
+// A visitor sees what is counted: each frame where it stands, one behind the other but for the
+// gaps.
+void check_visits(const Bytes& file, const FrameWalk& plain, const Visits& visits) {
+    EXPECT_EQ(visits.walk, plain);
+    std::int64_t sounding = 0;
+    std::int64_t gaps = 0;
+    std::int64_t end = plain.first_frame;
+    for (const Visited& frame : visits.frames) {
+        const auto size = static_cast<std::int64_t>(frame.bytes.size());
+        EXPECT_EQ(frame.bytes,
+                  file.part(static_cast<std::size_t>(frame.offset), frame.bytes.size()));
+        EXPECT_EQ(frame.is_header_frame,
+                  plain.has_header_frame && frame.offset == plain.first_frame);
+        EXPECT_EQ(frame.follows_gap, frame.offset != end);
+        sounding += frame.is_header_frame ? 0 : 1;
+        gaps += frame.follows_gap ? 1 : 0;
+        end = frame.offset + size;
+    }
+    EXPECT_EQ(sounding, plain.frames);
+    EXPECT_EQ(gaps, plain.gaps);
+    EXPECT_EQ(end, plain.end);
+}
+
 FrameWalk walk(const Bytes& file, std::int64_t first_frame = 0) {
     MemoryEnvironment world;
     world.files.put(kName, file);
     const auto opened = world.files.open(kName, OpenMode::Read);
     FileWindow window(*opened);
-    return FrameWalker(window, window.length()).run(first_frame);
+    const FrameWalk plain = FrameWalker(window, window.length()).run(first_frame);
+    check_visits(file, plain, visit(file, first_frame));
+    return plain;
 }
 
 struct Opened {
@@ -54,6 +107,26 @@ TEST(FrameWalk, CountsEveryFrameToTheEnd) {
     EXPECT_EQ(found.bytes_behind, 0);
     EXPECT_FALSE(found.has_header_frame);
     EXPECT_FALSE(found.last_frame_is_cut);
+}
+
+TEST(FrameWalk, VisitorSeesHeaderFrameFramesAndGaps) {
+    const Bytes song = xing_frame(Frame{}, Xing{}) + stream(Frame{}, 3);
+    const auto frames = visit(song + zeros(20) + stream(Frame{}, 2)).frames;
+    ASSERT_EQ(frames.size(), 6U);
+    constexpr std::int64_t kOffsets[] = {0, 417, 834, 1251, 1688, 2105};
+    for (std::size_t number = 0; number < frames.size(); ++number) {
+        EXPECT_EQ(frames[number].offset, kOffsets[number]);
+        EXPECT_EQ(frames[number].bytes.size(), 417U);
+        EXPECT_EQ(frames[number].is_header_frame, number == 0);
+        EXPECT_EQ(frames[number].follows_gap, number == 4);
+    }
+}
+
+TEST(FrameWalk, VisitorSeesWholeFramesThatCrossTheBlocksOfReading) {
+    // 320 kbit/s: frames of 1,044 bytes, and blocks of 8 and 96 KiB.
+    const Bytes file = stream(Frame{.kbps = 320}, 1'000);
+    EXPECT_EQ(visit(file).frames.size(), 1'000U);
+    EXPECT_EQ(walk(file).frames, 1'000);
 }
 
 struct Kind {
@@ -410,6 +483,31 @@ TEST(WalkFrames, FileThatCouldNotBeReadIsNotCalledEmpty) {
     file.header.FileName(kName);
     file.world.files.fail_nothing();
     EXPECT_EQ(error_of_walk(file), 57);
+}
+
+// --- the public function
+
+TEST(WalkFrames, HandsFramesToAVisitor) {
+    const Opened file(stream(Frame{}, 120));
+    std::size_t bytes = 0;
+    const FrameWalk found =
+        walk_frames(file.header, [&](const WalkedFrame& frame) { bytes += frame.bytes.size(); });
+    EXPECT_EQ(found, file.walk());
+    EXPECT_EQ(bytes, 120 * kFrame);
+}
+
+TEST(WalkFrames, VisitorEndsTheWalkByThrowing) {
+    const Opened file(stream(Frame{}, 120));
+    std::int64_t frames = 0;
+    EXPECT_THROW(walk_frames(file.header,
+                             [&](const WalkedFrame&) {
+                                 if (++frames == 5) {
+                                     throw Error(RuntimeError::InvalidCall);
+                                 }
+                             }),
+                 Error);
+    EXPECT_EQ(frames, 5);
+    EXPECT_EQ(file.world.files.open_files(), 0);
 }
 
 }  // namespace
