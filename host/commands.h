@@ -10,6 +10,7 @@ void add_set(CLI::App& program, Command& chosen);
 void add_strip(CLI::App& program, Command& chosen);
 void add_scan(CLI::App& program, Command& chosen);
 void add_check(CLI::App& program, Command& chosen);
+void add_listen(CLI::App& program, Command& chosen);
 void add_time(CLI::App& program, Command& chosen);
 void add_genres(CLI::App& program, Command& chosen);
 

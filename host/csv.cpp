@@ -6,23 +6,6 @@ namespace brindle::host {
 
 namespace {
 
-constexpr char kComma = ',';
-constexpr const char* kLineEnd = "\r\n";
-
-std::string cell(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) {
-        return text;
-    }
-    std::string quoted = "\"";
-    for (const char c : text) {
-        quoted += c;
-        if (c == '"') {
-            quoted += c;
-        }
-    }
-    return quoted + "\"";
-}
-
 std::string text_of(const Json& value) {
     if (value.is_null()) {
         return {};
@@ -42,24 +25,39 @@ std::string text_of(const Json& value) {
 
 }  // namespace
 
+std::string csv_cell(const std::string& text) {
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+        return text;
+    }
+    std::string quoted = "\"";
+    for (const char c : text) {
+        quoted += c;
+        if (c == '"') {
+            quoted += c;
+        }
+    }
+    return quoted + "\"";
+}
+
 std::string csv_header() {
     std::string row = "file";
     for (const std::string& name : fact_names()) {
-        row += kComma + name;
+        row += kCsvComma + name;
     }
-    return row + kComma + "error" + kLineEnd;
+    return row + kCsvComma + "error" + kCsvLineEnd;
 }
 
 std::string csv_row(const std::string& name, const cMPEGHeader& header) {
-    std::string row = cell(name);
+    std::string row = csv_cell(name);
     for (const auto& value : file_facts(header, FrameValues::LeftOut)) {
-        row += kComma + cell(text_of(value));
+        row += kCsvComma + csv_cell(text_of(value));
     }
-    return row + kComma + kLineEnd;
+    return row + kCsvComma + kCsvLineEnd;
 }
 
 std::string csv_failure(const std::string& name, const std::string& reason) {
-    return cell(name) + std::string(fact_names().size() + 1, kComma) + cell(reason) + kLineEnd;
+    return csv_cell(name) + std::string(fact_names().size() + 1, kCsvComma) + csv_cell(reason) +
+           kCsvLineEnd;
 }
 
 }  // namespace brindle::host

@@ -7,6 +7,11 @@
 
 namespace brindle::host {
 
+// One cell, in quotes where it needs them.
+[[nodiscard]] std::string csv_cell(const std::string& text);
+inline constexpr char kCsvComma = ',';
+inline constexpr const char* kCsvLineEnd = "\r\n";
+
 // Comma-separated values by RFC 4180: a header, then a row a file, each ended by CR and LF; a cell
 // with a comma, a quote or a line end stands in quotes, and quotes inside are doubled.
 //

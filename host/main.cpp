@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
     try {
         const ExitStatus status = run_command_line(
             program_arguments(argc, argv),
-            {add_show, add_set, add_strip, add_scan, add_check, add_time, add_genres});
+            {add_show, add_set, add_strip, add_scan, add_check, add_listen, add_time, add_genres});
         close_output();
         return static_cast<int>(status);
     } catch (const OutputFailure& failure) {

@@ -17,7 +17,7 @@ _brindle() {
 
     if [[ $COMP_CWORD -eq 1 ]]; then
         mapfile -t COMPREPLY < <(
-            compgen -W "show set strip scan check time genres -h --help --version" -- "$word")
+            compgen -W "show set strip scan check listen time genres -h --help --version" -- "$word")
         return
     fi
     case $command in
@@ -36,12 +36,17 @@ _brindle() {
         strip) options="--v1 --v2 --all --dry-run --preserve --force" ;;
         scan) options="--json --csv -0 --null --jobs --quiet" ;;
         check) options="--json -0 --null --jobs --quiet" ;;
+        listen)
+            options="--json --csv --quick --reference --sound-range --overlap-range -0 --null --jobs
+                --quiet"
+            ;;
         time) options="--style" ;;
         genres) ;;
         *) return ;;
     esac
     case $command:$before in
-        scan:--jobs | check:--jobs) return ;;
+        scan:--jobs | check:--jobs | listen:--jobs) return ;;
+        listen:--reference | listen:--sound-range | listen:--overlap-range) return ;;
         time:--style)
             mapfile -t COMPREPLY < <(compgen -W "none fraction all" -- "$word")
             return

@@ -1,6 +1,6 @@
 # Completion of brindle for fish.
 
-set -l commands show set strip scan check time genres
+set -l commands show set strip scan check listen time genres
 
 complete -c brindle -f
 complete -c brindle -s h -l help -d 'Print help and exit'
@@ -10,12 +10,13 @@ complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a set -d 'Se
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a strip -d 'Take tags off'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a scan -d 'List the files of folders and sum them up'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a check -d 'Tell whether files can go on air'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a listen -d 'Measure loudness and find cue points'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a time -d 'Print milliseconds as minutes and seconds'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a genres -d 'Print the genre numbers and their names'
 
-complete -c brindle -n '__fish_seen_subcommand_from show set strip scan check' -F
+complete -c brindle -n '__fish_seen_subcommand_from show set strip scan check listen' -F
 
-complete -c brindle -n '__fish_seen_subcommand_from show scan check' -l json -d 'One JSON object a line and file'
+complete -c brindle -n '__fish_seen_subcommand_from show scan check listen' -l json -d 'One JSON object a line and file'
 
 for option in title artist album year track genre comment composer publisher copyright url cue-in \
         intro outro sectone speed volume category category-level end-style no-fade agency \
@@ -34,9 +35,14 @@ complete -c brindle -n '__fish_seen_subcommand_from strip' -l v1 -d 'The ID3v1 r
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l v2 -d 'The ID3v2 tag'
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l all -d 'Both'
 
-complete -c brindle -n '__fish_seen_subcommand_from scan' -l csv -d 'Comma-separated values'
-complete -c brindle -n '__fish_seen_subcommand_from scan check' -s 0 -l null -d 'Names from standard input end with a NUL'
-complete -c brindle -n '__fish_seen_subcommand_from scan check' -x -l jobs -d 'Files at once'
-complete -c brindle -n '__fish_seen_subcommand_from scan check' -l quiet -d 'No progress bar and no summary'
+complete -c brindle -n '__fish_seen_subcommand_from scan listen' -l csv -d 'Comma-separated values'
+complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -s 0 -l null -d 'Names from standard input end with a NUL'
+complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -x -l jobs -d 'Files at once'
+complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -l quiet -d 'No progress bar and no summary'
+
+complete -c brindle -n '__fish_seen_subcommand_from listen' -l quick -d 'First and last minute only'
+complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l reference -d 'Loudness for gains'
+complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l sound-range -d 'LU below that are sound'
+complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l overlap-range -d 'LU below where the next may begin'
 
 complete -c brindle -n '__fish_seen_subcommand_from time' -x -l style -a 'none fraction all' -d 'Layout'

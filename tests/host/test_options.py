@@ -11,7 +11,7 @@ import pytest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 COMPLETIONS = ROOT / "host" / "completions"
 MANUAL = ROOT / "docs" / "brindle.1.scd"
-COMMANDS = ("show", "set", "strip", "scan", "check", "time", "genres")
+COMMANDS = ("show", "set", "strip", "scan", "check", "listen", "time", "genres")
 # Where the man page does not say it for each command again.
 EVERYWHERE = {"-h", "--help", "--version"}
 
@@ -112,7 +112,7 @@ def test_bash_completes_values_and_files(tmp_path):
     assert completed(tmp_path, "brindle", "time", "--style", "") == {"none", "fraction", "all"}
     assert completed(tmp_path, "brindle", "scan", "--jobs", "") == set()
     assert completed(tmp_path, "brindle", "set", "--title", "") == set()
-    for command in ("show", "strip", "scan", "check"):
+    for command in ("show", "strip", "scan", "check", "listen"):
         assert completed(tmp_path, "brindle", command, "") == files
     assert completed(tmp_path, "brindle", "set", "--dry-run", "") == files
     assert completed(tmp_path, "brindle", "scan", "d") == {"d e.mp3"}

@@ -1,0 +1,22 @@
+// What an encoder has put around the sound, as its header in the first frame tells.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace brindle::host {
+
+struct EncoderDelay {
+    // Samples, the decoder's own delay included. A player that trims leaves them out; 0 when the
+    // file does not tell, and nobody trims.
+    std::int64_t before = 0;
+    std::int64_t after = 0;
+
+    friend bool operator==(const EncoderDelay&, const EncoderDelay&) = default;
+};
+
+// `frame` is the first of a Layer III stream, and holds a header ("Xing" or "Info"), in which
+// encoders of the LAME kind tell both.
+[[nodiscard]] EncoderDelay read_encoder_delay(std::span<const std::uint8_t> frame);
+
+}  // namespace brindle::host

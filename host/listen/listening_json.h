@@ -1,0 +1,13 @@
+// What is heard in a file, for programs to read.
+#pragma once
+
+#include "json_values.h"
+#include "listening.h"
+
+namespace brindle::host {
+
+// Points also under names with "_trimmed_ms": as players count that leave the encoder's delay out.
+// Gains bring a file to `reference` LUFS. Numbers that are not known are null.
+[[nodiscard]] Json listening_facts(const Listening& heard, double reference);
+
+}  // namespace brindle::host

@@ -1,0 +1,17 @@
+// A stretch of time.
+#pragma once
+
+#include <cstdint>
+
+namespace brindle::host {
+
+// In milliseconds from the first sample of the first frame after the encoder's header frame, with
+// nothing trimmed, as hosts count.
+struct Stretch {
+    std::int64_t begin = 0;
+    std::int64_t end = 0;
+
+    friend bool operator==(const Stretch&, const Stretch&) = default;
+};
+
+}  // namespace brindle::host

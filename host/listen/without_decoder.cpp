@@ -1,0 +1,14 @@
+// Takes the place of listen_to_file.cpp in a build without the libraries that it needs.
+#include "listen_to_file.h"
+
+namespace brindle::host {
+
+std::optional<std::string> reason_against_listening() {
+    return "built without libmpg123 and libebur128, which listening needs";
+}
+
+std::optional<Listening> listen_to_file(const cMPEGHeader&, std::int64_t, const ListenOptions&) {
+    return std::nullopt;
+}
+
+}  // namespace brindle::host
