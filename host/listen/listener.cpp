@@ -29,6 +29,7 @@ double below(double energy, double units) {
 Listener::Listener(const StreamFormat& format, MeterMode mode, std::int64_t most_milliseconds)
     : format_(format),
       channels_(static_cast<std::size_t>(format.channels)),
+      mode_(mode),
       meter_(format.channels, format.frequency, mode, most_milliseconds / kMeterBlock),
       clipped_(format.channels) {
     begin_block();
@@ -118,6 +119,7 @@ void Listener::end_millisecond() {
 // ringing after a sound for some milliseconds, in which there is nothing to weight.
 void Listener::end_block() {
     const double weighted = meter_.latest_energy(kBlock);
+    range_.add(weighted);
     double loudest = 0;
     std::int64_t millisecond =
         millisecond_of(sample_ - 1) + 1 - static_cast<std::int64_t>(block_energies_.size());
@@ -151,7 +153,7 @@ Listening Listener::conclude(const ListenOptions& options, std::optional<double>
     heard.frequency = format_.frequency;
     heard.channels = format_.channels;
     heard.is_whole = is_whole_;
-    heard.range = meter_.range();
+    heard.range = mode_ == MeterMode::Whole ? range_.range() : std::nullopt;
     heard.true_peak = meter_.true_peak();
     heard.sample_peak = meter_.sample_peak();
     heard.clipped_runs = clipped_.count();

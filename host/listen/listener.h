@@ -13,6 +13,7 @@
 #include "level_curve.h"
 #include "listening.h"
 #include "loudness_meter.h"
+#include "loudness_range.h"
 #include "sound_edges.h"
 #include "stream_format.h"
 
@@ -55,7 +56,9 @@ private:
 
     const StreamFormat format_;
     const std::size_t channels_;
+    const MeterMode mode_;
     LoudnessMeter meter_;
+    LoudnessRange range_;
     SoundEdges edges_;
     LevelCurve curve_;
     ClippedRuns clipped_;

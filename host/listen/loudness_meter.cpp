@@ -11,9 +11,8 @@ namespace brindle::host {
 namespace {
 
 int mode_flags(MeterMode mode, std::int64_t most_blocks) {
-    const int flags = mode == MeterMode::Whole
-                          ? EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK
-                          : EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK;
+    const int flags = mode == MeterMode::Whole ? EBUR128_MODE_I | EBUR128_MODE_TRUE_PEAK
+                                               : EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK;
     return most_blocks > kMostExactBlocks ? flags | EBUR128_MODE_HISTOGRAM : flags;
 }
 
@@ -58,15 +57,6 @@ std::optional<double> LoudnessMeter::integrated() const {
     double loudness = 0;
     ebur128_loudness_global(state_.get(), &loudness);
     return std::isfinite(loudness) ? std::optional(loudness) : std::nullopt;
-}
-
-std::optional<double> LoudnessMeter::range() const {
-    double range = 0;
-    if (mode_ == MeterMode::Quick || !integrated() ||
-        ebur128_loudness_range(state_.get(), &range) != EBUR128_SUCCESS) {
-        return std::nullopt;
-    }
-    return range;
 }
 
 std::optional<double> LoudnessMeter::true_peak() const {

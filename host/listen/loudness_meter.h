@@ -11,8 +11,8 @@
 namespace brindle::host {
 
 enum class MeterMode {
-    Whole,  // all that is offered here
-    Quick,  // no range and no true peak, which cost six times the rest
+    Whole,
+    Quick,  // no true peak, which costs six times the rest
 };
 
 // Longer sound is not kept block by block but counted by levels of 0.1 LU, in constant memory; what
@@ -35,8 +35,6 @@ public:
 
     // Nothing when no 400 ms are above -70 LUFS.
     [[nodiscard]] std::optional<double> integrated() const;
-    // LU. Nothing without integrated(), or when quick.
-    [[nodiscard]] std::optional<double> range() const;
     // dBTP. Nothing for digital silence, or when quick.
     [[nodiscard]] std::optional<double> true_peak() const;
     // The largest sample; full scale is 1.
