@@ -300,6 +300,13 @@ def whole(tmp_path_factory):
     return Stream(path)
 
 
+@pytest.fixture(scope="module")
+def whole_peak(listen, whole, tmp_path_factory):
+    path = tmp_path_factory.mktemp("peak") / "a.mp3"
+    path.write_bytes(whole.data)
+    return listen(path)["sample_peak"]
+
+
 def failed(program, path):
     done = subprocess.run([program, "listen", "--json", "--quiet", path], stdin=subprocess.DEVNULL,
                           capture_output=True, check=False)
@@ -316,7 +323,7 @@ def between(stream, first, last):
 END = 1000 * (44100 * 13 + LAME_DELAY) / 44100
 
 
-def test_cut_file_begins_with_silence_and_no_noise(listen, whole, tmp_path):
+def test_cut_file_begins_with_silence_and_no_noise(listen, whole, whole_peak, tmp_path):
     path = tmp_path / "cut.mp3"
     path.write_bytes(whole.data[whole.frames[100].offset:])
     facts = listen(path)
@@ -326,11 +333,12 @@ def test_cut_file_begins_with_silence_and_no_noise(listen, whole, tmp_path):
     # The noise goes on from the first frame that can be decoded.
     assert facts["sound_begin_ms"] == pytest.approx(facts["frames_cut_off"] * frame, abs=frame)
     assert facts["sound_end_ms"] == pytest.approx(END - 100 * frame, abs=14)
-    assert facts["sample_peak"] < 0.6
+    # What overlaps with what is missing is not cancelled; noise would be at any level.
+    assert facts["sample_peak"] < 1.5 * whole_peak
 
 
-@pytest.mark.parametrize("junk", [b"", b"junk" * 50])
-def test_missing_frames_are_silence_and_move_nothing(program, whole, tmp_path, junk):
+@pytest.mark.parametrize("junk", [b"", b"junk" * 50], ids=["seamless", "gap"])
+def test_missing_frames_are_silence_and_move_nothing(program, whole, whole_peak, tmp_path, junk):
     path = tmp_path / "spliced.mp3"
     path.write_bytes(between(whole, 0, 150) + junk + whole.data[whole.frames[190].offset:])
     facts = failed(program, path)
@@ -340,7 +348,7 @@ def test_missing_frames_are_silence_and_move_nothing(program, whole, tmp_path, j
     assert facts["undecoded"]["ms"] == int(150 * frame)
     assert facts["undecoded"]["reason"] == "its data begins in frames that are missing"
     assert facts["sound_end_ms"] == pytest.approx(END - 40 * frame, abs=14)
-    assert facts["sample_peak"] < 0.6
+    assert facts["sample_peak"] < 1.5 * whole_peak
 
 
 def test_other_files_are_heard_when_one_fails(program, whole, tmp_path):
@@ -379,23 +387,24 @@ def test_frames_of_one_channel_do_not_change_the_clock(listen, tmp_path):
 # --- quick
 
 def song(number):
-    """One of 50 songs of 130 to 170 seconds: silence, sections of many levels, an end of many kinds."""
+    """One of 50 songs of two and a half minutes: sections within 4 dB, the first softer; two in five
+    fade, in 3 to 8 seconds."""
     rng = numpy.random.default_rng(1000 + number)
-    rate = 16000
+    rate, level = 16000, rng.uniform(-16, -8)
     parts = [silence(rate, rng.uniform(0, 2))]
-    for _ in range(14):
-        parts.append(noise(rate, rng.uniform(9, 11), 10 ** rng.uniform(-1.3, -0.2),
+    for section in range(14):
+        softer = rng.uniform(0, 4) + (rng.uniform(2, 6) if section == 0 else 0)
+        parts.append(noise(rate, rng.uniform(9, 11), 10 ** ((level - softer) / 20),
                            seed=int(rng.integers(1e6))))
-    if number % 2 == 0:
-        seconds = rng.uniform(2, 12)
-        parts[-1] = numpy.concatenate(
-            (parts[-1], numpy.linspace(1, 0, round(rate * seconds))[:, None] * noise(
-                rate, seconds, numpy.abs(parts[-1]).max(), seed=number)))
+    if number % 5 < 2:
+        seconds = rng.uniform(3, 8)
+        ramp = numpy.linspace(1, 0, round(rate * seconds))[:, None]
+        parts.append(ramp * noise(rate, seconds, numpy.abs(parts[-1]).max(), seed=number))
     parts.append(silence(rate, rng.uniform(0, 3)))
     return joined(rate, *parts)
 
 
-def test_quick_finds_the_same_points(listen, program, tmp_path):
+def test_quick_finds_the_same_points(listen, tmp_path):
     close = 0
     for number in range(50):
         path = encode(song(number), tmp_path / "a.mp3", "--cbr", "-b", "32", "-q", "9")
@@ -436,13 +445,13 @@ def test_quick_hears_a_short_file_whole(listen, tmp_path):
 
 @pytest.mark.plain_build
 def test_memory_does_not_grow_with_the_file(program, tmp_path):
-    """Five hours, after which the curve of levels has become coarser once."""
+    """More than three hours, after which the curve of levels has become coarser once."""
     rate = 8000
     path = encode(joined(rate, noise(rate, 60)), tmp_path / "a.mp3", "-t", "--cbr", "-b", "8",
                   "--nores")
     minute = path.read_bytes()
     long = tmp_path / "long.mp3"
-    long.write_bytes(minute * 300)
+    long.write_bytes(minute * 200)
 
     def peak_of(file):
         code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], check=True, "
