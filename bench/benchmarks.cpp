@@ -23,6 +23,7 @@
 #include "contest.h"
 #include "flush_switch.h"
 #include "jobs.h"
+#include "listening.h"
 #include "peers.h"
 #include "physical_limit.h"
 
@@ -222,6 +223,22 @@ void enter_hostile(const Folders& folders) {
     }
 }
 
+void enter_listening(const Folders& folders) {
+    const std::string minute = folders.input("minute.mp3");
+    enter({.job = "J7",
+           .limit = {"limit", [minute] { listen_limit(minute); }},
+           .contenders =
+               with_peers({"Brindle", [minute] { listen_whole(minute); }}, listening_peers(minute)),
+           .rounds = 9,
+           .iterations = 1});
+    const std::string song = folders.input("four-minutes.mp3");
+    enter({.job = "J7 quick",
+           .limit = {"limit", [song] { listen_whole(song); }},
+           .contenders = {{"Brindle", [song] { listen_quickly(song); }}},
+           .rounds = 5,
+           .iterations = 1});
+}
+
 }  // namespace
 }  // namespace brindle::bench
 
@@ -243,6 +260,7 @@ int main(int count, char** arguments) {
     }
     enter_scanning(folders);
     enter_hostile(folders);
+    enter_listening(folders);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -1,5 +1,7 @@
 #include "peers.h"
 
+#include "process.h"
+
 namespace brindle::bench {
 namespace {
 
@@ -26,6 +28,18 @@ std::vector<Contender> walking_peers(const std::string& path) {
         on("libmpg123", libmpg123::walk, path),
         on("libavformat", libavformat::walk, path),
         on("mp3val", mp3val::walk, path),
+    };
+}
+
+std::vector<Contender> listening_peers(const std::string& path) {
+    const auto program = [](const std::string& name, const std::vector<std::string>& arguments) {
+        return Contender{name, [arguments] { run_program(arguments); }};
+    };
+    return {
+        program("ffmpeg",
+                {"ffmpeg", "-nostdin", "-i", path, "-af", "ebur128=peak=true", "-f", "null", "-"}),
+        program("loudgain", {"loudgain", "-q", path}),
+        program("sox", {"sox", path, "-n", "stats"}),
     };
 }
 

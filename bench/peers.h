@@ -26,6 +26,9 @@ using MakeCopy = std::function<std::string(const std::string& name)>;
 // The first of the opening peers that many threads can use at a time.
 [[nodiscard]] std::vector<std::pair<std::string, void (*)(const std::string&)>> threaded_peers();
 
+// Measure the loudness of a file; programs of their own.
+[[nodiscard]] std::vector<Contender> listening_peers(const std::string& path);
+
 namespace taglib {
 void open(const std::string& path);
 void save(const std::string& path);
