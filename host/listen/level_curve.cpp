@@ -104,7 +104,7 @@ LevelCurve::Quiet LevelCurve::quiet(double energy, const Stretch& within, std::i
                                     std::size_t most) const {
     Quiet quiet;
     const auto end = std::min(static_cast<std::size_t>(within.end / step_), values_.size());
-    std::size_t begin = static_cast<std::size_t>((within.begin + step_ - 1) / step_);
+    auto begin = static_cast<std::size_t>((within.begin + step_ - 1) / step_);
     for (std::size_t place = begin; place <= end; ++place) {
         if (place < end && values_[place] < energy) {
             continue;

@@ -17,7 +17,7 @@ enum class MeterMode {
 
 // Longer sound is not kept block by block but counted by levels of 0.1 LU, in constant memory; what
 // is measured is then right to 0.05 LU.
-inline constexpr std::int64_t kMostExactBlocks = 10 * 3600 * 12;  // of 100 ms, 12 hours
+inline constexpr std::int64_t kMostExactBlocks = 432'000;  // of 100 ms, 12 hours
 
 class LoudnessMeter {
 public:

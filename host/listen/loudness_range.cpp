@@ -33,8 +33,9 @@ void LoudnessRange::count(double energy) {
     if (!(loudness >= kGate)) {
         return;
     }
-    const auto level = static_cast<std::size_t>((loudness - kGate) * kLevelsPerUnit);
-    ++counts_.at(std::min(level, counts_.size() - 1));
+    const double level = std::min((loudness - kGate) * kLevelsPerUnit,
+                                  static_cast<double>(counts_.size() - 1));
+    ++counts_[static_cast<std::size_t>(level)];
     counted_energy_ += energy;
     ++counted_;
 }

@@ -16,7 +16,7 @@ std::optional<std::size_t> SoundEdges::level_of(double loudness) {
         return std::nullopt;
     }
     const double level = std::floor((loudness - kLowest) * kStepsPerUnit);
-    return std::min(static_cast<std::size_t>(level), kLevels - 1);
+    return static_cast<std::size_t>(std::min(level, static_cast<double>(kLevels - 1)));
 }
 
 void SoundEdges::add(std::int64_t millisecond, double energy) {

@@ -51,6 +51,12 @@ def test_preserves_the_time_of_a_file(brindle, song):
     assert int(song.stat().st_mtime) == 1_000_000_000
 
 
+def test_says_what_it_was_built_without(brindle, song):
+    status, printed = brindle("listen", windows_name(song))
+    assert (status, printed) == (2, "brindle: listen: built without libmpg123 and libebur128, "
+                                    "which listening needs\n")
+
+
 def test_scans_a_folder(brindle, song):
     status, printed = brindle("scan", windows_name(song.parent))
     assert status == 0

@@ -32,7 +32,8 @@ def test_the_dry_run_begins_as_really_printed(brindle):
 
 
 @pytest.mark.parametrize("arguments", [
-    ["strip", "--all", "--dry-run", SAMPLE], ["scan", "examples"], ["check", "examples"]],
+    ["strip", "--all", "--dry-run", SAMPLE], ["scan", "examples"], ["check", "examples"],
+    ["listen", "examples"]],
     ids=lambda arguments: arguments[0])
 def test_the_command_is_shown_as_really_printed(brindle, arguments):
     printed = brindle(*arguments, cwd=ROOT, text=True).stdout
