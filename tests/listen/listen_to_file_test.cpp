@@ -131,6 +131,15 @@ TEST(ListenToFile, QuickLeavesTheMiddleOut) {
     EXPECT_EQ(left_out.milliseconds, 156'735);  // 6,000 frames: 156,734.69
 }
 
+// The first frames behind what is left out need frames that were not decoded.
+TEST(ListenToFile, QuickFillsTheReservoirAfterTheMiddle) {
+    const Bytes file = frames(1) + frames(5'999, kNeedsTheFrameBefore);
+    const Listening quick = Opened(file).listen({.quick = true}).value();
+    EXPECT_FALSE(quick.is_whole);
+    EXPECT_EQ(quick.undecoded.count, 0);
+    EXPECT_EQ(quick.frames_cut_off, 0);
+}
+
 TEST(ListenToFile, QuickTellsThePlaceOfABadFrameAtTheEnd) {
     const Listening quick =
         Opened(frames(9'000) + frames(1, kBad) + frames(99)).listen({.quick = true}).value();

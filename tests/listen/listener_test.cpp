@@ -79,6 +79,13 @@ TEST(Listener, NoiseFloorIsNoSound) {
               (std::optional(Stretch{0, 7'000})));
 }
 
+// Levels are weighted over 10 ms; edges are those of the samples.
+TEST(Listener, EdgesAreSharpOverANoiseFloor) {
+    const Stereo floor = Stereo().noise(7, -70);
+    EXPECT_EQ(heard(Stereo().silence(2.0045).tone(3, -20).silence(1.9955).under(floor)).sound,
+              (std::optional(Stretch{2'004, 5'005})));
+}
+
 // At 12 Hz and -55 dBFS; loudness hears 24 dB less of it.
 TEST(Listener, RumbleIsNoSound) {
     const Stereo rumble = Stereo().tone(7, -55, 12);
@@ -193,6 +200,8 @@ const Ending kEndings[] = {
     {"PianoChord", decay(12), EndStyle::Fade, 20'000 + 12'000 * 0.2},
     // 75 words; the last is soft, but not 12 LU below.
     {"Speech", speech(30), EndStyle::Cold, 29'900},
+    // 8 dB below the loudest of the last twelve seconds.
+    {"SofterLastWords", Stereo(16'000).tone(20, -12).tone(3, -20), EndStyle::Cold, 23'000},
     {"StepDown", Stereo(16'000).tone(20, -12).tone(0.3, -40), EndStyle::Cold, 20'000},
 };
 

@@ -3,6 +3,7 @@
 #include "listen/loudness_range.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <ostream>
@@ -56,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(Tech3342, RangeOf, ::testing::ValuesIn(kTech3342),
                          [](const auto& programme) { return programme.param.name; });
 
 void add(LoudnessRange& range, double seconds, double loudness) {
-    for (; seconds > 0; seconds -= 0.01) {
+    for (std::int64_t steps = std::llround(seconds * 100); steps > 0; --steps) {
         range.add(host::energy_of(loudness));
     }
 }
@@ -77,8 +78,8 @@ TEST(LoudnessRange, NeedsThreeSecondsAboveTheGate) {
 // between.
 TEST(LoudnessRange, IsFromTheTenthToTheNinetyFifthPercentile) {
     LoudnessRange range;
-    for (double loudness = -30; loudness < -10; loudness += 0.05) {
-        add(range, 0.5, loudness);
+    for (int step = 0; step < 400; ++step) {
+        add(range, 0.5, -30 + step * 0.05);
     }
     EXPECT_NEAR(range.range().value(), 19.7 * 0.85, 0.02);
 }
