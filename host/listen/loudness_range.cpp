@@ -33,8 +33,8 @@ void LoudnessRange::count(double energy) {
     if (!(loudness >= kGate)) {
         return;
     }
-    const double level = std::min((loudness - kGate) * kLevelsPerUnit,
-                                  static_cast<double>(counts_.size() - 1));
+    const double level =
+        std::min((loudness - kGate) * kLevelsPerUnit, static_cast<double>(counts_.size() - 1));
     ++counts_[static_cast<std::size_t>(level)];
     counted_energy_ += energy;
     ++counted_;
