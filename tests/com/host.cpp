@@ -1,9 +1,12 @@
 #include "com/host.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ocidl.h>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -118,6 +121,45 @@ std::string tag(const std::map<std::string, std::string>& frames) {
     }
     return std::string("ID3\x03\0\0\0\0", 8) + static_cast<char>(content.size() >> 7U) +
            static_cast<char>(content.size() & 0x7FU) + content;
+}
+
+namespace {
+
+// The system's list of all handles of all processes; the entries follow the two counts.
+struct HandleEntry {
+    void* object;
+    ULONG_PTR process;
+    ULONG_PTR handle;
+    ULONG access;
+    USHORT creator;
+    USHORT type;
+    ULONG attributes;
+    ULONG reserved;
+};
+constexpr std::size_t kHandleListHeader = 2 * sizeof(ULONG_PTR);
+
+}  // namespace
+
+// Not by GetProcessHandleCount, which Wine answers with 0.
+std::size_t handles() {
+    constexpr ULONG kExtendedHandleInformation = 64;
+    constexpr std::size_t kListBytes = 16 << 20;
+    using Query = LONG(__stdcall*)(ULONG, void*, ULONG, ULONG*);
+    static const auto query = reinterpret_cast<Query>(reinterpret_cast<void*>(
+        ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
+    static std::vector<std::uint8_t> list(kListBytes);
+    EXPECT_EQ(
+        query(kExtendedHandleInformation, list.data(), static_cast<ULONG>(list.size()), nullptr),
+        0);
+    ULONG_PTR count = 0;
+    std::memcpy(&count, list.data(), sizeof count);
+    std::size_t own = 0;
+    for (ULONG_PTR i = 0; i < count; ++i) {
+        HandleEntry entry{};
+        std::memcpy(&entry, list.data() + kHandleListHeader + i * sizeof entry, sizeof entry);
+        own += entry.process == ::GetCurrentProcessId() ? 1 : 0;
+    }
+    return own;
 }
 
 HRESULT Sink::QueryInterface(REFIID iid, void** object) {

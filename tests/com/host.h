@@ -79,6 +79,9 @@ private:
 // An ID3v2.3 tag of text frames.
 [[nodiscard]] std::string tag(const std::map<std::string, std::string>& frames);
 
+// How many handles the process has open.
+[[nodiscard]] std::size_t handles();
+
 // Listens to all three events as a host does: through IDispatch alone.
 class Sink : public IDispatch {
 public:

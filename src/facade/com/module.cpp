@@ -35,6 +35,12 @@ bool module_is_unused() noexcept {
     return uses == 0;
 }
 
+void pin_module() noexcept {
+    HMODULE module = nullptr;
+    ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                         reinterpret_cast<const wchar_t*>(&__ImageBase), &module);
+}
+
 std::wstring module_file() {
     constexpr std::size_t kLongest = 32768;
     std::wstring name(MAX_PATH, L'\0');
@@ -53,3 +59,10 @@ std::wstring module_file() {
 }
 
 }  // namespace brindle::com
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE /*module*/, DWORD reason, void* /*reserved*/) {
+    if (reason == DLL_PROCESS_ATTACH) {
+        brindle::com::pin_module();
+    }
+    return TRUE;
+}
