@@ -90,12 +90,6 @@ VARIANTARG omitted() {
     return made;
 }
 
-VARIANTARG reference(VARIANT& variable) {
-    VARIANTARG made = typed(VT_BYREF | VT_VARIANT);
-    made.pvarVal = &variable;
-    return made;
-}
-
 HRESULT put(IDispatch& object, const wchar_t* name, VARIANTARG value) {
     Outcome outcome;
     call(outcome, object, name, DISPATCH_PROPERTYPUT, {value}, {DISPID_PROPERTYPUT});
@@ -331,39 +325,6 @@ TEST_F(DispatchTest, NumberOfEveryTypeIsTakenOrRefused) {
         EXPECT_EQ(get_number(*header.Get(), L"Volume"), row.expected) << "row " << row_number;
         ++row_number;
     }
-}
-
-TEST_F(DispatchTest, VariablesOfScriptsAreTakenByReference) {
-    const Text name(L"x.mp3");
-    Sink sink;
-    sink.on_scanning = [](const std::wstring& seen, long position, long, VARIANT_BOOL& cancel) {
-        EXPECT_EQ(seen, L"x.mp3");
-        EXPECT_EQ(position, 5);
-        cancel = VARIANT_TRUE;
-    };
-    const DWORD cookie = advise(*header.Get(), sink);
-    VARIANT cancels[] = {flag(false), typed(VT_EMPTY), number(0)};
-    for (VARIANT& cancel : cancels) {
-        VARIANT position = number(5);
-        Outcome outcome;
-        call(outcome, *header.Get(), L"RaiseScanningEvent", DISPATCH_METHOD,
-             {text(name), reference(position), number(9), reference(cancel)});
-        EXPECT_EQ(outcome.result, S_OK);
-        EXPECT_EQ(cancel.vt, VT_BOOL);
-        EXPECT_EQ(cancel.boolVal, VARIANT_TRUE);
-    }
-    VARIANT_BOOL own = VARIANT_FALSE;
-    VARIANTARG by_reference = typed(VT_BYREF | VT_BOOL);
-    by_reference.pboolVal = &own;
-    Outcome outcome;
-    call(outcome, *header.Get(), L"RaiseScanningEvent", DISPATCH_METHOD,
-         {text(name), number(5), number(9), by_reference});
-    EXPECT_EQ(outcome.result, S_OK);
-    EXPECT_EQ(own, VARIANT_TRUE);
-    EXPECT_EQ(sink.calls, 4);
-    VARIANT file_name = text(name);
-    EXPECT_EQ(put(*header.Get(), L"FileName", reference(file_name)), S_OK);
-    events_of(*header.Get())->Unadvise(cookie);
 }
 
 TEST(Errors, ReachHostsWithNumberDescriptionAndSource) {

@@ -1,5 +1,6 @@
 #include "com/host.h"
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -147,7 +148,7 @@ std::size_t handles() {
     using Query = LONG(__stdcall*)(ULONG, void*, ULONG, ULONG*);
     static const auto query = reinterpret_cast<Query>(reinterpret_cast<void*>(
         ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
-    static std::vector<std::uint8_t> list(kListBytes);
+    std::vector<std::uint8_t> list(kListBytes);
     EXPECT_EQ(
         query(kExtendedHandleInformation, list.data(), static_cast<ULONG>(list.size()), nullptr),
         0);
@@ -160,6 +161,25 @@ std::size_t handles() {
         own += entry.process == ::GetCurrentProcessId() ? 1 : 0;
     }
     return own;
+}
+
+std::size_t heap_bytes() {
+    std::array<HANDLE, 64> heaps{};
+    const DWORD count = ::GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
+    EXPECT_GT(count, 0U);
+    EXPECT_LE(count, heaps.size());
+    std::size_t bytes = 0;
+    for (DWORD i = 0; i < count; ++i) {
+        ::HeapLock(heaps[i]);
+        PROCESS_HEAP_ENTRY entry{};
+        while (::HeapWalk(heaps[i], &entry) != 0) {
+            if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) {
+                bytes += entry.cbData;
+            }
+        }
+        ::HeapUnlock(heaps[i]);
+    }
+    return bytes;
 }
 
 HRESULT Sink::QueryInterface(REFIID iid, void** object) {

@@ -81,6 +81,8 @@ private:
 
 // How many handles the process has open.
 [[nodiscard]] std::size_t handles();
+// The bytes of all blocks in use in all heaps of the process.
+[[nodiscard]] std::size_t heap_bytes();
 
 // Listens to all three events as a host does: through IDispatch alone.
 class Sink : public IDispatch {

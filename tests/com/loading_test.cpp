@@ -1,6 +1,5 @@
 // What loading and unloading the DLL leaves in the host's process: nothing after the first time.
 // A program of its own, since an object of another test would keep the DLL loaded.
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <process.h>
@@ -33,26 +32,6 @@ std::size_t free_tls_indexes() {
         ::TlsFree(index);
     }
     return taken.size();
-}
-
-// The bytes of all blocks in use in all heaps of the process.
-std::size_t heap_bytes() {
-    std::array<HANDLE, 64> heaps{};
-    const DWORD count = ::GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
-    EXPECT_GT(count, 0U);
-    EXPECT_LE(count, heaps.size());
-    std::size_t bytes = 0;
-    for (DWORD i = 0; i < count; ++i) {
-        ::HeapLock(heaps[i]);
-        PROCESS_HEAP_ENTRY entry{};
-        while (::HeapWalk(heaps[i], &entry) != 0) {
-            if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) {
-                bytes += entry.cbData;
-            }
-        }
-        ::HeapUnlock(heaps[i]);
-    }
-    return bytes;
 }
 
 struct Holdings {

@@ -9,6 +9,9 @@
 
 namespace brindle::com {
 
+template <>
+[[nodiscard]] Members members_of<::IKeyedCollection>() noexcept;
+
 // A keyed collection as hosts hold it. Shares the collection itself, which outlives the file.
 class CollectionObject final : public DispatchObject<::IKeyedCollection> {
 public:

@@ -5,6 +5,7 @@
 #include <wrl/client.h>
 
 #include "facade/com/com_object.h"
+#include "facade/com/dispatch_table.h"
 #include "facade/com/guard.h"
 #include "facade/com/invocation.h"
 #include "facade/com/result_error.h"
@@ -13,8 +14,7 @@
 
 namespace brindle::com {
 
-// An object whose dual interface is served by name and number from the type library, and whose
-// errors carry texts.
+// An object whose dual interface is served by name and number, and whose errors carry texts.
 template <typename Dual, typename... Others>
 class DispatchObject : public ComObject<Dual, ISupportErrorInfo, Others...> {
 public:
@@ -29,8 +29,7 @@ public:
     HRESULT __stdcall GetTypeInfo(UINT index, LCID /*language*/, ITypeInfo** type) override {
         return store(type, [&](ITypeInfo*& into) {
             require(index == 0, DISP_E_BADINDEX);
-            into = &type_info();
-            into->AddRef();
+            load_type_info(__uuidof(Dual)).CopyTo(&into);
         });
     }
 
@@ -42,7 +41,7 @@ public:
         if (names == nullptr || ids == nullptr) {
             return E_POINTER;
         }
-        return run([&] { check(type_info().GetIDsOfNames(names, count, ids)); });
+        return find_names(members_of<Dual>(), {names, count}, ids);
     }
 
     HRESULT __stdcall Invoke(DISPID member, REFIID reserved, LCID /*language*/, WORD flags,
@@ -55,7 +54,7 @@ public:
             return E_POINTER;
         }
         return run([&] {
-            check(invoke(type_info(), static_cast<Dual*>(this),
+            check(invoke(members_of<Dual>(), static_cast<Dual*>(this),
                          {member, flags, *arguments, result, exception, wrong_argument}));
         });
     }
@@ -88,13 +87,6 @@ protected:
     template <typename Out, typename Member>
     [[nodiscard]] HRESULT give(Out* into, Member member) noexcept {
         return store(into, [&](Out& place) { hand_out(member(), place); });
-    }
-
-private:
-    // Read once: scripts make an object for each file. Hosts that are bound early never need it.
-    static ITypeInfo& type_info() {
-        static const Microsoft::WRL::ComPtr<ITypeInfo> information = load_type_info(__uuidof(Dual));
-        return *information.Get();
     }
 };
 

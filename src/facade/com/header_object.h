@@ -11,6 +11,9 @@
 
 namespace brindle::com {
 
+template <>
+[[nodiscard]] Members members_of<::_cMPEGHeader>() noexcept;
+
 // The creatable class: converts what comes and goes; all else is the facade's.
 class HeaderObject final
     : public DispatchObject<::_cMPEGHeader, IProvideClassInfo2, IConnectionPointContainer> {

@@ -1,162 +1,23 @@
 #include "facade/com/invocation.h"
 
+#include <array>
 #include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <oaidl.h>
 #include <oleauto.h>
 #include <optional>
-#include <vector>
 
 #include <wrl/client.h>
 
+#include "facade/com/argument.h"
 #include "facade/com/result_error.h"
 #include "facade/com/values.h"
 
 namespace brindle::com {
 namespace {
 
-constexpr WORD kReading = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
+// Those of IUnknown and IDispatch.
+constexpr std::size_t kInheritedFunctions = 7;
 
-struct ReleaseDescription {
-    ITypeInfo* type;
-    void operator()(FUNCDESC* description) const { type->ReleaseFuncDesc(description); }
-};
-using Description = std::unique_ptr<FUNCDESC, ReleaseDescription>;
-
-Description describe_at(ITypeInfo& type, UINT index) {
-    FUNCDESC* description = nullptr;
-    check(type.GetFuncDesc(index, &description));
-    return Description(description, ReleaseDescription{&type});
-}
-
-UINT count_of_functions(ITypeInfo& type) {
-    TYPEATTR* attributes = nullptr;
-    check(type.GetTypeAttr(&attributes));
-    const UINT count = attributes->cFuncs;
-    type.ReleaseTypeAttr(attributes);
-    return count;
-}
-
-// Null when there is none.
-Description describe(ITypeInfo& type, DISPID member, INVOKEKIND kind) {
-    // Not by GetFuncIndexOfMemId: systems disagree on whether its index counts inherited functions.
-    const UINT count = count_of_functions(type);
-    for (UINT index = 0; index < count; ++index) {
-        Description description = describe_at(type, index);
-        if (description->memid == member && description->invkind == kind) {
-            return description;
-        }
-    }
-    return Description(nullptr, ReleaseDescription{&type});
-}
-
-// Scripting languages differ in whether reading a property and calling a function are one thing;
-// no name here is both.
-Description describe(ITypeInfo& type, DISPID member, WORD flags) {
-    if ((flags & kReading) == 0) {
-        return (flags & DISPATCH_PROPERTYPUT) != 0 ? describe(type, member, INVOKE_PROPERTYPUT)
-                                                   : Description(nullptr, ReleaseDescription{});
-    }
-    Description function = describe(type, member, INVOKE_FUNC);
-    return function ? std::move(function) : describe(type, member, INVOKE_PROPERTYGET);
-}
-
-// One argument in the form in which the member takes it.
-class Argument {
-public:
-    explicit Argument(const ELEMDESC& parameter) : parameter_(parameter) {}
-
-    [[nodiscard]] bool is_optional() const noexcept {
-        return (parameter_.paramdesc.wParamFlags & PARAMFLAG_FOPT) != 0;
-    }
-
-    HRESULT take(VARIANT& given) {
-        if (is_taken_) {
-            return DISP_E_BADPARAMCOUNT;
-        }
-        is_taken_ = true;
-        if (is_omitted(given)) {
-            return omit();
-        }
-        if (type() == VT_VARIANT) {
-            passed_ = given;
-            return S_OK;
-        }
-        return is_by_reference() ? take_reference(given) : take_value(given);
-    }
-
-    // For one that the host's list does not have.
-    HRESULT omit() {
-        if (!is_optional()) {
-            return DISP_E_PARAMNOTOPTIONAL;
-        }
-        is_taken_ = true;
-        if (type() == VT_VARIANT) {
-            passed_.vt = VT_ERROR;
-            passed_.scode = DISP_E_PARAMNOTFOUND;
-            return S_OK;
-        }
-        // Every default is 0, which is what Empty becomes.
-        VARIANT empty{};
-        return is_by_reference() ? take_reference(empty) : take_value(empty);
-    }
-
-    // A script's variable that was of another type gets its new value.
-    void hand_back() {
-        if (variable_ != nullptr) {
-            ::VariantCopy(variable_, converted_.get());
-        }
-    }
-
-    [[nodiscard]] bool is_taken() const noexcept { return is_taken_; }
-    [[nodiscard]] const VARIANT& passed() const noexcept { return passed_; }
-
-private:
-    [[nodiscard]] bool is_by_reference() const noexcept { return parameter_.tdesc.vt == VT_PTR; }
-
-    [[nodiscard]] VARTYPE type() const noexcept {
-        const VARTYPE type = is_by_reference() ? parameter_.tdesc.lptdesc->vt : parameter_.tdesc.vt;
-        // The only types of its own that the interface names are enumerations.
-        return type == VT_USERDEFINED ? static_cast<VARTYPE>(VT_I4) : type;
-    }
-
-    HRESULT take_value(const VARIANT& given) {
-        const HRESULT result = convert(given, type(), *converted_.get());
-        passed_ = *converted_.get();
-        return result;
-    }
-
-    HRESULT take_reference(VARIANT& given) {
-        const auto wanted = static_cast<VARTYPE>(VT_BYREF | type());
-        if (refers_to_nothing(given)) {
-            return DISP_E_TYPEMISMATCH;
-        }
-        if (given.vt == wanted) {
-            passed_ = given;
-            return S_OK;
-        }
-        passed_.vt = wanted;
-        if (given.vt == (VT_BYREF | VT_VARIANT) && given.pvarVal->vt == type()) {
-            passed_.byref = &given.pvarVal->byref;
-            return S_OK;
-        }
-        const HRESULT result = convert(given, type(), *converted_.get());
-        passed_.byref = &converted_->byref;
-        if (given.vt == (VT_BYREF | VT_VARIANT)) {
-            variable_ = given.pvarVal;
-        }
-        return result;
-    }
-
-    const ELEMDESC& parameter_;
-    bool is_taken_ = false;
-    OwnedVariant converted_;
-    VARIANT passed_{};             // owns nothing
-    VARIANT* variable_ = nullptr;  // gets `converted_` afterwards
-};
-
-using Arguments = std::vector<std::unique_ptr<Argument>>;
+using Arguments = std::array<std::optional<Argument>, kMostParameters>;
 
 // Which parameter the host's argument at `place` is for.
 std::optional<std::size_t> parameter_of(const DISPPARAMS& given, UINT place, std::size_t count) {
@@ -173,13 +34,17 @@ std::optional<std::size_t> parameter_of(const DISPPARAMS& given, UINT place, std
     return static_cast<std::size_t>(name);
 }
 
-HRESULT fill(const Arguments& arguments, const DISPPARAMS& given, UINT& wrong) {
-    if (given.cArgs > arguments.size() || given.cNamedArgs > given.cArgs) {
+HRESULT fill(Arguments& arguments, const Member& member, const DISPPARAMS& given, UINT& wrong) {
+    const std::size_t count = member.parameters.size();
+    if (given.cArgs > count || given.cNamedArgs > given.cArgs) {
         return DISP_E_BADPARAMCOUNT;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        arguments[i].emplace(member.parameters[i]);
     }
     for (UINT place = 0; place < given.cArgs; ++place) {
         wrong = place;
-        const std::optional<std::size_t> parameter = parameter_of(given, place, arguments.size());
+        const std::optional<std::size_t> parameter = parameter_of(given, place, count);
         if (!parameter) {
             return DISP_E_PARAMNOTFOUND;
         }
@@ -188,8 +53,8 @@ HRESULT fill(const Arguments& arguments, const DISPPARAMS& given, UINT& wrong) {
             return result;
         }
     }
-    for (const auto& argument : arguments) {
-        const HRESULT result = argument->is_taken() ? S_OK : argument->omit();
+    for (std::size_t i = 0; i < count; ++i) {
+        const HRESULT result = arguments[i]->is_taken() ? S_OK : arguments[i]->omit();
         if (FAILED(result)) {
             return result;
         }
@@ -197,9 +62,66 @@ HRESULT fill(const Arguments& arguments, const DISPPARAMS& given, UINT& wrong) {
     return S_OK;
 }
 
+// What the failed member has left in the thread's error object. Never raises: texts that cannot be
+// had are left out.
+void describe_failure(HRESULT number, EXCEPINFO& into) noexcept {
+    into = {};
+    into.scode = number;
+    Microsoft::WRL::ComPtr<IErrorInfo> information;
+    if (::GetErrorInfo(0, &information) == S_OK) {
+        information->GetSource(&into.bstrSource);
+        information->GetDescription(&into.bstrDescription);
+        information->GetHelpFile(&into.bstrHelpFile);
+        information->GetHelpContext(&into.dwHelpContext);
+    }
+}
+
+HRESULT call(const Members& members, const Member& member, void* object, Arguments& arguments,
+             const Invocation& invocation) {
+    std::array<VARTYPE, kMostParameters + 1> types{};
+    std::array<VARIANTARG*, kMostParameters + 1> values{};
+    UINT count = 0;
+    for (; count < member.parameters.size(); ++count) {
+        types[count] = arguments[count]->type();
+        values[count] = &arguments[count]->passed();
+    }
+    OwnedVariant result;
+    VARIANTARG place{};
+    if (member.result != VT_EMPTY) {
+        types[count] = static_cast<VARTYPE>(VT_BYREF | member.result);
+        place.vt = types[count];
+        place.byref = member.result == VT_VARIANT ? static_cast<void*>(result.get())
+                                                  : static_cast<void*>(&result->byref);
+        values[count] = &place;
+        ++count;
+    }
+    const auto index = static_cast<std::size_t>(&member - members.data());
+    VARIANT returned{};
+    // What is left there of an earlier failure must not explain this one.
+    ::SetErrorInfo(0, nullptr);
+    check(::DispCallFunc(object, (kInheritedFunctions + index) * sizeof(void*), CC_STDCALL, VT_I4,
+                         count, types.data(), values.data(), &returned));
+    for (std::size_t i = 0; i < member.parameters.size(); ++i) {
+        arguments[i]->hand_back();
+    }
+    if (FAILED(returned.lVal)) {
+        if (invocation.exception != nullptr) {
+            describe_failure(returned.lVal, *invocation.exception);
+        }
+        return DISP_E_EXCEPTION;
+    }
+    if (member.result != VT_EMPTY && member.result != VT_VARIANT) {
+        result->vt = member.result;
+    }
+    if (invocation.result != nullptr && member.kind != INVOKE_PROPERTYPUT) {
+        *invocation.result = result.release();
+    }
+    return S_OK;
+}
+
 // header.v2Frames(1) means the item of the collection, as a script writes it.
-bool is_index_of_result(const FUNCDESC& description, const Invocation& invocation) {
-    return description.cParams == 0 && description.elemdescFunc.tdesc.vt == VT_DISPATCH &&
+bool is_index_of_result(const Member& member, const Invocation& invocation) {
+    return member.parameters.empty() && member.result == VT_DISPATCH &&
            invocation.arguments.cArgs > 0;
 }
 
@@ -209,63 +131,35 @@ HRESULT invoke_default(IDispatch& object, const Invocation& invocation) {
                          invocation.exception, invocation.wrong_argument);
 }
 
-HRESULT call(ITypeInfo& type, void* object, const Invocation& invocation,
-             const FUNCDESC& description, const Arguments& arguments) {
-    std::vector<VARIANTARG> reversed;
-    for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
-        reversed.push_back((*argument)->passed());
-    }
-    DISPID put = DISPID_PROPERTYPUT;
-    const bool is_put = description.invkind == INVOKE_PROPERTYPUT;
-    DISPPARAMS passed{};
-    passed.rgvarg = reversed.data();
-    passed.cArgs = static_cast<UINT>(reversed.size());
-    passed.rgdispidNamedArgs = is_put ? &put : nullptr;
-    passed.cNamedArgs = is_put ? 1 : 0;
-    // What is left there of an earlier failure must not explain this one.
-    ::SetErrorInfo(0, nullptr);
-    UINT wrong = 0;
-    return type.Invoke(object, invocation.member, static_cast<WORD>(description.invkind), &passed,
-                       is_put ? nullptr : invocation.result, invocation.exception, &wrong);
-}
-
 }  // namespace
 
-HRESULT invoke(ITypeInfo& type, void* object, const Invocation& invocation) {
-    const Description description = describe(type, invocation.member, invocation.flags);
-    if (!description) {
+HRESULT invoke(Members members, void* object, const Invocation& invocation) {
+    const Member* const member = find_member(members, invocation.member, invocation.flags);
+    if (member == nullptr) {
         return DISP_E_MEMBERNOTFOUND;
     }
-    if (is_index_of_result(*description, invocation)) {
+    Arguments arguments;
+    if (is_index_of_result(*member, invocation)) {
         OwnedVariant collection;
         DISPPARAMS none{};
-        const HRESULT result = call(type, object,
+        const HRESULT result = call(members, *member, object, arguments,
                                     {invocation.member, invocation.flags, none, collection.get(),
-                                     invocation.exception, invocation.wrong_argument},
-                                    *description, {});
+                                     invocation.exception, invocation.wrong_argument});
         if (FAILED(result)) {
             return result;
         }
         return collection->pdispVal == nullptr ? DISP_E_TYPEMISMATCH
                                                : invoke_default(*collection->pdispVal, invocation);
     }
-    Arguments arguments;
-    for (SHORT i = 0; i < description->cParams; ++i) {
-        arguments.push_back(std::make_unique<Argument>(description->lprgelemdescParam[i]));
-    }
     UINT wrong = 0;
-    HRESULT result = fill(arguments, invocation.arguments, wrong);
+    const HRESULT result = fill(arguments, *member, invocation.arguments, wrong);
     if (FAILED(result)) {
         if (invocation.wrong_argument != nullptr) {
             *invocation.wrong_argument = wrong;
         }
         return result;
     }
-    result = call(type, object, invocation, *description, arguments);
-    for (const auto& argument : arguments) {
-        argument->hand_back();
-    }
-    return result;
+    return call(members, *member, object, arguments, invocation);
 }
 
 }  // namespace brindle::com

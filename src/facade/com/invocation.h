@@ -2,6 +2,8 @@
 
 #include <oaidl.h>
 
+#include "facade/com/dispatch_table.h"
+
 namespace brindle::com {
 
 // What a host that binds late asks for.
@@ -14,9 +16,10 @@ struct Invocation {
     UINT* wrong_argument;
 };
 
-// Calls a member of `object`, whose dual interface `type` describes. Arguments are matched by place
-// and by name and converted as automation does, the same in every country; a variable of a script
-// takes a value handed back by reference, whatever it held.
-[[nodiscard]] HRESULT invoke(ITypeInfo& type, void* object, const Invocation& invocation);
+// Calls a member of `object`, a pointer to the dual interface whose members are given. Arguments
+// are matched by place and by name and converted as automation does, the same in every country.
+// What the member changed by reference goes back to where the host keeps it, whatever type it has
+// there.
+[[nodiscard]] HRESULT invoke(Members members, void* object, const Invocation& invocation);
 
 }  // namespace brindle::com

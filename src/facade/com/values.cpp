@@ -1,8 +1,11 @@
 #include "facade/com/values.h"
 
+#include <cstddef>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <type_traits>
+#include <utility>
 #include <variant>
 
 #include <brindle/error.h>
@@ -39,6 +42,33 @@ void copy_value(const VARIANT& from, OwnedVariant& into) {
     }
 }
 
+// 0 for what is no number.
+std::size_t size_of_number(VARTYPE type) noexcept {
+    switch (type) {
+        case VT_I1:
+        case VT_UI1:
+            return sizeof(std::uint8_t);
+        case VT_I2:
+        case VT_UI2:
+        case VT_BOOL:
+            return sizeof(std::uint16_t);
+        case VT_I4:
+        case VT_UI4:
+        case VT_INT:
+        case VT_UINT:
+        case VT_R4:
+            return sizeof(std::uint32_t);
+        case VT_I8:
+        case VT_UI8:
+        case VT_R8:
+        case VT_CY:
+        case VT_DATE:
+            return sizeof(std::uint64_t);
+        default:
+            return 0;
+    }
+}
+
 }  // namespace
 
 OwnedBstr::OwnedBstr(const String& text) : text_(new_bstr(text)) {}
@@ -60,7 +90,14 @@ String text_of(BSTR text) {
 }
 
 bool is_omitted(const VARIANT& value) noexcept {
-    return value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND;
+    if (value.vt == VT_ERROR) {
+        return value.scode == DISP_E_PARAMNOTFOUND;
+    }
+    if (refers_to_nothing(value)) {
+        return false;
+    }
+    return (value.vt == (VT_BYREF | VT_ERROR) && *value.pscode == DISP_E_PARAMNOTFOUND) ||
+           (value.vt == (VT_BYREF | VT_VARIANT) && is_omitted(*value.pvarVal));
 }
 
 bool refers_to_nothing(const VARIANT& value) noexcept {
@@ -69,6 +106,36 @@ bool refers_to_nothing(const VARIANT& value) noexcept {
     }
     return value.byref == nullptr ||
            (value.vt == (VT_BYREF | VT_VARIANT) && refers_to_nothing(*value.pvarVal));
+}
+
+VARIANT& referred(VARIANT& value) noexcept {
+    VARIANT* at = &value;
+    while (at->vt == (VT_BYREF | VT_VARIANT) && at->pvarVal != nullptr) {
+        at = at->pvarVal;
+    }
+    return *at;
+}
+
+void assign_referred(const VARIANT& reference, const VARIANT& value) noexcept {
+    const auto type = static_cast<VARTYPE>(reference.vt & ~VT_BYREF);
+    OwnedVariant made;
+    if (FAILED(convert(value, type, *made.get()))) {
+        return;
+    }
+    if (type == VT_BSTR) {
+        std::swap(*reference.pbstrVal, made->bstrVal);
+    } else {
+        std::memcpy(reference.byref, &made->llVal, size_of_number(type));
+    }
+}
+
+bool is_same(const VARIANT& first, const VARIANT& second) noexcept {
+    if (first.vt != VT_BSTR) {
+        return first.llVal == second.llVal;
+    }
+    const UINT length = ::SysStringByteLen(first.bstrVal);
+    return length == ::SysStringByteLen(second.bstrVal) &&
+           (length == 0 || std::memcmp(first.bstrVal, second.bstrVal, length) == 0);
 }
 
 HRESULT convert(const VARIANT& from, VARTYPE type, VARIANT& into) noexcept {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <oaidl.h>
 #include <oleauto.h>
+#include <utility>
 
 #include <brindle/values.h>
 
@@ -35,6 +36,8 @@ public:
 
     [[nodiscard]] VARIANT* get() noexcept { return &value_; }
     VARIANT* operator->() noexcept { return &value_; }
+    // The caller owns it from here on.
+    [[nodiscard]] VARIANT release() noexcept { return std::exchange(value_, VARIANT{}); }
 
 private:
     VARIANT value_{};
@@ -45,10 +48,19 @@ private:
 // A null text is an empty one.
 [[nodiscard]] String text_of(BSTR text);
 
-// True for an argument that the caller left out.
+// True for an argument that the caller left out, also when it was left out further up and is passed
+// on by reference.
 [[nodiscard]] bool is_omitted(const VARIANT& value) noexcept;
-// True when the value refers to nothing: no one may look behind it.
+// True when the value refers to nothing: it must not be followed.
 [[nodiscard]] bool refers_to_nothing(const VARIANT& value) noexcept;
+// The variable that the value refers to, through references to references; the value itself when it
+// refers to none. It may hold a reference of another type.
+[[nodiscard]] VARIANT& referred(VARIANT& value) noexcept;
+// Stores `value` where `reference` refers to, in the type that it has there. A value that does not
+// convert changes nothing.
+void assign_referred(const VARIANT& reference, const VARIANT& value) noexcept;
+// True when two values of one type, a text or a number, are equal.
+[[nodiscard]] bool is_same(const VARIANT& first, const VARIANT& second) noexcept;
 
 // `from` as another type, by the rules of automation and the same in every country. `into` must be
 // empty. The result code says what failed.
