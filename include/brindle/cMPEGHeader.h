@@ -68,7 +68,8 @@ public:
                        bool& Cancel)>
         Scanning;
     // Duration was asked for and is not known. What the handler stores (milliseconds) is the
-    // answer to that one question.
+    // answer to that one question. A handler may read Duration of the same object; inside 16
+    // handlers that do, it reads 0.
     std::function<void(std::int32_t& DurationinmS)> DurationNeeded;
 
     // --- Hooks of the program around it.
@@ -300,6 +301,7 @@ private:
     bool in_use_ = false;
     bool separate_ = false;
     bool in_loop_ = false;
+    mutable int running_duration_handlers_ = 0;
     eTimeDisplayStyle time_style_ = NoFractions;
 };
 

@@ -17,6 +17,20 @@ namespace brindle {
 namespace {
 
 constexpr std::int32_t kFileNameNotSet = -896556;
+// A handler of DurationNeeded that reads Duration would call itself until the stack is used up.
+constexpr int kMaxDurationHandlers = 16;
+
+// Counts a call for as long as it runs.
+class RunningCall {
+public:
+    explicit RunningCall(int& count) noexcept : count_(count) { ++count_; }
+    RunningCall(const RunningCall&) = delete;
+    RunningCall& operator=(const RunningCall&) = delete;
+    ~RunningCall() { --count_; }
+
+private:
+    int& count_;
+};
 
 // The last three characters alone decide, no dot is asked for.
 bool is_opened(const String& name) {
@@ -117,7 +131,9 @@ std::int32_t cMPEGHeader::Duration() const {
     std::int32_t duration = ask(model_, [](const cMP3ID3v2& model) { return model.Duration(); });
     // The analyser says -1 for a file without a stream.
     duration = duration == -1 ? 0 : duration;
-    if (duration == 0 && DurationNeeded && !FileName().empty()) {
+    if (duration == 0 && DurationNeeded && !FileName().empty() &&
+        running_duration_handlers_ < kMaxDurationHandlers) {
+        const RunningCall running(running_duration_handlers_);
         raise_event(DurationNeeded, duration);
     }
     return duration;

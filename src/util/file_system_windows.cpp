@@ -95,6 +95,29 @@ std::wstring final_name(const std::wstring& name) {
     return target;
 }
 
+bool is_read_only(const std::wstring& name) {
+    const DWORD attributes = ::GetFileAttributesW(name.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+// Indexers and virus scanners open a file that was just written, and close it again soon: an
+// attempt whose failure `is_passing` is repeated for a second. The processor goes to others
+// meanwhile.
+template <typename Attempt, typename IsPassing>
+void attempt_for_a_second(Attempt attempt, IsPassing is_passing) {
+    constexpr ULONGLONG kMilliseconds = 1'000;
+    constexpr DWORD kPause = 10;
+    const ULONGLONG begin = ::GetTickCount64();
+    while (attempt() == 0) {
+        const DWORD error = ::GetLastError();
+        if (!is_passing(error) || ::GetTickCount64() - begin >= kMilliseconds) {
+            ::SetLastError(error);
+            raise_last_error(FileAction::Name);
+        }
+        ::Sleep(kPause);
+    }
+}
+
 }  // namespace
 
 std::unique_ptr<BinaryFile> WindowsFileSystem::open(const String& name, OpenMode mode) {
@@ -169,18 +192,24 @@ bool WindowsFileSystem::clone(BinaryFile& /*from*/, BinaryFile& /*to*/) {
 }
 
 void WindowsFileSystem::remove(const String& name) {
-    if (::DeleteFileW(disk_name(name).c_str()) == 0) {
-        raise_last_error(FileAction::Name);
-    }
+    const std::wstring path = disk_name(name);
+    attempt_for_a_second([&] { return ::DeleteFileW(path.c_str()); },
+                         [](DWORD error) { return error == ERROR_SHARING_VIOLATION; });
 }
 
 void WindowsFileSystem::replace(const String& from, const String& to) {
     const std::wstring old_path = disk_name(from);
     const std::wstring new_path = disk_name(to);
-    if (::MoveFileExW(old_path.c_str(), new_path.c_str(),
-                      MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
-        raise_last_error(FileAction::Name);
-    }
+    attempt_for_a_second(
+        [&] {
+            return ::MoveFileExW(old_path.c_str(), new_path.c_str(),
+                                 MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+        },
+        // What is open under the new name is an access denied, and so is what is read-only.
+        [&](DWORD error) {
+            return error == ERROR_SHARING_VIOLATION ||
+                   (error == ERROR_ACCESS_DENIED && !is_read_only(new_path));
+        });
 }
 
 // The rename has written through.

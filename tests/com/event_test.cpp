@@ -270,6 +270,38 @@ TEST(Events, SinkMayReleaseTheLastReferenceWhenAskedForADuration) {
     EXPECT_EQ(sink.references, 0U);
 }
 
+TEST(Events, SinkThatAsksForTheDurationWithoutEndGets0AtADepthOf16) {
+    const File file(L"no audio.mp3", "no audio in here");
+    const auto header = create();
+    Sink sink;
+    sink.on_duration_needed = [&](long& duration) {
+        duration = number(*header.Get(), &host::_cMPEGHeader::get_Duration) + 1;
+    };
+    const DWORD cookie = advise(*header.Get(), sink);
+    EXPECT_EQ(assign(*header.Get(), file.name()), S_OK);
+    sink.calls = 0;
+    EXPECT_EQ(number(*header.Get(), &host::_cMPEGHeader::get_Duration), 16);
+    EXPECT_EQ(sink.calls, 16);
+    EXPECT_EQ(number(*header.Get(), &host::_cMPEGHeader::get_Duration), 16);
+    events_of(*header.Get())->Unadvise(cookie);
+}
+
+// No loop of the component runs meanwhile.
+TEST(Events, FileNameFromInsideAScanningThatTheHostRaisedIsObeyed) {
+    const File file(L"song.mp3", audio(120));
+    const auto header = create();
+    Sink sink;
+    sink.on_scanning = [&](const std::wstring&, long, long, VARIANT_BOOL&) {
+        EXPECT_EQ(assign(*header.Get(), file.name()), S_OK);
+        EXPECT_EQ(text(*header.Get(), &host::_cMPEGHeader::get_FileName), file.name());
+    };
+    const DWORD cookie = advise(*header.Get(), sink);
+    VARIANT_BOOL cancel = VARIANT_FALSE;
+    EXPECT_EQ(header->RaiseScanningEvent(nullptr, 0, 0, &cancel), S_OK);
+    EXPECT_EQ(text(*header.Get(), &host::_cMPEGHeader::get_FileName), file.name());
+    events_of(*header.Get())->Unadvise(cookie);
+}
+
 TEST(Events, FileNameFromInsideReadingIsNotObeyed) {
     const File file(L"song.mp3", audio(120));
     const auto header = create();

@@ -2,6 +2,8 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <span>
@@ -50,6 +52,46 @@ std::string content(const String& name) {
     return {into.begin(), into.begin() + count};
 }
 
+// Opened as a virus scanner or an indexer does: others may read.
+HANDLE hold(const String& name) {
+    const HANDLE held = ::CreateFileW(disk_name(name).c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                      nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_NE(held, INVALID_HANDLE_VALUE);
+    return held;
+}
+
+// Holds a file for a moment; it is let go by a thread of its own.
+class HeldForAMoment {
+public:
+    explicit HeldForAMoment(const String& name)
+        : file_(hold(name)), thread_(::CreateThread(nullptr, 0, let_go, file_, 0, nullptr)) {
+        EXPECT_NE(thread_, nullptr);
+    }
+    ~HeldForAMoment() {
+        ::WaitForSingleObject(thread_, INFINITE);
+        ::CloseHandle(thread_);
+    }
+    HeldForAMoment(const HeldForAMoment&) = delete;
+    HeldForAMoment& operator=(const HeldForAMoment&) = delete;
+
+private:
+    static DWORD __stdcall let_go(void* file) {
+        ::Sleep(300);
+        ::CloseHandle(file);
+        return 0;
+    }
+
+    HANDLE file_;
+    HANDLE thread_;
+};
+
+template <typename Call>
+std::uint64_t milliseconds_of(Call call) {
+    const ULONGLONG begin = ::GetTickCount64();
+    call();
+    return ::GetTickCount64() - begin;
+}
+
 String temporary_folder() {
     wchar_t path[MAX_PATH + 1];
     const DWORD size = ::GetTempPathW(MAX_PATH, path);
@@ -93,9 +135,7 @@ TEST_F(WindowsFilesTest, OthersDecideWhetherAFileInUseMayBeWritten) {
     EXPECT_EQ(opening(song, OpenMode::Read), 0);
     EXPECT_EQ(opening(song, OpenMode::ReadWrite), 0);
     writer->close();
-    const HANDLE other = ::CreateFileW(disk_name(song).c_str(), GENERIC_READ, FILE_SHARE_READ,
-                                       nullptr, OPEN_EXISTING, 0, nullptr);
-    ASSERT_NE(other, INVALID_HANDLE_VALUE);
+    const HANDLE other = hold(song);
     EXPECT_EQ(opening(song, OpenMode::Read), 0);
     EXPECT_EQ(opening(song, OpenMode::ReadWrite), 70);
     ::CloseHandle(other);
@@ -161,15 +201,68 @@ TEST_F(WindowsFilesTest, NewFileIsBesideAndTakesTheOldOnesPlace) {
 TEST_F(WindowsFilesTest, FileInUseIsNeitherReplacedNorLost) {
     String name;
     files().create_beside(song, name)->close();
-    const HANDLE other = ::CreateFileW(disk_name(song).c_str(), GENERIC_READ, FILE_SHARE_READ,
-                                       nullptr, OPEN_EXISTING, 0, nullptr);
-    ASSERT_NE(other, INVALID_HANDLE_VALUE);
+    const HANDLE other = hold(song);
     EXPECT_EQ(number_of_error([&] { files().replace(name, song); }), 70);
     EXPECT_EQ(number_of_error([&] { files().remove(song); }), 70);
     ::CloseHandle(other);
     EXPECT_EQ(content(song), "audio");
     files().remove(name);
     EXPECT_EQ(number_of_error([&] { files().remove(name); }), 53);
+}
+
+TEST_F(WindowsFilesTest, FileThatIsHeldForAMomentIsWaitedFor) {
+    String name;
+    files().create_beside(song, name)->close();
+    {
+        const HeldForAMoment held(song);
+        EXPECT_EQ(number_of_error([&] { files().replace(name, song); }), 0);
+    }
+    EXPECT_FALSE(files().exists(name));
+    EXPECT_EQ(content(song), "");
+    files().create_beside(song, name)->close();
+    {
+        // The new file, too, is what a scanner opens.
+        const HeldForAMoment held(name);
+        EXPECT_EQ(number_of_error([&] { files().replace(name, song); }), 0);
+    }
+    {
+        const HeldForAMoment held(song);
+        EXPECT_EQ(number_of_error([&] { files().remove(song); }), 0);
+    }
+    EXPECT_FALSE(files().exists(song));
+}
+
+TEST_F(WindowsFilesTest, FileThatIsHeldForLongerIsGivenUpAfterASecond) {
+    String name;
+    files().create_beside(song, name)->close();
+    const HANDLE held = hold(song);
+    for (const auto& action : std::initializer_list<std::function<void()>>{
+             [&] { files().replace(name, song); }, [&] { files().remove(song); }}) {
+        const std::uint64_t time = milliseconds_of([&] { EXPECT_EQ(number_of_error(action), 70); });
+        EXPECT_GE(time, 900U);
+        EXPECT_LE(time, 2'500U);
+    }
+    ::CloseHandle(held);
+    files().remove(name);
+}
+
+TEST_F(WindowsFilesTest, WhatNoWaitingMendsIsNotWaitedFor) {
+    String name;
+    files().create_beside(song, name)->close();
+    const auto expect_at_once = [](std::int32_t number, const std::function<void()>& action) {
+        EXPECT_LE(milliseconds_of([&] { EXPECT_EQ(number_of_error(action), number); }), 500U);
+    };
+    expect_at_once(76, [&] { files().replace(name, in_folder(u"none\\song.mp3")); });
+    expect_at_once(53, [&] { files().remove(in_folder(u"none.mp3")); });
+    ::SetFileAttributesW(disk_name(song).c_str(), FILE_ATTRIBUTE_READONLY);
+    expect_at_once(70, [&] { files().remove(song); });
+    // Wine replaces a file that is merely read-only.
+    const HANDLE held = hold(song);
+    expect_at_once(70, [&] { files().replace(name, song); });
+    ::CloseHandle(held);
+    ::SetFileAttributesW(disk_name(song).c_str(), FILE_ATTRIBUTE_NORMAL);
+    EXPECT_EQ(content(song), "audio");
+    files().remove(name);
 }
 
 TEST_F(WindowsFilesTest, ExistenceIsAskedWithWildcardsInTheLastPart) {

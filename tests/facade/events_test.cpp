@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -296,6 +297,43 @@ TEST(Events, DurationAskedForInsideDurationNeededRaisesItAgain) {
         duration = depth < 3 ? loaded.header.Duration() + 1 : 10;
     };
     EXPECT_EQ(loaded.header.Duration(), 12);
+}
+
+TEST(Events, HandlersThatAskForTheDurationWithoutEndGet0AtADepthOf16) {
+    LoadedHeader loaded(test::repeated(9000, 'x'));
+    int running = 0;
+    int deepest = 0;
+    std::vector<std::int32_t> answers;
+    loaded.header.DurationNeeded = [&](std::int32_t& duration) {
+        ++running;
+        deepest = std::max(deepest, running);
+        duration = loaded.header.Duration() + 1;
+        answers.push_back(duration);
+        --running;
+    };
+    EXPECT_EQ(loaded.header.Duration(), 16);
+    EXPECT_EQ(deepest, 16);
+    EXPECT_EQ(answers.front(), 1);  // the innermost got 0
+    // The limit is one of depth, not of number.
+    answers.clear();
+    EXPECT_EQ(loaded.header.Duration(), 16);
+    EXPECT_EQ(answers.size(), 16U);
+}
+
+TEST(Events, AHandlerThatThrowsLeavesTheDepthAsItWas) {
+    LoadedHeader loaded(test::repeated(9000, 'x'));
+    for (int i = 0; i < 20; ++i) {
+        loaded.header.DurationNeeded = [](std::int32_t&) {
+            throw Error(RuntimeError::InvalidCall);
+        };
+        try {
+            static_cast<void>(loaded.header.Duration());
+        } catch (const Error&) {
+            // Whether it comes this far is not what is looked at.
+        }
+    }
+    loaded.header.DurationNeeded = [](std::int32_t& duration) { duration = 5; };
+    EXPECT_EQ(loaded.header.Duration(), 5);
 }
 
 TEST(Events, PropertiesAnswerInsideEvents) {
