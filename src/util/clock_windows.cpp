@@ -1,6 +1,10 @@
 #include "util/clock_windows.h"
 
+// The second needs the first.
+// clang-format off
 #include <windows.h>
+#include <mmsystem.h>
+// clang-format on
 
 namespace brindle {
 
@@ -13,7 +17,7 @@ double WindowsClock::seconds() {
 }
 
 std::uint32_t WindowsClock::milliseconds_since_start() {
-    return ::GetTickCount();
+    return ::timeGetTime();
 }
 
 Date WindowsClock::local_date() {

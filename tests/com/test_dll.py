@@ -9,7 +9,8 @@ from conftest import ROOT
 TABLE = pathlib.Path(__file__).with_name("type_library.txt")
 
 # Every Windows has these; what is not in this list would have to be brought along.
-SYSTEM = {"ADVAPI32.dll", "KERNEL32.dll", "msvcrt.dll", "ole32.dll", "OLEAUT32.dll", "USER32.dll"}
+SYSTEM = {"advapi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "oleaut32.dll", "user32.dll",
+          "winmm.dll"}
 MOST_BYTES = 600_000
 
 
@@ -27,9 +28,14 @@ def test_exports_are_the_four_functions_of_a_server(dll):
 
 
 def test_imports_are_of_the_system(dll):
-    imported = set(re.findall(r"DLL Name: (\S+)", headers_of(dll)))
-    assert "KERNEL32.dll" in imported
-    assert imported <= SYSTEM
+    imported = {name.lower() for name in re.findall(r"DLL Name: (\S+)", headers_of(dll))}
+    assert imported == SYSTEM
+
+
+def test_stamp_of_corrupt_tags_is_that_of_the_multimedia_timer(dll):
+    table = re.split("DLL Name: winmm", headers_of(dll), flags=re.IGNORECASE)[1]
+    table = table.split("DLL Name:")[0]
+    assert re.findall(r"^\s+[0-9a-f]+\s+\d+\s+(\w+)$", table, re.MULTILINE) == ["timeGetTime"]
 
 
 def test_it_is_small(dll):

@@ -325,6 +325,18 @@ TEST(SystemError, EveryCodeHasTheNumberThatHostsKnow) {
     }
 }
 
+// The stamp of corrupt tags.
+TEST(WindowsClock, MillisecondsAreThoseOfTheMultimediaTimer) {
+    for (int i = 0; i < 50; ++i) {
+        const DWORD before = ::timeGetTime();
+        const std::uint32_t milliseconds = system_environment().clock.milliseconds_since_start();
+        const DWORD after = ::timeGetTime();
+        // Differences, since the number wraps.
+        EXPECT_LE(milliseconds - before, after - before);
+        ::Sleep(1);
+    }
+}
+
 TEST(SystemCodePage, OnlySingleBytePagesThatGoBothWaysServe) {
     const auto western = single_byte_code_page(1252);
     ASSERT_TRUE(western.has_value());
