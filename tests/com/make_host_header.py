@@ -31,6 +31,8 @@ def main():
         is_open = False
 
     for line in lines:
+        if line.lstrip().startswith("# "):  # a help string
+            continue
         interface, function = INTERFACE.match(line), FUNCTION.match(line)
         if line.startswith("enum "):
             close()

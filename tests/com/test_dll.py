@@ -59,6 +59,14 @@ def test_type_library_is_the_frozen_one(build):
     assert (build / "tests" / "com" / "type_library.txt").read_text() == TABLE.read_text()
 
 
+def test_every_member_value_and_event_has_a_help_string(build):
+    lines = (build / "tests" / "com" / "type_library.txt").read_text().splitlines()
+    helps = [line.strip()[1:].strip() for line in lines if line.strip().startswith("#")]
+    # 6 types, 7 values, 55 members, 3 events, 8 members of the collection.
+    assert len(helps) == 6 + 7 + 55 + 3 + 8
+    assert all(help for help in helps)
+
+
 def test_same_sources_make_the_same_bytes(build, dll, tmp_path):
     """From nothing, in another place, at another time, and as a host's programmer builds it."""
     for command in (["cmake", "--preset", build.name, "-B", tmp_path, "-DBRINDLE_BUILD_TESTS=OFF"],

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <oaidl.h>
 #include <oleauto.h>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,13 @@ std::string name_of(ITypeInfo& type, MEMBERID member = MEMBERID_NIL) {
     BSTR name = nullptr;
     must(type.GetDocumentation(member, &name, nullptr, nullptr, nullptr), "GetDocumentation");
     return text_of(name);
+}
+
+// What an object browser shows of a member or of the type itself, on a line of its own.
+void print_help(ITypeInfo& type, const char* indent, MEMBERID member = MEMBERID_NIL) {
+    BSTR help = nullptr;
+    must(type.GetDocumentation(member, nullptr, &help, nullptr, nullptr), "GetDocumentation");
+    std::fprintf(table, "%s# %s\n", indent, text_of(help).c_str());
 }
 
 std::string guid_of(const GUID& guid) {
@@ -126,6 +134,7 @@ std::string function_flags(WORD flags) {
 }
 
 void print_functions(ITypeInfo& type, const TYPEATTR& attributes) {
+    std::set<MEMBERID> shown;
     for (UINT i = 0; i < attributes.cFuncs; ++i) {
         FUNCDESC* function = nullptr;
         must(type.GetFuncDesc(i, &function), "GetFuncDesc");
@@ -157,6 +166,10 @@ void print_functions(ITypeInfo& type, const TYPEATTR& attributes) {
                          words[static_cast<std::size_t>(p) + 1].c_str());
         }
         std::fprintf(table, ")%s\n", function_flags(function->wFuncFlags).c_str());
+        // Systems show one help string for both functions of a property.
+        if (shown.insert(function->memid).second) {
+            print_help(type, "    ", function->memid);
+        }
         type.ReleaseFuncDesc(function);
     }
 }
@@ -184,11 +197,13 @@ std::string type_flags(WORD flags) {
 
 void print_enumeration(ITypeInfo& type, const TYPEATTR& attributes) {
     std::fprintf(table, "enum %s\n", name_of(type).c_str());
+    print_help(type, "  ");
     for (UINT i = 0; i < attributes.cVars; ++i) {
         VARDESC* variable = nullptr;
         must(type.GetVarDesc(i, &variable), "GetVarDesc");
         std::fprintf(table, "  %s = %ld\n", name_of(type, variable->memid).c_str(),
                      static_cast<long>(variable->lpvarValue->lVal));
+        print_help(type, "    ", variable->memid);
         type.ReleaseVarDesc(variable);
     }
 }
@@ -196,6 +211,7 @@ void print_enumeration(ITypeInfo& type, const TYPEATTR& attributes) {
 void print_class(ITypeInfo& type, const TYPEATTR& attributes) {
     std::fprintf(table, "class %s %s%s\n", name_of(type).c_str(), guid_of(attributes.guid).c_str(),
                  type_flags(attributes.wTypeFlags).c_str());
+    print_help(type, "  ");
     for (UINT i = 0; i < attributes.cImplTypes; ++i) {
         HREFTYPE reference = 0;
         INT flags = 0;
@@ -223,6 +239,7 @@ void print_interface(ITypeInfo& type, const TYPEATTR& attributes) {
     const auto print_heading = [&](const char* kind, WORD flags) {
         std::fprintf(table, "%s %s %s%s\n", kind, name_of(type).c_str(),
                      guid_of(attributes.guid).c_str(), type_flags(flags).c_str());
+        print_help(type, "  ");
     };
     if (!is_dual) {
         print_heading("dispinterface", attributes.wTypeFlags);
