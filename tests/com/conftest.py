@@ -1,5 +1,7 @@
 import os
 import pathlib
+import re
+import struct
 import subprocess
 import tempfile
 
@@ -11,6 +13,25 @@ BUILD = ROOT / "build" / {"32": "windows-x86", "64": "windows-x64"}[BITS]
 
 # One program, of 32 bit, serves every Windows.
 collect_ignore = [] if BITS == "32" else ["test_program.py"]
+
+
+PRODUCT_VERSION = re.search(r"^project\(.* VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text(),
+                            re.MULTILINE).group(1)
+
+
+def version_of(file):
+    """The numbers of a program's version resource, of file and product, and its texts."""
+    content = file.read_bytes()
+    at = content.index(struct.pack("<I", 0xFEEF04BD))
+    high, low, product_high, product_low = struct.unpack_from("<4I", content, at + 8)
+    numbers = [(high >> 16, high & 0xFFFF, low >> 16, low & 0xFFFF),
+               (product_high >> 16, product_high & 0xFFFF, product_low >> 16, product_low & 0xFFFF)]
+    # A string is its lengths and type, its name and its value, each begun at a multiple of 4 and
+    # ended by a NUL.
+    texts = content[at:].decode("utf-16-le", "replace")
+    return (*numbers, {name: value
+                       for name, value in re.findall(r"\x01([A-Z]\w+)\0+([^\0]+)\0", texts)
+                       if not name.endswith("FileInfo")})
 
 
 def windows_name(path):

@@ -4,7 +4,7 @@ import pathlib
 import re
 import subprocess
 
-from conftest import ROOT
+from conftest import PRODUCT_VERSION, ROOT, version_of
 
 TABLE = pathlib.Path(__file__).with_name("type_library.txt")
 
@@ -50,9 +50,19 @@ def test_bits_are_those_of_the_host(dll, bits):
 
 
 def test_it_says_what_it_is(dll):
-    content = dll.read_bytes()
-    for text in ("FileDescription", "Brindle: facts and tags of MP3 files", "6.2.0.0"):
-        assert text.encode("utf-16-le") in content
+    file, product, texts = version_of(dll)
+    assert file == product == (*map(int, PRODUCT_VERSION.split(".")), 0)
+    assert texts == {
+        "CompanyName": "the Brindle authors",
+        "FileDescription": "Brindle: facts and tags of MP3 files",
+        "FileVersion": f"{PRODUCT_VERSION}.0",
+        "InternalName": "Brindle",
+        "LegalCopyright": "Copyright (c) 2026 the Brindle authors",
+        "OriginalFilename": "Brindle.dll",
+        "ProductName": "Brindle",
+        "ProductVersion": PRODUCT_VERSION}
+    # The same owner as the licence names.
+    assert texts["LegalCopyright"] in (ROOT / "LICENSE").read_text()
 
 
 def test_type_library_is_the_frozen_one(build):
