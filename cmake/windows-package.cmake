@@ -21,3 +21,6 @@ set(CPACK_INSTALLED_DIRECTORIES
     "${root}/cmake/windows" "."
     "${root}/examples" "examples"
     "${root}/docs" "docs")
+# The manual's source; the builds make what Windows shows.
+set(CPACK_IGNORE_FILES "\\.scd$")
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/windows-package-files.cmake)

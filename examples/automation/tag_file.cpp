@@ -1,12 +1,13 @@
 // Shows what an MP3 file is, sets its cue point and saves it. Bound early: the compiler reads the
-// interface from the type library in the DLL.
+// interface from the type library, which lies beside the DLL of the same width.
 //
-//   cl /EHsc /std:c++17 tag_file.cpp
+//   cl /EHsc /std:c++17 /I ..\..\x86 tag_file.cpp    (32 bit)
+//   cl /EHsc /std:c++17 /I ..\..\x64 tag_file.cpp    (64 bit)
 //   tag_file C:\music\jingle.mp3
 #include <cstdio>
 #include <windows.h>
 
-#import "Brindle.dll" rename_namespace("Mp3")
+#import "Brindle.tlb" rename_namespace("Mp3")
 
 namespace {
 

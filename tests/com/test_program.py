@@ -1,17 +1,16 @@
-"""brindle.exe and the package for Windows, which holds it for hosts of both widths."""
+"""brindle.exe."""
 
 import json
 import os
 import shutil
-import subprocess
-import zipfile
 
 import pytest
 
-from conftest import BUILD, ROOT, windows_name
+from conftest import BUILD, PRODUCT_VERSION, ROOT, version_of, windows_name
 
 SAMPLE = ROOT / "examples" / "morning-jingle.mp3"
 NAME = "Grüße ☀.mp3"
+
 
 @pytest.fixture
 def brindle(wine):
@@ -27,6 +26,16 @@ def song(folder):
     copy = folder / NAME
     shutil.copyfile(SAMPLE, copy)
     return copy
+
+
+def test_says_what_it_is(brindle):
+    file, product, texts = version_of(BUILD / "host" / "brindle.exe")
+    assert file == product == (*map(int, PRODUCT_VERSION.split(".")), 0)
+    assert texts["CompanyName"] == "the Brindle authors"
+    assert texts["OriginalFilename"] == "brindle.exe"
+    assert texts["ProductVersion"] == PRODUCT_VERSION
+    status, printed = brindle("--version")
+    assert (status, printed.split()) == (0, ["brindle", PRODUCT_VERSION])
 
 
 def test_shows_a_file_of_any_name(brindle, song):
@@ -74,49 +83,3 @@ def test_tells_of_a_folder(brindle, folder):
     status, printed = brindle("show", windows_name(folder))
     assert status == 1
     assert printed.endswith(": Is a directory\n")
-
-
-@pytest.fixture(scope="module")
-def package(tmp_path_factory):
-    subprocess.run(["cpack", "--config", "cmake/windows-package.cmake"], cwd=ROOT, check=True,
-                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
-    [path] = (ROOT / "build" / "packages").glob("brindle-*-windows.zip")
-    folder = tmp_path_factory.mktemp("package")
-    with zipfile.ZipFile(path) as archive:
-        archive.extractall(folder)
-    return folder / path.stem
-
-
-def test_package_has_what_a_station_needs(package):
-    files = {str(path.relative_to(package)) for path in package.rglob("*") if path.is_file()}
-    assert files >= {
-        "x86/Brindle.dll", "x86/Brindle.tlb", "x86/Brindle.Automation.manifest", "x86/brindle.exe",
-        "x64/Brindle.dll", "x64/Brindle.tlb", "x64/Brindle.Automation.manifest",
-        "register.cmd", "unregister.cmd", "README.md", "LICENSE", "CHANGELOG.md",
-        "examples/automation/tag_file.vbs", "docs/automation.md"}
-    for width in ("x86", "x64"):
-        built = ROOT / "build" / f"windows-{width}" / "src" / "facade" / "com" / "Brindle.dll"
-        assert (package / width / "Brindle.dll").read_bytes() == built.read_bytes()
-
-
-def test_package_registers_itself_from_where_it_lies(wine, package, folder, fresh_registry):
-    place = folder / "package"
-    if place.exists():
-        shutil.rmtree(place)
-    shutil.copytree(package, place)
-    script = windows_name(ROOT / "examples" / "automation" / "tag_file.js")
-    song = folder / "song.mp3"
-    shutil.copyfile(SAMPLE, song)
-
-    def runs():
-        result = wine("cscript", "//nologo", script, windows_name(song))
-        return b"Good Morning" in result.stdout
-
-    try:
-        assert not runs()
-        assert wine("cmd", "/c", windows_name(place / "register.cmd")).returncode == 0
-        assert runs()
-        assert wine("cmd", "/c", windows_name(place / "unregister.cmd")).returncode == 0
-        assert not runs()
-    finally:
-        shutil.rmtree(place)

@@ -1,0 +1,20 @@
+# Runs when all files of the package stand in CPACK_TEMPORARY_DIRECTORY.
+set(folder ${CPACK_TEMPORARY_DIRECTORY})
+foreach(manual brindle.html brindle.txt)
+    if(NOT EXISTS ${folder}/docs/${manual})
+        message(FATAL_ERROR "docs/${manual} is missing: scdoc and mandoc make it")
+    endif()
+endforeach()
+file(READ ${folder}/README.md readme)
+string(REPLACE docs/brindle.1.scd docs/brindle.html readme "${readme}")
+file(WRITE ${folder}/README.md "${readme}")
+
+# As sha256sum writes and checks them.
+file(GLOB_RECURSE files RELATIVE ${folder} ${folder}/*)
+list(SORT files)
+set(sums "")
+foreach(file ${files})
+    file(SHA256 ${folder}/${file} sum)
+    string(APPEND sums "${sum} *${file}\n")
+endforeach()
+file(WRITE ${folder}/SHA256SUMS "${sums}")
