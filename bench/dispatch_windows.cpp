@@ -49,10 +49,14 @@ constexpr const wchar_t* kProperties[] = {
 };
 static_assert(std::size(kProperties) == 40);
 
+[[noreturn]] void give_up(const std::string& reason) {
+    static_cast<void>(std::fputs((reason + "\n").c_str(), stderr));
+    std::exit(2);
+}
+
 void must(HRESULT result, const char* what) {
     if (FAILED(result)) {
-        std::fprintf(stderr, "%s: %08lx\n", what, static_cast<unsigned long>(result));
-        std::exit(2);
+        give_up(std::string(what) + " failed: " + std::to_string(result));
     }
 }
 
@@ -63,8 +67,7 @@ std::wstring wide(const char* text) {
 ComPtr<IDispatch> create(const char* library) {
     const HMODULE module = ::LoadLibraryW(wide(library).c_str());
     if (module == nullptr) {
-        std::fprintf(stderr, "%s cannot be loaded\n", library);
-        std::exit(2);
+        give_up(std::string(library) + " cannot be loaded");
     }
     using GetClass = HRESULT(__stdcall*)(REFCLSID, REFIID, void**);
     const auto get_class = reinterpret_cast<GetClass>(
@@ -175,15 +178,14 @@ bool is_within(const char* what, double found, double most) {
 
 int main(int argc, char** argv) {
     if (argc != 3) {
-        std::fprintf(stderr, "usage: brindle_dispatch <Brindle.dll> <MP3 file>\n");
-        return 2;
+        give_up("usage: brindle_dispatch <Brindle.dll> <MP3 file>");
     }
     must(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), "CoInitializeEx");
     const ComPtr<IDispatch> object = create(argv[1]);
     ComPtr<ITypeInfo> type;
     must(object->GetTypeInfo(0, LOCALE_INVARIANT, &type), "GetTypeInfo");
     const std::wstring file = wide(argv[2]);
-    const BSTR name = ::SysAllocStringLen(file.data(), static_cast<UINT>(file.size()));
+    BSTR name = ::SysAllocStringLen(file.data(), static_cast<UINT>(file.size()));
     assign(*object.Get(), name);
 
     IDispatch& own = *object.Get();

@@ -17,7 +17,7 @@ HANDLE handle_of(Stream stream) {
 // A console, told to obey the escape sequences that the progress bar is drawn with.
 bool is_terminal(Stream stream) {
     DWORD mode = 0;
-    const HANDLE handle = handle_of(stream);
+    void* const handle = handle_of(stream);
     return GetConsoleMode(handle, &mode) != 0 &&
            SetConsoleMode(handle, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }

@@ -25,7 +25,7 @@ struct Decimal {
 // changed, is no digit.
 Decimal rounded(double value, int digits) {
     char text[64];
-    std::snprintf(text, sizeof text, "%.*e", digits - 1, value);
+    static_cast<void>(std::snprintf(text, sizeof text, "%.*e", digits - 1, value));
     Decimal decimal{{}, 0};
     const char* at = text;
     for (; *at != 'e'; ++at) {
@@ -64,13 +64,13 @@ Decimal neighbour(Decimal decimal, bool upwards) {
 
 Decimal shortest(double value) {
     for (int digits = 1; digits < kMostDigits; ++digits) {
-        const Decimal nearest = rounded(value, digits);
+        Decimal nearest = rounded(value, digits);
         const double read = value_of(nearest);
         if (read == value) {
             return nearest;
         }
         // At a power of two there is more room above the number than below.
-        const Decimal other = neighbour(nearest, read < value);
+        Decimal other = neighbour(nearest, read < value);
         if (value_of(other) == value) {
             return other;
         }
@@ -99,7 +99,7 @@ std::string shortest_decimal(double value) {
     const std::string sign = value < 0 ? "-" : "";
     if (size >= kAllWhole) {
         char text[512];
-        std::snprintf(text, sizeof text, "%.0f", size);
+        static_cast<void>(std::snprintf(text, sizeof text, "%.0f", size));
         return sign + text;
     }
     return sign + placed(shortest(size));

@@ -8,8 +8,8 @@
 namespace brindle::com {
 
 struct Parameter {
-    const wchar_t* name;
-    VARTYPE type;  // with VT_BYREF for a pointer
+    const wchar_t* name = nullptr;
+    VARTYPE type = VT_EMPTY;  // with VT_BYREF for a pointer
     bool is_optional = false;
 };
 

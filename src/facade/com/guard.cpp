@@ -53,6 +53,7 @@ HRESULT report_exception(REFIID interface_id) noexcept {
     // What an earlier failure left there does not explain this one.
     ::SetErrorInfo(0, nullptr);
     try {
+        // cppcheck-suppress rethrowNoCurrentException; called from handlers alone
         throw;
     } catch (const Error& error) {
         return report(interface_id, error);

@@ -71,9 +71,10 @@ void write(const Entry& entry, const std::wstring& file) {
                                      nullptr, &opened, nullptr));
     const Key key(opened);
     const std::wstring value = entry.value == nullptr ? file : entry.value;
+    const std::size_t bytes = (value.size() + 1) * sizeof(wchar_t);
     check_registry(::RegSetValueExW(opened, entry.name, 0, REG_SZ,
                                     reinterpret_cast<const BYTE*>(value.c_str()),
-                                    static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))));
+                                    static_cast<DWORD>(bytes)));
 }
 
 bool is_there(const wchar_t* path, REGSAM width = 0) {
