@@ -27,8 +27,7 @@ constexpr Words kWords[] = {
     {RuntimeError::InputPastEnd, "Input past end of file",
      "The file became shorter while it was read"},
     {RuntimeError::TooManyFiles, "Too many files", "Too many files are open"},
-    {RuntimeError::PathFileAccess, "Path/File access error",
-     "Permission denied"},
+    {RuntimeError::PathFileAccess, "Path/File access error", "Permission denied"},
 };
 
 }  // namespace

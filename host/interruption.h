@@ -10,8 +10,8 @@ enum class SecondSignal {
     Ignored,  // a file is being written and is to be finished
 };
 
-// From now on SIGINT, SIGTERM, SIGHUP and SIGQUIT only leave a mark. A program that was started with one of them
-// ignored, as a background job is, keeps ignoring it.
+// From now on SIGINT, SIGTERM, SIGHUP and SIGQUIT only leave a mark. A program that was started
+// with one of them ignored, as a background job is, keeps ignoring it.
 void watch_for_interruption(SecondSignal second);
 
 [[nodiscard]] bool is_interrupted();

@@ -82,8 +82,7 @@ std::optional<Character> first_character(std::string_view utf8) {
 
 std::string in_hex(const char* format, char32_t number) {
     char text[16];
-    const int length =
-        std::snprintf(text, sizeof text, format, static_cast<unsigned>(number));
+    const int length = std::snprintf(text, sizeof text, format, static_cast<unsigned>(number));
     return {text, static_cast<std::size_t>(length)};
 }
 

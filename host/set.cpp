@@ -245,9 +245,7 @@ void add_set(CLI::App& program, Command& chosen) {
         ->add_flag("--dry-run", options->dry_run,
                    "Show old and new values and what a save would do; touch nothing")
         ->disable_flag_override();
-    command
-        ->add_flag("--preserve", options->preserve,
-                   "Keep the modification time")
+    command->add_flag("--preserve", options->preserve, "Keep the modification time")
         ->disable_flag_override();
     command
         ->add_flag("--force", options->force,

@@ -89,9 +89,8 @@ std::optional<std::string> strip_file(const std::string& name, const StripOption
 }
 
 ExitStatus strip(const StripOptions& options) {
-    return for_each_file(options.files, [&](const std::string& name) {
-        return strip_file(name, options);
-    });
+    return for_each_file(options.files,
+                         [&](const std::string& name) { return strip_file(name, options); });
 }
 
 }  // namespace

@@ -40,11 +40,12 @@ SaveLayout lay_out(const FileContent& file, const TagArea& area, std::span<const
     return layout;
 }
 
-// The next save will believe the tag's size. By chance it would not where bytes of the tag look like
-// a frame that ends exactly with the tag.
+// The next save will believe the tag's size. By chance it would not where bytes of the tag look
+// like a frame that ends exactly with the tag.
 bool is_believable(const SaveLayout& layout) {
-    const auto last = std::span(layout.tag).last(
-        std::min(layout.tag.size(), static_cast<std::size_t>(kLongestFrame)));
+    const auto last =
+        std::span(layout.tag)
+            .last(std::min(layout.tag.size(), static_cast<std::size_t>(kLongestFrame)));
     if (!holds_header(last)) {
         return true;
     }
@@ -56,7 +57,8 @@ bool is_believable(const SaveLayout& layout) {
 
 }  // namespace
 
-SaveLayout lay_out(const FileContent& file, const TagArea& area, std::span<const std::uint8_t> tag) {
+SaveLayout lay_out(const FileContent& file, const TagArea& area,
+                   std::span<const std::uint8_t> tag) {
     const auto needed = static_cast<std::int64_t>(tag.size());
     std::optional<std::int64_t> room;
     if (!area.fits(needed)) {

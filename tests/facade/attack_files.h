@@ -165,17 +165,17 @@ inline std::vector<AttackFile> hostile_streams() {
         all_audio("XING of 0 bytes", xing_frame({}, {.frames = 120, .bytes = 0}) + good_audio()),
         all_audio("XING of 2^32 - 1 frames and bytes",
                   xing_frame({}, {.frames = 0xFFFF'FFFF, .bytes = 0xFFFF'FFFF}) + good_audio()),
-        all_audio("version changes half way",
-                  stream(Frame{}, 60) +
-                      stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)),
+        all_audio(
+            "version changes half way",
+            stream(Frame{}, 60) + stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)),
         all_audio("layer changes half way",
                   stream(Frame{}, 60) + stream(Frame{.layer = 2, .kbps = 192}, 60)),
-        all_audio("version changes after 30 frames",
-                  stream(Frame{}, 30) +
-                      stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)),
-        all_audio("layer changes after 30 frames",
-                  stream(Frame{}, 30) +
-                      stream(Frame{.layer = 2, .kbps = 192, .frequency = 48000}, 60)),
+        all_audio(
+            "version changes after 30 frames",
+            stream(Frame{}, 30) + stream(Frame{.version = 2, .kbps = 64, .frequency = 22050}, 60)),
+        all_audio(
+            "layer changes after 30 frames",
+            stream(Frame{}, 30) + stream(Frame{.layer = 2, .kbps = 192, .frequency = 48000}, 60)),
     };
     const std::pair<const char*, HeaderBits> reserved[] = {
         {"of the version", {.version = 1}},     {"of the layer", {.layer = 0}},
@@ -189,8 +189,8 @@ inline std::vector<AttackFile> hostile_streams() {
         }
         // Free format, index 0 of the bit rate, is audio that nobody here plays.
         const bool is_free_format = bits.bitrate == 0;
-        files.push_back({std::string("reserved index ") + field, file,
-                         is_free_format ? file : Bytes()});
+        files.push_back(
+            {std::string("reserved index ") + field, file, is_free_format ? file : Bytes()});
     }
     return files;
 }
@@ -269,15 +269,15 @@ inline std::vector<AttackFile> greedy_files() {
          rejected + Tag(3).text("TIT2", "Song").padding(5'000).bytes(), rejected},
         {"slow stream of two rates between tag and record",
          Tag(3).text("TIT2", "Song").padding(5'000) + rejected + Id3v1{}.bytes(), rejected},
-        all_audio("short chain that breaks, then a long one",
-                  stream(kLongest.with_kbps(8), 4) + zeros(3) + stream(kLongest, 99) +
-                      zeros(3'000)),
+        all_audio(
+            "short chain that breaks, then a long one",
+            stream(kLongest.with_kbps(8), 4) + zeros(3) + stream(kLongest, 99) + zeros(3'000)),
         // What is between tag and first header may go.
         {"long chains that break", Tag(3).text("TIT2", "Song").padding(30) + broken_chains,
          broken_chains.part(3, broken_chains.size())},
         // The first frame is short, so a hundred seem to follow.
-        {"long chain to the end of the file",
-         Tag(3).text("TIT2", "Song").padding(30) + long_chain, long_chain},
+        {"long chain to the end of the file", Tag(3).text("TIT2", "Song").padding(30) + long_chain,
+         long_chain},
     };
 }
 

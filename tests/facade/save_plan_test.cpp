@@ -442,9 +442,8 @@ TEST(SavePlan, OrdinaryFileIsNotRefused) {
 TEST(SavePlan, RecordToComeCounts) {
     const Bytes audio = stream(Frame{}, 8);
     for (const bool has_record : {false, true}) {
-        const Bytes content =
-            Tag(3).text("TIT2", "Song").padded_to(4050 - audio.size()) + audio +
-            (has_record ? Bytes("TAG") + zeros(125) : Bytes());
+        const Bytes content = Tag(3).text("TIT2", "Song").padded_to(4050 - audio.size()) + audio +
+                              (has_record ? Bytes("TAG") + zeros(125) : Bytes());
         OpenedFile file(content);
         const SavePlan plan = file.plan();
         EXPECT_TRUE(plan.fits);

@@ -224,7 +224,8 @@ TEST_F(SavingHost, SecondSaveAfterARebuildReadsTheTagAlone) {
 TEST_F(SavingHost, FileThatCannotBeSeenAnyMoreIsAnError) {
     open(kAudio);
     // As of a folder that may no longer be entered: nothing exists for this program.
-    world_.files.fail({.nth = 1, .from_then_on = true, .error = Error(RuntimeError::PathFileAccess)});
+    world_.files.fail(
+        {.nth = 1, .from_then_on = true, .error = Error(RuntimeError::PathFileAccess)});
     const auto error = error_of_saving();
     ASSERT_TRUE(error);
     EXPECT_EQ(error->number(), 75);
@@ -321,8 +322,9 @@ TEST_F(SavingHost, RemoveTagsTellsWhatStripTagsKeepsToItself) {
         FAIL() << "nothing was raised";
     } catch (const Error& error) {
         EXPECT_EQ(error.number(), 5);
-        EXPECT_EQ(error.description(), u"The tag claims more bytes than the file holds, and no "
-                                       u"audio tells where it ends");
+        EXPECT_EQ(error.description(),
+                  u"The tag claims more bytes than the file holds, and no "
+                  u"audio tells where it ends");
     }
     EXPECT_EQ(content(), endless);
     open(Tag().padded_to(600) + kAudio + kRecord);

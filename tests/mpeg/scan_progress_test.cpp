@@ -25,7 +25,7 @@ public:
     };
     std::vector<Event> events;
     int yields = 0;
-    std::vector<std::string> order;  // "yield" and "event" as they came
+    std::vector<std::string> order;   // "yield" and "event" as they came
     std::size_t cancel_at_event = 0;  // counted from 1; 0 is never
     bool fails = false;
 
