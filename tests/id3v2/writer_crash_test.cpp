@@ -147,7 +147,7 @@ protected:
 TEST_P(PowerCut, LeavesAllAudioWhereReadersFindIt) {
     for_each_content([](const Bytes& content, bool) {
         EXPECT_TRUE(has_audio(content));
-        const FrameWalk walk = test::OpenedModel(content).model.walk_frames();
+        const FrameWalk walk = test::OpenedModel(content).model.walk_frames(FrameVisitor());
         EXPECT_EQ(walk.frames, 120);
         EXPECT_EQ(walk.gaps, 0);
     });
