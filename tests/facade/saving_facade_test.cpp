@@ -425,6 +425,24 @@ TEST_F(SavingHost, StripRightAfterASaveLeavesTheAudio) {
     EXPECT_EQ(content(), kAudio);
 }
 
+TEST_F(SavingHost, TagTypeAfterASaveIsThatOfTheFileAsItWasAssigned) {
+    open(kAudio);
+    header_.Title(u"Song");
+    header_.SaveAllInfo();
+    EXPECT_EQ(header_.TagType(), -1);
+    header_.FileName(kName);
+    EXPECT_EQ(header_.TagType(), v1andv2TagsBothPresent);
+}
+
+TEST_F(SavingHost, TagTypeAfterASaveOfAVersion2TagIsThatOfTheFileWithoutIt) {
+    open(Tag(2).text("TT2", "Song").padded_to(3000) + kAudio);
+    EXPECT_EQ(header_.TagType(), v2TagOnly);
+    header_.SaveAllInfo();
+    EXPECT_EQ(header_.TagType(), v1TagOnly);
+    header_.FileName(kName);
+    EXPECT_EQ(header_.TagType(), v1andv2TagsBothPresent);
+}
+
 TEST_F(SavingHost, RepairIsNoLongerRequiredAfterASave) {
     open(Tag().padded_to(600) + test::repeated(100, 0x55) + kAudio);
     EXPECT_TRUE(header_.RepairRequired());

@@ -278,6 +278,20 @@ TEST_F(Saving, StampReplacesTheOneOfAFirstCustomField) {
                            kAudio + blank_record());
 }
 
+TEST_F(Saving, StampIsLostWhereTheFirstOfTwoLoneCustomFieldsWasReplaced) {
+    const Tag two = Tag().field("Intro", "5").field("x", "y");
+    open(two.bytes() + kAudio);
+    model_.AddCustomField(u"Intro", u"6");
+    EXPECT_EQ(saved(), Tag().field("Intro", "6").field("x", "y").padded_to(2048).bytes() + kAudio +
+                           blank_record());
+    open(Tag(two).text("TIT2", "Song").bytes() + kAudio);
+    model_.AddCustomField(u"Intro", u"6");
+    EXPECT_NE(saved().text().find(test::kStampName), std::string::npos) << "another frame";
+    open(Tag(two).field("z", "1").bytes() + kAudio);
+    model_.AddCustomField(u"Intro", u"6");
+    EXPECT_NE(saved().text().find(test::kStampName), std::string::npos) << "a third field";
+}
+
 TEST_F(Saving, TagSavedTwiceHoldsOneStampInItsPlace) {
     const Tag tag = Tag().field("a", "1").field(test::kStampName, "somebody").field("b", "2");
     open(Tag(tag).padded_to(600) + kAudio);
