@@ -37,7 +37,7 @@ std::string reason_of(const Error& error) {
     if (error.number() == kNotValidMp3File) {
         return "The file is empty";
     }
-    const std::string description = to_utf8(error.description());
+    std::string description = to_utf8(error.description());
     for (const Words& row : kWords) {
         if (error.number() == static_cast<std::int32_t>(row.number) &&
             description == row.description) {
