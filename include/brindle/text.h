@@ -15,4 +15,8 @@ namespace brindle {
 [[nodiscard]] BRINDLE_EXPORT std::string to_utf8(std::u16string_view text);
 [[nodiscard]] BRINDLE_EXPORT String from_utf8(std::string_view text);
 
+// Whether the 8-bit text of tags holds all of it: Windows-1252, on Windows the system's own code
+// page. Another character is written as "?".
+[[nodiscard]] BRINDLE_EXPORT bool fits_code_page(std::u16string_view text);
+
 }  // namespace brindle

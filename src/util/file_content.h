@@ -2,39 +2,63 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
 #include "util/binary_file.h"
 #include "util/byte_range.h"
+#include "util/byte_source.h"
 #include "util/host.h"
 
 namespace brindle {
 
-// The content of a file that does not exist yet: bytes of memory and ranges of open files, one
-// after the other. All of them must stay where they are.
+// The content of a file that does not exist yet: bytes of memory, ranges of open files and bytes
+// that are made while they are read, one after the other. Copies share what they are made of.
 class FileContent {
 public:
-    // What is empty adds nothing.
+    // What is empty adds nothing. Spans and files must stay where they are.
     void append(std::span<const std::uint8_t> bytes);
     void append(BinaryFile& file, const ByteRange& range);
     void append(const FileContent& other, const ByteRange& range);
+    void append(const FileContent& other) { append(other, {0, other.size()}); }
+    void append_owned(std::vector<std::uint8_t> bytes);
+    void append_zeros(std::int64_t count);
+    // `size` bytes of the source from its start.
+    void append(std::shared_ptr<const ByteSource> source, std::int64_t size);
 
     [[nodiscard]] std::int64_t size() const noexcept { return size_; }
-    // As BinaryFile::read_at().
-    std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) const;
-    // Writes all of it into an empty file. The host may run now and then, see copy_bytes().
-    void copy_to(BinaryFile& to, Host* host) const;
+    // Writes all of it to `to` from `offset` on, where nothing stands yet. The host may run now and
+    // then, see copy_bytes().
+    void copy_to(BinaryFile& to, std::int64_t offset, Host* host) const;
+    // All of it in memory.
+    [[nodiscard]] std::vector<std::uint8_t> read_all() const { return read({0, size_}); }
+    [[nodiscard]] std::vector<std::uint8_t> read(const ByteRange& range) const;
+
+    // What of it, laid at `offset` of the file, is not known to stand there already.
+    struct Part {
+        ByteRange range;
+        bool is_of_file = false;  // it stands elsewhere in the file
+    };
+    [[nodiscard]] std::vector<Part> parts_apart_from(const BinaryFile& file,
+                                                     std::int64_t offset) const;
 
 private:
+    friend class ContentFile;
+
     struct Piece {
         std::int64_t begin = 0;  // here
         std::int64_t size = 0;
-        const std::uint8_t* bytes = nullptr;  // of memory, else null
+        // One of these; the offset is that of the piece in the file or the source.
+        const std::uint8_t* bytes = nullptr;
         BinaryFile* file = nullptr;
-        std::int64_t offset = 0;  // in the file
+        std::shared_ptr<const ByteSource> source = nullptr;
+        std::int64_t offset = 0;
+        std::shared_ptr<const std::vector<std::uint8_t>> owned = nullptr;
     };
     void append_piece(Piece piece);
+    // The piece that the byte lies in.
+    [[nodiscard]] std::vector<Piece>::const_iterator piece_at(std::int64_t offset) const;
 
     std::vector<Piece> pieces_;
     std::int64_t size_ = 0;
@@ -58,7 +82,16 @@ public:
     void close() override {}
 
 private:
+    std::size_t read_piece(const FileContent::Piece& piece, std::int64_t offset,
+                           std::span<std::uint8_t> into);
+    std::size_t read_source(const FileContent::Piece& piece, std::int64_t offset,
+                            std::span<std::uint8_t> into);
+
     const FileContent& content_;
+    // Where the last reading of a source has come to: the next one mostly goes on there.
+    const ByteSource* open_source_ = nullptr;
+    std::unique_ptr<ByteStream> stream_;
+    std::int64_t stream_offset_ = 0;
 };
 
 }  // namespace brindle

@@ -4,6 +4,8 @@
 
 #include <brindle/text.h>
 
+#include "util/code_page.h"
+
 namespace brindle {
 namespace {
 
@@ -150,6 +152,11 @@ String from_utf8(std::string_view text) {
         }
     }
     return units;
+}
+
+bool fits_code_page(std::u16string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char16_t unit) { return widen(narrow(unit)) == unit; });
 }
 
 }  // namespace brindle

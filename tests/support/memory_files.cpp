@@ -104,13 +104,21 @@ public:
         put(offset, bytes);
     }
 
+    // From a file in memory without counting a call.
+    static Bytes bytes_of(BinaryFile& source, std::int64_t offset, std::size_t count) {
+        if (auto* const other = dynamic_cast<MemoryFile*>(&source)) {
+            const std::span<const std::uint8_t> found = other->from(offset, count);
+            return {found.begin(), found.end()};
+        }
+        Bytes bytes = zeros(count);
+        bytes.resize(source.read_at(offset, bytes));
+        return bytes;
+    }
     std::size_t copy_from(BinaryFile& source, std::int64_t source_offset, std::int64_t offset,
                           std::size_t count) override {
         const MemoryFiles::Outcome outcome = files_.count(FileCall::Copy, name_);
-        auto& other = dynamic_cast<MemoryFile&>(source);
         // A copy of its own: the two may be one file.
-        const std::span<const std::uint8_t> found = other.from(source_offset, count);
-        Bytes moved(found.begin(), found.end());
+        Bytes moved = bytes_of(source, source_offset, count);
         if (outcome == MemoryFiles::Outcome::Fails) {
             put(offset, moved.first(files_.fault().bytes_before));
             throw Error(files_.fault().error);

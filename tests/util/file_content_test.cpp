@@ -1,6 +1,8 @@
 #include "util/file_content.h"
 
+#include <algorithm>
 #include <memory>
+#include <span>
 
 #include <gtest/gtest.h>
 
@@ -23,12 +25,12 @@ protected:
     }
     static Bytes read(const FileContent& content, std::int64_t offset, std::size_t count) {
         Bytes bytes(count, 0);
-        return bytes.first(content.read_at(offset, bytes));
+        return bytes.first(ContentFile(content).read_at(offset, bytes));
     }
     // As copy_to() writes it.
     Bytes copy_of(const FileContent& content) {
         files.put(u"copy", {});
-        content.copy_to(*files.open(u"copy", OpenMode::ReadWrite), nullptr);
+        content.copy_to(*files.open(u"copy", OpenMode::ReadWrite), 0, nullptr);
         return files.content(u"copy");
     }
 
@@ -95,6 +97,78 @@ TEST_F(FileContentTest, FileThatWasCutEndsTheReading) {
     files.open(u"digits", OpenMode::ReadWrite)->set_length(4);
     EXPECT_EQ(read(content, 0, 20), Bytes("0123"));
     EXPECT_EQ(error_number([&] { copy_of(content); }), 62);
+}
+
+// "0", "11", "222", ... up to nine nines.
+class CountedDigits : public ByteSource {
+public:
+    [[nodiscard]] std::unique_ptr<ByteStream> open() const override {
+        ++opened;
+        return std::make_unique<Stream>();
+    }
+    static Bytes all() {
+        Bytes bytes;
+        for (std::size_t digit = 0; digit < 10; ++digit) {
+            bytes += test::repeated(digit + 1, static_cast<std::uint8_t>('0' + digit));
+        }
+        return bytes;
+    }
+    mutable int opened = 0;
+
+private:
+    class Stream : public ByteStream {
+    public:
+        std::size_t read(std::span<std::uint8_t> into) override {
+            const Bytes part = all().part(std::min<std::size_t>(at_, 55), into.size());
+            std::copy(part.begin(), part.end(), into.begin());
+            at_ += part.size();
+            return part.size();
+        }
+
+    private:
+        std::size_t at_ = 0;
+    };
+};
+
+TEST_F(FileContentTest, BytesAreMadeWhileTheyAreRead) {
+    const auto source = std::make_shared<CountedDigits>();
+    EXPECT_EQ(count_bytes(*source), 55);
+    FileContent content;
+    content.append(*letters, {0, 3});
+    content.append(source, 55);
+    content.append(*letters, {3, 4});
+    EXPECT_EQ(copy_of(content), "abc" + CountedDigits::all() + "d");
+    EXPECT_EQ(read(content, 5, 4), Bytes("1222"));
+    FileContent part;
+    part.append(content, {6, 57});
+    EXPECT_EQ(copy_of(part), CountedDigits::all().part(3, 51));
+    EXPECT_EQ(part.read_all(), CountedDigits::all().part(3, 51));
+}
+
+// A source is read once from its start to its end, however many reads that takes.
+TEST_F(FileContentTest, ReadingOnOpensASourceOnce) {
+    const auto source = std::make_shared<CountedDigits>();
+    FileContent content;
+    content.append(source, 55);
+    ContentFile file(content);
+    Bytes seen;
+    for (std::int64_t offset = 0; offset < 55; offset += 5) {
+        Bytes bytes(5, 0);
+        seen += bytes.first(file.read_at(offset, bytes));
+    }
+    EXPECT_EQ(seen, CountedDigits::all());
+    EXPECT_EQ(source->opened, 1);
+    Bytes byte(1, 0);
+    file.read_at(0, byte);
+    EXPECT_EQ(source->opened, 2);
+}
+
+TEST_F(FileContentTest, OwnedBytesOutliveTheirMaker) {
+    FileContent content;
+    content.append_owned(Bytes("mine"));
+    const FileContent copy = content;
+    content = FileContent();
+    EXPECT_EQ(copy_of(copy), Bytes("mine"));
 }
 
 TEST_F(FileContentTest, FileOfItIsRead) {
