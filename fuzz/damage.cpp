@@ -1,28 +1,13 @@
 // Real audio, damaged, under tags that lie, and any saves and strips of it: no byte of the audio
 // goes, and a file comes to rest.
 #include "fuzz/input.h"
+#include "fuzz/input_choices.h"
 #include "support/audio_promise.h"
 #include "support/damaged_files.h"
 
 using brindle::fuzz::Input;
+using brindle::fuzz::InputChoices;
 using brindle::fuzz::require;
-
-namespace {
-
-// Decisions as the fuzzer makes them; after its input always the first of the choices.
-class InputChoices : public brindle::test::Choices {
-public:
-    explicit InputChoices(Input& input) : input_(input) {}
-    std::uint32_t below(std::uint32_t end) override {
-        constexpr std::uint32_t kByte = 256;
-        return input_.number(end > kByte ? 3 : 1) % end;
-    }
-
-private:
-    Input& input_;
-};
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const auto streams = brindle::test::read_streams(BRINDLE_TEST_STREAMS);

@@ -40,6 +40,7 @@ struct Environment;
 struct FrameWalk;
 struct WalkedFrame;
 struct SavePlan;
+struct TagFacts;
 struct StripPlan;
 
 class BRINDLE_EXPORT cMPEGHeader {
@@ -291,7 +292,9 @@ private:
     cMP3ID3v2& model_to_change(const LoopMark& mark);
     friend SavePlan plan_save(const cMPEGHeader& header);  // <brindle/save_plan.h>
     friend StripPlan plan_strip(const cMPEGHeader& header, eTagType eTagTypes);
-    friend FrameWalk walk_frames(const cMPEGHeader& header);  // <brindle/frame_walk.h>
+    friend class TagEdit;                                       // <brindle/tag_edit.h>
+    friend TagFacts read_tag_facts(const cMPEGHeader& header);  // <brindle/tag_facts.h>
+    friend FrameWalk walk_frames(const cMPEGHeader& header);    // <brindle/frame_walk.h>
     friend FrameWalk walk_frames(const cMPEGHeader& header,
                                  const std::function<void(const WalkedFrame& frame)>& visit);
 

@@ -25,6 +25,8 @@
 //   new flags deny: compressed, encrypted, unsynchronised, or with a wrong size, unless its text is
 //   the same all the same.
 //
+// <brindle/tag_edit.h> writes a tag in another way, which keeps what it was not told to change.
+//
 // Frames without a body are none. A frame that claims more bytes than its tag holds has the bytes
 // that are there. Tags elsewhere than at the start of the file, where the library finds one, and
 // right behind those are audio or stay where they are, and do not count.

@@ -6,6 +6,7 @@
 
 #include "facade/model_access.h"
 #include "id3v2/cMP3ID3v2.h"
+#include "id3v2/custom_field_names.h"
 #include "util/numeric_text.h"
 #include "util/skip_errors.h"
 #include "util/trim_chars.h"
@@ -16,15 +17,7 @@ namespace {
 
 using Model = std::unique_ptr<cMP3ID3v2>;
 
-// The names under which hosts keep these fields in a file, letter for letter.
-constexpr std::string_view kAgency = "Agency";
-constexpr std::string_view kAccountExec = "Account Exec";
-constexpr std::string_view kCopy = "Copy";
-constexpr std::string_view kEndstyle = "End";
-const String kCategory = u"Category";
-constexpr std::string_view kNoFade = "NoFade";
-constexpr std::string_view kIntro = "Intro";
-constexpr std::string_view kOutro = "OutromSStart";
+const String kCategoryName(kCategory.begin(), kCategory.end());
 
 String field(const Model& model, std::string_view name) {
     return ask(model, [&](const cMP3ID3v2& m) { return m.custom_text(name); });
@@ -226,10 +219,10 @@ void cMPEGHeader::OutromsStart(std::int32_t value) {
 }
 
 Variant cMPEGHeader::Category() const {
-    return CustomFieldExists(kCategory) ? CustomFieldRetrieve(kCategory) : Variant();
+    return CustomFieldExists(kCategoryName) ? CustomFieldRetrieve(kCategoryName) : Variant();
 }
 void cMPEGHeader::Category(const Variant& value) {
-    CustomFieldAdd(kCategory, value);
+    CustomFieldAdd(kCategoryName, value);
 }
 
 String cMPEGHeader::Endstyle() const {

@@ -158,6 +158,10 @@ bool cMP3ID3v1::Stripv1Tag() {
     return FileExists(environment_->files, file_name_) && skip_errors([this] { strip_record(); });
 }
 
+bool cMP3ID3v1::is_edited() const noexcept {
+    return title_ || artist_ || album_ || year_ || comment_;
+}
+
 void cMP3ID3v1::reset() noexcept {
     has_tag_ = false;
     record_ = Id3v1Record();

@@ -67,6 +67,9 @@ public:
     void Year(String NewYear) { year_ = std::move(NewYear); }
     void Comment(String NewComment) { comment_ = std::move(NewComment); }
 
+    // Whether a text has been set since the last reading.
+    [[nodiscard]] bool is_edited() const noexcept;
+
     [[nodiscard]] std::uint8_t Track() const noexcept { return record_.track(); }
     [[nodiscard]] std::uint8_t Genre() const noexcept { return record_.genre(); }
     void Track(std::uint8_t NewTrack) noexcept { record_.set_track(NewTrack); }

@@ -36,6 +36,7 @@ void cMP3ID3v2::initialise() {
     tag_position_ = 0;
     junk_length_ = 0;
     tag_version_ = 0;
+    edited_.clear();
     fault_.reset();
     accepted_.reset();
     known_length_ = 0;
@@ -119,7 +120,7 @@ void cMP3ID3v2::read_tags(FileWindow& file) {
         }
         constexpr auto kHeader = static_cast<std::int32_t>(kTagHeaderSize);
         tag_position_ = *position + static_cast<std::int32_t>(kVersionOffset) + 1;
-        const TagFacts first = TagReader(file, *contents_).read(*position);
+        const TagReading first = TagReader(file, *contents_).read(*position);
         tag_version_ = first.version;
         total_tag_length_ = first.size + kHeader;
         fault_ = first.fault ? first.fault : fault_;
@@ -127,7 +128,7 @@ void cMP3ID3v2::read_tags(FileWindow& file) {
             mark_corrupt();
         }
         if (is_tag_at(file, total_tag_length_)) {
-            const TagFacts second = TagReader(file, *contents_).read(total_tag_length_);
+            const TagReading second = TagReader(file, *contents_).read(total_tag_length_);
             junk_length_ = second_tag_length(second.size + kHeader, file.length());
             fault_ = second.fault ? second.fault : fault_;
         }

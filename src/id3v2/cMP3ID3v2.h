@@ -6,15 +6,20 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <brindle/error.h>
 #include <brindle/frame_walk.h>
 #include <brindle/keyed_collection.h>
 #include <brindle/save_options.h>
 #include <brindle/save_plan.h>
+#include <brindle/tag_facts.h>
 #include <brindle/values.h>
 
 #include "id3v1/cMP3ID3v1.h"
+#include "id3v2/field_frame.h"
+#include "id3v2/file_edit.h"
 #include "id3v2/save_layout.h"
 #include "id3v2/standard_fields.h"
 #include "id3v2/tag_area.h"
@@ -185,6 +190,15 @@ public:
     [[nodiscard]] SavePlan plan_save() const;
     // The same for StripTags().
     [[nodiscard]] StripPlan plan_strip(std::int32_t tags) const;
+    // An edit of the file as it stands, with the fields that were set since FileName(). Raises what
+    // Update() would raise before it writes, also where the file is missing.
+    [[nodiscard]] std::unique_ptr<FileEdit> begin_edit(const EditOptions& options) const;
+    // What the tag says by the public documents. Raises what reading the file raises.
+    [[nodiscard]] TagFacts read_tag_facts() const;
+    // The same, were the file of that content.
+    [[nodiscard]] TagFacts read_tag_facts(const FileContent& content) const;
+    // As FileName() would, were there a file of that content.
+    void read_content(const String& name, const FileContent& content);
     // All frames of the file as it stands.
     [[nodiscard]] FrameWalk walk_frames(const FrameVisitor& visit) const;
 
@@ -202,9 +216,12 @@ private:
     void replace_frame(std::u16string_view id, const String& held);
     void replace_value(const String& id, const String& custom_name, const String& held);
 
+    // The fields that were set, as they stand now.
+    [[nodiscard]] std::vector<EditedField> edited_fields() const;
     void save(const SaveOptions& options);
     [[nodiscard]] std::unique_ptr<BinaryFile> open_for_saving() const;
     [[nodiscard]] std::unique_ptr<BinaryFile> open_to_plan() const;
+    [[nodiscard]] TagFacts read_tag_facts(BinaryFile& file) const;
     void follow_audio(BinaryFile& file, std::int64_t length);
     void find_audio_again(BinaryFile& file);
     [[nodiscard]] TagArea find_area(BinaryFile& file, FileWindow& content);
@@ -226,9 +243,6 @@ private:
     void become(cMP3ID3v2& other) noexcept;
     // The accepted first frame of a file that somebody else may have changed.
     [[nodiscard]] std::optional<AcceptedFrame> accepted_in(FileWindow& file) const;
-    [[nodiscard]] bool has_stream(const FileContent& content) const;
-    [[nodiscard]] bool loses_stream(const SaveLayout& layout,
-                                    const std::optional<AcceptedFrame>& accepted) const;
     // What of a version 2 tag outlives its conversion.
     struct LastingFields {
         String artist;
@@ -242,8 +256,6 @@ private:
     // As Update() would write them; valid while this object is unchanged.
     [[nodiscard]] FrameStore frames_to_write() const;
     void plan_save(BinaryFile& file, SavePlan& plan) const;
-    template <typename Step>
-    static void plan_step(std::optional<Error>& refusal, Step step);
     void strip(std::int32_t tags, const SaveOptions& options);
     void plan_strip(BinaryFile& file, std::int32_t tags, StripPlan& plan) const;
     void reload();
@@ -258,6 +270,13 @@ private:
     std::int32_t junk_length_ = 0;
     std::uint8_t tag_version_ = 0;
     std::int32_t last_error_ = 0;
+    // What was set since FileName(), each id, and each name of user-defined text, once.
+    struct SetValue {
+        String id;
+        String custom_name;
+        String held;
+    };
+    std::vector<SetValue> edited_;
     // What kept the reading from being complete. Saving a tag that was read in part would lose the
     // rest of it.
     std::optional<Error> fault_;

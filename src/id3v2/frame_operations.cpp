@@ -1,4 +1,5 @@
 // The members of cMP3ID3v2 that list and edit frames and their values.
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -102,6 +103,14 @@ void cMP3ID3v2::replace_value(const String& id, const String& custom_name, const
         std::int32_t index = 0;
         RemoveFrame(id, custom_name, index);
         AddTag(id, held, index);
+        const auto same = std::find_if(edited_.begin(), edited_.end(), [&](const SetValue& value) {
+            return value.id == id && value.custom_name == custom_name;
+        });
+        if (same != edited_.end()) {
+            same->held = held;
+        } else {
+            edited_.push_back({id, custom_name, held});
+        }
     } catch (const std::bad_alloc&) {
         fault_ = kOutOfMemory;
         throw;

@@ -98,18 +98,18 @@ struct Walk {
     std::vector<PublicFrame> frames;
     std::size_t whole_frames = 0;
     bool ended_well = false;
+    std::int64_t end = 0;  // of the last frame
 };
 
 Walk walk_frames_of(FileWindow& file, const PublicTagHeader& header, FrameSizes sizes) {
     Walk walk;
     PublicFrameReader reader(file, header, sizes);
     while (const std::optional<PublicFrame> frame = reader.next()) {
-        if (frame->size > 0) {
-            walk.frames.push_back(*frame);
-        }
+        walk.frames.push_back(*frame);
         walk.whole_frames += frame->is_whole ? 1 : 0;
     }
     walk.ended_well = reader.ended_well();
+    walk.end = reader.position();
     return walk;
 }
 
@@ -266,6 +266,9 @@ std::optional<PublicFrame> PublicFrameReader::next() {
     std::copy_n(id.begin(), std::min(id.size(), frame.id_bytes.size()), frame.id_bytes.begin());
     frame.id_width = static_cast<std::uint8_t>(layout_.id_width);
     frame.is_unsynchronised = (header_.flags & kTagUnsynchronised) != 0;
+    if (header_.version != kOldestVersion) {
+        std::copy(bytes.end() - 2, bytes.end(), frame.flags.begin());
+    }
     if (header_.version == kNewestVersion) {
         apply_flags(bytes[kFrameFlagsOffset], kVersion4Flags, frame);
     } else if (header_.version != kOldestVersion) {
@@ -280,22 +283,26 @@ std::optional<PublicFrame> PublicFrameReader::next() {
     return frame;
 }
 
-std::optional<PublicTag> read_public_tag(FileWindow& file, std::int64_t position) {
-    const std::optional<PublicTagHeader> header = read_public_tag_header(file, position);
+std::optional<PublicTag> read_public_tag(FileWindow& file, std::int64_t position,
+                                         std::int64_t limit) {
+    std::optional<PublicTagHeader> header = read_public_tag_header(file, position);
     if (!header) {
         return std::nullopt;
     }
+    header->end = std::clamp(limit, header->begin, std::max(header->begin, header->end));
     PublicTag tag;
     tag.version = header->version;
-    tag.end = std::min(
-        header->claimed_tag_end(),
-        header->end + (header->has_footer ? static_cast<std::int64_t>(kTagHeaderSize) : 0));
+    tag.end = std::min(header->claimed_tag_end(),
+                       header->end + (header->has_footer ? std::int64_t{kTagHeaderSize} : 0));
+    tag.rest = {header->begin, header->end};
     if (header->is_compressed()) {
         return tag;
     }
-    tag.frames = header->version == kNewestVersion
-                     ? walk_version4(file, *header).frames
-                     : walk_frames_of(file, *header, FrameSizes::Plain).frames;
+    Walk walk = header->version == kNewestVersion
+                    ? walk_version4(file, *header)
+                    : walk_frames_of(file, *header, FrameSizes::Plain);
+    tag.frames = std::move(walk.frames);
+    tag.rest.begin = walk.end;
     return tag;
 }
 

@@ -9,12 +9,14 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
 
 #include "id3v2/tag_layout.h"
+#include "util/byte_range.h"
 #include "util/file_window.h"
 
 namespace brindle {
@@ -25,7 +27,8 @@ struct PublicFrame {
     // Not its content as it is: another form has to be undone first.
     bool is_packed = false;  // compressed or encrypted, which can't be undone here
     bool is_unsynchronised = false;
-    bool is_whole = true;       // false: the tag ends before it does
+    bool is_whole = true;  // false: the tag ends before it does
+    std::array<std::uint8_t, 2> flags{};
     std::uint8_t prefix = 0;    // bytes that flags put in front of the content
     std::int64_t position = 0;  // of the header
     std::int64_t body = 0;      // from here ...
@@ -118,11 +121,15 @@ struct PublicTag {
     std::uint8_t version = 0;
     std::int64_t end = 0;  // after its last byte, footer included
     std::vector<PublicFrame> frames;
+    // What stands between the last frame and the end, mostly padding.
+    ByteRange rest;
 };
 
-// The tag whose "ID3" stands at `position`, without frames that have no body; none when there is
-// no tag header.
-[[nodiscard]] std::optional<PublicTag> read_public_tag(FileWindow& file, std::int64_t position);
+// The tag whose "ID3" stands at `position`, as far as it lies before `limit`; none when there is no
+// tag header.
+[[nodiscard]] std::optional<PublicTag> read_public_tag(
+    FileWindow& file, std::int64_t position,
+    std::int64_t limit = std::numeric_limits<std::int64_t>::max());
 
 // What the frame holds when prefix and unsynchronisation are undone, up to `most` bytes of it.
 // Empty for a packed one.

@@ -3,22 +3,14 @@
 #include <variant>
 
 #include "id3v2/cMP3ID3v2.h"
+#include "id3v2/custom_field_names.h"
 #include "util/numeric_text.h"
 
 namespace brindle {
 
 namespace {
 
-// The names under which playout systems keep them.
-constexpr std::string_view kSecTone = "Sec Tone";
-constexpr std::string_view kSpeed = "TarnSpeed";
-constexpr std::string_view kVolume = "Volume";
-constexpr std::string_view kOpener = "Opener";
-constexpr std::string_view kCueIn = "Cue In";
-constexpr std::string_view kCategoryLevel = "CatLevel";
-
 // Left in a tag when it gets its first custom field.
-const String kStampName = u"TAGGED BY";
 const String kStampValue = u"CorvaneTagger - Revised Feb 2011";
 
 String field_text(const String& name, const String& value) {
@@ -33,7 +25,7 @@ void cMP3ID3v2::AddCustomField(const String& CustomFieldName, const String& Cust
     }
     const String frame(kCustomFrame);
     if (!contents_->frames.is_listed(frame)) {
-        AddTag(frame, field_text(kStampName, kStampValue));
+        AddTag(frame, field_text(kSavedStampName, kStampValue));
     }
     replace_value(frame, CustomFieldName, field_text(CustomFieldName, CustomFieldValue));
     contents_->custom.set(CustomFieldName, CustomFieldValue);

@@ -6,6 +6,7 @@
 
 #include <brindle/error.h>
 
+#include "id3v2/stream_finder.h"
 #include "id3v2/tag_builder.h"
 #include "mpeg/audio_start.h"
 #include "util/overwrite_file.h"
@@ -23,7 +24,7 @@ FileContent with_record(BinaryFile& file, std::int64_t length, const Id3v1Change
 namespace {
 
 // The tag at `area`, or in front of what is kept in `room` bytes.
-SaveLayout lay_out(const FileContent& file, const TagArea& area, std::span<const std::uint8_t> tag,
+SaveLayout lay_out(const FileContent& file, const TagArea& area, const FileContent& tag,
                    std::optional<std::int64_t> room) {
     SaveLayout layout;
     layout.keeps_length = !room;
@@ -32,8 +33,7 @@ SaveLayout lay_out(const FileContent& file, const TagArea& area, std::span<const
     const std::int64_t kept_from =
         layout.keeps_length ? layout.tag_position + tag_length : area.kept_from;
     layout.shift = layout.tag_position + tag_length - kept_from;
-    layout.tag.assign(tag.begin(), tag.end());
-    fit_tag(layout.tag, static_cast<std::size_t>(tag_length));
+    layout.tag = fitted_tag(tag, tag_length);
     layout.content.append(file, {0, layout.tag_position});
     layout.content.append(layout.tag);
     layout.content.append(file, {kept_from, file.size()});
@@ -43,23 +43,19 @@ SaveLayout lay_out(const FileContent& file, const TagArea& area, std::span<const
 // The next save will believe the tag's size. By chance it would not where bytes of the tag look
 // like a frame that ends exactly with the tag.
 bool is_believable(const SaveLayout& layout) {
-    const auto last =
-        std::span(layout.tag)
-            .last(std::min(layout.tag.size(), static_cast<std::size_t>(kLongestFrame)));
-    if (!holds_header(last)) {
+    const std::int64_t end = layout.tag.size();
+    if (!holds_header(layout.tag.read({std::max<std::int64_t>(end - kLongestFrame, 0), end}))) {
         return true;
     }
     ContentFile file(layout.content);
     FileWindow window(file);
-    return !frame_ends_at(window, layout.tag_position,
-                          layout.tag_position + static_cast<std::int64_t>(layout.tag.size()));
+    return !frame_ends_at(window, layout.tag_position, layout.tag_position + end);
 }
 
 }  // namespace
 
-SaveLayout lay_out(const FileContent& file, const TagArea& area,
-                   std::span<const std::uint8_t> tag) {
-    const auto needed = static_cast<std::int64_t>(tag.size());
+SaveLayout lay_out(const FileContent& file, const TagArea& area, const FileContent& tag) {
+    const std::int64_t needed = tag.size();
     std::optional<std::int64_t> room;
     if (!area.fits(needed)) {
         room = roomy_area(needed);
@@ -84,6 +80,19 @@ void require_addressable_length(std::int64_t length) {
     }
 }
 
+// Where the tag ends exactly at the accepted frame hosts begin with that frame, as before: only
+// other files have to be looked at.
+bool loses_stream(Environment& environment, const String& name, const SaveLayout& layout,
+                  const std::optional<AcceptedFrame>& accepted) {
+    // A tag in a shorter file, or of more than half of it, is overlooked.
+    constexpr std::int64_t kShortFile = 8192;
+    const std::int64_t tag_end = layout.tag_position + layout.tag.size();
+    const bool is_plain = accepted && accepted->position + layout.shift == tag_end &&
+                          tag_end <= layout.content.size() / 2 && layout.tag_position == 0 &&
+                          layout.content.size() > kShortFile;
+    return accepted && !is_plain && !has_stream(environment, name, layout.content);
+}
+
 void FileToChange::announce(SaveWay way) const {
     if (options.before_change) {
         options.before_change(way);
@@ -98,7 +107,7 @@ void replace_with(const FileToChange& target, const FileContent& content,
                 new_file.write_at(change.offset, change.bytes);
             }
         } else {
-            content.copy_to(new_file, target.host);
+            content.copy_to(new_file, 0, target.host);
         }
         target.file.close();
     };

@@ -2,15 +2,17 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
-#include <vector>
 
 #include <brindle/save_options.h>
 #include <brindle/values.h>
 
 #include "id3v1/cMP3ID3v1.h"
 #include "id3v2/tag_area.h"
+#include "mpeg/audio_start.h"
 #include "util/binary_file.h"
+#include "util/environment.h"
 #include "util/file_content.h"
 #include "util/host.h"
 #include "util/overwrite_file.h"
@@ -25,7 +27,7 @@ namespace brindle {
 struct SaveLayout {
     // Of the new tag in the new file. Its size is that of its whole area.
     std::int64_t tag_position = 0;
-    std::vector<std::uint8_t> tag;
+    FileContent tag;
     // The tag's area and all around it are as long as before.
     bool keeps_length = false;
     // How far the audio moves.
@@ -38,10 +40,15 @@ struct SaveLayout {
 
 // Lays a built tag into `area` of `file`, or in front of what is kept of it.
 [[nodiscard]] SaveLayout lay_out(const FileContent& file, const TagArea& area,
-                                 std::span<const std::uint8_t> tag);
+                                 const FileContent& tag);
 
 // Error 6, in words.
 void require_addressable_length(std::int64_t length);
+
+// Whether hosts find a stream in the file, whose accepted frame is given, and none in the new one.
+[[nodiscard]] bool loses_stream(Environment& environment, const String& name,
+                                const SaveLayout& layout,
+                                const std::optional<AcceptedFrame>& accepted);
 
 // A file that is open for reading and is about to be changed.
 struct FileToChange {

@@ -13,6 +13,7 @@
 #include "id3v2/cMP3ID3v2.h"
 #include "id3v2/error_sources.h"
 #include "id3v2/frame_form.h"
+#include "id3v2/plan_step.h"
 #include "id3v2/public_tag_reader.h"
 #include "id3v2/stream_finder.h"
 #include "id3v2/tag_area.h"
@@ -78,7 +79,7 @@ struct KnownFrames {
         if (!position) {
             return;
         }
-        const TagFacts first = read(file, *position);
+        const TagReading first = read(file, *position);
         corrupt = first.corrupt;
         const std::int64_t length = first.size + static_cast<std::int64_t>(kTagHeaderSize);
         if (is_tag_at(file, length)) {
@@ -98,8 +99,8 @@ struct KnownFrames {
     }
 
 private:
-    TagFacts read(FileWindow& file, std::int64_t position) {
-        TagFacts facts = TagReader(file, contents, &filed).read(position);
+    TagReading read(FileWindow& file, std::int64_t position) {
+        TagReading facts = TagReader(file, contents, &filed).read(position);
         if (facts.fault) {
             throw Error(*facts.fault);
         }
@@ -110,11 +111,12 @@ private:
 // The frames of a built tag by id and number.
 class WrittenFrames {
 public:
-    explicit WrittenFrames(std::vector<std::uint8_t> tag) : tag_(std::move(tag)) {
+    // The tag must stay where it is.
+    explicit WrittenFrames(Bytes tag) : tag_(tag) {
         std::map<FrameId, std::int32_t> counts;
         std::size_t position = kTagHeaderSize;
         while (position + kFrameLayout.header_size <= tag_.size()) {
-            const Bytes header = Bytes(tag_).subspan(position, kFrameLayout.header_size);
+            const Bytes header = tag_.subspan(position, kFrameLayout.header_size);
             FrameId id{};
             std::copy_n(header.begin(), id.size(), id.begin());
             const auto size = static_cast<std::size_t>(decode_number(
@@ -139,7 +141,7 @@ public:
         if (frame == frames_.end() || frame->id != wanted.first || frame->number != number) {
             return std::nullopt;
         }
-        return Bytes(tag_).subspan(frame->body, frame->size);
+        return tag_.subspan(frame->body, frame->size);
     }
 
 private:
@@ -150,7 +152,7 @@ private:
         std::size_t size;
     };
 
-    std::vector<std::uint8_t> tag_;
+    Bytes tag_;
     std::vector<Frame> frames_;
 };
 
@@ -166,6 +168,9 @@ public:
 
     void judge(const PublicTag& tag) {
         for (const PublicFrame& frame : tag.frames) {
+            if (frame.size == 0) {
+                continue;  // no frame at all
+            }
             TagFrame entry{wide_id(frame.id()), 0, frame.size, {}};
             entry.number = ++counts_[written_id(entry.id)];
             if (entry.id == kCustomFrame || entry.id == kVersion2Custom) {
@@ -319,24 +324,6 @@ std::unique_ptr<BinaryFile> cMP3ID3v2::open_to_plan() const {
     return is_missing_ ? nullptr : open_for_saving();
 }
 
-// Runs a step of the plan. What the file's content rules out is an answer; what keeps it from being
-// read is raised.
-template <typename Step>
-void cMP3ID3v2::plan_step(std::optional<Error>& refusal, Step step) {
-    constexpr std::array kAnswers{static_cast<std::int32_t>(RuntimeError::InvalidCall),
-                                  static_cast<std::int32_t>(RuntimeError::Overflow),
-                                  static_cast<std::int32_t>(RuntimeError::InputPastEnd),
-                                  cMP3ID3v1::kNotValidMp3File};
-    try {
-        step();
-    } catch (const Error& error) {
-        if (std::find(kAnswers.begin(), kAnswers.end(), error.number()) == kAnswers.end()) {
-            throw;
-        }
-        refusal = error;
-    }
-}
-
 void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
     FileWindow window(file);
     plan.tag_version = tag_version_;
@@ -346,7 +333,8 @@ void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
     }
     const std::optional<AcceptedFrame> accepted = accepted_in(window);
     const FrameStore to_write = frames_to_write();
-    WrittenFrames written(build_tag(to_write));
+    const std::vector<std::uint8_t> built = build_tag(to_write);
+    WrittenFrames written(built);
     plan.needed_length = written.length();
 
     TagArea area;
@@ -359,10 +347,12 @@ void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
         plan.tag_area = area.position ? area.length : 0;
         const bool is_converted = tag_version_ == kOldestVersion;
         plan.fits = !is_converted && area.fits(plan.needed_length);
-        const SaveLayout layout = is_converted ? converted(content, area).layout
-                                               : lay_out(content, area, build_tag(to_write));
+        FileContent new_tag;
+        new_tag.append(built);
+        const SaveLayout layout =
+            is_converted ? converted(content, area).layout : lay_out(content, area, new_tag);
         layout.require_addressable();
-        plan.loses_stream = loses_stream(layout, accepted);
+        plan.loses_stream = loses_stream(environment_, file_name_, layout, accepted);
     });
 
     Judge judge(window, to_write, std::move(written), plan);
@@ -382,25 +372,6 @@ void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
     if (area.position && *area.position >= end && *area.position > 0) {
         judge_from(*area.position);
     }
-}
-
-bool cMP3ID3v2::has_stream(const FileContent& content) const {
-    ContentFile file(content);
-    FileWindow window(file);
-    return find_stream(environment_, file_name_, window).has_value();
-}
-
-// Where the tag ends exactly at the accepted frame hosts begin with that frame, as before: only
-// other files have to be looked at.
-bool cMP3ID3v2::loses_stream(const SaveLayout& layout,
-                             const std::optional<AcceptedFrame>& accepted) const {
-    // A tag in a shorter file, or of more than half of it, is overlooked.
-    constexpr std::int64_t kShortFile = 8192;
-    const std::int64_t tag_end = layout.tag_position + static_cast<std::int64_t>(layout.tag.size());
-    const bool is_plain = accepted && accepted->position + layout.shift == tag_end &&
-                          tag_end <= layout.content.size() / 2 && layout.tag_position == 0 &&
-                          layout.content.size() > kShortFile;
-    return accepted && !is_plain && !has_stream(layout.content);
 }
 
 }  // namespace brindle

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "id3v2/cMP3ID3v2.h"
+#include "id3v2/custom_field_names.h"
 #include "id3v2/error_sources.h"
 #include "id3v2/stream_finder.h"
 #include "id3v2/tag_area.h"
@@ -20,9 +21,11 @@ namespace brindle {
 
 namespace {
 
-// Every saved tag bears it. Not the text that a first custom field leaves.
-const String kSavedStampName = u"TAGGED BY";
-const String kSavedStampValue = u"CorvaneTagger- Revised Feb 2011";
+FileContent built_tag(const FrameStore& frames) {
+    FileContent tag;
+    tag.append_owned(build_tag(frames));
+    return tag;
+}
 
 }  // namespace
 
@@ -108,7 +111,7 @@ void cMP3ID3v2::save_directly(const FileToChange& target, const FileContent& old
     FileWindow window(old_file);
     const SaveLayout layout = as_writer([&] {
         SaveLayout found =
-            lay_out(old_content, find_area(target.file, window), build_tag(contents_->frames));
+            lay_out(old_content, find_area(target.file, window), built_tag(contents_->frames));
         found.require_addressable();
         return found;
     });
@@ -123,8 +126,8 @@ void cMP3ID3v2::save_directly(const FileToChange& target, const FileContent& old
 // The new tag fits into the old one's place.
 void cMP3ID3v2::save_in_area(const FileToChange& target, const SaveLayout& layout,
                              const Id3v1Change& record, FileWindow& old_content) {
-    const std::int64_t old_end = std::min(
-        layout.tag_position + static_cast<std::int64_t>(layout.tag.size()), target.state.length);
+    const std::int64_t old_end =
+        std::min(layout.tag_position + layout.tag.size(), target.state.length);
     std::vector<std::uint8_t> old_tag(
         static_cast<std::size_t>(std::max<std::int64_t>(old_end - layout.tag_position, 0)));
     as_writer([&] {
@@ -132,9 +135,10 @@ void cMP3ID3v2::save_in_area(const FileToChange& target, const SaveLayout& layou
             throw Error(RuntimeError::InputPastEnd);
         }
     });
+    const std::vector<std::uint8_t> tag = layout.tag.read_all();
     const std::array<Overwrite, 2> pieces{
         Overwrite{record.offset, record.bytes(), record.old_bytes()},
-        Overwrite{layout.tag_position, layout.tag, old_tag}};
+        Overwrite{layout.tag_position, tag, old_tag}};
     const auto changes = std::span(pieces).subspan(record.kind == Id3v1Change::Kind::None ? 1 : 0);
     if (target.options.atomic) {
         replace_with_layout(target, layout, changes);
@@ -193,7 +197,7 @@ cMP3ID3v2::Conversion cMP3ID3v2::converted(const FileContent& old_content,
     // With audio the rest begins with it. Without, another tag may be left.
     const TagArea rest_area =
         area.audio ? TagArea::with_audio_at(0) : find_tag_area(window, conversion.model->accepted_);
-    conversion.layout = lay_out(rest, rest_area, build_tag(conversion.model->contents_->frames));
+    conversion.layout = lay_out(rest, rest_area, built_tag(conversion.model->contents_->frames));
     return conversion;
 }
 

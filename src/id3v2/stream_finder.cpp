@@ -61,6 +61,12 @@ std::optional<AcceptedFrame> find_stream(Environment& environment, const String&
     return accepted_frame(analyser);
 }
 
+bool has_stream(Environment& environment, const String& name, const FileContent& content) {
+    ContentFile file(content);
+    FileWindow window(file);
+    return find_stream(environment, name, window).has_value();
+}
+
 std::optional<AcceptedFrame> accepted_frame(const clsMPEG& analyser) {
     const std::optional<std::int32_t> position = analyser.accepted_position();
     if (!position) {

@@ -9,6 +9,7 @@
 #include "mpeg/audio_start.h"
 #include "mpeg/clsMPEG.h"
 #include "util/environment.h"
+#include "util/file_content.h"
 #include "util/file_window.h"
 
 namespace brindle {
@@ -28,6 +29,9 @@ void analyse(clsMPEG& analyser, const String& name, FileWindow& file, const Tags
 // Analyses the file without telling anybody: no event, no model.
 [[nodiscard]] std::optional<AcceptedFrame> find_stream(Environment& environment, const String& name,
                                                        FileWindow& file);
+// Whether hosts find one in a file of that content.
+[[nodiscard]] bool has_stream(Environment& environment, const String& name,
+                              const FileContent& content);
 // The frame that the analyser has accepted.
 [[nodiscard]] std::optional<AcceptedFrame> accepted_frame(const clsMPEG& analyser);
 

@@ -3,6 +3,7 @@
 
 #include "id3v2/cMP3ID3v2.h"
 #include "id3v2/error_sources.h"
+#include "id3v2/stream_finder.h"
 #include "util/skip_errors.h"
 
 namespace brindle {
@@ -80,7 +81,8 @@ void cMP3ID3v2::plan_strip(BinaryFile& file, std::int32_t tags, StripPlan& plan)
     const FileContent content = stripped(file, tag, end);
     plan.record_bytes = length - end;
     plan.tag_bytes = end - content.size();
-    plan.loses_stream = accepted && content.size() != length && !has_stream(content);
+    plan.loses_stream =
+        accepted && content.size() != length && !has_stream(environment_, file_name_, content);
 }
 
 void cMP3ID3v2::reload() {

@@ -50,7 +50,11 @@ TagArea find_tag_area(FileWindow& file, const std::optional<AcceptedFrame>& acce
         accepted->position + kFrameHeader <= static_cast<std::int64_t>(FileWindow::kBlock)) {
         file.expect_until(accepted->position + kFrameHeader);  // all of a usual tag at once
     }
-    const std::optional<std::int32_t> tag = find_tag(file);
+    return find_tag_area(file, accepted, find_tag(file));
+}
+
+TagArea find_tag_area(FileWindow& file, const std::optional<AcceptedFrame>& accepted,
+                      std::optional<std::int64_t> tag) {
     if (!tag) {
         return TagArea::with_audio_at(audio_from(file, 0, accepted));
     }

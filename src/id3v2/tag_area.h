@@ -39,6 +39,9 @@ struct TagArea {
 
 // `accepted` is the analyser's first frame in the file as it stands.
 [[nodiscard]] TagArea find_tag_area(FileWindow& file, const std::optional<AcceptedFrame>& accepted);
+// The same of the tag whose "ID3" stands at `tag`.
+[[nodiscard]] TagArea find_tag_area(FileWindow& file, const std::optional<AcceptedFrame>& accepted,
+                                    std::optional<std::int64_t> tag);
 
 // What a rebuilt file leaves for its tag: the next multiple of 2,048 above what is needed, so that
 // later changes usually fit in place.

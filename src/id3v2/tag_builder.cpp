@@ -3,6 +3,7 @@
 #include <iterator>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "id3v2/tag_layout.h"
 #include "util/code_page.h"
@@ -58,12 +59,22 @@ void append_frame(const String& id, const StoredText* value, std::vector<std::ui
                   std::span(tag).subspan(header + kFrameLayout.id_width, kFrameLayout.size_width));
 }
 
+std::vector<std::uint8_t> tag_header() {
+    std::vector<std::uint8_t> header(std::begin(kTagIdentifier), std::end(kTagIdentifier));
+    header.push_back(kWrittenVersion);
+    header.resize(kTagHeaderSize);
+    return header;
+}
+
+void set_size(std::span<std::uint8_t> header, std::uint64_t area) {
+    encode_number(area - kTagHeaderSize, kSyncsafeShift,
+                  header.subspan(kTagSizeOffset, kTagSizeWidth));
+}
+
 }  // namespace
 
 std::vector<std::uint8_t> build_tag(const FrameStore& frames) {
-    std::vector<std::uint8_t> tag(std::begin(kTagIdentifier), std::end(kTagIdentifier));
-    tag.push_back(kWrittenVersion);
-    tag.resize(kTagHeaderSize);
+    std::vector<std::uint8_t> tag = tag_header();
     const KeyedCollection& list = *frames.frame_list();
     for (std::int32_t position = 1; position <= list.Count(); ++position) {
         const String id = to_text(list.Item(position));
@@ -83,10 +94,34 @@ std::vector<std::uint8_t> build_tag(const FrameStore& frames) {
     return tag;
 }
 
+FileContent tag_of(const FileContent& frames) {
+    FileContent tag;
+    tag.append_owned(tag_header());
+    tag.append(frames);
+    tag.append_zeros(kEndMark);
+    return tag;
+}
+
 void fit_tag(std::vector<std::uint8_t>& tag, std::size_t area) {
     tag.resize(area);
-    encode_number(area - kTagHeaderSize, kSyncsafeShift,
-                  std::span(tag).subspan(kTagSizeOffset, kTagSizeWidth));
+    set_size(tag, area);
+}
+
+FileContent fitted_tag(const FileContent& tag, std::int64_t area) {
+    constexpr std::int64_t kMaxInMemory = std::int64_t{64} * 1024;
+    FileContent fitted;
+    if (area <= kMaxInMemory) {
+        std::vector<std::uint8_t> bytes = tag.read_all();
+        fit_tag(bytes, static_cast<std::size_t>(area));
+        fitted.append_owned(std::move(bytes));
+        return fitted;
+    }
+    std::vector<std::uint8_t> header = tag_header();
+    set_size(header, static_cast<std::uint64_t>(area));
+    fitted.append_owned(std::move(header));
+    fitted.append(tag, {static_cast<std::int64_t>(kTagHeaderSize), tag.size()});
+    fitted.append_zeros(area - tag.size());
+    return fitted;
 }
 
 }  // namespace brindle

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "id3v2/frame_store.h"
+#include "util/file_content.h"
 
 namespace brindle {
 
@@ -17,5 +18,10 @@ namespace brindle {
 
 // Fits the tag into an area of that many bytes: padded with zeros, its size in its header.
 void fit_tag(std::vector<std::uint8_t>& tag, std::size_t area);
+// The same of a tag that need not be in memory.
+[[nodiscard]] FileContent fitted_tag(const FileContent& tag, std::int64_t area);
+
+// A tag of frames that are built already, as build_tag() makes it.
+[[nodiscard]] FileContent tag_of(const FileContent& frames);
 
 }  // namespace brindle

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "id3v2/documented_ids.h"
 #include "id3v2/public_tag_reader.h"
 #include "id3v2/tag_layout.h"
 #include "mpeg/audio_start.h"
@@ -66,20 +67,10 @@ bool is_filled(FileWindow& file, const PublicTagHeader& header) {
 
 // --- Frames that other frames follow
 
-bool is_documented_version2_id(Bytes id) {
-    // A header of three letters and a size is soon met by chance; of these ids none is.
-    constexpr std::string_view kIds =
-        "BUF CNT COM CRA CRM ETC EQU GEO IPL LNK MCI MLL PIC POP REV RVA SLT STC TAL TBP TCM TCO "
-        "TCR TDA TDY TEN TFT TIM TKE TLA TLE TMT TOA TOF TOL TOR TOT TP1 TP2 TP3 TP4 TPA TPB TRC "
-        "TRD TRK TSI TSS TT1 TT2 TT3 TXT TXX TYE UFI ULT WAF WAR WAS WCM WCP WPB WXX TCP TS2 TSA "
-        "TSC TSP TST PCS TCT TDR TDS TID TKW WFD GP1 MVN MVI ITU ";
-    const std::string id_and_blank = std::string(id.begin(), id.end()) + " ";
-    return kIds.find(id_and_blank) != std::string_view::npos;
-}
-
 bool is_strict_id(Bytes id) {
     if (id.size() == kVersion2FrameLayout.id_width) {
-        return is_documented_version2_id(id);
+        // A header of three letters and a size is soon met by chance; of these ids none is.
+        return is_version2_id(std::string(id.begin(), id.end()));
     }
     return std::all_of(id.begin(), id.end(), [](std::uint8_t byte) {
         return (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9');

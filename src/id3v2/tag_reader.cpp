@@ -53,7 +53,7 @@ std::span<const std::uint8_t> text_of(std::span<const std::uint8_t> data) {
 
 }  // namespace
 
-TagFacts TagReader::read(std::int64_t position) {
+TagReading TagReader::read(std::int64_t position) {
     facts_ = {};
     position_ = position;
     try {

@@ -17,7 +17,7 @@
 
 namespace brindle {
 
-struct TagFacts {
+struct TagReading {
     std::uint8_t version = 0;
     std::int32_t size = 0;  // as the header claims it; the header itself is left out
     bool corrupt = false;   // a frame that can't be held was met
@@ -42,7 +42,7 @@ public:
         : file_(file), contents_(contents), filed_(filed) {}
 
     // `position` is that of the tag's "ID3".
-    TagFacts read(std::int64_t position);
+    TagReading read(std::int64_t position);
 
 private:
     struct Header {
@@ -66,7 +66,7 @@ private:
     FileWindow& file_;
     TagContents& contents_;
     std::vector<FiledFrame>* filed_;
-    TagFacts facts_;
+    TagReading facts_;
     std::int64_t position_ = 0;      // the next byte to be read
     std::int64_t tag_end_ = 0;       // as its header claims it
     std::span<std::uint8_t> large_;  // the data of a large frame, where it is kept

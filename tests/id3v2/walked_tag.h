@@ -55,7 +55,7 @@ public:
         facts_ = TagReader(window, contents_).read(position);
     }
 
-    [[nodiscard]] const TagFacts& facts() const { return facts_; }
+    [[nodiscard]] const TagReading& facts() const { return facts_; }
     [[nodiscard]] const TagContents& contents() const { return contents_; }
     [[nodiscard]] Frames frames() const { return frames_of(contents_.frames); }
     [[nodiscard]] String field(StandardField field) const { return contents_.fields.get(field); }
@@ -69,7 +69,7 @@ private:
     MemoryFiles files_;
     std::unique_ptr<BinaryFile> file_;
     TagContents contents_;
-    TagFacts facts_;
+    TagReading facts_;
 };
 
 }  // namespace brindle::test

@@ -8,6 +8,7 @@
 #include <brindle/save_options.h>
 
 #include "id3v2/cMP3ID3v2.h"
+#include "id3v2/file_edit.h"
 #include "support/bytes.h"
 #include "support/damaged_files.h"
 #include "support/id3v1.h"
@@ -29,7 +30,7 @@ namespace brindle::test {
     return is_whole ? "" : "audio was lost";
 }
 
-// One file on its way through edits, saves and strips.
+// One file on its way through saves, edits and strips.
 class AudioPromise {
 public:
     explicit AudioPromise(DamagedFile file) : file_(std::move(file)) {
@@ -38,7 +39,7 @@ public:
     }
 
     void step(Choices& choices) {
-        switch (choices.below(8)) {
+        switch (choices.below(10)) {
             case 0:
                 model_.FileName(kName);
                 break;
@@ -49,6 +50,14 @@ public:
             case 3:
                 model_.AddCustomField(u"Note", String(choices.below(4000), u'n'));
                 save({});
+                break;
+            case 4:
+                model_.CueIn(static_cast<std::int32_t>(choices.below(4)));
+                edit({.atomic = choices.one_in(3)});
+                break;
+            case 5:
+                model_.AddCustomField(u"Note", String(choices.below(4000), u'n'));
+                edit({});
                 break;
             default:
                 model_.Title(String(choices.below(100), u't'));
@@ -83,6 +92,24 @@ private:
             if (content() != before) {
                 broken_ = "a save that failed has changed the file";
             }
+        }
+    }
+
+    // Whatever it loses besides.
+    void edit(const SaveOptions& options) {
+        const Bytes before = content();
+        try {
+            model_.begin_edit({})->save(options);
+        } catch (const Error&) {
+            if (content() != before) {
+                broken_ = "an edit that failed has changed the file";
+            }
+            return;
+        }
+        // Where nothing proves the end of the tag, what is written can look like audio.
+        const EditPlan again = model_.begin_edit({})->plan();
+        if (broken_.empty() && !again.changes_nothing && again.losses().empty()) {
+            broken_ = "an edit made again would change the file";
         }
     }
 

@@ -1,0 +1,396 @@
+#include "id3v2/edited_tag.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "id3v2/custom_field_names.h"
+#include "id3v2/custom_fields.h"
+#include "id3v2/documented_ids.h"
+#include "id3v2/frame_form.h"
+#include "id3v2/imported_frame.h"
+#include "id3v2/public_tag_reader.h"
+#include "id3v2/tag_layout.h"
+#include "id3v2/text_encoding.h"
+#include "util/code_page.h"
+
+namespace brindle {
+
+namespace {
+
+using ByteVector = std::vector<std::uint8_t>;
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::string_view kCustomId = "TXXX";
+constexpr std::string_view kPicture = "APIC";
+constexpr std::string_view kYear = "TYER";
+constexpr std::string_view kDate = "TDAT";
+constexpr std::string_view kTime = "TIME";
+constexpr std::string_view kRecordingTime = "TDRC";
+
+// Names that are longer are not looked for.
+constexpr std::size_t kMaxNameRead = 8'192;
+
+String wide(std::string_view id) {
+    String text;
+    for (const char character : id) {
+        text.push_back(widen(static_cast<std::uint8_t>(character)));
+    }
+    return text;
+}
+
+// Upper and lower case as one, for the letters that the code page has of both.
+String folded(String name) {
+    for (char16_t& unit : name) {
+        const bool is_ascii = unit >= u'A' && unit <= u'Z';
+        const bool is_latin1 = unit >= u'\u00C0' && unit <= u'\u00DE' && unit != u'\u00D7';
+        if (is_ascii || is_latin1) {
+            unit = static_cast<char16_t>(unit + (u'a' - u'A'));
+        }
+    }
+    return name;
+}
+
+// The name under which hosts find a user-defined text; none where they do not see a field in it.
+std::optional<String> name_for_hosts(Bytes content) {
+    const auto begin =
+        std::find_if(content.begin(), content.end(), [](std::uint8_t byte) { return byte != 0; });
+    const auto end = std::find(begin, content.end(), std::uint8_t{0});
+    const bool is_field =
+        std::find(content.begin(), content.end(), std::uint8_t{0}) != content.end();
+    return is_field ? std::optional(widen(Bytes(begin, end))) : std::nullopt;
+}
+
+// Of a comment or lyrics: no description, or the form that the component writes, which has none.
+bool is_without_description(Bytes content) {
+    constexpr std::size_t kPrefix = 4;  // encoding, language
+    if (content.size() < kPrefix || content.front() > kLastEncoding) {
+        return true;
+    }
+    const auto encoding = static_cast<TextEncoding>(content.front());
+    const Bytes text = content.subspan(kPrefix);
+    const std::size_t length = string_length(encoding, text);
+    return length == text.size() || decoded(encoding, text.first(length)).empty();
+}
+
+// Year, date and time of a recording time like "2003-05-06T10:20", as version 2.3 writes them.
+struct RecordingTime {
+    std::string year;
+    std::string date;
+    std::string time;
+
+    explicit RecordingTime(std::string_view text) {
+        constexpr std::string_view kForm = "0000-00-00T00:00";
+        std::size_t valid = 0;
+        while (valid < std::min(text.size(), kForm.size()) && matches(text[valid], kForm[valid])) {
+            ++valid;
+        }
+        const auto part = [&](std::size_t begin, std::size_t width) {
+            return begin + width <= valid ? std::string(text.substr(begin, width)) : std::string();
+        };
+        year = part(0, 4);
+        if (const std::string day = part(8, 2); !day.empty()) {
+            date = day + part(5, 2);
+        }
+        if (const std::string minute = part(14, 2); !minute.empty()) {
+            time = part(11, 2) + minute;
+        }
+    }
+
+private:
+    static bool matches(char character, char form) {
+        return form == '0' ? character >= '0' && character <= '9' : character == form;
+    }
+};
+
+// A frame of the old tag on its way into the new one.
+struct Entry {
+    std::size_t place = 0;  // in the plan
+    std::string id;         // of version 2.3
+    std::uint8_t version = 0;
+    PublicFrame source;
+    // None: it is written as the bytes of the file from its header on.
+    std::optional<ImportedFrame> imported;
+    std::optional<std::size_t> field;  // that replaces it
+    bool is_dropped = false;
+};
+
+bool can_be_stepped_over(std::string_view id, std::uint64_t body) noexcept {
+    return body <= (id == kPicture ? kLargestPictureSize : kLargestTextSize);
+}
+
+class TagEditor {
+public:
+    TagEditor(BinaryFile& file, FileWindow& window, std::span<const EditedField> fields,
+              const EditOptions& options, EditPlan& plan)
+        : file_(file), window_(window), fields_(fields), plan_(plan) {
+        frames_.reserve(fields.size());
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+            field_of_key_.try_emplace({fields[i].id, fields[i].custom_name}, i);
+            frames_.push_back(frame_of(fields[i], options.unicode));
+            if (fields[i].id == kCustomId) {
+                folded_names_.insert(folded(fields[i].custom_name));
+            }
+        }
+        placed_.resize(fields.size());
+    }
+
+    void read(const ByteRange& area) {
+        std::int64_t position = area.begin;
+        while (position < area.end) {
+            const std::optional<PublicTag> tag = read_public_tag(window_, position, area.end);
+            if (!tag) {
+                break;
+            }
+            for (const PublicFrame& frame : tag->frames) {
+                take(frame, tag->version);
+            }
+            take_rest(tag->rest);
+            position = tag->end;
+        }
+    }
+
+    FileContent write() {
+        split_recording_time();
+        std::size_t last_small = 0;
+        for (std::size_t i = 0; i < entries_.size(); ++i) {
+            last_small = !entries_[i].is_dropped && is_small(entries_[i]) ? i : last_small;
+        }
+        write_entries(true, last_small);
+        for (std::size_t i = 0; i < fields_.size(); ++i) {
+            if (!placed_[i]) {
+                append(frames_[i]);
+            }
+        }
+        for (const ByteVector& frame : more_frames_) {
+            append(frame);
+        }
+        write_entries(false, last_small);
+        flush();
+        return std::move(content_);
+    }
+
+private:
+    EditedFrame& planned(const Entry& entry) { return plan_.frames[entry.place]; }
+
+    void lose(EditedFrame frame, EditLoss loss) {
+        frame.fate = FrameFate::Lost;
+        frame.loss = loss;
+        plan_.frames.push_back(std::move(frame));
+    }
+
+    void take(const PublicFrame& frame, std::uint8_t version) {
+        EditedFrame planned_frame;
+        planned_frame.id = wide(frame.id());
+        planned_frame.size = frame.size;
+        planned_frame.number = ++counts_[std::string(frame.id())];
+        Entry entry;
+        entry.version = version;
+        entry.source = frame;
+        entry.id = version == kOldestVersion ? successor_of_version2_id(frame.id()) : frame.id();
+        const ByteVector head =
+            has_description(entry.id) ? read_content(window_, frame, kMaxNameRead) : ByteVector();
+        if (entry.id == kCustomId) {
+            planned_frame.name = description_of(head);
+        }
+        if (!frame.is_whole) {
+            return lose(std::move(planned_frame), EditLoss::CutByTagEnd);
+        }
+        if (version != 3 || frame.is_unsynchronised) {
+            entry.imported = import_frame(file_, version, frame);
+            if (!entry.imported) {
+                return lose(std::move(planned_frame), version == kOldestVersion
+                                                          ? EditLoss::UnknownId
+                                                          : EditLoss::UnknownLength);
+            }
+            planned_frame.fate =
+                entry.imported->is_converted ? FrameFate::Converted : FrameFate::Kept;
+        }
+        entry.place = plan_.frames.size();
+        plan_.frames.push_back(std::move(planned_frame));
+        match(entry, head);
+        entries_.push_back(std::move(entry));
+    }
+
+    // What is neither frame nor padding.
+    void take_rest(const ByteRange& rest) {
+        for (std::int64_t position = rest.begin; position < rest.end;) {
+            const Bytes bytes = window_.view_block(position, 1);
+            const auto other = std::find_if(bytes.begin(), bytes.end(),
+                                            [](std::uint8_t byte) { return byte != 0; });
+            position += other - bytes.begin();
+            if (bytes.empty() || position >= rest.end) {
+                return;
+            }
+            if (other != bytes.end()) {
+                EditedFrame frame;
+                frame.size = rest.end - position;
+                return lose(std::move(frame), EditLoss::NoFrame);
+            }
+        }
+    }
+
+    // Finds the field that replaces the frame.
+    void match(Entry& entry, Bytes head) {
+        const String& name = planned(entry).name;
+        std::optional<String> hosts_name;
+        if (entry.id == kCustomId) {
+            hosts_name = name_for_hosts(head);
+            entry.field = find_field(entry.id, name);
+            if (!entry.field && hosts_name) {
+                entry.field = find_field(entry.id, *hosts_name);
+            }
+        } else if (!has_description(entry.id) || is_without_description(head)) {
+            entry.field = find_field(entry.id == kRecordingTime ? kYear : entry.id, {});
+        }
+        if (entry.field) {
+            return replace(entry);
+        }
+        if (entry.id == kCustomId) {
+            if (folded_names_.contains(folded(name))) {
+                plan_.other_cases.push_back(planned(entry));
+            }
+            if (is_scheduling_field(name) && hosts_name != name) {
+                plan_.unseen.push_back(planned(entry));
+            }
+        }
+    }
+
+    [[nodiscard]] std::optional<std::size_t> find_field(std::string_view id,
+                                                        const String& name) const {
+        const auto field = field_of_key_.find({std::string(id), name});
+        return field == field_of_key_.end() ? std::nullopt : std::optional(field->second);
+    }
+
+    void replace(Entry& entry) {
+        planned(entry).fate = FrameFate::Changed;
+        if (placed_[*entry.field]) {
+            entry.is_dropped = true;
+            plan_.duplicates.push_back(planned(entry));
+        }
+        placed_[*entry.field] = true;
+    }
+
+    // Programs of version 2.3 look for the parts.
+    void split_recording_time() {
+        const auto whole = std::find_if(entries_.begin(), entries_.end(), [](const Entry& entry) {
+            return entry.id == kRecordingTime && entry.version == kNewestVersion && !entry.field;
+        });
+        if (whole == entries_.end() || find_field(kYear, {})) {
+            return;
+        }
+        constexpr std::size_t kMaxTime = 64;
+        ByteVector head = whole->imported->head(kMaxTime);
+        if (head.empty() || head.front() > kLastEncoding) {
+            return;
+        }
+        const auto encoding = static_cast<TextEncoding>(head.front());
+        const Bytes text = Bytes(head).subspan(1);
+        const String value = decoded(encoding, text.first(string_length(encoding, text)));
+        std::string narrow_value;
+        std::transform(value.begin(), value.end(), std::back_inserter(narrow_value),
+                       [](char16_t unit) { return static_cast<char>(narrow(unit)); });
+        const RecordingTime time(narrow_value);
+        add_part(kYear, time.year);
+        add_part(kDate, time.date);
+        add_part(kTime, time.time);
+    }
+
+    void add_part(std::string_view id, const std::string& text) {
+        const bool is_there = std::any_of(entries_.begin(), entries_.end(),
+                                          [&](const Entry& entry) { return entry.id == id; });
+        if (!text.empty() && !is_there) {
+            more_frames_.push_back(text_frame(id, text));
+        }
+    }
+
+    [[nodiscard]] std::uint64_t body_size(const Entry& entry) const {
+        if (entry.field) {
+            return frames_[*entry.field].size() - kFrameLayout.header_size;
+        }
+        return static_cast<std::uint64_t>(entry.imported ? entry.imported->body.size()
+                                                         : entry.source.size);
+    }
+
+    [[nodiscard]] bool is_small(const Entry& entry) const {
+        return can_be_stepped_over(entry.id, body_size(entry));
+    }
+
+    // Those that hosts can step over, or the others.
+    void write_entries(bool small, std::size_t last_small) {
+        for (std::size_t i = 0; i < entries_.size(); ++i) {
+            const Entry& entry = entries_[i];
+            if (entry.is_dropped || is_small(entry) != small) {
+                continue;
+            }
+            if (!small) {
+                if (i < last_small && planned(entry).fate == FrameFate::Kept) {
+                    planned(entry).fate = FrameFate::Moved;
+                }
+                plan_.oversized.push_back(planned(entry));
+            }
+            write_entry(entry);
+        }
+    }
+
+    void write_entry(const Entry& entry) {
+        if (entry.field) {
+            return append(frames_[*entry.field]);
+        }
+        if (!entry.imported) {
+            flush();
+            content_.append(file_, {entry.source.position, entry.source.body_end});
+            return;
+        }
+        const ImportedFrame& frame = *entry.imported;
+        const std::string_view id = frame.id();
+        ByteVector header(id.begin(), id.end());
+        header.resize(kFrameLayout.header_size);
+        encode_number(static_cast<std::uint64_t>(frame.body.size()), kPlainShift,
+                      std::span(header).subspan(kFrameLayout.id_width, kFrameLayout.size_width));
+        std::copy(frame.flags.begin(), frame.flags.end(), header.end() - 2);
+        append(header);
+        if (std::cmp_less_equal(frame.body.size(), kMaxBodyInMemory)) {
+            append(frame.body.read_all());
+        } else {
+            flush();
+            content_.append(frame.body);
+        }
+    }
+
+    // Small ones are gathered, so that a tag of many frames stays a content of few pieces.
+    void append(Bytes bytes) { gathered_.insert(gathered_.end(), bytes.begin(), bytes.end()); }
+    void flush() { content_.append_owned(std::exchange(gathered_, {})); }
+
+    BinaryFile& file_;
+    FileWindow& window_;
+    std::span<const EditedField> fields_;
+    EditPlan& plan_;
+    std::map<std::pair<std::string, String>, std::size_t> field_of_key_;
+    std::set<String> folded_names_;
+    std::vector<ByteVector> frames_;  // of the fields
+    std::vector<bool> placed_;        // of the fields: they have a place among the entries
+    std::vector<ByteVector> more_frames_;
+    std::map<std::string, std::int32_t> counts_;
+    std::vector<Entry> entries_;
+    ByteVector gathered_;
+    FileContent content_;
+};
+
+}  // namespace
+
+FileContent edited_frames(BinaryFile& file, FileWindow& window, const ByteRange& area,
+                          std::span<const EditedField> fields, const EditOptions& options,
+                          EditPlan& plan) {
+    TagEditor editor(file, window, fields, options, plan);
+    editor.read(area);
+    return editor.write();
+}
+
+}  // namespace brindle

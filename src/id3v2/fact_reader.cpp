@@ -1,0 +1,190 @@
+#include "id3v2/fact_reader.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <utility>
+
+#include "id3v2/frame_fields.h"
+#include "id3v2/imported_frame.h"
+#include "id3v2/public_tag_reader.h"
+#include "id3v2/text_encoding.h"
+
+namespace brindle {
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// ISO-8859-1: every byte is the code point of its own number. Hosts take the code page instead.
+String from_latin1(Bytes bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+String text_in(TextEncoding encoding, Bytes bytes) {
+    return encoding == TextEncoding::Latin1 ? from_latin1(bytes) : decoded(encoding, bytes);
+}
+
+// The fields of one frame, taken one after the other.
+class FrameText {
+public:
+    FrameText(std::string_view id, Bytes content) : content_(content) {
+        for (const FrameField field : fields_of(id)) {
+            take(field);
+        }
+    }
+
+    String language;
+    std::vector<String> latin1_strings;  // the MIME type of a picture
+    std::vector<String> strings;         // descriptions
+    std::vector<String> values;
+    std::uint8_t type = 0;
+    std::size_t data_begin = 0;
+
+private:
+    [[nodiscard]] Bytes ahead() const { return content_.subspan(position_); }
+    Bytes take_bytes(std::size_t count) {
+        const Bytes bytes = ahead().first(std::min(count, ahead().size()));
+        position_ += bytes.size();
+        return bytes;
+    }
+    String take_string(TextEncoding encoding) {
+        const Bytes bytes = take_bytes(string_length(encoding, ahead()));
+        take_bytes(terminator_size(encoding));
+        return text_in(encoding, bytes);
+    }
+
+    void take(FrameField field) {
+        constexpr std::size_t kLanguage = 3;
+        constexpr std::size_t kDate = 8;
+        switch (field) {
+            case FrameField::Encoding:
+                if (const Bytes byte = take_bytes(1); !byte.empty() && byte[0] <= kLastEncoding) {
+                    encoding_ = static_cast<TextEncoding>(byte[0]);
+                }
+                return;
+            case FrameField::Language:
+                language = from_latin1(take_bytes(kLanguage));
+                return;
+            case FrameField::OneByte:
+                if (const Bytes byte = take_bytes(1); !byte.empty()) {
+                    type = byte[0];
+                }
+                return;
+            case FrameField::TwoBytes:
+                take_bytes(2);
+                return;
+            case FrameField::Date:
+                take_bytes(kDate);
+                return;
+            case FrameField::Latin1String:
+                latin1_strings.push_back(take_string(TextEncoding::Latin1));
+                return;
+            case FrameField::EncodedString:
+                strings.push_back(take_string(encoding_));
+                return;
+            case FrameField::Text:
+                take_values();
+                return;
+            case FrameField::SyncedText:
+                return;
+            case FrameField::Data:
+                data_begin = position_;
+                return;
+        }
+    }
+
+    // A terminator at the end begins no other value.
+    void take_values() {
+        do {
+            values.push_back(take_string(encoding_));
+        } while (!ahead().empty());
+        while (values.size() > 1 && values.back().empty()) {
+            values.pop_back();
+        }
+    }
+
+    Bytes content_;
+    std::size_t position_ = 0;
+    TextEncoding encoding_ = TextEncoding::Latin1;
+};
+
+class FactReader {
+public:
+    FactReader(BinaryFile& file, TagFacts& facts) : file_(file), facts_(facts) {}
+
+    void take(const PublicFrame& source, std::uint8_t version) {
+        const std::optional<ImportedFrame> frame =
+            source.is_whole ? import_frame(file_, version, source) : std::nullopt;
+        if (!frame || frame->is_packed) {
+            return;
+        }
+        if (frame->id() == "APIC") {
+            take_picture(*frame);
+        } else if (frame->id().front() == 'W' && frame->id() != "WXXX") {
+            take_link(*frame);
+        } else if (is_text(frame->id())) {
+            take_text(*frame);
+        }
+    }
+
+private:
+    static bool is_text(std::string_view id) {
+        const auto fields = fields_of(id);
+        return std::find(fields.begin(), fields.end(), FrameField::Text) != fields.end();
+    }
+    static String wide(std::string_view id) { return {id.begin(), id.end()}; }
+
+    void take_text(const ImportedFrame& frame) {
+        const std::vector<std::uint8_t> content = frame.head(kMaxBodyInMemory);
+        FrameText read(frame.id(), content);
+        facts_.texts.push_back({wide(frame.id()), std::move(read.language),
+                                read.strings.empty() ? String() : std::move(read.strings.front()),
+                                std::move(read.values)});
+    }
+
+    void take_link(const ImportedFrame& frame) {
+        const std::vector<std::uint8_t> content = frame.head(kMaxBodyInMemory);
+        const std::size_t length = string_length(TextEncoding::Latin1, content);
+        facts_.texts.push_back(
+            {wide(frame.id()), {}, {}, {from_latin1(Bytes(content).first(length))}});
+    }
+
+    void take_picture(const ImportedFrame& frame) {
+        constexpr std::size_t kMaxHead = 4'096;  // type and description come first
+        const std::vector<std::uint8_t> content = frame.head(kMaxHead);
+        FrameText read(frame.id(), content);
+        const std::int64_t size = frame.body.size() - frame.prefix;
+        facts_.pictures.push_back({read.type, std::move(read.latin1_strings.front()),
+                                   std::move(read.strings.front()),
+                                   size - static_cast<std::int64_t>(read.data_begin)});
+    }
+
+    BinaryFile& file_;
+    TagFacts& facts_;
+};
+
+}  // namespace
+
+TagFacts read_facts(BinaryFile& file, FileWindow& window, const ByteRange& range) {
+    TagFacts facts;
+    facts.tag_bytes = range.length();
+    FactReader reader(file, facts);
+    std::int64_t position = range.begin;
+    while (position < range.end) {
+        const std::optional<PublicTag> tag = read_public_tag(window, position, range.end);
+        if (!tag) {
+            break;
+        }
+        if (facts.version == 0) {
+            facts.version = tag->version;
+        }
+        for (const PublicFrame& frame : tag->frames) {
+            reader.take(frame, tag->version);
+        }
+        position = tag->end;
+    }
+    return facts;
+}
+
+}  // namespace brindle

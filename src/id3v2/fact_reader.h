@@ -1,0 +1,15 @@
+// The frames of a tag as the public documents describe them.
+#pragma once
+
+#include <brindle/tag_facts.h>
+
+#include "util/binary_file.h"
+#include "util/byte_range.h"
+#include "util/file_window.h"
+
+namespace brindle {
+
+// Of the tags at `range`. `window` is one over `file`.
+[[nodiscard]] TagFacts read_facts(BinaryFile& file, FileWindow& window, const ByteRange& range);
+
+}  // namespace brindle

@@ -1,0 +1,27 @@
+// What the bodies of frames are made of, as far as text of an encoding is in them.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace brindle {
+
+enum class FrameField : std::uint8_t {
+    Encoding,       // one byte; says how the texts after it are written
+    Language,       // three letters
+    OneByte,        // a type
+    TwoBytes,       // two of them
+    Date,           // eight digits
+    Latin1String,   // with its terminator
+    EncodedString,  // in the frame's encoding, with its terminator
+    Text,           // strings in the frame's encoding up to the end
+    SyncedText,     // strings in the frame's encoding, each followed by a time of four bytes
+    Data,           // bytes up to the end
+};
+
+// The fields of a frame of version 2.3 or 2.4; none for a frame without an encoding. Text frames
+// are all whose id begins with "T".
+[[nodiscard]] std::span<const FrameField> fields_of(std::string_view id) noexcept;
+
+}  // namespace brindle

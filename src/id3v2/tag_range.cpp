@@ -1,0 +1,35 @@
+#include "id3v2/tag_range.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "id3v2/public_tag_reader.h"
+#include "id3v2/tag_area.h"
+#include "id3v2/tag_search.h"
+
+namespace brindle {
+
+std::optional<ByteRange> find_tag_range(FileWindow& file,
+                                        const std::optional<AcceptedFrame>& accepted) {
+    std::optional<std::int64_t> position = 0;
+    if (!read_public_tag_header(file, 0)) {
+        position = find_tag(file);
+    }
+    const TagArea area = find_tag_area(file, accepted, position);
+    if (!area.position) {
+        return std::nullopt;
+    }
+    // Without audio a tag that claims more than there is has whatever there is.
+    const std::int64_t limit = area.audio ? *area.position + area.length : file.length();
+    ByteRange range{*area.position, *area.position};
+    while (range.end < limit) {
+        const auto header = read_public_tag_header(file, range.end);
+        if (!header) {
+            break;
+        }
+        range.end = std::min(header->claimed_tag_end(), limit);
+    }
+    return range;
+}
+
+}  // namespace brindle

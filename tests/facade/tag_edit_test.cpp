@@ -1,0 +1,432 @@
+// The editor, case by case: what it was told to set changes, and every other frame stays.
+#include <functional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include <brindle/cMPEGHeader.h>
+#include <brindle/tag_edit.h>
+
+#include "support/frames.h"
+#include "support/memory_environment.h"
+#include "support/tags.h"
+
+namespace brindle::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using namespace std::string_view_literals;
+
+const String kName = u"song.mp3";
+constexpr std::string_view kStamp = "TXXX=\0TAGGED BY\0CorvaneTagger- Revised Feb 2011"sv;
+
+using Words = std::vector<std::string>;
+
+Bytes audio() {
+    return stream(Frame{}, 600);
+}
+
+Bytes letters(std::size_t count) {
+    return repeated(count, 'a');
+}
+
+// The frames of the version 3 tag at the start of a file, as "TIT2=body", and "TIT2+flags=body".
+Words frames_of(const Bytes& file) {
+    Words frames;
+    EXPECT_EQ(file.part(0, 6), Bytes("ID3\3\0\0"sv));
+    std::size_t size = 0;
+    for (std::size_t i = 6; i < 10; ++i) {
+        size = size * 128 + file[i];
+    }
+    std::size_t position = 10;
+    while (position + 10 <= size + 10 && file[position] != 0) {
+        std::size_t body = 0;
+        for (std::size_t i = 4; i < 8; ++i) {
+            body = body * 256 + file[position + i];
+        }
+        const Bytes flags = file.part(position + 8, 2);
+        const std::string mark = flags == zeros(2) ? "" : "+" + flags.text();
+        frames.push_back(file.part(position, 4).text() + mark + "=" +
+                         file.part(position + 10, body).text());
+        position += 10 + body;
+    }
+    EXPECT_EQ(file.part(position, size + 10 - position), zeros(size + 10 - position));
+    return frames;
+}
+
+std::string narrow_text(const String& text) {
+    return {text.begin(), text.end()};
+}
+
+std::string label(const TagFrame& frame) {
+    return narrow_text(frame.id) + ":" + std::to_string(frame.number);
+}
+
+Words labels(const std::vector<TagFrame>& frames) {
+    Words words;
+    for (const TagFrame& frame : frames) {
+        words.push_back(label(frame));
+    }
+    return words;
+}
+
+// "TIT2:1 kept"
+Words fates(const EditPlan& plan) {
+    Words words;
+    for (const EditedFrame& frame : plan.frames) {
+        constexpr std::string_view kFates[] = {"kept", "moved", "converted", "changed", "lost"};
+        words.push_back(label(frame) + " " +
+                        std::string(kFates[static_cast<std::size_t>(frame.fate)]));
+    }
+    return words;
+}
+
+class OpenedFile {
+public:
+    explicit OpenedFile(const Bytes& content) {
+        world_.files.put(kName, content);
+        header.FileName(kName);
+        world_.files.reset_counts();
+    }
+
+    // Edits with the values that are set, and opens the file again.
+    EditPlan edit(const EditOptions& options = {}) {
+        TagEdit edit(header, options);
+        EditPlan plan = edit.plan();
+        edit.save();
+        header.FileName(kName);
+        return plan;
+    }
+    [[nodiscard]] MemoryFiles& files() { return world_.files; }
+    [[nodiscard]] const Bytes& content() const { return world_.files.content(kName); }
+
+private:
+    MemoryEnvironment world_;
+
+public:
+    cMPEGHeader header{world_.environment};
+};
+
+using Set = std::function<void(cMPEGHeader&)>;
+
+struct EditCase {
+    const char* name;
+    Bytes tag;
+    Set set;
+    Words frames;  // afterwards
+};
+
+void PrintTo(const EditCase& edit_case, std::ostream* out) {
+    *out << edit_case.name;
+}
+
+const Set kNewTitle = [](cMPEGHeader& header) { header.Song(u"New"); };
+const Set kNewCueIn = [](cMPEGHeader& header) { header.CueInmSStart(200); };
+const Set kNewComment = [](cMPEGHeader& header) { header.Comments(u"New"); };
+const Set kNewYear = [](cMPEGHeader& header) {
+    header.Writev1v2Separate(true);
+    header.Year(2026);
+};
+
+std::string title(std::string_view text = "New") {
+    return "TIT2=" + std::string(1, '\0') + std::string(text);
+}
+std::string cue_in(std::string_view value = "200") {
+    return std::string("TXXX=\0Cue In\0"sv) + std::string(value);
+}
+
+std::vector<EditCase> edit_cases() {
+    const Bytes big = Bytes{0} + letters(5000);
+    const std::string big_text = "TIT3=" + big.text();
+    const Bytes picture = Bytes("\0image/png\0\3\0"sv) + letters(81'920);
+    const std::string picture_text = "APIC=" + picture.text();
+    const std::string stamp(kStamp);
+    return {
+        // clang-format off
+        {"NewFrameFollowsTheOthers", Tag(3).text("TALB", "A").padding(300).bytes(), kNewTitle, {std::string("TALB=\0A"sv), title(), stamp}},
+        {"FieldStaysInItsPlace", Tag(3).text("TIT2", "Old").text("TALB", "A").padding(300).bytes(), kNewTitle, {title(), std::string("TALB=\0A"sv), stamp}},
+        {"EveryFrameOfTheIdGoes", Tag(3).text("TIT2", "1").text("TALB", "A").text("TIT2", "2").bytes(), kNewTitle, {title(), std::string("TALB=\0A"sv), stamp}},
+        {"FieldInUtf16IsReplaced", Tag(3).frame("TXXX", "\1\xFF\xFE\x43\0u\0e\0 \0I\0n\0\0\0\xFF\xFE\x37\0"sv).bytes(), kNewCueIn, {cue_in(), stamp}},
+        {"FieldInUtf8IsReplaced", Tag(4).frame("TXXX", "\3Cue In\0007"sv).bytes(), kNewCueIn, {cue_in(), stamp}},
+        {"FieldOfAnotherCaseStays", Tag(3).field("CUE IN", "7").bytes(), kNewCueIn, {std::string("TXXX=\0CUE IN\0007"sv), cue_in(), stamp}},
+        {"OtherFieldsStay", Tag(3).field("Intro", "7").field("Cue In", "1").field("Outro", "8").bytes(), kNewCueIn, {std::string("TXXX=\0Intro\0007"sv), cue_in(), std::string("TXXX=\0Outro\0008"sv), stamp}},
+        {"CommentWithoutDescriptionGoes", Tag(3).comment("eng", "x", "1").comment("deu", "", "2").lyrics("eng", "", "3").bytes(), kNewComment, {std::string("COMM=\0engx\0001"sv), std::string("COMM=\0\0nt\0New"sv), std::string("USLT=\0eng\0003"sv), stamp}},
+        {"CommentOfTheComponentGoes", Tag(3).frame("COMM", "\0\0nt\0Old"sv).frame("COMM", "\0engOld"sv).bytes(), kNewComment, {std::string("COMM=\0\0nt\0New"sv), stamp}},
+        {"CommentInUtf16WithoutDescriptionGoes", Tag(3).frame("COMM", "\1eng\xFF\xFE\0\0\xFF\xFEo\0"sv).bytes(), kNewComment, {std::string("COMM=\0\0nt\0New"sv), stamp}},
+        {"YearReplacesTheRecordingTime", Tag(4).utf8_text("TDRC", "2003-05-06").bytes(), kNewYear, {std::string("TYER=\0" "2026"sv), stamp}},
+        {"RecordingTimeIsSplit", Tag(4).utf8_text("TDRC", "2003-05-06T10:20:30").bytes(), kNewTitle, {std::string("TDRC=\1\xFF\xFE\x32\0\x30\0\x30\0\x33\0-\0\x30\0\x35\0-\0\x30\0\x36\0T\0\x31\0\x30\0:\0\x32\0\x30\0:\0\x33\0\x30\0"sv), title(), stamp, std::string("TYER=\0" "2003"sv), std::string("TDAT=\0" "0605"sv), std::string("TIME=\0" "1020"sv)}},
+        {"RecordingYearAlone", Tag(4).text("TDRC", "1999").bytes(), kNewTitle, {std::string("TDRC=\0" "1999"sv), title(), stamp, std::string("TYER=\0" "1999"sv)}},
+        {"RecordingTimeBesideAYear", Tag(4).text("TDRC", "1999").text("TYER", "1998").bytes(), kNewTitle, {std::string("TDRC=\0" "1999"sv), std::string("TYER=\0" "1998"sv), title(), stamp}},
+        {"LargeTextGoesLast", Tag(3).frame("TIT3", big).text("TALB", "A").bytes(), kNewTitle, {std::string("TALB=\0A"sv), title(), stamp, big_text}},
+        {"LargePictureGoesLast", Tag(3).frame("APIC", picture).text("TALB", "A").bytes(), kNewTitle, {std::string("TALB=\0A"sv), title(), stamp, picture_text}},
+        {"FlagsOfTheTagGo", Tag(3).flags(0xE0).raw(Bytes("\0\0\0\6\0\0\0\0\0\0"sv)).text("TALB", "A").bytes(), kNewTitle, {std::string("TALB=\0A"sv), title(), stamp}},
+        {"UnsynchronisationIsUndone", Tag(3).flags(0x80).frame_claiming("PRIV", 3, "A\xFF\0\xE0"sv).bytes(), kNewTitle, {"PRIV=A\xFF\xE0", title(), stamp}},
+        {"SecondTagJoins", Tag(3).text("TALB", "A").padding(20).bytes() + Tag(3).text("TIT2", "Old").text("TCOM", "C").bytes(), kNewTitle, {std::string("TALB=\0A"sv), title(), std::string("TCOM=\0C"sv), stamp}},
+        {"EmptyFrameStays", Tag(3).frame("TALB", {}).text("TCOM", "C").bytes(), kNewTitle, {"TALB=", std::string("TCOM=\0C"sv), title(), stamp}},
+        {"FrameFlagsStay", Tag(3).raw(Bytes("PRIV\0\0\0\2\xE0\x20Gx"sv)).bytes(), kNewTitle, {std::string("PRIV+\xE0\x20=Gx"sv), title(), stamp}},
+        {"EncryptedFrameStays", Tag(3).raw(Bytes("TALB\0\0\0\2\0\x40Mx"sv)).bytes(), kNewTitle, {std::string("TALB+\0\x40=Mx"sv), title(), stamp}},
+        {"Version2IsConverted", Tag(2).text("TT2", "Old").text("TAL", "A").picture("image/png", 3, "", "x").bytes(), kNewTitle, {title(), std::string("TALB=\0A"sv), std::string("APIC=\0image/png\0\3\0x"sv), stamp}},
+        {"ExactlyTwoUserTexts", Tag(3).field("A", "1").field("B", "2").bytes(), kNewCueIn, {std::string("TXXX=\0A\0001"sv), std::string("TXXX=\0B\0002"sv), cue_in(), stamp}},
+        {"EmptyUserTextEndsNothing", Tag(3).field("A", "1").frame("TXXX", zeros(2)).field("B", "2").bytes(), kNewCueIn, {std::string("TXXX=\0A\0001"sv), std::string("TXXX=\0\0"sv), std::string("TXXX=\0B\0002"sv), cue_in(), stamp}},
+        {"GenreIsItsNumber", Tag(3).text("TCON", "(4)Disco").bytes(), [](cMPEGHeader& header) { header.Genre(u"17"); }, {std::string("TCON=\0(17)"sv), stamp}},
+        {"LinkHasNoEncoding", {}, [](cMPEGHeader& header) { header.URL(u"http://a"); }, {"WOAR=http://a", stamp}},
+        // clang-format on
+    };
+}
+
+class TagEdits : public ::testing::TestWithParam<EditCase> {};
+
+TEST_P(TagEdits, ChangeWhatWasSetAndNothingElse) {
+    OpenedFile file(GetParam().tag + audio());
+    GetParam().set(file.header);
+    const EditPlan plan = file.edit();
+    EXPECT_THAT(plan.losses(), IsEmpty());
+    EXPECT_EQ(frames_of(file.content()), GetParam().frames);
+    EXPECT_EQ(file.content().last(audio().size()), audio());
+}
+
+TEST_P(TagEdits, ASecondTimeChangeNoByte) {
+    OpenedFile file(GetParam().tag + audio());
+    GetParam().set(file.header);
+    file.edit();
+    const Bytes once = file.content();
+    GetParam().set(file.header);
+    EXPECT_TRUE(file.edit().changes_nothing);
+    EXPECT_EQ(file.content(), once);
+}
+
+TEST_P(TagEdits, ShowBeforeWhatHostsWillRead) {
+    OpenedFile file(GetParam().tag + audio());
+    GetParam().set(file.header);
+    MemoryEnvironment elsewhere;
+    cMPEGHeader preview(elsewhere.environment);
+    TagEdit edit(file.header);
+    edit.preview(preview);
+    const TagFacts facts = edit.facts();
+    edit.save();
+    file.header.FileName(kName);
+    EXPECT_EQ(preview.Album(), file.header.Album());
+    EXPECT_EQ(preview.CueInmSStart(), file.header.CueInmSStart());
+    EXPECT_EQ(preview.Duration(), file.header.Duration());
+    EXPECT_EQ(facts.text(u"TIT2"), read_tag_facts(file.header).text(u"TIT2"));
+}
+
+INSTANTIATE_TEST_SUITE_P(, TagEdits, ::testing::ValuesIn(edit_cases()),
+                         [](const auto& instance) { return instance.param.name; });
+
+// --- What the plan tells
+
+TEST(EditPlan, TellsTheFateOfEachFrame) {
+    OpenedFile file(Tag(3)
+                        .frame("TIT3", Bytes{0} + letters(5000))
+                        .text("TIT2", "Old")
+                        .text("TALB", "A")
+                        .padding(99) +
+                    audio());
+    file.header.Song(u"New");
+    const EditPlan plan = file.edit();
+    EXPECT_THAT(fates(plan), ElementsAre("TIT3:1 moved", "TIT2:1 changed", "TALB:1 kept"));
+    EXPECT_THAT(labels(plan.oversized), ElementsAre("TIT3:1"));
+    EXPECT_EQ(file.header.Album(), u"A");
+    EXPECT_TRUE(file.header.Title().starts_with(u"Corrupt ID3v2 Tag"));
+}
+
+TEST(EditPlan, TellsConversions) {
+    OpenedFile file(Tag(4).utf8_text("TALB", "A").padding(99) + audio());
+    file.header.Song(u"New");
+    EXPECT_THAT(fates(file.edit()), ElementsAre("TALB:1 converted"));
+}
+
+TEST(EditPlan, NamesDuplicatesOtherCasesAndUnseenFields) {
+    OpenedFile file(Tag(3)
+                        .field("Cue In", "1")
+                        .field("Cue In", "2")
+                        .field("cue in", "3")
+                        .frame("TXXX", "\1\xFF\xFEI\0n\0t\0r\0o\0\0\0\xFF\xFE\x37\0"sv)
+                        .padding(99) +
+                    audio());
+    file.header.CueInmSStart(5);
+    const EditPlan plan = file.edit();
+    EXPECT_THAT(labels(plan.duplicates), ElementsAre("TXXX:2"));
+    EXPECT_THAT(labels(plan.other_cases), ElementsAre("TXXX:3"));
+    EXPECT_THAT(labels(plan.unseen), ElementsAre("TXXX:4"));
+    EXPECT_EQ(file.header.CueInmSStart(), 5);
+}
+
+struct LossCase {
+    const char* name;
+    Bytes tag;
+    Words fates;
+    EditLoss loss;
+};
+void PrintTo(const LossCase& loss_case, std::ostream* out) {
+    *out << loss_case.name;
+}
+
+class EditLosses : public ::testing::TestWithParam<LossCase> {};
+
+TEST_P(EditLosses, AreWhatTheDocumentsMakeUnreadable) {
+    OpenedFile file(GetParam().tag + audio());
+    file.header.Song(u"New");
+    const EditPlan plan = TagEdit(file.header).plan();
+    EXPECT_EQ(fates(plan), GetParam().fates);
+    ASSERT_EQ(plan.losses().size(), 1U);
+    EXPECT_EQ(plan.losses()[0].loss, GetParam().loss);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , EditLosses,
+    ::testing::Values(LossCase{"FrameCutByTheTag",
+                               Tag(3).text("TALB", "A").frame_claiming("TIT3", 9, "x").bytes(),
+                               {"TALB:1 kept", "TIT3:1 lost"},
+                               EditLoss::CutByTagEnd},
+                      LossCase{"Garbage",
+                               Tag(3).text("TALB", "A").raw("garbage").bytes(),
+                               {"TALB:1 kept", ":0 lost"},
+                               EditLoss::NoFrame},
+                      LossCase{"GarbageInThePadding",
+                               Tag(3).text("TALB", "A").raw(zeros(90) + "x").bytes(),
+                               {"TALB:1 kept", ":0 lost"},
+                               EditLoss::NoFrame},
+                      LossCase{"UnknownIdOfVersion2",
+                               Tag(2).text("TAL", "A").text("TZZ", "x").bytes(),
+                               {"TAL:1 converted", "TZZ:1 lost"},
+                               EditLoss::UnknownId},
+                      LossCase{"CompressedWithoutLength",
+                               Tag(4).text("TALB", "A").raw("TIT3\0\0\0\3\0\x08xyz"sv).bytes(),
+                               {"TALB:1 converted", "TIT3:1 lost"},
+                               EditLoss::UnknownLength}),
+    [](const auto& instance) { return instance.param.name; });
+
+// --- How it is written
+
+TEST(TagEdit, WritesInPlaceNoMoreThanWhatDiffers) {
+    const Bytes picture = Bytes("\0image/png\0\3\0"sv) + letters(90'000);
+    OpenedFile file(Tag(3)
+                        .text("TIT2", "Old")
+                        .frame("TXXX", kStamp.substr(5))
+                        .frame("APIC", picture)
+                        .padding(99) +
+                    audio());
+    file.header.Song(u"New");
+    TagEdit edit(file.header);
+    EXPECT_TRUE(edit.plan().fits);
+    file.files().reset_counts();
+    edit.save();
+    EXPECT_LT(file.files().bytes_written(), 1'000U);
+}
+
+TEST(TagEdit, RebuildsWhereALargeFrameMoves) {
+    const Bytes picture = Bytes("\0image/png\0\3\0"sv) + letters(90'000);
+    OpenedFile file(Tag(3).text("TIT2", "Old").frame("APIC", picture).padding(999) + audio());
+    file.header.Song(u"Newer");
+    const EditPlan plan = file.edit();
+    EXPECT_FALSE(plan.fits);
+    EXPECT_EQ(frames_of(file.content()).back(), "APIC=" + picture.text());
+    EXPECT_EQ(file.content().last(audio().size()), audio());
+}
+
+TEST(TagEdit, LeavesTheTagAloneWhereOnlyTheRecordIsSet) {
+    const Bytes tag = Tag(4).utf8_text("TIT2", "Old").padding(50).bytes();
+    OpenedFile file(tag + audio());
+    file.header.Titlev1Tag(u"New");
+    const EditPlan plan = file.edit();
+    EXPECT_EQ(plan.needed_length, 0);
+    EXPECT_EQ(file.content().first(tag.size()), tag);
+    EXPECT_EQ(file.content().size(), tag.size() + audio().size() + 128);
+}
+
+TEST(TagEdit, LeavesTheRecordAloneWhereNoneOfItIsSet) {
+    const Bytes record = Bytes("TAG") + repeated(125, '~');
+    OpenedFile file(Tag(3).padding(300) + audio() + record);
+    file.header.CueInmSStart(1);
+    file.edit();
+    EXPECT_EQ(file.content().last(128), record);
+    OpenedFile bare(Tag(3).padding(300) + audio());
+    bare.header.CueInmSStart(1);
+    bare.edit();
+    EXPECT_EQ(bare.content().last(audio().size()), audio());
+}
+
+TEST(TagEdit, KeepsWhatStandsBetweenTagAndAudio) {
+    const Bytes tag = Tag(3).text("TALB", "A").padding(300).bytes();
+    const Bytes junk = repeated(77, 'j');
+    OpenedFile file(tag + junk + audio());
+    file.header.Song(u"New");
+    EXPECT_THAT(file.edit().losses(), IsEmpty());
+    EXPECT_EQ(file.content().part(tag.size(), 77), junk);
+    file.header.Composer(String(400, u'c'));
+    file.edit();
+    EXPECT_EQ(file.content().last(junk.size() + audio().size()), junk + audio());
+}
+
+TEST(TagEdit, KeepsWhatStandsInFrontOfAudioWithoutATag) {
+    OpenedFile file(repeated(50, 'j') + audio());
+    file.header.Song(u"New");
+    file.edit();
+    EXPECT_EQ(file.content().last(50 + audio().size()), repeated(50, 'j') + audio());
+    EXPECT_THAT(frames_of(file.content()), ElementsAre(title(), std::string(kStamp)));
+}
+
+TEST(TagEdit, EditsTheTagOfAShortFile) {
+    OpenedFile file(Tag(3).text("TALB", "A") + stream(Frame{}, 2));
+    file.header.Song(u"New");
+    file.edit();
+    EXPECT_THAT(frames_of(file.content()),
+                ElementsAre(std::string("TALB=\0A"sv), title(), std::string(kStamp)));
+}
+
+TEST(TagEdit, WritesUtf16WhereTheCodePageHoldsNoSuchText) {
+    OpenedFile file(Tag(3).padding(400) + audio());
+    file.header.Writev1v2Separate(true);
+    file.header.Title(u"\u0141");
+    file.header.Album(u"\u00E9");
+    file.header.Comments(u"\u0141");
+    file.header.CustomFieldAdd(u"\u0141", Variant(String(u"1")));
+    file.edit({.unicode = true});
+    EXPECT_THAT(
+        frames_of(file.content()),
+        ElementsAre(std::string("TIT2=\1\xFF\xFE\x41\1"sv), std::string("TALB=\0\xE9"sv),
+                    std::string("COMM=\1XXX\xFF\xFE\0\0\xFF\xFE\x41\1"sv),
+                    std::string("TXXX=\1\xFF\xFE\x41\1\0\0\xFF\xFE\x31\0"sv), std::string(kStamp)));
+    EXPECT_EQ(read_tag_facts(file.header).text(u"TIT2"), u"\u0141");
+    EXPECT_EQ(read_tag_facts(file.header).comment(), u"\u0141");
+    EXPECT_EQ(read_tag_facts(file.header).custom(u"\u0141"), u"1");
+}
+
+TEST(TagEdit, RefusesATagThatHasNoEnd) {
+    // 2^28 bytes of frames do not fit into a size of 28 bits.
+    OpenedFile file(Tag(3).text("TALB", "A") + audio());
+    file.header.Song(String(268'435'456, u'x'));
+    const TagEdit edit(file.header);
+    ASSERT_TRUE(edit.plan().refusal);
+    EXPECT_EQ(edit.plan().refusal->number(), 6);
+}
+
+TEST(TagEdit, NeedsAFile) {
+    const cMPEGHeader empty;
+    EXPECT_THROW(TagEdit{empty}, Error);
+    OpenedFile file(audio());
+    file.header.Song(u"New");
+    file.files().remove(kName);
+    EXPECT_THROW(TagEdit(file.header), Error);
+}
+
+TEST(TagEdit, EndsWhereTheHostRefusesTheChange) {
+    OpenedFile file(Tag(3).padding(300) + audio());
+    const Bytes before = file.content();
+    file.header.Song(u"New");
+    TagEdit edit(file.header);
+    EXPECT_THROW(
+        edit.save({.before_change = [](SaveWay) { throw Error(RuntimeError::PermissionDenied); }}),
+        Error);
+    EXPECT_EQ(file.content(), before);
+}
+
+}  // namespace
+}  // namespace brindle::test
