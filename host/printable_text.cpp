@@ -128,4 +128,8 @@ std::string printable(const String& text) {
     return printable(to_utf8(text));
 }
 
+std::string in_quotes(const String& text) {
+    return "\"" + printable(text) + "\"";
+}
+
 }  // namespace brindle::host

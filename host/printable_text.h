@@ -15,5 +15,7 @@ namespace brindle::host {
 // other programs take a text with such a byte for binary.
 [[nodiscard]] std::string printable(std::string_view utf8);
 [[nodiscard]] std::string printable(const String& text);
+// The same in quotation marks.
+[[nodiscard]] std::string in_quotes(const String& text);
 
 }  // namespace brindle::host

@@ -1,242 +1,33 @@
 // brindle set: assigns values and saves.
-#include <algorithm>
 #include <memory>
-#include <optional>
-#include <utility>
-
-#include <brindle/cMPEGHeader.h>
-#include <brindle/save_plan.h>
-#include <brindle/text.h>
 
 #include "commands.h"
 #include "file_batch.h"
-#include "file_change.h"
-#include "outcome_text.h"
-#include "plan_text.h"
-#include "printable_text.h"
 #include "set_edits.h"
-#include "standard_streams.h"
+#include "set_in_host_form.h"
+#include "set_options.h"
+#include "set_with_editor.h"
 
 namespace brindle::host {
 
 namespace {
 
-constexpr std::int32_t kConvertedVersion = 2;
-
-struct SetOptions {
-    EditOptions edit_options;
-    std::vector<Edit> edits;
-    bool separate = false;
-    bool dry_run = false;
-    bool preserve = false;
-    bool force = false;
-    bool atomic = false;
-    std::vector<std::string> files;
-};
-
-// One file on its way. Its members return why the file failed, or nothing.
-class FileToSet {
-public:
-    FileToSet(const std::string& name, const SetOptions& options)
-        : change_(name), options_(options) {}
-
-    using Failure = std::optional<std::string>;
-
-    Failure run() {
-        if (Failure reason = change_.open(header_)) {
-            return reason;
-        }
-        had_record_ = has_record();
-        plan_ = plan_save(header_);
-        return plan_.tag_version == kConvertedVersion ? set_converted() : set_directly();
-    }
-
-private:
-    [[nodiscard]] bool has_record() const {
-        const eTagType type = header_.TagType();
-        return type == v1TagOnly || type == v1andv2TagsBothPresent;
-    }
-
-    Failure set_directly() {
-        const std::string changes = assign();
-        plan_ = plan_save(header_);
-        return finish(changes);
-    }
-
-    // A save converts the tag and drops what else was set; so the values come after it.
-    Failure set_converted() {
-        const auto is_replaced = [&](const LostFrame& frame) {
-            return std::any_of(options_.edits.begin(), options_.edits.end(), [&](const Edit& edit) {
-                return edit.version2_id == frame.id && edit.version2_name == frame.name;
-            });
-        };
-        std::erase_if(plan_.losses, is_replaced);
-        if (options_.dry_run) {
-            return finish(assign());
-        }
-        if (Failure reason = refusal()) {
-            return reason;
-        }
-        header_.SaveAllInfo(change_.save_options(options_.atomic));
-        header_.FileName(from_utf8(change_.name()));
-        const std::string changes = assign();
-        return finish(changes);
-    }
-
-    [[nodiscard]] Failure refusal() const {
-        if (plan_.refusal) {
-            return reason_of(*plan_.refusal);
-        }
-        if (!plan_.losses.empty() && !options_.force) {
-            return "Saving would lose " + losses_text(plan_.losses) +
-                   "; --force saves all the same";
-        }
-        return plan_.loses_stream && !options_.force ? Failure(lost_stream_text()) : std::nullopt;
-    }
-
-    [[nodiscard]] SaveWay way() const {
-        return plan_.fits && !options_.atomic ? SaveWay::InPlace : SaveWay::Replace;
-    }
-
-    Failure finish(const std::string& changes) {
-        if (options_.dry_run) {
-            write_output(printable(change_.name()) + ": dry run, nothing is written\n" + changes +
-                         plan());
-        }
-        if (Failure reason = refusal()) {
-            return reason;
-        }
-        if (options_.dry_run) {
-            return change_.reason_against(way());
-        }
-        header_.SaveAllInfo(change_.save_options(options_.atomic));
-        const auto remarks = change_.remarks();
-        if (!remarks) {
-            return "Saved, but another program has removed it since";
-        }
-        if (options_.preserve) {
-            if (Failure reason = change_.restore_modification_time()) {
-                return reason;
-            }
-        }
-        write_output(printable(change_.name()) + ": " + outcome() + remarks_text(*remarks) + "\n");
-        return std::nullopt;
-    }
-
-    // Old and new values, a line each.
-    std::string assign() {
-        const std::vector<ShownValue> values = values_changed_by(options_.edits, options_.separate);
-        std::vector<std::string> lines;
-        lines.reserve(values.size());
-        for (const ShownValue& value : values) {
-            lines.push_back("  " + value.label + ": " + value.text(header_));
-        }
-        header_.Writev1v2Separate(options_.separate);
-        for (const Edit& edit : options_.edits) {
-            edit.assign(header_);
-        }
-        std::string text;
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            text += lines[i] + " -> " + values[i].text(header_) + "\n";
-        }
-        return text;
-    }
-
-    [[nodiscard]] std::string plan() const {
-        std::string text = "  " + how_it_fits() + "\n";
-        if (!had_record_) {
-            text += "  An ID3v1 record would be appended\n";
-        }
-        for (const LostFrame& frame : plan_.losses) {
-            text += "  Would be lost: " + frame_text(frame) + "\n";
-        }
-        for (const ChangedFrame& frame : plan_.changes) {
-            text += "  Would be changed: " + frame_text(frame) + "\n";
-        }
-        return text;
-    }
-
-    [[nodiscard]] std::string how_it_fits() const {
-        if (is_of_version2()) {
-            return "Would be rebuilt: the ID3v2.2 tag is converted";
-        }
-        const std::string needed =
-            "the tag needs " + std::to_string(plan_.needed_length) + " bytes";
-        if (plan_.fits) {
-            return "Fits in place: " + needed + " of " + std::to_string(plan_.tag_area);
-        }
-        if (plan_.tag_area == 0) {
-            return "Would be rebuilt: " + needed + ", there is none yet";
-        }
-        return "Would be rebuilt: " + needed + ", its place has " + std::to_string(plan_.tag_area);
-    }
-
-    [[nodiscard]] bool is_of_version2() const { return plan_.tag_version == kConvertedVersion; }
-
-    [[nodiscard]] std::string outcome() const {
-        std::string text;
-        if (is_of_version2()) {
-            text = "ID3v2.2 tag converted and file rebuilt";
-        } else if (!change_.is_rebuilt()) {
-            text = "ID3v2 tag written in place (" + std::to_string(plan_.needed_length) + " of " +
-                   std::to_string(plan_.tag_area) + " bytes)";
-        } else if (plan_.fits) {
-            text = "file rebuilt with an ID3v2 tag of the same length (" +
-                   std::to_string(plan_.needed_length) + " of " + std::to_string(plan_.tag_area) +
-                   " bytes)";
-        } else {
-            text = "file rebuilt with a larger ID3v2 tag (" + std::to_string(plan_.needed_length) +
-                   " bytes and padding)";
-        }
-        text += ", " + record_outcome();
-        if (!plan_.losses.empty()) {
-            text += ", lost " + losses_text(plan_.losses);
-        }
-        return text + tag_outcome();
-    }
-
-    // Looked up in the file as it stands now.
-    [[nodiscard]] std::string record_outcome() const {
-        cMPEGHeader now;
-        now.FileName(from_utf8(change_.name()));
-        const eTagType type = now.TagType();
-        if (type != v1TagOnly && type != v1andv2TagsBothPresent) {
-            return "no ID3v1 record (the file is too short for one)";
-        }
-        return had_record_ ? "ID3v1 record overwritten" : "ID3v1 record appended";
-    }
-
-    [[nodiscard]] std::string tag_outcome() const {
-        cMPEGHeader now;
-        now.FileName(from_utf8(change_.name()));
-        const eTagType type = now.TagType();
-        return type == v2TagOnly || type == v1andv2TagsBothPresent
-                   ? ""
-                   : "; hosts will not find the tag: they look for one in files of 4,098 bytes or "
-                     "more";
-    }
-
-    FileChange change_;
-    const SetOptions& options_;
-    cMPEGHeader header_;
-    SavePlan plan_;
-    bool had_record_ = false;
-};
-
 ExitStatus set(const SetOptions& options) {
+    const auto set_file = options.host_form ? set_in_host_form : set_with_editor;
     return for_each_file(options.files,
-                         [&](const std::string& name) { return FileToSet(name, options).run(); });
+                         [&](const std::string& name) { return set_file(name, options); });
 }
 
 }  // namespace
 
 void add_set(CLI::App& program, Command& chosen) {
     const auto options = std::make_shared<SetOptions>();
+    const auto edits = std::make_shared<EditOptions>();
     CLI::App* command =
         add_command(program, "set", "Set values and save them; the audio stays as it is",
                     "brindle set --title \"Morning jingle\" --cue-in 1500 "
                     "--field Show=Breakfast jingle.mp3");
-    options->edit_options.add_to(*command);
+    edits->add_to(*command);
     command
         ->add_flag("--separate", options->separate,
                    "Title, artist and year leave the ID3v1 record alone")
@@ -256,10 +47,20 @@ void add_set(CLI::App& program, Command& chosen) {
                    "Write a new file also when the tag fits in place: a power cut leaves the old "
                    "file or the new one")
         ->disable_flag_override();
+    CLI::Option* const unicode =
+        command->add_flag("--unicode", options->unicode,
+                          "Write text that hosts' code page does not hold as UTF-16, which other "
+                          "programs read");
+    unicode->disable_flag_override();
+    command
+        ->add_flag("--host-form", options->host_form,
+                   "Write all frames anew, in the form in which hosts save them")
+        ->disable_flag_override()
+        ->excludes(unicode);
     add_operands(*command, "FILE", options->files,
                  "Files whose names end in mp3 or mp2; after -- they may begin with a dash");
-    command->callback([options, &chosen] {
-        options->edits = options->edit_options.edits();
+    command->callback([options, edits, &chosen] {
+        options->edits = edits->edits(options->unicode);
         if (options->edits.empty()) {
             throw CLI::RequiredError("A value to set");
         }

@@ -19,43 +19,82 @@ namespace brindle::host {
 
 namespace {
 
-// Frames of more bytes are not read back by hosts. A character is a byte in the file.
+// Frames of more bytes are not read back by hosts.
 constexpr std::size_t kLargestBody = 5000;
 constexpr std::size_t kEncodingByte = 1;
-constexpr std::size_t kLargestText = kLargestBody - kEncodingByte;
-// Language and separators, as a comment is written.
-constexpr std::size_t kCommentPrefix = 4;
-constexpr std::size_t kNameSeparator = 1;
+constexpr std::size_t kLanguage = 3;
 
-const String kCustomFrame = u"TXX";
+const String kCustomFrame = u"TXXX";
+const String kVersion2CustomFrame = u"TXX";
 
 struct OptionRow;
-using MakeEdit = Edit (*)(const OptionRow& row, const std::string& given);
+struct GivenText {
+    std::string text;
+    bool unicode = false;
+};
+using MakeEdit = Edit (*)(const OptionRow& row, const GivenText& given);
 
 struct OptionRow {
     const char* name;
     const char* placeholder;
     const char* help;
     const char* label;
-    // Where the value stands in a version 2 tag; "" where it does not. Of scheduling fields the
-    // name under which they are kept.
+    // Where the value stands, in versions 2.3 and 2.2; "" where it does not. Of scheduling fields
+    // the name under which they are kept.
+    const char16_t* frame_id;
     const char16_t* version2_id;
     const char16_t* field;
     MakeEdit make;
 };
 
+// As this program runs where hosts of Windows do not; there it is the system's own.
+constexpr std::string_view kCodePage = "Windows-1252";
+
 [[noreturn]] void refuse(const std::string& option, const std::string& why) {
     throw CLI::ValidationError(option, why);
 }
 
-std::string quoted(const String& text) {
-    return "\"" + printable(text) + "\"";
-}
-
 // --- Values from the command line.
 
-String checked_text(const std::string& option, const std::string& given, std::size_t longest) {
-    String text = from_utf8(given);
+// What stands in a frame besides a text.
+struct Surroundings {
+    std::size_t bytes = 0;
+    std::size_t characters = 0;  // in the text's encoding
+    std::size_t strings = 1;     // with the text's own
+};
+
+std::size_t longest_text(const Surroundings& around, bool is_unicode) {
+    constexpr std::size_t kMark = 2;
+    constexpr std::size_t kUnit = 2;
+    const std::size_t room = kLargestBody - kEncodingByte - around.bytes;
+    const std::size_t characters = is_unicode ? (room - around.strings * kMark) / kUnit : room;
+    return characters - std::min(characters, around.characters);
+}
+
+bool is_utf8(const String& text) {
+    constexpr char16_t kFirstStrayByte = 0xDC80;
+    constexpr char16_t kLastStrayByte = 0xDCFF;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool is_pair = i > 0 && text[i - 1] >= 0xD800 && text[i - 1] < 0xDC00;
+        if (text[i] >= kFirstStrayByte && text[i] <= kLastStrayByte && !is_pair) {
+            return false;
+        }
+    }
+    return true;
+}
+
+String checked_text(const std::string& option, const GivenText& given,
+                    const Surroundings& around = {}) {
+    String text = from_utf8(given.text);
+    if (!is_utf8(text)) {
+        refuse(option, "the text is no UTF-8");
+    }
+    const bool needs_unicode = !fits_code_page(text);
+    if (needs_unicode && !given.unicode) {
+        refuse(option, "hosts read text of " + std::string(kCodePage) + ", which does not hold " +
+                           in_quotes(text) + "; --unicode writes it all the same");
+    }
+    const std::size_t longest = longest_text(around, needs_unicode);
     if (text.size() > longest) {
         refuse(option, "the text has " + std::to_string(text.size()) + " characters; more than " +
                            std::to_string(longest) + " could not be read back");
@@ -100,47 +139,58 @@ double checked_real(const OptionRow& row, const std::string& given) {
 Edit edit_of(const OptionRow& row) {
     Edit edit;
     edit.shown.label = row.label;
-    edit.version2_id = row.field[0] != u'\0' ? kCustomFrame : row.version2_id;
-    edit.version2_name = row.field;
+    const bool is_custom = row.field[0] != u'\0';
+    edit.frame_id = is_custom ? kCustomFrame : row.frame_id;
+    edit.version2_id = is_custom ? kVersion2CustomFrame : row.version2_id;
+    edit.field_name = row.field;
     return edit;
 }
 
-// What a name and its separator leave for the value.
-std::size_t longest_text(const OptionRow& row) {
-    const String name = row.field;
-    return name.empty() ? kLargestText : kLargestText - name.size() - kNameSeparator;
+Surroundings around(const OptionRow& row) {
+    const std::u16string_view name = row.field;
+    return name.empty() ? Surroundings()
+                        : Surroundings{.characters = name.size() + 1, .strings = 2};
 }
 
 template <void (cMPEGHeader::*Set)(const String&), String (cMPEGHeader::*Get)() const>
-Edit text(const OptionRow& row, const std::string& given) {
+Edit text(const OptionRow& row, const GivenText& given) {
     Edit edit = edit_of(row);
-    edit.assign = [value = checked_text(row.name, given, longest_text(row))](cMPEGHeader& header) {
+    edit.assign = [value = checked_text(row.name, given, around(row))](cMPEGHeader& header) {
         (header.*Set)(value);
     };
-    edit.shown.text = [](const cMPEGHeader& header) { return quoted((header.*Get)()); };
+    edit.shown.text = [](const cMPEGHeader& header) { return in_quotes((header.*Get)()); };
     return edit;
 }
 
 // The record's fields are cut when they are written.
 template <std::size_t Width, void (cMPEGHeader::*Set)(const String&),
           String (cMPEGHeader::*Get)() const>
-Edit record_text(const OptionRow& row, const std::string& given) {
+Edit record_text(const OptionRow& row, const GivenText& given) {
     Edit edit = text<Set, Get>(row, given);
     edit.shown.text = [](const cMPEGHeader& header) {
-        return quoted((header.*Get)().substr(0, Width));
+        return in_quotes((header.*Get)().substr(0, Width));
     };
     return edit;
 }
 
-Edit comment(const OptionRow& row, const std::string& given) {
-    static_cast<void>(checked_text(row.name, given, kLargestText - kCommentPrefix));
+Edit comment(const OptionRow& row, const GivenText& given) {
+    // An empty description has a terminator.
+    static_cast<void>(
+        checked_text(row.name, given, {.bytes = kLanguage, .characters = 1, .strings = 2}));
     return text<&cMPEGHeader::Comments, &cMPEGHeader::Comments>(row, given);
 }
 
+// Links are always 8-bit text.
+Edit link(const OptionRow& row, const GivenText& given) {
+    static_cast<void>(checked_text(row.name, {given.text, false}));
+    return text<&cMPEGHeader::URL, &cMPEGHeader::URL>(row, given);
+}
+
 template <class Number, void (cMPEGHeader::*Set)(Number), Number (cMPEGHeader::*Get)() const>
-Edit whole(const OptionRow& row, const std::string& given) {
+Edit whole(const OptionRow& row, const GivenText& given) {
     using Limits = std::numeric_limits<Number>;
-    const auto value = static_cast<Number>(checked_whole(row, given, Limits::min(), Limits::max()));
+    const auto value =
+        static_cast<Number>(checked_whole(row, given.text, Limits::min(), Limits::max()));
     Edit edit = edit_of(row);
     edit.assign = [value](cMPEGHeader& header) { (header.*Set)(value); };
     edit.shown.text = [](const cMPEGHeader& header) { return std::to_string((header.*Get)()); };
@@ -149,7 +199,7 @@ Edit whole(const OptionRow& row, const std::string& given) {
 
 // Set in the ID3v1 record along with the tag, unless the two are separate.
 template <MakeEdit Make, MakeEdit MakeInRecord>
-Edit in_both(const OptionRow& row, const std::string& given) {
+Edit in_both(const OptionRow& row, const GivenText& given) {
     Edit edit = Make(row, given);
     edit.shown_in_record = {std::string("ID3v1 ") + std::string(row.name).substr(2),
                             MakeInRecord(row, given).shown.text};
@@ -159,24 +209,26 @@ Edit in_both(const OptionRow& row, const std::string& given) {
 // Numbers that the member takes as text.
 template <std::int32_t Least, std::int32_t Most, void (cMPEGHeader::*Set)(const String&),
           String (cMPEGHeader::*Get)() const>
-Edit whole_as_text(const OptionRow& row, const std::string& given) {
-    const String value = from_utf8(std::to_string(checked_whole(row, given, Least, Most)));
+Edit whole_as_text(const OptionRow& row, const GivenText& given) {
+    const String value = from_utf8(std::to_string(checked_whole(row, given.text, Least, Most)));
     Edit edit = edit_of(row);
     edit.assign = [value](cMPEGHeader& header) { (header.*Set)(value); };
     edit.shown.text = [](const cMPEGHeader& header) { return printable((header.*Get)()); };
     return edit;
 }
 
-Edit speed(const OptionRow& row, const std::string& given) {
+Edit speed(const OptionRow& row, const GivenText& given) {
     Edit edit = edit_of(row);
-    edit.assign = [value = checked_real(row, given)](cMPEGHeader& header) { header.Speed(value); };
+    edit.assign = [value = checked_real(row, given.text)](cMPEGHeader& header) {
+        header.Speed(value);
+    };
     edit.shown.text = [](const cMPEGHeader& header) { return to_json(header.Speed()).dump(); };
     return edit;
 }
 
-Edit category(const OptionRow& row, const std::string& given) {
+Edit category(const OptionRow& row, const GivenText& given) {
     Edit edit = edit_of(row);
-    edit.assign = [value = checked_text(row.name, given, longest_text(row))](cMPEGHeader& header) {
+    edit.assign = [value = checked_text(row.name, given, around(row))](cMPEGHeader& header) {
         header.Category(Variant(value));
     };
     edit.shown.text = [](const cMPEGHeader& header) { return to_json(header.Category()).dump(); };
@@ -209,53 +261,53 @@ constexpr MakeEdit kCommentInRecord = record_text<kRecordComment, &H::Commentv1,
 // In the order in which they are assigned.
 constexpr OptionRow kOptions[] = {
     // clang-format off
-    {"--title",          "TEXT",  "Title",                   "Title",          u"TT2", u"",             in_both<text<&H::Title, &H::Title>, kTitleInRecord>},
-    {"--artist",         "TEXT",  "Artist",                  "Artist",         u"TP1", u"",             in_both<text<&H::Artist, &H::Artist>, kArtistInRecord>},
-    {"--album",          "TEXT",  "Album",                   "Album",          u"TAL", u"",             text<&H::Album, &H::Album>},
-    {"--year",           "N",     "Year",                    "Year",           u"TYE", u"",             in_both<whole<Integer, &H::Year, &H::Year>, kYearInRecord>},
-    {"--track",          "N",     "Track",                   "Track",          u"TRK", u"",             whole<Integer, &H::Track, &H::Track>},
-    {"--genre",          "N",     "Genre by number, 0-255",  "Genre number",   u"TCO", u"",             whole_as_text<0, kMostByte, &H::Genre, &H::Genre>},
-    {"--comment",        "TEXT",  "Comment",                 "Comment",        u"COM", u"",             comment},
-    {"--composer",       "TEXT",  "Composer",                "Composer",       u"TCM", u"",             text<&H::Composer, &H::Composer>},
-    {"--publisher",      "TEXT",  "Publisher",               "Publisher",      u"TPB", u"",             text<&H::Publisher, &H::Publisher>},
-    {"--copyright",      "TEXT",  "Copyright",               "Copyright",      u"TCR", u"",             text<&H::CopyRight, &H::CopyRight>},
-    {"--url",            "TEXT",  "Link of the artist",      "URL",            u"WAR", u"",             text<&H::URL, &H::URL>},
-    {"--cue-in",         "MS",    "Where playing begins",    "Cue in",         u"",    u"Cue In",       whole<Long, &H::CueInmSStart, &H::CueInmSStart>},
-    {"--intro",          "MS",    "End of the intro",        "Intro",          u"",    u"Intro",        whole<Long, &H::Intro, &H::Intro>},
-    {"--outro",          "MS",    "Start of the outro",      "Outro",          u"",    u"OutromSStart", whole<Long, &H::OutromsStart, &H::OutromsStart>},
-    {"--sectone",        "MS",    "Secondary tone",          "Secondary tone", u"",    u"Sec Tone",     whole<Long, &H::Sectone, &H::Sectone>},
-    {"--speed",          "X",     "Playing speed",           "Speed",          u"",    u"TarnSpeed",    speed},
-    {"--volume",         "N",     "Volume",                  "Volume",         u"",    u"Volume",       whole<Long, &H::Volume, &H::Volume>},
-    {"--opener",         nullptr, "It is an opener",         "Opener",         u"",    u"Opener",       nullptr},
-    {"--category",       "TEXT",  "Category",                "Category",       u"",    u"Category",     category},
-    {"--category-level", "N",     "Category level",          "Category level", u"",    u"CatLevel",     whole_as_text<kLeastInteger, kMostInteger, &H::CategoryLevel, &H::CategoryLevel>},
-    {"--end-style",      "TEXT",  "How it ends",             "End style",      u"",    u"End",          text<&H::Endstyle, &H::Endstyle>},
-    {"--no-fade",        "N",     "No fade",                 "No fade",        u"",    u"NoFade",       whole<Integer, &H::NoFade, &H::NoFade>},
-    {"--agency",         "TEXT",  "Agency",                  "Agency",         u"",    u"Agency",       text<&H::Agency, &H::Agency>},
-    {"--account-exec",   "TEXT",  "Account executive",       "Account exec",   u"",    u"Account Exec", text<&H::AccountExec, &H::AccountExec>},
-    {"--copy",           "TEXT",  "Copy",                    "Copy",           u"",    u"Copy",         text<&H::Copy, &H::Copy>},
-    {"--v1-title",       "TEXT",  "Title in ID3v1",          "ID3v1 title",    u"",    u"",             kTitleInRecord},
-    {"--v1-artist",      "TEXT",  "Artist in ID3v1",         "ID3v1 artist",   u"",    u"",             kArtistInRecord},
-    {"--v1-year",        "N",     "Year in ID3v1",           "ID3v1 year",     u"",    u"",             kYearInRecord},
-    {"--v1-comment",     "TEXT",  "Comment in ID3v1",        "ID3v1 comment",  u"",    u"",             kCommentInRecord},
+    {"--title",          "TEXT",  "Title",                   "Title",          u"TIT2", u"TT2", u"",             in_both<text<&H::Title, &H::Title>, kTitleInRecord>},
+    {"--artist",         "TEXT",  "Artist",                  "Artist",         u"TPE1", u"TP1", u"",             in_both<text<&H::Artist, &H::Artist>, kArtistInRecord>},
+    {"--album",          "TEXT",  "Album",                   "Album",          u"TALB", u"TAL", u"",             text<&H::Album, &H::Album>},
+    {"--year",           "N",     "Year",                    "Year",           u"TYER", u"TYE", u"",             in_both<whole<Integer, &H::Year, &H::Year>, kYearInRecord>},
+    {"--track",          "N",     "Track",                   "Track",          u"TRCK", u"TRK", u"",             whole<Integer, &H::Track, &H::Track>},
+    {"--genre",          "N",     "Genre by number, 0-255",  "Genre number",   u"TCON", u"TCO", u"",             whole_as_text<0, kMostByte, &H::Genre, &H::Genre>},
+    {"--comment",        "TEXT",  "Comment",                 "Comment",        u"COMM", u"COM", u"",             comment},
+    {"--composer",       "TEXT",  "Composer",                "Composer",       u"TCOM", u"TCM", u"",             text<&H::Composer, &H::Composer>},
+    {"--publisher",      "TEXT",  "Publisher",               "Publisher",      u"TPUB", u"TPB", u"",             text<&H::Publisher, &H::Publisher>},
+    {"--copyright",      "TEXT",  "Copyright",               "Copyright",      u"TCOP", u"TCR", u"",             text<&H::CopyRight, &H::CopyRight>},
+    {"--url",            "TEXT",  "Link of the artist",      "URL",            u"WOAR", u"WAR", u"",             link},
+    {"--cue-in",         "MS",    "Where playing begins",    "Cue in",         u"",     u"",    u"Cue In",       whole<Long, &H::CueInmSStart, &H::CueInmSStart>},
+    {"--intro",          "MS",    "End of the intro",        "Intro",          u"",     u"",    u"Intro",        whole<Long, &H::Intro, &H::Intro>},
+    {"--outro",          "MS",    "Start of the outro",      "Outro",          u"",     u"",    u"OutromSStart", whole<Long, &H::OutromsStart, &H::OutromsStart>},
+    {"--sectone",        "MS",    "Secondary tone",          "Secondary tone", u"",     u"",    u"Sec Tone",     whole<Long, &H::Sectone, &H::Sectone>},
+    {"--speed",          "X",     "Playing speed",           "Speed",          u"",     u"",    u"TarnSpeed",    speed},
+    {"--volume",         "N",     "Volume",                  "Volume",         u"",     u"",    u"Volume",       whole<Long, &H::Volume, &H::Volume>},
+    {"--opener",         nullptr, "It is an opener",         "Opener",         u"",     u"",    u"Opener",       nullptr},
+    {"--category",       "TEXT",  "Category",                "Category",       u"",     u"",    u"Category",     category},
+    {"--category-level", "N",     "Category level",          "Category level", u"",     u"",    u"CatLevel",     whole_as_text<kLeastInteger, kMostInteger, &H::CategoryLevel, &H::CategoryLevel>},
+    {"--end-style",      "TEXT",  "How it ends",             "End style",      u"",     u"",    u"End",          text<&H::Endstyle, &H::Endstyle>},
+    {"--no-fade",        "N",     "No fade",                 "No fade",        u"",     u"",    u"NoFade",       whole<Integer, &H::NoFade, &H::NoFade>},
+    {"--agency",         "TEXT",  "Agency",                  "Agency",         u"",     u"",    u"Agency",       text<&H::Agency, &H::Agency>},
+    {"--account-exec",   "TEXT",  "Account executive",       "Account exec",   u"",     u"",    u"Account Exec", text<&H::AccountExec, &H::AccountExec>},
+    {"--copy",           "TEXT",  "Copy",                    "Copy",           u"",     u"",    u"Copy",         text<&H::Copy, &H::Copy>},
+    {"--v1-title",       "TEXT",  "Title in ID3v1",          "ID3v1 title",    u"",     u"",    u"",             kTitleInRecord},
+    {"--v1-artist",      "TEXT",  "Artist in ID3v1",         "ID3v1 artist",   u"",     u"",    u"",             kArtistInRecord},
+    {"--v1-year",        "N",     "Year in ID3v1",           "ID3v1 year",     u"",     u"",    u"",             kYearInRecord},
+    {"--v1-comment",     "TEXT",  "Comment in ID3v1",        "ID3v1 comment",  u"",     u"",    u"",             kCommentInRecord},
     // clang-format on
 };
 
-Edit custom_field(const std::string& given) {
+Edit custom_field(const GivenText& given) {
     const std::string option = "--field";
-    const std::size_t equals = given.find('=');
+    const std::size_t equals = given.text.find('=');
     if (equals == std::string::npos) {
-        refuse(option, "'" + given + "' is not of the form NAME=VALUE");
+        refuse(option, "'" + given.text + "' is not of the form NAME=VALUE");
     }
     if (equals == 0) {
         refuse(option, "the field has no name");
     }
-    // Name and value share one frame.
-    static_cast<void>(checked_text(option, given, kLargestText));
-    const String name = from_utf8(given.substr(0, equals));
-    const String value = from_utf8(given.substr(equals + 1));
+    // Name and value share one frame, and one encoding.
+    static_cast<void>(checked_text(option, given, {.strings = 2}));
+    const String name = from_utf8(given.text.substr(0, equals));
+    const String value = from_utf8(given.text.substr(equals + 1));
     Edit edit;
-    edit.shown.label = "Field " + quoted(name);
+    edit.shown.label = "Field " + in_quotes(name);
     edit.shown.text = [name](const cMPEGHeader& header) {
         return header.CustomFieldExists(name) ? to_json(header.CustomFieldRetrieve(name)).dump()
                                               : std::string("null");
@@ -263,8 +315,9 @@ Edit custom_field(const std::string& given) {
     edit.assign = [name, value](cMPEGHeader& header) {
         header.CustomFieldAdd(name, Variant(value));
     };
-    edit.version2_id = kCustomFrame;
-    edit.version2_name = name;
+    edit.frame_id = kCustomFrame;
+    edit.version2_id = kVersion2CustomFrame;
+    edit.field_name = name;
     return edit;
 }
 
@@ -313,39 +366,20 @@ void EditOptions::add_to(CLI::App& command) {
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
-std::vector<Edit> EditOptions::edits() const {
+std::vector<Edit> EditOptions::edits(bool unicode) const {
     std::vector<Edit> edits;
     for (const OptionRow& row : kOptions) {
         const auto value = given_->values.find(row.name);
         if (value != given_->values.end()) {
-            edits.push_back(row.make(row, value->second));
+            edits.push_back(row.make(row, {value->second, unicode}));
         } else if (row.make == nullptr && (given_->opener || given_->no_opener)) {
             edits.push_back(opener(row, given_->opener));
         }
     }
     for (const std::string& field : given_->fields) {
-        edits.push_back(custom_field(field));
+        edits.push_back(custom_field({field, unicode}));
     }
     return edits;
-}
-
-std::vector<ShownValue> values_changed_by(const std::vector<Edit>& edits, bool separate) {
-    std::vector<ShownValue> values;
-    const auto add = [&](ShownValue value) {
-        const bool is_known = std::any_of(values.begin(), values.end(), [&](const ShownValue& v) {
-            return v.label == value.label;
-        });
-        if (!is_known) {
-            values.push_back(std::move(value));
-        }
-    };
-    for (const Edit& edit : edits) {
-        add(edit.shown);
-        if (edit.shown_in_record && !separate) {
-            add(*edit.shown_in_record);
-        }
-    }
-    return values;
 }
 
 }  // namespace brindle::host

@@ -27,9 +27,10 @@ _brindle() {
                 --publisher --copyright --url --cue-in --intro --outro --sectone --speed --volume
                 --opener --no-opener --category --category-level --end-style --no-fade --agency
                 --account-exec --copy --v1-title --v1-artist --v1-year --v1-comment --field
-                --separate --dry-run --preserve --force --atomic"
+                --separate --dry-run --preserve --force --atomic --unicode --host-form"
             case $before in
                 --opener | --no-opener | --separate | --dry-run | --preserve | --force | --atomic) ;;
+                --unicode | --host-form) ;;
                 --*) return ;; # a value, which nobody can guess
             esac
             ;;

@@ -27,6 +27,8 @@ complete -c brindle -n '__fish_seen_subcommand_from set' -l opener -d 'It is an 
 complete -c brindle -n '__fish_seen_subcommand_from set' -l no-opener -d 'It is none'
 complete -c brindle -n '__fish_seen_subcommand_from set' -l separate -d 'Leave the ID3v1 record alone'
 complete -c brindle -n '__fish_seen_subcommand_from set' -l atomic -d 'Write a new file also when the tag fits'
+complete -c brindle -n '__fish_seen_subcommand_from set' -l unicode -d 'Write text outside the code page as UTF-16'
+complete -c brindle -n '__fish_seen_subcommand_from set' -l host-form -d 'Write all frames anew, as hosts do'
 complete -c brindle -n '__fish_seen_subcommand_from set strip' -l force -d 'Also what would cost frames or the stream'
 complete -c brindle -n '__fish_seen_subcommand_from set strip' -l dry-run -d 'Touch nothing'
 complete -c brindle -n '__fish_seen_subcommand_from set strip' -l preserve -d 'Keep the modification time'

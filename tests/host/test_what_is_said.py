@@ -97,7 +97,7 @@ def test_save_after_which_hosts_find_no_stream_is_refused(brindle, tmp_path):
         assert snapshot(path) == before
     result = brindle(*arguments, "--force", "song.mp3")
     assert result.returncode == 0
-    assert path.read_bytes().endswith(short + path.read_bytes()[-128:])
+    assert path.read_bytes().endswith(short)
 
 
 def test_strip_after_which_hosts_find_no_stream_is_refused(brindle, tmp_path):
@@ -130,7 +130,7 @@ def test_rights_and_attributes_go_along(brindle, tmp_path):
     status = path.stat()
     assert (status.st_uid, status.st_gid, status.st_mode & 0o7777) == (1234, 5678, 0o640)
     assert os.getxattr(path, "user.note") == b"checked"
-    assert b";" not in result.stdout
+    assert b"belongs" not in result.stdout and b"not kept" not in result.stdout
 
 
 @needs_root
