@@ -7,6 +7,7 @@
 #include <brindle/cMPEGHeader.h>
 #include <brindle/frame_walk.h>
 #include <brindle/save_plan.h>
+#include <brindle/tag_edit.h>
 
 using brindle::String;
 using brindle::to_utf8;
@@ -61,6 +62,17 @@ bool loses_nothing(const brindle::cMPEGHeader& header) {
     return plan.losses.empty();
 }
 
+// Writes what was set, and leaves every other frame as it stands.
+bool edit(const brindle::cMPEGHeader& header) {
+    brindle::TagEdit edit(header);
+    for (const brindle::EditedFrame& frame : edit.plan().losses()) {
+        std::cout << to_utf8(frame.id) << " would be lost\n";
+        return false;
+    }
+    edit.save();
+    return true;
+}
+
 bool plays_what_it_promises(const brindle::cMPEGHeader& header) {
     const brindle::FrameWalk walk = brindle::walk_frames(header);
     std::cout << walk.frames << " frames, " << walk.milliseconds << " ms\n";
@@ -100,6 +112,10 @@ int main(int count, char** arguments) {
     }
 
     header.FileName(header.FileName());  // reads the file again
+    header.Album(u"Jingles");
+    if (edit(header)) {
+        header.FileName(header.FileName());
+    }
     show(header);
     return 0;
 }
