@@ -60,6 +60,11 @@ Contender brindle_on(Job job, const std::string& path) {
     return {"Brindle", [job, name = from_utf8(path)] { job(name); }};
 }
 
+std::vector<Contender> with_peers(std::vector<Contender> own, std::vector<Contender> peers) {
+    own.insert(own.end(), peers.begin(), peers.end());
+    return own;
+}
+
 std::vector<Contender> with_peers(Contender own, std::vector<Contender> peers) {
     peers.insert(peers.begin(), std::move(own));
     return peers;
@@ -93,21 +98,33 @@ void enter_saving(const Folders& folders, bool flush) {
     const SaveLimit save(limited, parts);
     const auto header = std::make_shared<cMPEGHeader>();
     header->FileName(from_utf8(copy("Brindle alone")));
+    const auto edited = std::make_shared<cMPEGHeader>();
+    edited->FileName(from_utf8(copy("Brindle edits alone")));
     enter({.job = "J3 save" + suffix,
            .limit = {"limit",
                      [=] {
                          let_flushes_through(flush);
                          save(flush);
                      }},
-           .contenders = {{"Brindle", [=] {
+           .contenders = {{"Brindle",
+                           [=] {
                                let_flushes_through(flush);
                                save_other_title(*header);
+                           }},
+                          {"Brindle, edited", [=] {
+                               let_flushes_through(flush);
+                               edit_other_title(*edited);
                            }}}});
     const auto open_and_save_flushed = [=](const String& name) {
         let_flushes_through(flush);
         open_and_save(name);
     };
-    const Contender brindle = brindle_on(open_and_save_flushed, own);
+    const auto open_and_edit_flushed = [=, name = from_utf8(copy("Brindle edits"))] {
+        let_flushes_through(flush);
+        open_and_edit(name);
+    };
+    const std::vector<Contender> brindle{brindle_on(open_and_save_flushed, own),
+                                         {"Brindle, edited", open_and_edit_flushed}};
     enter({.job = "J3 open and save" + suffix,
            .limit = {"limit",
                      [=] {
@@ -116,7 +133,7 @@ void enter_saving(const Folders& folders, bool flush) {
                          save(flush);
                      }},
            // None of the peers flushes.
-           .contenders = flush ? std::vector{brindle} : with_peers(brindle, saving_peers(copy))});
+           .contenders = flush ? brindle : with_peers(brindle, saving_peers(copy))});
 }
 
 struct RebuiltFile {
@@ -135,12 +152,19 @@ void enter_growing(const Folders& folders, const RebuiltFile& file, bool flush) 
     };
     const std::string limited = copy("limit");
     const String own = from_utf8(copy("Brindle"));
-    const Contender brindle{"Brindle",
-                            [=] {
-                                let_flushes_through(flush);
-                                open_and_grow(own);
-                            },
-                            [=] { copy("Brindle"); }};
+    const String edited = from_utf8(copy("Brindle edits"));
+    const std::vector<Contender> brindle{{"Brindle",
+                                          [=] {
+                                              let_flushes_through(flush);
+                                              open_and_grow(own);
+                                          },
+                                          [=] { copy("Brindle"); }},
+                                         {"Brindle, edited",
+                                          [=] {
+                                              let_flushes_through(flush);
+                                              open_and_grow_by_edit(edited);
+                                          },
+                                          [=] { copy("Brindle edits"); }}};
     const Contender limit{"limit",
                           [=] {
                               let_flushes_through(flush);
@@ -150,7 +174,7 @@ void enter_growing(const Folders& folders, const RebuiltFile& file, bool flush) 
     enter({.job = std::string("J4 ") + file.size + (flush ? " flushed" : ""),
            .limit = limit,
            // None of the peers flushes.
-           .contenders = flush ? std::vector{brindle} : with_peers(brindle, growing_peers(copy)),
+           .contenders = flush ? brindle : with_peers(brindle, growing_peers(copy)),
            .rounds = 9,
            .iterations = file.iterations});
 }

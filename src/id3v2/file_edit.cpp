@@ -139,7 +139,7 @@ std::vector<Overwrite> FileEdit::overwrites() const {
 
 void FileEdit::save(const SaveOptions& options) {
     if (plan_.refusal) {
-        throw *plan_.refusal;
+        throw Error(*plan_.refusal);
     }
     if (plan_.changes_nothing) {
         return;

@@ -315,7 +315,7 @@ std::size_t inner_frames_begin(std::string_view id, Bytes head) {
         const Bytes rest = head.subspan(std::min(begin, head.size()));
         return begin + string_length(TextEncoding::Latin1, rest) + 1;
     };
-    constexpr std::size_t kTimesAndOffsets = 4 * 4;
+    constexpr std::size_t kTimesAndOffsets = 16;  // four numbers of four bytes
     std::size_t position = string_at(0);
     if (id == "CHAP") {
         return position + kTimesAndOffsets;
