@@ -7,6 +7,7 @@
 
 #include <brindle/frame_walk.h>
 
+#include "corrupt_tag.h"
 #include "file_access.h"
 #include "input_file.h"
 #include "misread_frames.h"
@@ -34,16 +35,6 @@ std::string joined(const std::vector<std::string>& labels) {
 bool has_tag(const cMPEGHeader& header) {
     const eTagType type = header.TagType();
     return type == v2TagOnly || type == v1andv2TagsBothPresent;
-}
-
-// The library puts a stamp of its own in the place of title and artist; a title that merely says
-// the same stands in its frame.
-bool is_corrupt(const cMPEGHeader& header) {
-    constexpr std::u16string_view kStamp = u"Corrupt ID3v2 Tag";
-    const String title = header.Title();
-    const std::int32_t titles = header.TagsInFrame(u"TIT2");
-    return title.starts_with(kStamp) && header.Artist().starts_with(kStamp) &&
-           (titles == 0 || header.v2Tag(u"TIT2", titles) != title);
 }
 
 bool is_tag_header(std::string_view bytes) {

@@ -5,6 +5,7 @@
 
 #include <brindle/text.h>
 
+#include "corrupt_tag.h"
 #include "tag_frames.h"
 
 namespace brindle::host {
@@ -15,6 +16,14 @@ namespace {
 template <class T, T (cMPEGHeader::*Get)() const>
 Json read(const cMPEGHeader& header) {
     return to_json((header.*Get)());
+}
+
+Json title(const cMPEGHeader& header) {
+    return to_json(title_of(header));
+}
+
+Json artist(const cMPEGHeader& header) {
+    return to_json(artist_of(header));
 }
 
 Json frame_ids(const cMPEGHeader& header) {
@@ -67,7 +76,7 @@ constexpr Member kMembers[] = {
     {"Duration", read<std::int32_t, &cMPEGHeader::Duration>},
     {"Frequency", read<std::int32_t, &cMPEGHeader::Frequency>},
     {"FrameCount", read<std::int16_t, &cMPEGHeader::FrameCount>},
-    {"Title", read<String, &cMPEGHeader::Title>},
+    {"Title", title},
     {"NoFade", read<std::int16_t, &cMPEGHeader::NoFade>},
     {"Composer", read<String, &cMPEGHeader::Composer>},
     {"Publisher", read<String, &cMPEGHeader::Publisher>},
@@ -76,7 +85,7 @@ constexpr Member kMembers[] = {
     {"AccountExec", read<String, &cMPEGHeader::AccountExec>},
     {"URL", read<String, &cMPEGHeader::URL>},
     {"Copy", read<String, &cMPEGHeader::Copy>},
-    {"Artist", read<String, &cMPEGHeader::Artist>},
+    {"Artist", artist},
     {"ArtistUrl", read<String, &cMPEGHeader::ArtistUrl>},
     {"Sectone", read<std::int32_t, &cMPEGHeader::Sectone>},
     {"Intro", read<std::int32_t, &cMPEGHeader::Intro>},

@@ -7,6 +7,7 @@
 #include <brindle/save_plan.h>
 #include <brindle/text.h>
 
+#include "corrupt_tag.h"
 #include "json_values.h"
 #include "plan_text.h"
 #include "printable_text.h"
@@ -40,9 +41,9 @@ struct Group {
     }
 };
 
-// The exact number for a schedule, and minutes and seconds for the eye.
-std::string time_text(const cMPEGHeader& header, std::int32_t ms) {
-    return to_utf8(header.ElapsedTimeFromMs(ms, ShowAll)) + "  (" + std::to_string(ms) + " ms)";
+// Minutes and seconds for the eye, and the number that a schedule takes.
+std::string time_and_number(std::int32_t ms) {
+    return time_text(ms) + "  (" + std::to_string(ms) + " ms)";
 }
 
 std::string bit_rate_text(const cMPEGHeader& header) {
@@ -59,7 +60,7 @@ Group stream(const cMPEGHeader& header) {
     group.add("Format", format_text(header));
     group.add("Channels", header.MonoStereo());
     if (const std::int32_t duration = header.Duration(); duration != 0) {
-        group.add("Duration", time_text(header, duration));
+        group.add("Duration", time_and_number(duration));
     }
     group.add("Bitrate", bit_rate_text(header));
     group.add("Sampling rate", std::to_string(header.Frequency()) + " Hz");
@@ -75,8 +76,8 @@ Group tags(const cMPEGHeader& header) {
     if (const std::int32_t size = header.ID3TagSizeIncludingHeader(); size != 0) {
         group.add("ID3v2 length", std::to_string(size) + " bytes");
     }
-    group.add("Title", header.Title());
-    group.add("Artist", header.Artist());
+    group.add("Title", title_of(header));
+    group.add("Artist", artist_of(header));
     group.add("Album", header.Album());
     group.add_unless_zero("Year", header.Year());
     group.add_unless_zero("Track", header.Track());
@@ -105,7 +106,7 @@ struct SchedulingField {
 
 template <std::int32_t (cMPEGHeader::*Get)() const>
 std::string time_of(const cMPEGHeader& header) {
-    return time_text(header, (header.*Get)());
+    return time_and_number((header.*Get)());
 }
 
 template <class Number, Number (cMPEGHeader::*Get)() const>

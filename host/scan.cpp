@@ -31,13 +31,13 @@ std::string padded(std::string text, std::size_t width) {
 
 // Names have any length, so they stand last.
 std::string scan_line(const std::string& name, const cMPEGHeader& header) {
-    constexpr std::size_t kTime = 8;
+    constexpr std::size_t kTime = 9;
     constexpr std::size_t kRate = 14;
     constexpr std::size_t kTags = 15;
     std::string time = "-";
     std::string rate = "no stream";
     if (has_stream(header)) {
-        time = to_utf8(header.ElapsedTimeFromMs(header.Duration(), ShowAll));
+        time = time_text(header.Duration());
         rate =
             std::to_string(kilobits_per_second(header)) + " kbit/s" + (header.VBR() ? " VBR" : "");
     }

@@ -12,6 +12,7 @@
 
 #include <brindle/text.h>
 
+#include "corrupt_tag.h"
 #include "json_values.h"
 #include "printable_text.h"
 
@@ -162,6 +163,18 @@ Edit text(const OptionRow& row, const GivenText& given) {
     return edit;
 }
 
+Edit title(const OptionRow& row, const GivenText& given) {
+    Edit edit = text<&cMPEGHeader::Title, &cMPEGHeader::Title>(row, given);
+    edit.shown.text = [](const cMPEGHeader& header) { return in_quotes(title_of(header)); };
+    return edit;
+}
+
+Edit artist(const OptionRow& row, const GivenText& given) {
+    Edit edit = text<&cMPEGHeader::Artist, &cMPEGHeader::Artist>(row, given);
+    edit.shown.text = [](const cMPEGHeader& header) { return in_quotes(artist_of(header)); };
+    return edit;
+}
+
 // The record's fields are cut when they are written.
 template <std::size_t Width, void (cMPEGHeader::*Set)(const String&),
           String (cMPEGHeader::*Get)() const>
@@ -261,8 +274,8 @@ constexpr MakeEdit kCommentInRecord = record_text<kRecordComment, &H::Commentv1,
 // In the order in which they are assigned.
 constexpr OptionRow kOptions[] = {
     // clang-format off
-    {"--title",          "TEXT",  "Title",                   "Title",          u"TIT2", u"TT2", u"",             in_both<text<&H::Title, &H::Title>, kTitleInRecord>},
-    {"--artist",         "TEXT",  "Artist",                  "Artist",         u"TPE1", u"TP1", u"",             in_both<text<&H::Artist, &H::Artist>, kArtistInRecord>},
+    {"--title",          "TEXT",  "Title",                   "Title",          u"TIT2", u"TT2", u"",             in_both<title, kTitleInRecord>},
+    {"--artist",         "TEXT",  "Artist",                  "Artist",         u"TPE1", u"TP1", u"",             in_both<artist, kArtistInRecord>},
     {"--album",          "TEXT",  "Album",                   "Album",          u"TALB", u"TAL", u"",             text<&H::Album, &H::Album>},
     {"--year",           "N",     "Year",                    "Year",           u"TYER", u"TYE", u"",             in_both<whole<Integer, &H::Year, &H::Year>, kYearInRecord>},
     {"--track",          "N",     "Track",                   "Track",          u"TRCK", u"TRK", u"",             whole<Integer, &H::Track, &H::Track>},

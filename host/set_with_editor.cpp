@@ -34,20 +34,13 @@ bool has_tag(const cMPEGHeader& header) {
     return type == v2TagOnly || type == v1andv2TagsBothPresent;
 }
 
-// Hosts find the date and the time in it, which are never the same twice.
-std::string without_time(const std::string& text) {
-    constexpr std::string_view kCorrupt = "Corrupt ID3v2 Tag";
-    const std::size_t mark = text.find(kCorrupt);
-    return mark == std::string::npos ? text : text.substr(0, mark + kCorrupt.size()) + "...\"";
-}
-
 // What a file says of the values that are set: to hosts, and to other programs.
 class Reading {
 public:
     Reading(const cMPEGHeader& header, const TagFacts& facts) : header_(header), facts_(facts) {}
 
     [[nodiscard]] std::string of_hosts(const ShownValue& value) const {
-        return without_time(value.text(header_));
+        return value.text(header_);
     }
     // None where the value stands in no frame.
     [[nodiscard]] std::optional<String> of_documents(const Edit& edit) const {
@@ -96,7 +89,7 @@ public:
         std::vector<std::string> old_values;
         old_values.reserve(values.size());
         for (const ShownValue& value : values) {
-            old_values.push_back(without_time(value.text(header_)));
+            old_values.push_back(value.text(header_));
         }
         header_.Writev1v2Separate(options_.separate);
         for (const Edit& edit : options_.edits) {

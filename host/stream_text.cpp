@@ -1,5 +1,8 @@
 #include "stream_text.h"
 
+#include <algorithm>
+#include <cstdlib>
+
 #include <brindle/text.h>
 
 namespace brindle::host {
@@ -17,6 +20,21 @@ std::string format_text(const cMPEGHeader& header) {
 std::int32_t kilobits_per_second(const cMPEGHeader& header) {
     constexpr std::int32_t kBitsPerKilobit = 1000;
     return header.VBR() ? header.BitRate() : header.BitRate() / kBitsPerKilobit;
+}
+
+std::string time_text(std::int64_t ms) {
+    constexpr std::int64_t kSecond = 1'000;
+    constexpr std::int64_t kMinute = 60 * kSecond;
+    constexpr std::size_t kSecondDigits = 2;
+    constexpr std::size_t kMillisecondDigits = 3;
+    const auto padded = [](std::int64_t number, std::size_t width) {
+        const std::string digits = std::to_string(number);
+        return std::string(width - std::min(width, digits.size()), '0') + digits;
+    };
+    const std::int64_t positive = std::abs(ms);
+    return (ms < 0 ? "-" : "") + std::to_string(positive / kMinute) + ":" +
+           padded(positive % kMinute / kSecond, kSecondDigits) + "." +
+           padded(positive % kSecond, kMillisecondDigits);
 }
 
 std::string tag_type_text(eTagType type) {

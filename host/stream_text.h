@@ -13,6 +13,8 @@ namespace brindle::host {
 [[nodiscard]] std::string format_text(const cMPEGHeader& header);
 // Of a variable rate the average.
 [[nodiscard]] std::int32_t kilobits_per_second(const cMPEGHeader& header);
+// `2:23.046`: minutes, seconds and milliseconds; of hours, too.
+[[nodiscard]] std::string time_text(std::int64_t ms);
 // `ID3v1 and ID3v2`
 [[nodiscard]] std::string tag_type_text(eTagType type);
 

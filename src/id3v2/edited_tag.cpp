@@ -132,7 +132,8 @@ public:
         : file_(file), window_(window), fields_(fields), plan_(plan) {
         frames_.reserve(fields.size());
         for (std::size_t i = 0; i < fields.size(); ++i) {
-            field_of_key_.try_emplace({fields[i].id, fields[i].custom_name}, i);
+            const EditedField& field = fields[i];
+            field_of_key_.try_emplace({field.id, field.custom_name}, i);
             frames_.push_back(frame_of(fields[i], options.unicode));
             if (fields[i].id == kCustomId) {
                 folded_names_.insert(folded(fields[i].custom_name));
@@ -263,8 +264,8 @@ private:
     }
 
     [[nodiscard]] std::optional<std::size_t> find_field(std::string_view id,
-                                                        const String& name) const {
-        const auto field = field_of_key_.find({std::string(id), name});
+                                                        std::u16string_view name) const {
+        const auto field = field_of_key_.find({id, name});
         return field == field_of_key_.end() ? std::nullopt : std::optional(field->second);
     }
 
@@ -372,7 +373,7 @@ private:
     FileWindow& window_;
     std::span<const EditedField> fields_;
     EditPlan& plan_;
-    std::map<std::pair<std::string, String>, std::size_t> field_of_key_;
+    std::map<std::pair<std::string_view, std::u16string_view>, std::size_t> field_of_key_;
     std::set<String> folded_names_;
     std::vector<ByteVector> frames_;  // of the fields
     std::vector<bool> placed_;        // of the fields: they have a place among the entries

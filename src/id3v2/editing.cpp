@@ -24,12 +24,9 @@ std::unique_ptr<FileEdit> cMP3ID3v2::begin_edit(const EditOptions& options) cons
         throw fault_->from(kWriterSource);
     }
     const FileState state = as_writer([&] { return file->state(); });
-    const std::optional<AcceptedFrame> accepted = as_writer([&] {
-        FileWindow window(*file, state.length);
-        return accepted_in(window);
-    });
+    const auto find_accepted = [this](FileWindow& window) { return accepted_in(window); };
     return std::make_unique<FileEdit>(
-        FileToEdit{environment_, file_name_, Owner, std::move(file), state, accepted}, v1_,
+        FileToEdit{environment_, file_name_, Owner, std::move(file), state, find_accepted}, v1_,
         edited_fields(), options);
 }
 

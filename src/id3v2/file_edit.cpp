@@ -55,7 +55,10 @@ void FileEdit::plan_record(const cMP3ID3v1& record) {
 void FileEdit::plan_tag() {
     ContentFile old_file(old_content_);
     FileWindow window(old_file);
-    const std::optional<ByteRange> old_tag = find_tag_range(window, subject_.accepted);
+    // The tag's first block holds the accepted frame of most files, too.
+    (void)window.view(0, 1);
+    const std::optional<AcceptedFrame> accepted = subject_.find_accepted(window);
+    const std::optional<ByteRange> old_tag = find_tag_range(window, accepted);
     if (old_tag) {
         plan_.tag_version = read_public_tag_header(window, old_tag->begin)->version;
         plan_.tag_area = old_tag->length();
@@ -71,8 +74,7 @@ void FileEdit::plan_tag() {
     layout_.require_addressable();
     patches_ = layout_.keeps_length ? patches_in_place() : std::vector<Patch>();
     plan_.fits = layout_.keeps_length && patches_;
-    plan_.loses_stream =
-        loses_stream(subject_.environment, subject_.name, layout_, subject_.accepted);
+    plan_.loses_stream = loses_stream(subject_.environment, subject_.name, layout_, accepted);
 }
 
 // What is no part of the old tag stays: in its place where the new tag fits into the old one's,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -29,7 +30,8 @@ struct FileToEdit {
     Host* host = nullptr;
     std::unique_ptr<BinaryFile> file;
     FileState state;
-    std::optional<AcceptedFrame> accepted;
+    // The stream's accepted frame in the file as it stands.
+    std::function<std::optional<AcceptedFrame>(FileWindow& file)> find_accepted;
 };
 
 class FileEdit {

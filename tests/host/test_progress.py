@@ -178,7 +178,7 @@ def test_lines_are_not_written_into_the_bar(program, tmp_path, terminal):
     assert run.wait(timeout=30) == 0
     # What is erased is gone; what then stands on a line is one whole line.
     lines = [line.split(ERASE)[-1] for line in screen.seen.split(b"\r\n")]
-    assert lines[:2_000] == [b"00:03.12  128 kbit/s      none             ./%04d.mp3" % number
+    assert lines[:2_000] == [b"0:03.128   128 kbit/s      none             ./%04d.mp3" % number
                              for number in range(2_000)]
 
 

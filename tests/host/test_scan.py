@@ -48,11 +48,11 @@ SUMMARY = """\
 """
 
 LINES = """\
-00:03.12  128 kbit/s      ID3v1 and ID3v2  ./a.mp3
-00:03.13  124 kbit/s VBR  ID3v2            ./b.mp3
-00:03.12  128 kbit/s      ID3v1            ./c.MP2
-00:03.12  128 kbit/s      none             ./d.mp3
--         no stream       none             ./e.mp3
+0:03.128   128 kbit/s      ID3v1 and ID3v2  ./a.mp3
+0:03.135   124 kbit/s VBR  ID3v2            ./b.mp3
+0:03.128   128 kbit/s      ID3v1            ./c.MP2
+0:03.128   128 kbit/s      none             ./d.mp3
+-          no stream       none             ./e.mp3
 """
 
 

@@ -252,7 +252,7 @@ full.mp3
   Stream
     Format             MPEG 1 Layer 3
     Channels           Joint Stereo
-    Duration           00:03.12  (3128 ms)
+    Duration           0:03.128  (3128 ms)
     Bitrate            128 kbit/s, constant
     Sampling rate      44100 Hz
   Tags
@@ -274,10 +274,10 @@ full.mp3
     ID3v1 year         1998
     ID3v1 comment      Old comment
   Scheduling fields
-    Cue in             00:01.50  (1500 ms)
-    Intro              00:00.12  (12 ms)
-    Outro start        02:50.00  (170000 ms)
-    Secondary tone     00:00.25  (250 ms)
+    Cue in             0:01.500  (1500 ms)
+    Intro              0:00.012  (12 ms)
+    Outro start        2:50.000  (170000 ms)
+    Secondary tone     0:00.250  (250 ms)
     Speed              1.5
     Volume             -3
     Opener             yes
@@ -327,7 +327,7 @@ plain.mp3
   Stream
     Format         MPEG 1 Layer 3
     Channels       Joint Stereo
-    Duration       00:03.12  (3128 ms)
+    Duration       0:03.128  (3128 ms)
     Bitrate        128 kbit/s, constant
     Sampling rate  44100 Hz
   Tags
@@ -361,7 +361,7 @@ def test_report_shows_a_scheduling_field_that_is_0(folder, brindle):
         tag(user_frame("Cue In", "0"), user_frame("Opener", "0"), user_frame("Volume", "loud"))
         + audio())
     report = brindle("show", "a.mp3").stdout.decode()
-    assert "    Cue in         00:00.00  (0 ms)\n" in report
+    assert "    Cue in         0:00.000  (0 ms)\n" in report
     assert "    Opener         no\n" in report
     assert "    Volume         0\n" in report
     assert "    TXXX           Volume = loud\n" in report
@@ -371,7 +371,7 @@ def test_report_shows_a_variable_bitrate_in_the_same_unit(folder, brindle):
     (folder / "vbr.mp3").write_bytes(audio_with_xing())
     report = brindle("show", "vbr.mp3").stdout.decode()
     assert "    Bitrate        124 kbit/s on average, variable\n" in report
-    assert "    Duration       00:03.13  (3135 ms)\n" in report
+    assert "    Duration       0:03.135  (3135 ms)\n" in report
 
 
 def test_report_says_that_there_is_no_stream(folder, brindle):
