@@ -22,8 +22,16 @@ def existing_tests():
 
 
 def rows():
-    lines = [line for line in DOCUMENT.splitlines() if line.startswith("|")]
-    return [line for line in lines if not line.endswith("| test |") and set(line) != set("|-")]
+    """The rows of all tables, each by the names of its columns."""
+    columns = None
+    for line in DOCUMENT.splitlines():
+        cells = [cell.strip() for cell in line.strip("|").split("|")]
+        if not line.startswith("|"):
+            columns = None
+        elif columns is None:
+            columns = cells
+        elif set(line) != set("|-"):
+            yield dict(zip(columns, cells, strict=True))
 
 
 def test_the_named_tests_exist():
@@ -32,9 +40,8 @@ def test_the_named_tests_exist():
     assert named - existing_tests() == set()
 
 
-@pytest.mark.parametrize("row", rows(), ids=lambda row: row.strip("| ").split(" |")[0][:60])
-def test_each_line_has_a_reason_and_a_test(row):
-    *_, reason, tests = [cell.strip() for cell in row.strip("|").split("|")]
-    assert len(reason) > 5
-    assert re.fullmatch(r"`[\w.]+`(, `[\w.]+`)*", tests)
-    assert NAMED_TEST.findall(tests)
+@pytest.mark.parametrize("row", rows(), ids=lambda row: next(iter(row.values()))[:60])
+def test_each_line_has_a_test_and_a_reason_unless_it_compares(row):
+    assert "SaveAllInfo" in str(row.keys()) or len(row["reason"]) > 5
+    assert re.fullmatch(r"`[\w.]+`(, `[\w.]+`)*", row["test"])
+    assert NAMED_TEST.findall(row["test"])
