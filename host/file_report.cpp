@@ -1,10 +1,12 @@
 #include "file_report.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include <brindle/save_plan.h>
+#include <brindle/tag_facts.h>
 #include <brindle/text.h>
 
 #include "corrupt_tag.h"
@@ -70,26 +72,58 @@ Group stream(const cMPEGHeader& header) {
     return group;
 }
 
+// What the tag says, and beside it what hosts read, where that is something else.
+std::string both_readings(const std::optional<String>& tag, const String& hosts) {
+    if (!tag || *tag == hosts) {
+        return printable(hosts);
+    }
+    return printable(*tag) + "  (hosts read: " + in_quotes(hosts) + ")";
+}
+
+std::string both_readings(const std::optional<String>& tag, std::int32_t hosts) {
+    return both_readings(tag, hosts == 0 && !tag ? String() : from_utf8(std::to_string(hosts)));
+}
+
+// The number of "(17)" or "(17)Refinement".
+std::optional<String> genre_number(const TagFacts& facts) {
+    const std::optional<String> text = facts.text(u"TCON");
+    const std::size_t end = text ? text->find(u')') : String::npos;
+    const bool has_number = end != String::npos && text->front() == u'(';
+    return has_number ? text->substr(1, end - 1) : text;
+}
+
+TagFacts facts_of(const cMPEGHeader& header) {
+    try {
+        return read_tag_facts(header);
+    } catch (const Error&) {
+        return {};  // it has gone since it was opened
+    }
+}
+
 Group tags(const cMPEGHeader& header) {
+    const TagFacts facts = facts_of(header);
     Group group{"Tags", {}};
     group.add("Present", tag_type_text(header.TagType()));
     if (const std::int32_t size = header.ID3TagSizeIncludingHeader(); size != 0) {
         group.add("ID3v2 length", std::to_string(size) + " bytes");
     }
-    group.add("Title", title_of(header));
-    group.add("Artist", artist_of(header));
-    group.add("Album", header.Album());
-    group.add_unless_zero("Year", header.Year());
-    group.add_unless_zero("Track", header.Track());
+    const auto add_text = [&](const char* label, const char16_t* id, const String& hosts) {
+        group.add(label, both_readings(facts.text(id), hosts));
+    };
+    add_text("Title", u"TIT2", title_of(header));
+    add_text("Artist", u"TPE1", artist_of(header));
+    add_text("Album", u"TALB", header.Album());
+    group.add("Year", both_readings(facts.text(u"TYER"), header.Year()));
+    group.add("Track", both_readings(facts.text(u"TRCK"), header.Track()));
     // Genre 0 is a genre, so its value can't tell whether there is one.
     if (header.TagsInFrame(u"TCON") != 0) {
-        group.add("Genre number", header.Genre());
+        group.add("Genre number", both_readings(genre_number(facts), header.Genre()));
     }
-    group.add("Comment", header.Comments());
-    group.add("Composer", header.Composer());
-    group.add("Publisher", header.Publisher());
-    group.add("Copyright", header.CopyRight());
-    group.add("URL", header.URL());
+    group.add("Comment", both_readings(facts.comment(), header.Comments()));
+    add_text("Composer", u"TCOM", header.Composer());
+    add_text("Publisher", u"TPUB", header.Publisher());
+    add_text("Copyright", u"TCOP", header.CopyRight());
+    add_text("URL", u"WOAR", header.URL());
     group.add("ID3v1 title", header.Titlev1Tag());
     group.add("ID3v1 artist", header.artistv1Tag());
     group.add_unless_zero("ID3v1 year", header.Yearv1Tag());

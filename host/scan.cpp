@@ -13,6 +13,7 @@
 #include "scan_summary.h"
 #include "standard_streams.h"
 #include "stream_text.h"
+#include "tag_json.h"
 
 namespace brindle::host {
 
@@ -45,10 +46,10 @@ std::string scan_line(const std::string& name, const cMPEGHeader& header) {
            padded(tag_type_text(header.TagType()), kTags) + "  " + printable(name) + "\n";
 }
 
-std::string facts_of(const std::string& name, const cMPEGHeader& header,
+std::string facts_of(const std::string& name, std::int64_t size, const cMPEGHeader& header,
                      const ScanOptions& options) {
     if (options.json) {
-        return json_line(name, file_facts(header, FrameValues::LeftOut));
+        return json_line(name, whole_file(name, size, header, FrameValues::LeftOut));
     }
     return options.csv ? csv_row(name, header) : scan_line(name, header);
 }
@@ -68,7 +69,7 @@ Answer scan_file(const FoundName& found, const ScanOptions& options, ScanSummary
     if (answer.error) {
         answer.output = failure_of(found.name, *answer.error, options);
     } else {
-        answer.output = facts_of(found.name, header, options);
+        answer.output = facts_of(found.name, answer.bytes, header, options);
         summary.add(header);
     }
     return answer;

@@ -9,6 +9,7 @@
 #include "file_report.h"
 #include "input_file.h"
 #include "standard_streams.h"
+#include "tag_json.h"
 
 namespace brindle::host {
 
@@ -24,14 +25,15 @@ ExitStatus show(const ShowOptions& options) {
     bool blank_line = false;
     for (const std::string& name : options.files) {
         cMPEGHeader header;
-        if (const std::optional<std::string> reason = open_file(header, name)) {
+        std::int64_t size = 0;
+        if (const std::optional<std::string> reason = open_file(header, name, size)) {
             status = ExitStatus::SomeFileFailed;
             write_error(name, *reason);
             if (options.json) {
                 write_output(json_line(name, file_failure(*reason)));
             }
         } else if (options.json) {
-            write_output(json_line(name, file_facts(header, FrameValues::Shown)));
+            write_output(json_line(name, whole_file(name, size, header, FrameValues::Shown)));
         } else {
             write_output((blank_line ? "\n" : "") + file_report(name, header));
             blank_line = true;
