@@ -1,6 +1,5 @@
 """What the program reads of tags that other programs wrote."""
 
-import re
 import shutil
 
 import pytest
@@ -168,7 +167,7 @@ def test_text_above_5000_bytes_is_not_kept_and_its_body_read_as_frames(copy, sho
     assert facts["v2Tag"] == {"TIT2": ["Song"]}
     assert facts["Album"] == ""
     for name in ("Title", "Artist"):
-        assert re.fullmatch(r"Corrupt ID3v2 Tag[01][0-9][0-3][0-9]20[0-9]{2} [0-9]+", facts[name])
+        assert facts[name] == "Corrupt ID3v2 Tag"
 
 
 def test_text_of_5000_bytes_is_kept(copy, show):
