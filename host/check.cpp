@@ -1,7 +1,12 @@
 // brindle check: what an engineer wants to hear before a file goes on air.
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <map>
 #include <memory>
+#include <set>
+#include <string>
+#include <vector>
 
 #include <brindle/cMPEGHeader.h>
 #include <brindle/error.h>
@@ -23,23 +28,32 @@ namespace {
 struct CheckOptions {
     BatchOptions batch;
     bool json = false;
+    bool notes = false;
+    Verdict least = Verdict::Ok;       // of the files that are printed
+    std::vector<std::string> ignored;  // codes
+    Verdict fails = Verdict::Bad;      // from which the status is 1
+    bool never_fails = false;
     bool colours = false;
 };
 
-using Counts = std::array<std::atomic<std::int64_t>, 3>;  // by verdict
+using Counts = std::array<std::atomic<std::int64_t>, 4>;  // by verdict
 
 std::string coloured(Verdict verdict, bool colours) {
-    constexpr std::array<const char*, 3> kColours{"\x1b[32m", "\x1b[33m", "\x1b[31m"};
+    constexpr std::array<const char*, 4> kColours{"\x1b[32m", "", "\x1b[33m", "\x1b[31m"};
     constexpr const char* kNoColour = "\x1b[0m";
     const std::string text = word(verdict);
     return colours ? kColours.at(static_cast<std::size_t>(verdict)) + text + kNoColour : text;
 }
 
 // `a.mp3: warn: no-title (no title), no-artist (no artist)`
-std::string line_of(const std::string& name, const std::vector<Finding>& findings, bool colours) {
-    std::string line = printable(name) + ": " + coloured(verdict_of(findings), colours);
+std::string line_of(const std::string& name, const std::vector<Finding>& findings,
+                    const CheckOptions& options) {
+    std::string line = printable(name) + ": " + coloured(verdict_of(findings), options.colours);
     const char* separator = ": ";
     for (const Finding& finding : findings) {
+        if (row_of(finding.reason).verdict == Verdict::Note && !options.notes) {
+            continue;
+        }
         line += separator + std::string(row_of(finding.reason).code) + " (" + finding.text + ")";
         separator = ", ";
     }
@@ -72,9 +86,16 @@ Answer check(const FoundName& found, const CheckOptions& options, Counts& counts
         answer.output = options.json ? json_line(found.name, file_failure(*answer.error)) : "";
         return answer;
     }
-    ++counts.at(static_cast<std::size_t>(verdict_of(findings)));
-    answer.output = options.json ? json_line(found.name, facts_of(findings))
-                                 : line_of(found.name, findings, options.colours);
+    std::erase_if(findings, [&](const Finding& finding) {
+        return std::find(options.ignored.begin(), options.ignored.end(),
+                         row_of(finding.reason).code) != options.ignored.end();
+    });
+    const Verdict verdict = verdict_of(findings);
+    ++counts.at(static_cast<std::size_t>(verdict));
+    if (verdict >= options.least) {
+        answer.output = options.json ? json_line(found.name, facts_of(findings))
+                                     : line_of(found.name, findings, options);
+    }
     return answer;
 }
 
@@ -97,8 +118,20 @@ ExitStatus check_all(const CheckOptions& options) {
         options.json ? write_note(summary) : write_output(summary);
     }
     const ExitStatus status = outcome.status();
-    const bool is_any_bad = counts.at(static_cast<std::size_t>(Verdict::Bad)) > 0;
-    return status == ExitStatus::AllFine && is_any_bad ? ExitStatus::SomeFileFailed : status;
+    bool fails = false;
+    for (const Verdict verdict : {Verdict::Warn, Verdict::Bad}) {
+        fails = fails || (!options.never_fails && verdict >= options.fails &&
+                          counts.at(static_cast<std::size_t>(verdict)) > 0);
+    }
+    return status == ExitStatus::AllFine && fails ? ExitStatus::SomeFileFailed : status;
+}
+
+std::vector<std::string> codes() {
+    std::vector<std::string> list;
+    for (const ReasonRow& row : reason_table()) {
+        list.emplace_back(row.code);
+    }
+    return list;
 }
 
 std::string list_of_codes() {
@@ -125,6 +158,31 @@ void add_check(CLI::App& program, Command& chosen) {
     command->footer(list_of_codes() + command->get_footer());
     command->add_flag("--json", options->json, "One JSON object a line and file")
         ->disable_flag_override();
+    command->add_flag("--notes", options->notes, "Print notes, too, which leave the verdict ok")
+        ->disable_flag_override();
+    const std::map<std::string, Verdict> verdicts{{"warn", Verdict::Warn}, {"bad", Verdict::Bad}};
+    command->add_option("--only", options->least, "Print only files of this verdict or a worse one")
+        ->transform(CLI::Transformer(verdicts))
+        ->check(CLI::IsMember(std::set<Verdict>{Verdict::Warn, Verdict::Bad}))
+        ->type_name("warn|bad");
+    command
+        ->add_option("--ignore", options->ignored,
+                     "Leave this reason out; may be given several times")
+        ->check(CLI::IsMember(codes()))
+        ->type_name("CODE")
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->expected(1)
+        ->allow_extra_args(false);
+    command
+        ->add_option_function<std::string>(
+            "--fail-on",
+            [options](const std::string& value) {
+                options->never_fails = value == "never";
+                options->fails = value == "warn" ? Verdict::Warn : Verdict::Bad;
+            },
+            "From which verdict on the status is 1; bad is the default")
+        ->check(CLI::IsMember({"warn", "bad", "never"}))
+        ->type_name("warn|bad|never");
     options->batch.add_to(*command);
     add_operands(*command, "PATH", options->batch.paths,
                  "Files, folders, and - for names from standard input");

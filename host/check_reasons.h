@@ -6,34 +6,45 @@
 
 namespace brindle::host {
 
-enum class Verdict { Ok, Warn, Bad };
+// Bad: a listener would hear it, or a host cannot play the file. Warn: a host shows something
+// wrong. Note: all else; it leaves the file's verdict ok.
+enum class Verdict { Ok, Note, Warn, Bad };
 
 [[nodiscard]] const char* word(Verdict verdict);
 
 enum class Reason {
     NoStream,
-    CorruptTag,
     DeadAir,
+    AudioMissing,
     EndCutOff,
     CueInBeyondEnd,
     IntroBeyondEnd,
     OutroBeyondEnd,
+    CorruptTag,
     PointsOutOfOrder,
     JunkBeforeAudio,
     JunkBetweenFrames,
+    JunkAfterAudio,
     CutLastFrame,
-    DuplicateTag,
+    Wrapped,
     TagLargerThanFile,
-    NoTitle,
-    NoArtist,
     MisreadText,
     UnreadText,
     LargePicture,
+    HeaderMismatch,
+    ChangingMode,
+    DuplicateTag,
+    NoTitle,
+    NoArtist,
+    ApeTag,
+    Lyrics3Tag,
+    SecondRecord,
+    Leftover,
 };
 
 struct ReasonRow {
     Reason reason;
-    Verdict verdict;      // of a file with nothing worse
+    Verdict verdict;      // of a file with nothing worse; a note leaves it ok
     const char* code;     // never changes: programs compare it
     const char* meaning;  // for the list of codes
 };
@@ -48,7 +59,7 @@ struct Finding {
     std::string text;
 };
 
-// The worst of all.
+// The worst of all: ok, warn or bad.
 [[nodiscard]] Verdict verdict_of(const std::vector<Finding>& findings);
 
 }  // namespace brindle::host

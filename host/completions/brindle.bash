@@ -36,7 +36,9 @@ _brindle() {
             ;;
         strip) options="--v1 --v2 --all --dry-run --preserve --force" ;;
         scan) options="--json --csv -0 --null --jobs --quiet" ;;
-        check) options="--json -0 --null --jobs --quiet" ;;
+        check)
+            options="--json --notes --only --ignore --fail-on -0 --null --jobs --quiet"
+            ;;
         listen)
             options="--json --csv --quick --reference --sound-range --overlap-range -0 --null --jobs
                 --quiet"

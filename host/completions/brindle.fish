@@ -38,6 +38,10 @@ complete -c brindle -n '__fish_seen_subcommand_from strip' -l v2 -d 'The ID3v2 t
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l all -d 'Both'
 
 complete -c brindle -n '__fish_seen_subcommand_from scan listen' -l csv -d 'Comma-separated values'
+complete -c brindle -n '__fish_seen_subcommand_from check' -l notes -d 'Print notes, too'
+complete -c brindle -n '__fish_seen_subcommand_from check' -x -l only -a 'warn bad' -d 'Files of this verdict or a worse one'
+complete -c brindle -n '__fish_seen_subcommand_from check' -x -l ignore -d 'Leave a reason out'
+complete -c brindle -n '__fish_seen_subcommand_from check' -x -l fail-on -a 'warn bad never' -d 'From which verdict on the status is 1'
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -s 0 -l null -d 'Names from standard input end with a NUL'
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -x -l jobs -d 'Files at once'
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -l quiet -d 'No progress bar and no summary'

@@ -47,6 +47,11 @@ FAST = bytes.fromhex("FFFBE064") + bytes(1044 - 4)  # 320 kbit/s: 144000 * 320 /
 UTF16 = "Müller".encode("utf-16-le")
 GREEK = "Ωmega".encode("utf-16-le")
 
+ITEM = b"\4\0\0\0\0\0\0\0Note\0text"
+APE = (ITEM + b"APETAGEX" + (2000).to_bytes(4, "little") + (len(ITEM) + 32).to_bytes(4, "little")
+       + (1).to_bytes(4, "little") + bytes(12))
+LYRICS3 = b"LYRICSBEGIN" + b"IND00002" + b"00" + b"000021" + b"LYRICS200"
+
 # What the file is, and the codes and verdicts of its reasons.
 FILES = {
     "ok": (GOOD + AUDIO, []),
@@ -66,7 +71,7 @@ FILES = {
         tag(text_frame("TIT2", "Corrupt ID3v2 Tag11162026 83421593"),
             text_frame("TPE1", "Corrupt ID3v2 Tag11162026 83421593")) + AUDIO, []),
     # Hosts leave the second one after its first frame, which ends at byte 64, behind its size of 29.
-    "duplicate-tag": (GOOD + GOOD + AUDIO, ["junk-before-audio", "duplicate-tag", "unread-text"]),
+    "duplicate-tag": (GOOD + GOOD + AUDIO, ["junk-before-audio", "unread-text", "duplicate-tag"]),
     "duplicate-tag-of-one-frame": (GOOD + tag(NAMES[0]) + AUDIO,
                                    ["junk-before-audio", "duplicate-tag"]),
     "tag-larger-than-file": (
@@ -113,28 +118,44 @@ FILES = {
 
     # --- the length
     # 120 frames; promised are 123, 124 and 125: 78, 104 and 130 ms too many.
-    "promise-of-78-ms-more": (GOOD + audio_with_xing(121, 123), []),
-    "promise-of-104-ms-more": (GOOD + audio_with_xing(121, 124), ["dead-air"]),
-    "promise-of-130-ms-more": (GOOD + audio_with_xing(121, 125), ["dead-air"]),
-    "promise-of-131-ms-less": (GOOD + audio_with_xing(121, 115), ["end-cut-off"]),
+    "promise-of-78-ms-more": (GOOD + audio_with_xing(121, 123), ["audio-missing"]),
+    "promise-of-104-ms-more": (GOOD + audio_with_xing(121, 124), ["dead-air", "audio-missing"]),
+    "promise-of-130-ms-more": (GOOD + audio_with_xing(121, 125), ["dead-air", "audio-missing"]),
+    "promise-of-131-ms-less": (GOOD + audio_with_xing(121, 115), ["end-cut-off", "header-mismatch"]),
     # 2,000 frames play 52,245 ms, of which 0.5 % are 261.2: nine frames are 235, ten 261.2, eleven
     # 287 ms.
-    "promise-of-nine-frames-in-2000": (GOOD + audio_with_xing(2001, 2009), []),
-    "promise-of-eleven-frames-in-2000": (GOOD + audio_with_xing(2001, 2011), ["dead-air"]),
+    "promise-of-nine-frames-in-2000": (GOOD + audio_with_xing(2001, 2009), ["audio-missing"]),
+    "promise-of-eleven-frames-in-2000": (GOOD + audio_with_xing(2001, 2011), ["dead-air", "audio-missing"]),
     # 128 kbit/s by its first 101 frames, 320 behind: its bytes are taken for more than they play.
     "faster-later": (GOOD + audio(110) + FAST * 100, ["dead-air"]),
     # Half of what was there when the header was written.
-    "cut-in-half": (GOOD + audio_with_xing(240, 240, 40_000)[:50_000], ["dead-air", "cut-last-frame"]),
+    "cut-in-half": (GOOD + audio_with_xing(240, 240, 40_000)[:50_000],
+                    ["dead-air", "audio-missing", "cut-last-frame"]),
     # Six frames in another mode at the end: a host that counts 110 frames cuts them off.
     "mode-changes": (
-        GOOD + (AUDIO[:FRAME_LENGTH] + FAST) * 55 + OTHER_MODE * 6, ["end-cut-off"]),
+        GOOD + (AUDIO[:FRAME_LENGTH] + FAST) * 55 + OTHER_MODE * 6, ["end-cut-off", "changing-format"]),
 
     # --- the frames
     "junk-before-audio": (GOOD + b"junk" * 5 + AUDIO, ["junk-before-audio"]),
     "junk-at-the-beginning": (b"junk" * 5 + AUDIO + RECORD, ["junk-before-audio"]),
     "junk-between-frames": (GOOD + AUDIO + b"junk" * 5 + AUDIO, ["junk-between-frames"]),
     "cut-last-frame": (GOOD + AUDIO + AUDIO[:200] + RECORD, ["cut-last-frame"]),
-    "other-tag-behind": (GOOD + AUDIO + b"APETAGEX" + bytes(56), []),
+    "one-frame-more-promised": (GOOD + audio_with_xing(121, 121), []),
+    "one-frame-less-promised": (GOOD + audio_with_xing(121, 119), []),
+    "two-frames-less-promised": (GOOD + audio_with_xing(121, 118), ["header-mismatch"]),
+    # Hosts begin with the frame after the encoder's, as that one alone is mono.
+    "encoder-header-in-another-mode": (
+        GOOD + (lambda first: first[:3] + b"\xc4" + first[4:17 + 4] + first[36:FRAME_LENGTH] + bytes(15))(
+            audio_with_xing()[:FRAME_LENGTH]) + AUDIO, []),
+    "junk-after-audio": (GOOD + AUDIO + b"junk" * 5, ["junk-after-audio"]),
+    "junk-after-audio-and-a-record": (GOOD + AUDIO + b"junk" * 5 + RECORD, ["junk-after-audio"]),
+    "riff": (b"RIFF\0\0\0\0WAVEfmt " + bytes(40) + AUDIO + RECORD,
+             ["junk-before-audio", "wrapped"]),
+    "ape-tag": (GOOD + AUDIO + APE, ["apev2-tag"]),
+    "ape-tag-and-a-record": (GOOD + AUDIO + APE + RECORD, ["apev2-tag"]),
+    "lyrics3-tag": (GOOD + AUDIO + LYRICS3 + RECORD, ["lyrics3-tag"]),
+    "both-and-a-record": (GOOD + AUDIO + APE + LYRICS3 + RECORD, ["apev2-tag", "lyrics3-tag"]),
+    "two-records": (GOOD + AUDIO + RECORD + RECORD, ["second-id3v1"]),
 
     # --- the points: 3,135 ms
     "points-in-order": (points(100, 500, 3000) + AUDIO, []),
@@ -153,15 +174,22 @@ FILES = {
                                         ["cue-in-beyond-end", "points-out-of-order"]),
 }
 
-BAD = {"no-stream", "corrupt-tag", "dead-air", "end-cut-off", "cue-in-beyond-end",
+BAD = {"no-stream", "dead-air", "audio-missing", "end-cut-off", "cue-in-beyond-end",
        "intro-beyond-end", "outro-beyond-end"}
-WARN = {"points-out-of-order", "junk-before-audio", "junk-between-frames", "cut-last-frame",
-        "duplicate-tag", "tag-larger-than-file", "no-title", "no-artist", "misread-text",
+WARN = {"corrupt-tag", "points-out-of-order", "junk-before-audio", "junk-between-frames",
+        "junk-after-audio", "cut-last-frame", "wrapped", "tag-larger-than-file", "misread-text",
         "unread-text", "large-picture"}
+NOTE = {"header-mismatch", "changing-format", "duplicate-tag", "no-title", "no-artist", "apev2-tag",
+        "lyrics3-tag", "second-id3v1", "leftover"}
+
+
+def level_of(code):
+    return "bad" if code in BAD else "warn" if code in WARN else "note"
 
 
 def verdict_of(codes):
-    return "bad" if BAD & set(codes) else "warn" if codes else "ok"
+    levels = {level_of(code) for code in codes}
+    return "bad" if "bad" in levels else "warn" if "warn" in levels else "ok"
 
 
 def checked(result):
@@ -186,20 +214,22 @@ def test_file_has_its_reasons_and_its_verdict(tmp_path, brindle, name):
     assert result.returncode == (1 if facts["verdict"] == "bad" else 0)
     for reason in facts["reasons"]:
         assert list(reason) == ["code", "verdict", "text"]
-        assert reason["verdict"] == ("bad" if reason["code"] in BAD else "warn")
+        assert reason["verdict"] == level_of(reason["code"])
         assert reason["text"]
 
 
 def test_every_code_has_a_file():
-    assert {code for _, codes in FILES.values() for code in codes} == BAD | WARN
+    # A leftover is known by its name.
+    assert {code for _, codes in FILES.values() for code in codes} | {"leftover"} == BAD | WARN | NOTE
 
 
 def test_help_lists_every_code_once(brindle):
     text = brindle("check", "--help").stdout.decode()
-    rows = re.findall(r"^  ([a-z-]+) +(bad|warn) +[A-Z]", text, re.MULTILINE)
-    assert len(rows) == len(BAD | WARN)
+    rows = re.findall(r"^  ([a-z0-9-]+) +(bad|warn|note) +[A-Z]", text, re.MULTILINE)
+    assert len(rows) == len(BAD | WARN | NOTE)
     assert {code for code, verdict in rows if verdict == "bad"} == BAD
     assert {code for code, verdict in rows if verdict == "warn"} == WARN
+    assert {code for code, verdict in rows if verdict == "note"} == NOTE
     assert text.splitlines()[-2:] == ["Example:", "  brindle check --quiet /music/new"]
 
 
@@ -229,7 +259,7 @@ def test_text_tells_the_numbers(tmp_path, brindle, name):
     (tmp_path / "a.mp3").write_bytes(FILES[name][0])
     (facts,) = checked(brindle("check", "--json", "a.mp3"))
     assert TEXTS[name] in [reason["text"] for reason in facts["reasons"]]
-    plain = brindle("check", "--quiet", "a.mp3").stdout.decode()
+    plain = brindle("check", "--quiet", "--notes", "a.mp3").stdout.decode()
     assert plain.startswith(f"a.mp3: {facts['verdict']}: {facts['reasons'][0]['code']} (")
     assert plain.count("\n") == 1
     assert all(reason["text"] in plain for reason in facts["reasons"])
@@ -248,10 +278,44 @@ def test_folder_is_checked_and_summed_up(tmp_path, brindle):
     lines = result.stdout.decode().splitlines()
     assert [line.split(":")[0] for line in lines] == [
         "./dead-air-2.mp3", "./no-stream.mp3", "./no-title.mp3", "./ok.mp3", "5 files"]
-    assert lines[2] == "./no-title.mp3: warn: no-title (no title)"
+    assert lines[2] == "./no-title.mp3: ok"
     assert lines[3] == "./ok.mp3: ok"
-    assert lines[4] == "5 files: 1 ok, 1 warn, 2 bad, 1 failed"
+    assert lines[4] == "5 files: 2 ok, 0 warn, 2 bad, 1 failed"
     assert result.stderr == b"brindle: ./missing.mp3: No such file or directory\n"
+
+
+def test_notes_are_printed_when_asked_for(tmp_path, brindle):
+    (tmp_path / "a.mp3").write_bytes(FILES["no-title"][0])
+    assert brindle("check", "--quiet", "a.mp3").stdout == b"a.mp3: ok\n"
+    assert brindle("check", "--quiet", "--notes", "a.mp3").stdout == (
+        b"a.mp3: ok: no-title (no title)\n")
+
+
+def test_leftover_is_told(tmp_path, brindle):
+    (tmp_path / ".brindle-1a2b.mp3").write_bytes(FILES["ok"][0])
+    (facts,) = checked(brindle("check", "--json", ".brindle-1a2b.mp3"))
+    assert codes_of(facts) == ["leftover"]
+
+
+def test_only_ignore_and_fail_on(tmp_path, brindle):
+    for name in ("ok", "no-stream", "utf-8", "dead-air"):
+        content = FILES.get(name, FILES["cut-in-half"])[0]
+        (tmp_path / f"{name}.mp3").write_bytes(content)
+
+    def names(*options):
+        result = brindle("check", *options, ".")
+        return [line.split(":")[0] for line in result.stdout.decode().splitlines()[:-1]]
+
+    assert names("--only", "warn") == ["./dead-air.mp3", "./no-stream.mp3", "./utf-8.mp3"]
+    assert names("--only", "bad") == ["./dead-air.mp3", "./no-stream.mp3"]
+    assert names("--only", "bad", "--ignore", "no-stream") == ["./dead-air.mp3"]
+    assert brindle("check", "--fail-on", "warn", "utf-8.mp3").returncode == 1
+    assert brindle("check", "--fail-on", "bad", "utf-8.mp3").returncode == 0
+    assert brindle("check", "--fail-on", "never", "no-stream.mp3").returncode == 0
+    assert brindle("check", "--fail-on", "warn", "--ignore", "misread-text",
+                   "utf-8.mp3").returncode == 0
+    for wrong in (["--only", "ok"], ["--ignore", "nonsense"], ["--fail-on", "ok"]):
+        assert brindle("check", *wrong, "ok.mp3").returncode == 2
 
 
 def test_json_of_a_file_that_fails_has_its_error(tmp_path, brindle):
