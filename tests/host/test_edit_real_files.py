@@ -1,6 +1,7 @@
 """`brindle set` on files of today's taggers: what was not named stays as it is."""
 
 import itertools
+import json
 import subprocess
 
 import mutagen.id3
@@ -141,7 +142,20 @@ def values(path):
     return found
 
 
+HOSTS_READ = {"Title": "title", "Artist": "artist", "Album": "album"}
+
+
+def assert_hosts_read_no_worse(old, new):
+    """Of each text what they read before, or what the tag says, or the mark of a frame that they
+    cannot step over."""
+    for member, key in HOSTS_READ.items():
+        assert new[member] in (old[member], new["tag"][key], "Corrupt ID3v2 Tag") or (
+            # UTF-16 in the place of UTF-8; neither is text to them.
+            old[member] != old["tag"][key]), (member, old[member], new[member])
+
+
 def assert_edited(brindle, path, before, old_frames, is_version3):
+    old = json.loads(brindle("show", "--json", path.name).stdout)
     result = brindle("set", "--cue-in", "200", path.name)
     assert (result.returncode, result.stderr) == (0, b""), result
     content = path.read_bytes()
@@ -155,8 +169,9 @@ def assert_edited(brindle, path, before, old_frames, is_version3):
         if made not in before:
             after.pop(made, None)
     assert after == before
-    shown = brindle("show", "--json", path.name)
-    assert b'"CueInmSStart": 200' in shown.stdout or b'"CueInmSStart":200' in shown.stdout
+    new = json.loads(brindle("show", "--json", path.name).stdout)
+    assert new["CueInmSStart"] == 200
+    assert_hosts_read_no_worse(old, new)
     again = brindle("set", "--cue-in", "200", path.name)
     assert again.returncode == 0 and b"nothing written" in again.stdout
     assert path.read_bytes() == content

@@ -187,7 +187,7 @@ def three_verdicts(tmp_path):
     good = tag(text_frame("TIT2", "Song"), text_frame("TPE1", "Ann"))
     (tmp_path / "bad.mp3").write_bytes(good + bytes(6000))
     (tmp_path / "ok.mp3").write_bytes(good + AUDIO)
-    (tmp_path / "warn.mp3").write_bytes(AUDIO)
+    (tmp_path / "warn.mp3").write_bytes(good + b"junk" + AUDIO)
     return tmp_path
 
 
