@@ -19,13 +19,6 @@
 
 namespace brindle {
 
-namespace {
-
-// The size field of a tag has 28 bits.
-constexpr std::int64_t kMaxTagLength = std::int64_t{1} << 28;
-
-}  // namespace
-
 FileEdit::FileEdit(FileToEdit file, const cMP3ID3v1& record, std::vector<EditedField> fields,
                    const EditOptions& options)
     : subject_(std::move(file)), fields_(std::move(fields)), options_(options) {
@@ -67,10 +60,7 @@ void FileEdit::plan_tag() {
         *subject_.file, window, old_tag.value_or(ByteRange()), fields_, options_, plan_));
     plan_.needed_length = tag.size();
     lay_out_tag(old_tag, tag);
-    if (layout_.tag.size() >= kMaxTagLength) {
-        throw Error(static_cast<std::int32_t>(RuntimeError::Overflow),
-                    u"A tag has at most 268,435,455 bytes");
-    }
+    require_tag_length(layout_.tag.size());
     layout_.require_addressable();
     patches_ = layout_.keeps_length ? patches_in_place() : std::vector<Patch>();
     plan_.fits = layout_.keeps_length && patches_;

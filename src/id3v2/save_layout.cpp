@@ -80,6 +80,14 @@ void require_addressable_length(std::int64_t length) {
     }
 }
 
+void require_tag_length(std::int64_t length) {
+    constexpr std::int64_t kEnd = std::int64_t{1} << 28;  // a size has 28 bits
+    if (length >= kEnd) {
+        throw Error(static_cast<std::int32_t>(RuntimeError::Overflow),
+                    u"A tag has at most 268,435,455 bytes");
+    }
+}
+
 // Where the tag ends exactly at the accepted frame hosts begin with that frame, as before: only
 // other files have to be looked at.
 bool loses_stream(Environment& environment, const String& name, const SaveLayout& layout,

@@ -45,6 +45,9 @@ struct SaveLayout {
 // Error 6, in words.
 void require_addressable_length(std::int64_t length);
 
+// Error 6 for a tag whose size its header cannot tell.
+void require_tag_length(std::int64_t length);
+
 // Whether hosts find a stream in the file, whose accepted frame is given, and none in the new one.
 [[nodiscard]] bool loses_stream(Environment& environment, const String& name,
                                 const SaveLayout& layout,

@@ -399,15 +399,6 @@ TEST(TagEdit, WritesUtf16WhereTheCodePageHoldsNoSuchText) {
     EXPECT_EQ(read_tag_facts(file.header).custom(u"\u0141"), u"1");
 }
 
-TEST(TagEdit, RefusesATagThatHasNoEnd) {
-    // 2^28 bytes of frames do not fit into a size of 28 bits.
-    OpenedFile file(Tag(3).text("TALB", "A") + audio());
-    file.header.Song(String(268'435'456, u'x'));
-    const TagEdit edit(file.header);
-    ASSERT_TRUE(edit.plan().refusal);
-    EXPECT_EQ(edit.plan().refusal->number(), 6);
-}
-
 TEST(TagEdit, NeedsAFile) {
     const cMPEGHeader empty;
     EXPECT_THROW(TagEdit{empty}, Error);
