@@ -1,7 +1,6 @@
 #include "util/file_content.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <iterator>
 #include <utility>
@@ -41,11 +40,7 @@ void FileContent::append_owned(std::vector<std::uint8_t> bytes) {
 }
 
 void FileContent::append_zeros(std::int64_t count) {
-    static constexpr std::array<std::uint8_t, kBlock> kZeros{};
-    for (; count > 0; count -= static_cast<std::int64_t>(kZeros.size())) {
-        append(std::span(kZeros).first(
-            static_cast<std::size_t>(std::min(count, static_cast<std::int64_t>(kZeros.size())))));
-    }
+    append_piece({.size = count});
 }
 
 void FileContent::append(const FileContent& other, const ByteRange& range) {
@@ -157,7 +152,11 @@ std::size_t ContentFile::read_piece(const FileContent::Piece& piece, std::int64_
     if (piece.file != nullptr) {
         return piece.file->read_at(piece.offset + offset, into);
     }
-    return read_source(piece, piece.offset + offset, into);
+    if (piece.source) {
+        return read_source(piece, piece.offset + offset, into);
+    }
+    std::fill(into.begin(), into.end(), std::uint8_t{0});
+    return into.size();
 }
 
 std::size_t ContentFile::read_source(const FileContent::Piece& piece, std::int64_t offset,

@@ -49,7 +49,7 @@ private:
     struct Piece {
         std::int64_t begin = 0;  // here
         std::int64_t size = 0;
-        // One of these; the offset is that of the piece in the file or the source.
+        // One of these, or zeros; the offset is that of the piece in the file or the source.
         const std::uint8_t* bytes = nullptr;
         BinaryFile* file = nullptr;
         std::shared_ptr<const ByteSource> source = nullptr;

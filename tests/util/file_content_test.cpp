@@ -195,5 +195,15 @@ TEST_F(FileContentTest, FileOfItCannotBeChanged) {
     EXPECT_EQ(files.open_files(), 2U);
 }
 
+TEST(FileContent, HasZeros) {
+    const std::vector<std::uint8_t> letters{'a', 'b'};
+    FileContent content;
+    content.append(letters);
+    content.append_zeros(3);
+    content.append_owned({'c'});
+    EXPECT_EQ(content.read_all(), (std::vector<std::uint8_t>{'a', 'b', 0, 0, 0, 'c'}));
+    EXPECT_EQ(content.read({3, 6}), (std::vector<std::uint8_t>{0, 0, 'c'}));
+}
+
 }  // namespace
 }  // namespace brindle
