@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -9,12 +10,14 @@
 #include <brindle/frame_walk.h>
 #include <brindle/tag_facts.h>
 
+#include "comma_list.h"
 #include "corrupt_tag.h"
 #include "encoder_header.h"
 #include "file_access.h"
 #include "foreign_tags.h"
 #include "input_file.h"
 #include "misread_frames.h"
+#include "stream_text.h"
 
 namespace brindle::host {
 
@@ -26,20 +29,7 @@ std::string ms(std::int64_t milliseconds) {
     return std::to_string(milliseconds) + " ms";
 }
 
-std::string joined(const std::vector<std::string>& labels) {
-    std::string text;
-    for (const std::string& label : labels) {
-        text += (text.empty() ? "" : ", ") + label;
-    }
-    return text;
-}
-
 // --- the tag
-
-bool has_tag(const cMPEGHeader& header) {
-    const eTagType type = header.TagType();
-    return type == v2TagOnly || type == v1andv2TagsBothPresent;
-}
 
 bool is_tag_header(std::string_view bytes) {
     constexpr std::size_t kVersion = 3;
@@ -55,7 +45,7 @@ void check_tag(const cMPEGHeader& header, const std::string& name, std::int64_t 
                Findings& findings) {
     constexpr std::size_t kTagHeader = 10;
     const std::int32_t tag_size = header.ID3TagSizeIncludingHeader();
-    if (has_tag(header) && is_tag_header(read_bytes(name, tag_size, kTagHeader))) {
+    if (has_id3v2(header) && is_tag_header(read_bytes(name, tag_size, kTagHeader))) {
         findings.push_back(
             {Reason::DuplicateTag, "a second ID3v2 tag at byte " + std::to_string(tag_size)});
     }
@@ -79,18 +69,13 @@ void check_tag(const cMPEGHeader& header, const std::string& name, std::int64_t 
     }
 }
 
-bool has_record(const cMPEGHeader& header) {
-    const eTagType type = header.TagType();
-    return type == v1TagOnly || type == v1andv2TagsBothPresent;
-}
-
 constexpr std::int64_t kRecord = 128;
 
 // What stands at the end of the file besides audio. The answer is where the first of it begins.
 std::int64_t check_tags_at_end(const cMPEGHeader& header, const std::string& name,
                                std::int64_t size, Findings& findings) {
     std::int64_t end = size;
-    if (has_record(header)) {
+    if (has_id3v1(header)) {
         end -= kRecord;
         if (end >= kRecord && read_bytes(name, end - kRecord, 3) == "TAG") {
             end -= kRecord;
@@ -114,7 +99,7 @@ void check_frames_of_tag(const cMPEGHeader& header, Findings& findings) {
     const auto add = [&](Reason reason, const std::string& what,
                          const std::vector<std::string>& labels) {
         if (!labels.empty()) {
-            findings.push_back({reason, what + joined(labels)});
+            findings.push_back({reason, what + comma_list(labels, std::identity())});
         }
     };
     const MisreadFrames frames = find_misread_frames(header);
@@ -187,7 +172,7 @@ void check_points(const cMPEGHeader& header, std::int64_t exact, Findings& findi
 bool begins_with_header_frame(const cMPEGHeader& header, const FrameWalk& walk,
                               const std::string& name) {
     constexpr std::int64_t kLongestFrame = 2'881;
-    const std::int64_t begin = has_tag(header) ? header.ID3TagSizeIncludingHeader() : 0;
+    const std::int64_t begin = has_id3v2(header) ? header.ID3TagSizeIncludingHeader() : 0;
     const std::int64_t length = walk.first_frame - begin;
     if (length < 0 || length > kLongestFrame) {
         return false;

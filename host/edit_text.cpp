@@ -1,5 +1,6 @@
 #include "edit_text.h"
 
+#include "comma_list.h"
 #include "plan_text.h"
 
 namespace brindle::host {
@@ -21,11 +22,7 @@ std::string loss_text(EditLoss loss) {
 }
 
 std::string labels_text(const std::vector<TagFrame>& frames) {
-    std::string text;
-    for (const TagFrame& frame : frames) {
-        text += (text.empty() ? "" : ", ") + frame_label(frame);
-    }
-    return text;
+    return comma_list(frames, frame_label);
 }
 
 }  // namespace
@@ -52,12 +49,9 @@ std::string fate_text(FrameFate fate) {
 }
 
 std::string losses_text(const std::vector<EditedFrame>& frames) {
-    std::string text;
-    for (const EditedFrame& frame : frames) {
-        text +=
-            (text.empty() ? "" : ", ") + (frame.id.empty() ? remark_on(frame) : frame_text(frame));
-    }
-    return text;
+    return comma_list(frames, [](const EditedFrame& frame) {
+        return frame.id.empty() ? remark_on(frame) : frame_text(frame);
+    });
 }
 
 std::vector<std::string> remarks_on(const EditPlan& plan) {

@@ -1,5 +1,6 @@
 #include "plan_text.h"
 
+#include "comma_list.h"
 #include "printable_text.h"
 
 namespace brindle::host {
@@ -45,11 +46,7 @@ std::string remark_on(const ChangedFrame& frame) {
 }
 
 std::string losses_text(const std::vector<LostFrame>& frames) {
-    std::string text;
-    for (const LostFrame& frame : frames) {
-        text += (text.empty() ? "" : ", ") + frame_text(frame);
-    }
-    return text;
+    return comma_list(frames, frame_text<LostFrame>);
 }
 
 }  // namespace brindle::host

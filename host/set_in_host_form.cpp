@@ -12,6 +12,7 @@
 #include "plan_text.h"
 #include "printable_text.h"
 #include "standard_streams.h"
+#include "stream_text.h"
 
 namespace brindle::host {
 
@@ -31,17 +32,12 @@ public:
         if (Failure reason = change_.open(header_)) {
             return reason;
         }
-        had_record_ = has_record();
+        had_record_ = has_id3v1(header_);
         plan_ = plan_save(header_);
         return plan_.tag_version == kConvertedVersion ? set_converted() : set_directly();
     }
 
 private:
-    [[nodiscard]] bool has_record() const {
-        const eTagType type = header_.TagType();
-        return type == v1TagOnly || type == v1andv2TagsBothPresent;
-    }
-
     Failure set_directly() {
         const std::string changes = assign();
         plan_ = plan_save(header_);
@@ -145,60 +141,29 @@ private:
         if (is_of_version2()) {
             return "Would be rebuilt: the ID3v2.2 tag is converted";
         }
-        const std::string needed =
-            "the tag needs " + std::to_string(plan_.needed_length) + " bytes";
-        if (plan_.fits) {
-            return "Fits in place: " + needed + " of " + std::to_string(plan_.tag_area);
-        }
-        if (plan_.tag_area == 0) {
-            return "Would be rebuilt: " + needed + ", there is none yet";
-        }
-        return "Would be rebuilt: " + needed + ", its place has " + std::to_string(plan_.tag_area);
+        return host::how_it_fits(plan_.fits, plan_.needed_length, plan_.tag_area);
     }
 
     [[nodiscard]] bool is_of_version2() const { return plan_.tag_version == kConvertedVersion; }
 
+    // As the file stands now.
     [[nodiscard]] std::string outcome() const {
-        std::string text;
-        if (is_of_version2()) {
-            text = "ID3v2.2 tag converted and file rebuilt";
-        } else if (!change_.is_rebuilt()) {
-            text = "ID3v2 tag written in place (" + std::to_string(plan_.needed_length) + " of " +
-                   std::to_string(plan_.tag_area) + " bytes)";
-        } else if (plan_.fits) {
-            text = "file rebuilt with an ID3v2 tag of the same length (" +
-                   std::to_string(plan_.needed_length) + " of " + std::to_string(plan_.tag_area) +
-                   " bytes)";
-        } else {
-            text = "file rebuilt with a larger ID3v2 tag (" + std::to_string(plan_.needed_length) +
-                   " bytes and padding)";
-        }
-        text += ", " + record_outcome();
+        cMPEGHeader now;
+        now.FileName(from_utf8(change_.name()));
+        std::string text = tag_outcome() + ", " + record_text(now, had_record_);
         if (!plan_.losses.empty()) {
             text += ", lost " + losses_text(plan_.losses);
         }
-        return text + tag_outcome();
-    }
-
-    // Looked up in the file as it stands now.
-    [[nodiscard]] std::string record_outcome() const {
-        cMPEGHeader now;
-        now.FileName(from_utf8(change_.name()));
-        const eTagType type = now.TagType();
-        if (type != v1TagOnly && type != v1andv2TagsBothPresent) {
-            return "no ID3v1 record (the file is too short for one)";
-        }
-        return had_record_ ? "ID3v1 record overwritten" : "ID3v1 record appended";
+        return text + unseen_tag_text(now);
     }
 
     [[nodiscard]] std::string tag_outcome() const {
-        cMPEGHeader now;
-        now.FileName(from_utf8(change_.name()));
-        const eTagType type = now.TagType();
-        return type == v2TagOnly || type == v1andv2TagsBothPresent
-                   ? ""
-                   : "; hosts will not find the tag: they look for one in files of 4,098 bytes or "
-                     "more";
+        if (is_of_version2()) {
+            return "ID3v2.2 tag converted and file rebuilt";
+        }
+        const bool is_rebuilt = change_.is_rebuilt();
+        return (is_rebuilt ? "" : "ID3v2 tag ") +
+               how_it_was_written(is_rebuilt, plan_.needed_length, plan_.tag_area);
     }
 
     FileChange change_;

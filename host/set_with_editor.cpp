@@ -15,6 +15,7 @@
 #include "plan_text.h"
 #include "printable_text.h"
 #include "standard_streams.h"
+#include "stream_text.h"
 
 namespace brindle::host {
 
@@ -23,16 +24,6 @@ namespace {
 using Failure = std::optional<std::string>;
 
 constexpr std::int32_t kWrittenVersion = 3;
-
-bool has_record(const cMPEGHeader& header) {
-    const eTagType type = header.TagType();
-    return type == v1TagOnly || type == v1andv2TagsBothPresent;
-}
-
-bool has_tag(const cMPEGHeader& header) {
-    const eTagType type = header.TagType();
-    return type == v2TagOnly || type == v1andv2TagsBothPresent;
-}
 
 // What a file says of the values that are set: to hosts, and to other programs.
 class Reading {
@@ -84,7 +75,7 @@ public:
         if (Failure reason = change_.open(header_)) {
             return reason;
         }
-        had_record_ = has_record(header_);
+        had_record_ = has_id3v1(header_);
         const std::vector<ShownValue> values = shown_values();
         std::vector<std::string> old_values;
         old_values.reserve(values.size());
@@ -245,14 +236,7 @@ private:
         if (plan.needed_length == 0) {
             return "The ID3v2 tag stays as it is";
         }
-        const std::string needed = "the tag needs " + std::to_string(plan.needed_length) + " bytes";
-        if (plan.fits) {
-            return "Fits in place: " + needed + " of " + std::to_string(plan.tag_area);
-        }
-        if (plan.tag_area == 0) {
-            return "Would be rebuilt: " + needed + ", there is none yet";
-        }
-        return "Would be rebuilt: " + needed + ", its place has " + std::to_string(plan.tag_area);
+        return host::how_it_fits(plan.fits, plan.needed_length, plan.tag_area);
     }
 
     [[nodiscard]] bool edits_record() const {
@@ -264,18 +248,14 @@ private:
     [[nodiscard]] std::string outcome(const EditPlan& plan, const cMPEGHeader& now) const {
         std::string text =
             plan.changes_nothing ? "nothing written, the file is so already" : tag_outcome(plan);
-        if (edits_record() && !has_record(now)) {
-            text += ", no ID3v1 record (the file is too short for one)";
-        } else if (edits_record() && !plan.changes_nothing) {
-            text += had_record_ ? ", ID3v1 record overwritten" : ", ID3v1 record appended";
+        if (edits_record() && (!plan.changes_nothing || !has_id3v1(now))) {
+            text += ", " + record_text(now, had_record_);
         }
         if (const auto losses = plan.losses(); !losses.empty()) {
             text += ", lost " + losses_text(losses);
         }
-        if (plan.needed_length != 0 && !has_tag(now)) {
-            text +=
-                "; hosts will not find the tag: they look for one in files of 4,098 bytes or "
-                "more";
+        if (plan.needed_length != 0) {
+            text += unseen_tag_text(now);
         }
         return text;
     }
@@ -284,20 +264,13 @@ private:
         if (plan.needed_length == 0) {
             return "ID3v2 tag left as it is";
         }
-        const std::string needed = std::to_string(plan.needed_length);
-        const std::string space = needed + " of " + std::to_string(plan.tag_area) + " bytes)";
-        const bool is_converted = plan.tag_version != 0 && plan.tag_version != kWrittenVersion;
-        const std::string converted =
-            is_converted ? "ID3v2." + std::to_string(plan.tag_version) + " tag converted and "
-                         : std::string();
-        if (!change_.is_rebuilt()) {
-            return (is_converted ? converted : "ID3v2 tag ") + "written in place (" + space;
+        const bool is_rebuilt = change_.is_rebuilt();
+        const std::string written =
+            how_it_was_written(is_rebuilt, plan.needed_length, plan.tag_area);
+        if (plan.tag_version != 0 && plan.tag_version != kWrittenVersion) {
+            return "ID3v2." + std::to_string(plan.tag_version) + " tag converted and " + written;
         }
-        if (plan.needed_length < plan.tag_area) {
-            return converted + "file rebuilt with an ID3v2 tag of the same length (" + space;
-        }
-        return converted + "file rebuilt with a larger ID3v2 tag (" + needed +
-               " bytes and padding)";
+        return (is_rebuilt ? "" : "ID3v2 tag ") + written;
     }
 
     FileChange change_;

@@ -37,6 +37,16 @@ std::string time_text(std::int64_t ms) {
            padded(positive % kSecond, kMillisecondDigits);
 }
 
+bool has_id3v1(const cMPEGHeader& header) {
+    const eTagType type = header.TagType();
+    return type == v1TagOnly || type == v1andv2TagsBothPresent;
+}
+
+bool has_id3v2(const cMPEGHeader& header) {
+    const eTagType type = header.TagType();
+    return type == v2TagOnly || type == v1andv2TagsBothPresent;
+}
+
 std::string tag_type_text(eTagType type) {
     switch (type) {
         case v1TagOnly:

@@ -124,8 +124,7 @@ Json file_object(const std::string& name, std::int64_t size, const cMPEGHeader& 
                  const TagFacts& facts) {
     constexpr std::int64_t kBitsPerKilobit = 1'000;
     constexpr std::int64_t kRecord = 128;
-    const bool has_record =
-        header.TagType() == v1TagOnly || header.TagType() == v1andv2TagsBothPresent;
+    const bool has_record = has_id3v1(header);
     const ForeignTags foreign = find_foreign_tags(name, size - (has_record ? kRecord : 0));
     Json tags = Json::array();
     const auto add = [&](const std::string& kind, std::int64_t bytes) {
