@@ -9,6 +9,7 @@
 #include "facade/host_link.h"
 #include "facade/model_access.h"
 #include "id3v2/cMP3ID3v2.h"
+#include "id3v2/error_sources.h"
 #include "util/environment.h"
 #include "util/skip_errors.h"
 
@@ -16,7 +17,6 @@ namespace brindle {
 
 namespace {
 
-constexpr std::int32_t kFileNameNotSet = -896556;
 // A handler of DurationNeeded that reads Duration would call itself until the stack is used up.
 constexpr int kMaxDurationHandlers = 16;
 
@@ -199,7 +199,7 @@ void cMPEGHeader::RemoveTags(eTagType eTagTypes, const SaveOptions& options) {
 // A model that is inside a loop of its own must not be changed.
 cMP3ID3v2& cMPEGHeader::model_to_change(const LoopMark& mark) {
     if (!model_) {
-        throw Error(kFileNameNotSet, u"FileName is Not set");
+        throw Error(kFileNameNotSet);
     }
     if (mark.was_in_loop()) {
         throw Error(RuntimeError::InvalidCall);

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <iterator>
-#include <new>
 #include <utility>
 
 #include <brindle/cMPEGHeader.h>
@@ -11,21 +10,6 @@
 #include "id3v2/file_edit.h"
 
 namespace brindle {
-
-namespace {
-
-constexpr std::int32_t kFileNameNotSet = -896556;
-
-template <typename Step>
-auto with_memory_errors(Step step) {
-    try {
-        return step();
-    } catch (const std::bad_alloc&) {
-        throw Error(kWriterOutOfMemory);
-    }
-}
-
-}  // namespace
 
 struct TagEdit::State {
     std::unique_ptr<FileEdit> edit;
@@ -41,9 +25,9 @@ std::vector<EditedFrame> EditPlan::losses() const {
 TagEdit::TagEdit(const cMPEGHeader& header, const EditOptions& options)
     : state_(std::make_unique<State>()) {
     if (!header.model_ || !header.model_->has_file()) {
-        throw Error(kFileNameNotSet, u"FileName is Not set");
+        throw Error(kFileNameNotSet);
     }
-    state_->edit = with_memory_errors([&] { return header.model_->begin_edit(options); });
+    state_->edit = with_writer_memory([&] { return header.model_->begin_edit(options); });
 }
 
 TagEdit::TagEdit(TagEdit&& other) noexcept = default;
@@ -60,14 +44,11 @@ void TagEdit::preview(cMPEGHeader& preview) const {
 }
 
 TagFacts TagEdit::facts() const {
-    cMPEGHeader header;
-    preview(header);
-    return with_memory_errors(
-        [&] { return header.model_->read_tag_facts(state_->edit->content()); });
+    return with_writer_memory([&] { return state_->edit->facts(); });
 }
 
 void TagEdit::save(const SaveOptions& options) {
-    with_memory_errors([&] { state_->edit->save(options); });
+    with_writer_memory([&] { state_->edit->save(options); });
 }
 
 }  // namespace brindle

@@ -195,8 +195,6 @@ public:
     [[nodiscard]] std::unique_ptr<FileEdit> begin_edit(const EditOptions& options) const;
     // What the tag says by the public documents. Raises what reading the file raises.
     [[nodiscard]] TagFacts read_tag_facts() const;
-    // The same, were the file of that content.
-    [[nodiscard]] TagFacts read_tag_facts(const FileContent& content) const;
     // As FileName() would, were there a file of that content.
     void read_content(const String& name, const FileContent& content);
     // All frames of the file as it stands.
@@ -221,7 +219,6 @@ private:
     void save(const SaveOptions& options);
     [[nodiscard]] std::unique_ptr<BinaryFile> open_for_saving() const;
     [[nodiscard]] std::unique_ptr<BinaryFile> open_to_plan() const;
-    [[nodiscard]] TagFacts read_tag_facts(BinaryFile& file) const;
     void follow_audio(BinaryFile& file, std::int64_t length);
     void find_audio_again(BinaryFile& file);
     [[nodiscard]] TagArea find_area(BinaryFile& file, FileWindow& content);

@@ -37,14 +37,6 @@ constexpr std::string_view kRecordingTime = "TDRC";
 // Names that are longer are not looked for.
 constexpr std::size_t kMaxNameRead = 8'192;
 
-String wide(std::string_view id) {
-    String text;
-    for (const char character : id) {
-        text.push_back(widen(static_cast<std::uint8_t>(character)));
-    }
-    return text;
-}
-
 // Upper and lower case as one, for the letters that the code page has of both.
 String folded(String name) {
     for (char16_t& unit : name) {
@@ -143,17 +135,11 @@ public:
     }
 
     void read(const ByteRange& area) {
-        std::int64_t position = area.begin;
-        while (position < area.end) {
-            const std::optional<PublicTag> tag = read_public_tag(window_, position, area.end);
-            if (!tag) {
-                break;
+        for (const PublicTag& tag : read_public_tags(window_, area)) {
+            for (const PublicFrame& frame : tag.frames) {
+                take(frame, tag.version);
             }
-            for (const PublicFrame& frame : tag->frames) {
-                take(frame, tag->version);
-            }
-            take_rest(tag->rest);
-            position = tag->end;
+            take_rest(tag.rest);
         }
     }
 
@@ -188,7 +174,7 @@ private:
 
     void take(const PublicFrame& frame, std::uint8_t version) {
         EditedFrame planned_frame;
-        planned_frame.id = wide(frame.id());
+        planned_frame.id = text_of_id(frame.id());
         planned_frame.size = frame.size;
         planned_frame.number = ++counts_[std::string(frame.id())];
         Entry entry;
@@ -221,19 +207,11 @@ private:
 
     // What is neither frame nor padding.
     void take_rest(const ByteRange& rest) {
-        for (std::int64_t position = rest.begin; position < rest.end;) {
-            const Bytes bytes = window_.view_block(position, 1);
-            const auto other = std::find_if(bytes.begin(), bytes.end(),
-                                            [](std::uint8_t byte) { return byte != 0; });
-            position += other - bytes.begin();
-            if (bytes.empty() || position >= rest.end) {
-                return;
-            }
-            if (other != bytes.end()) {
-                EditedFrame frame;
-                frame.size = rest.end - position;
-                return lose(std::move(frame), EditLoss::NoFrame);
-            }
+        const std::int64_t other = end_of_zeros(window_, rest);
+        if (other < rest.end) {
+            EditedFrame frame;
+            frame.size = rest.end - other;
+            lose(std::move(frame), EditLoss::NoFrame);
         }
     }
 
@@ -350,13 +328,8 @@ private:
             return;
         }
         const ImportedFrame& frame = *entry.imported;
-        const std::string_view id = frame.id();
-        ByteVector header(id.begin(), id.end());
-        header.resize(kFrameLayout.header_size);
-        encode_number(static_cast<std::uint64_t>(frame.body.size()), kPlainShift,
-                      std::span(header).subspan(kFrameLayout.id_width, kFrameLayout.size_width));
-        std::copy(frame.flags.begin(), frame.flags.end(), header.end() - 2);
-        append(header);
+        append(
+            frame_header(frame.id(), static_cast<std::uint64_t>(frame.body.size()), frame.flags));
         if (std::cmp_less_equal(frame.body.size(), kMaxBodyInMemory)) {
             append(frame.body.read_all());
         } else {

@@ -26,7 +26,7 @@ std::unique_ptr<FileEdit> cMP3ID3v2::begin_edit(const EditOptions& options) cons
     const FileState state = as_writer([&] { return file->state(); });
     const auto find_accepted = [this](FileWindow& window) { return accepted_in(window); };
     return std::make_unique<FileEdit>(
-        FileToEdit{environment_, file_name_, Owner, std::move(file), state, find_accepted}, v1_,
+        FileToEdit{environment_, file_name_, Owner, std::move(file), state}, find_accepted, v1_,
         edited_fields(), options);
 }
 
@@ -54,19 +54,13 @@ std::vector<EditedField> cMP3ID3v2::edited_fields() const {
 
 TagFacts cMP3ID3v2::read_tag_facts() const {
     const std::unique_ptr<BinaryFile> file = open_to_plan();
-    return file ? read_tag_facts(*file) : TagFacts();
-}
-
-TagFacts cMP3ID3v2::read_tag_facts(const FileContent& content) const {
-    ContentFile file(content);
-    return read_tag_facts(file);
-}
-
-TagFacts cMP3ID3v2::read_tag_facts(BinaryFile& file) const {
+    if (!file) {
+        return {};
+    }
     return as_writer([&] {
-        FileWindow window(file);
+        FileWindow window(*file);
         const auto range = find_tag_range(window, accepted_in(window));
-        return read_facts(file, window, range.value_or(ByteRange()));
+        return read_facts(*file, window, range.value_or(ByteRange()));
     });
 }
 

@@ -1,6 +1,8 @@
 // Who raises an error: hosts tell readers' errors from writers' by the source.
 #pragma once
 
+#include <new>
+
 #include <brindle/error.h>
 #include <brindle/values.h>
 
@@ -13,6 +15,9 @@ inline const String kWriterSource = u"BrindleID3v2Tagger";
 // Made while there is memory to make them.
 inline const Error kOutOfMemory(RuntimeError::OutOfMemory);
 inline const Error kWriterOutOfMemory(RuntimeError::OutOfMemory, kWriterSource);
+
+// A member that needs a file was called before FileName.
+inline const Error kFileNameNotSet(-896556, u"FileName is Not set");
 
 // A tag that claims more than the file holds, with no audio to tell where it ends.
 inline const Error kEndlessTag(
@@ -43,6 +48,16 @@ auto as_writer(Step step) {
         return step();
     } catch (const Error& error) {
         throw error.from(kWriterSource);
+    }
+}
+
+// The same for memory that runs out on the way.
+template <typename Step>
+auto with_writer_memory(Step step) {
+    try {
+        return step();
+    } catch (const std::bad_alloc&) {
+        throw Error(kWriterOutOfMemory);
     }
 }
 

@@ -8,6 +8,7 @@
 #include "id3v2/frame_fields.h"
 #include "id3v2/imported_frame.h"
 #include "id3v2/public_tag_reader.h"
+#include "id3v2/tag_layout.h"
 #include "id3v2/text_encoding.h"
 
 namespace brindle {
@@ -55,8 +56,6 @@ private:
     }
 
     void take(FrameField field) {
-        constexpr std::size_t kLanguage = 3;
-        constexpr std::size_t kDate = 8;
         switch (field) {
             case FrameField::Encoding:
                 if (const Bytes byte = take_bytes(1); !byte.empty() && byte[0] <= kLastEncoding) {
@@ -64,18 +63,16 @@ private:
                 }
                 return;
             case FrameField::Language:
-                language = from_latin1(take_bytes(kLanguage));
+                language = from_latin1(take_bytes(width_of(field)));
                 return;
             case FrameField::OneByte:
-                if (const Bytes byte = take_bytes(1); !byte.empty()) {
+                if (const Bytes byte = take_bytes(width_of(field)); !byte.empty()) {
                     type = byte[0];
                 }
                 return;
             case FrameField::TwoBytes:
-                take_bytes(2);
-                return;
             case FrameField::Date:
-                take_bytes(kDate);
+                take_bytes(width_of(field));
                 return;
             case FrameField::Latin1String:
                 latin1_strings.push_back(take_string(TextEncoding::Latin1));
@@ -133,12 +130,11 @@ private:
         const auto fields = fields_of(id);
         return std::find(fields.begin(), fields.end(), FrameField::Text) != fields.end();
     }
-    static String wide(std::string_view id) { return {id.begin(), id.end()}; }
 
     void take_text(const ImportedFrame& frame) {
         const std::vector<std::uint8_t> content = frame.head(kMaxBodyInMemory);
         FrameText read(frame.id(), content);
-        facts_.texts.push_back({wide(frame.id()), std::move(read.language),
+        facts_.texts.push_back({text_of_id(frame.id()), std::move(read.language),
                                 read.strings.empty() ? String() : std::move(read.strings.front()),
                                 std::move(read.values)});
     }
@@ -147,7 +143,7 @@ private:
         const std::vector<std::uint8_t> content = frame.head(kMaxBodyInMemory);
         const std::size_t length = string_length(TextEncoding::Latin1, content);
         facts_.texts.push_back(
-            {wide(frame.id()), {}, {}, {from_latin1(Bytes(content).first(length))}});
+            {text_of_id(frame.id()), {}, {}, {from_latin1(Bytes(content).first(length))}});
     }
 
     void take_picture(const ImportedFrame& frame) {
@@ -170,19 +166,13 @@ TagFacts read_facts(BinaryFile& file, FileWindow& window, const ByteRange& range
     TagFacts facts;
     facts.tag_bytes = range.length();
     FactReader reader(file, facts);
-    std::int64_t position = range.begin;
-    while (position < range.end) {
-        const std::optional<PublicTag> tag = read_public_tag(window, position, range.end);
-        if (!tag) {
-            break;
-        }
+    for (const PublicTag& tag : read_public_tags(window, range)) {
         if (facts.version == 0) {
-            facts.version = tag->version;
+            facts.version = tag.version;
         }
-        for (const PublicFrame& frame : tag->frames) {
-            reader.take(frame, tag->version);
+        for (const PublicFrame& frame : tag.frames) {
+            reader.take(frame, tag.version);
         }
-        position = tag->end;
     }
     return facts;
 }

@@ -60,10 +60,7 @@ ByteVector code_page_body(const EditedField& field) {
 }
 
 ByteVector with_header(std::string_view id, std::span<const std::uint8_t> body) {
-    ByteVector frame(kFrameLayout.header_size);
-    std::copy_n(id.begin(), std::min(id.size(), kFrameLayout.id_width), frame.begin());
-    encode_number(body.size(), kPlainShift,
-                  std::span(frame).subspan(kFrameLayout.id_width, kFrameLayout.size_width));
+    ByteVector frame = frame_header(id, body.size());
     frame.insert(frame.end(), body.begin(), body.end());
     return frame;
 }

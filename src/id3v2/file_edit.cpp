@@ -9,9 +9,11 @@
 #include "id3v2/custom_field_names.h"
 #include "id3v2/edited_tag.h"
 #include "id3v2/error_sources.h"
+#include "id3v2/fact_reader.h"
 #include "id3v2/imported_frame.h"
 #include "id3v2/plan_step.h"
 #include "id3v2/public_tag_reader.h"
+#include "id3v2/stream_finder.h"
 #include "id3v2/tag_area.h"
 #include "id3v2/tag_builder.h"
 #include "id3v2/tag_range.h"
@@ -19,8 +21,8 @@
 
 namespace brindle {
 
-FileEdit::FileEdit(FileToEdit file, const cMP3ID3v1& record, std::vector<EditedField> fields,
-                   const EditOptions& options)
+FileEdit::FileEdit(FileToEdit file, const FindAccepted& find_accepted, const cMP3ID3v1& record,
+                   std::vector<EditedField> fields, const EditOptions& options)
     : subject_(std::move(file)), fields_(std::move(fields)), options_(options) {
     as_writer([&] {
         plan_step(plan_.refusal, [&] {
@@ -28,7 +30,7 @@ FileEdit::FileEdit(FileToEdit file, const cMP3ID3v1& record, std::vector<EditedF
             plan_record(record);
             layout_.content = old_content_;
             if (!fields_.empty()) {
-                plan_tag();
+                plan_tag(find_accepted);
             }
         });
     });
@@ -45,12 +47,12 @@ void FileEdit::plan_record(const cMP3ID3v1& record) {
     old_content_ = with_record(*subject_.file, subject_.state.length, record_);
 }
 
-void FileEdit::plan_tag() {
+void FileEdit::plan_tag(const FindAccepted& find_accepted) {
     ContentFile old_file(old_content_);
     FileWindow window(old_file);
     // The tag's first block holds the accepted frame of most files, too.
     (void)window.view(0, 1);
-    const std::optional<AcceptedFrame> accepted = subject_.find_accepted(window);
+    const std::optional<AcceptedFrame> accepted = find_accepted(window);
     const std::optional<ByteRange> old_tag = find_tag_range(window, accepted);
     if (old_tag) {
         plan_.tag_version = read_public_tag_header(window, old_tag->begin)->version;
@@ -127,6 +129,17 @@ std::vector<Overwrite> FileEdit::overwrites() const {
         changes.push_back({patch.offset, patch.bytes, patch.old_bytes});
     }
     return changes;
+}
+
+TagFacts FileEdit::facts() const {
+    ContentFile file(content());
+    FileWindow window(file);
+    if (fields_.empty()) {
+        const auto accepted = find_stream(subject_.environment, subject_.name, window);
+        return read_facts(file, window, find_tag_range(window, accepted).value_or(ByteRange()));
+    }
+    const std::int64_t end = layout_.tag_position + layout_.tag.size();
+    return read_facts(file, window, {layout_.tag_position, end});
 }
 
 void FileEdit::save(const SaveOptions& options) {

@@ -9,6 +9,7 @@
 
 #include <brindle/save_options.h>
 #include <brindle/tag_edit.h>
+#include <brindle/tag_facts.h>
 #include <brindle/values.h>
 
 #include "id3v1/cMP3ID3v1.h"
@@ -30,20 +31,23 @@ struct FileToEdit {
     Host* host = nullptr;
     std::unique_ptr<BinaryFile> file;
     FileState state;
-    // The stream's accepted frame in the file as it stands.
-    std::function<std::optional<AcceptedFrame>(FileWindow& file)> find_accepted;
 };
+
+// Finds the stream's accepted frame in the file as it stands.
+using FindAccepted = std::function<std::optional<AcceptedFrame>(FileWindow& file)>;
 
 class FileEdit {
 public:
     // Without fields the tag stays as it is. `record` is written where the host has set some of it.
-    FileEdit(FileToEdit file, const cMP3ID3v1& record, std::vector<EditedField> fields,
-             const EditOptions& options);
+    FileEdit(FileToEdit file, const FindAccepted& find_accepted, const cMP3ID3v1& record,
+             std::vector<EditedField> fields, const EditOptions& options);
 
     [[nodiscard]] const String& name() const noexcept { return subject_.name; }
     [[nodiscard]] const EditPlan& plan() const noexcept { return plan_; }
     // The file as it will be. Its bytes are read from the old one, as long as this object lives.
     [[nodiscard]] const FileContent& content() const noexcept { return layout_.content; }
+    // What the tag will say by the public documents.
+    [[nodiscard]] TagFacts facts() const;
     void save(const SaveOptions& options);
 
 private:
@@ -55,7 +59,7 @@ private:
     };
 
     void plan_record(const cMP3ID3v1& record);
-    void plan_tag();
+    void plan_tag(const FindAccepted& find_accepted);
     void lay_out_tag(const std::optional<ByteRange>& old_tag, const FileContent& tag);
     // Nothing where too much would have to be held in memory.
     [[nodiscard]] std::optional<std::vector<Patch>> patches_in_place() const;

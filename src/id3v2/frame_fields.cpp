@@ -48,6 +48,22 @@ constexpr Row kRows[] = {
 
 }  // namespace
 
+std::size_t width_of(FrameField field) noexcept {
+    switch (field) {
+        case Encoding:
+        case OneByte:
+            return 1;
+        case TwoBytes:
+            return 2;
+        case Language:
+            return 3;
+        case Date:
+            return 8;
+        default:
+            return 0;
+    }
+}
+
 std::span<const FrameField> fields_of(std::string_view id) noexcept {
     const auto* const row = std::find_if(std::begin(kRows), std::end(kRows),
                                          [id](const Row& candidate) { return candidate.id == id; });

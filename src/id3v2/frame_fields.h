@@ -1,6 +1,7 @@
 // What the bodies of frames are made of, as far as text of an encoding is in them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -19,6 +20,9 @@ enum class FrameField : std::uint8_t {
     SyncedText,     // strings in the frame's encoding, each followed by a time of four bytes
     Data,           // bytes up to the end
 };
+
+// The bytes of a field that is always of one width; 0 for the others.
+[[nodiscard]] std::size_t width_of(FrameField field) noexcept;
 
 // The fields of a frame of version 2.3 or 2.4; none for a frame without an encoding. Text frames
 // are all whose id begins with "T".

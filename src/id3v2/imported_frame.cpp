@@ -24,20 +24,6 @@ using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::size_t kLengthWidth = 4;
 
-// Format flags, the second byte. A frame's documents: 2.3.0 section 3.3.1, 2.4.0 section 4.1.2.
-namespace version3 {
-constexpr std::uint8_t kCompressed = 0x80;
-constexpr std::uint8_t kEncrypted = 0x40;
-constexpr std::uint8_t kGrouped = 0x20;
-}  // namespace version3
-namespace version4 {
-constexpr std::uint8_t kGrouped = 0x40;
-constexpr std::uint8_t kCompressed = 0x08;
-constexpr std::uint8_t kEncrypted = 0x04;
-constexpr std::uint8_t kUnsynchronised = 0x02;
-constexpr std::uint8_t kHasLength = 0x01;
-}  // namespace version4
-
 // --- Bytes of a content, one after the other
 
 class ContentStream final : public ByteStream {
@@ -178,8 +164,6 @@ private:
     }
 
     void take(FrameField field) {
-        constexpr std::size_t kLanguage = 3;
-        constexpr std::size_t kDate = 8;
         constexpr std::size_t kStamp = 4;
         switch (field) {
             case FrameField::Encoding:
@@ -187,13 +171,10 @@ private:
                 ++position_;
                 return;
             case FrameField::Language:
-                return copy(kLanguage);
             case FrameField::OneByte:
-                return copy(1);
             case FrameField::TwoBytes:
-                return copy(2);
             case FrameField::Date:
-                return copy(kDate);
+                return copy(width_of(field));
             case FrameField::Latin1String:
                 return copy(string_length(TextEncoding::Latin1, ahead()) + 1);
             case FrameField::EncodedString:
@@ -264,9 +245,9 @@ Version4Prefix split_prefix(std::uint8_t format, Bytes content) {
         prefix.size += bytes.size();
         return {bytes.begin(), bytes.end()};
     };
-    prefix.group = take(version4::kGrouped, 1);
-    prefix.method = take(version4::kEncrypted, 1);
-    prefix.length = take(version4::kHasLength, kLengthWidth);
+    prefix.group = take(version4_flags::kGrouped, 1);
+    prefix.method = take(version4_flags::kEncrypted, 1);
+    prefix.length = take(version4_flags::kHasLength, kLengthWidth);
     return prefix;
 }
 
@@ -280,19 +261,19 @@ std::optional<Flags> version3_flags(const std::array<std::uint8_t, 2>& of_versio
         result.flags[1] = static_cast<std::uint8_t>(result.flags[1] | flag);
         result.prefix.insert(result.prefix.end(), bytes.begin(), bytes.end());
     };
-    if ((format & version4::kCompressed) != 0) {
+    if ((format & version4_flags::kCompressed) != 0) {
         if (prefix.length.size() < kLengthWidth) {
             return std::nullopt;
         }
         ByteVector length(kLengthWidth);
         encode_number(decode_number(prefix.length, kSyncsafeShift), kPlainShift, length);
-        add(version3::kCompressed, length);
+        add(version3_flags::kCompressed, length);
     }
-    if ((format & version4::kEncrypted) != 0) {
-        add(version3::kEncrypted, prefix.method);
+    if ((format & version4_flags::kEncrypted) != 0) {
+        add(version3_flags::kEncrypted, prefix.method);
     }
-    if ((format & version4::kGrouped) != 0) {
-        add(version3::kGrouped, prefix.group);
+    if ((format & version4_flags::kGrouped) != 0) {
+        add(version3_flags::kGrouped, prefix.group);
     }
     return result;
 }
@@ -380,7 +361,8 @@ std::optional<ConvertedFrame> convert_version4(std::string_view id,
         return std::nullopt;
     }
     content = from(content, static_cast<std::int64_t>(prefix.size));
-    const bool is_packed = (flags[1] & (version4::kCompressed | version4::kEncrypted)) != 0;
+    const bool is_packed =
+        (flags[1] & (version4_flags::kCompressed | version4_flags::kEncrypted)) != 0;
     ConvertedFrame frame;
     frame.flags = version3->flags;
     frame.prefix = static_cast<std::int64_t>(version3->prefix.size());
@@ -412,7 +394,7 @@ FileContent with_converted_frames(std::string_view id, const FileContent& conten
         std::copy(inner.header.end() - 2, inner.header.end(), flags.begin());
         const auto converted =
             convert_version4(inner_id, flags, part_of(content, inner.begin, inner.end),
-                             (flags[1] & version4::kUnsynchronised) != 0, depth + 1);
+                             (flags[1] & version4_flags::kUnsynchronised) != 0, depth + 1);
         if (!converted) {
             return content;
         }

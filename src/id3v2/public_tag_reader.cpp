@@ -29,16 +29,16 @@ struct FrameFlag {
     bool unsynchronised;
 };
 constexpr FrameFlag kVersion3Flags[] = {
-    {0x80, 4, true, false},   // compressed; the length without compression
-    {0x40, 1, true, false},   // encrypted; the method
-    {0x20, 1, false, false},  // grouped; the group
+    {version3_flags::kCompressed, 4, true, false},
+    {version3_flags::kEncrypted, 1, true, false},
+    {version3_flags::kGrouped, 1, false, false},
 };
 constexpr FrameFlag kVersion4Flags[] = {
-    {0x40, 1, false, false},  // grouped
-    {0x08, 0, true, false},   // compressed
-    {0x04, 1, true, false},   // encrypted
-    {0x02, 0, false, true},   // unsynchronised
-    {0x01, 4, false, false},  // the length of the content in front of it
+    {version4_flags::kGrouped, 1, false, false},
+    {version4_flags::kCompressed, 0, true, false},
+    {version4_flags::kEncrypted, 1, true, false},
+    {version4_flags::kUnsynchronised, 0, false, true},
+    {version4_flags::kHasLength, 4, false, false},
 };
 
 bool is_id_character(std::uint8_t byte) noexcept {
@@ -304,6 +304,34 @@ std::optional<PublicTag> read_public_tag(FileWindow& file, std::int64_t position
     tag.frames = std::move(walk.frames);
     tag.rest.begin = walk.end;
     return tag;
+}
+
+std::vector<PublicTag> read_public_tags(FileWindow& file, const ByteRange& range) {
+    std::vector<PublicTag> tags;
+    std::int64_t position = range.begin;
+    while (position < range.end) {
+        std::optional<PublicTag> tag = read_public_tag(file, position, range.end);
+        if (!tag) {
+            break;
+        }
+        position = tag->end;
+        tags.push_back(std::move(*tag));
+    }
+    return tags;
+}
+
+std::int64_t end_of_zeros(FileWindow& file, const ByteRange& range) {
+    std::int64_t position = range.begin;
+    while (position < range.end) {
+        const auto block = file.view_block(position, 1);
+        const auto other =
+            std::find_if(block.begin(), block.end(), [](std::uint8_t byte) { return byte != 0; });
+        position += other - block.begin();
+        if (block.empty() || other != block.end()) {
+            break;
+        }
+    }
+    return std::min(position, range.end);
 }
 
 std::vector<std::uint8_t> read_content(FileWindow& file, const PublicFrame& frame,

@@ -131,6 +131,12 @@ struct PublicTag {
     FileWindow& file, std::int64_t position,
     std::int64_t limit = std::numeric_limits<std::int64_t>::max());
 
+// The tags that stand one after the other in the range.
+[[nodiscard]] std::vector<PublicTag> read_public_tags(FileWindow& file, const ByteRange& range);
+
+// Where the first byte other than 0 stands; the range's end, or the file's before it, without one.
+[[nodiscard]] std::int64_t end_of_zeros(FileWindow& file, const ByteRange& range);
+
 // What the frame holds when prefix and unsynchronisation are undone, up to `most` bytes of it.
 // Empty for a packed one.
 [[nodiscard]] std::vector<std::uint8_t> read_content(FileWindow& file, const PublicFrame& frame,

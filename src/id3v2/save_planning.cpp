@@ -37,14 +37,6 @@ constexpr std::u16string_view kVersion2Custom = u"TXX";
 // More than any frame that is taken into memory has; what is longer can't have been kept.
 constexpr std::size_t kMostCompared = kLargestPictureSize + 1;
 
-String wide_id(std::string_view id) {
-    String text;
-    for (const char character : id) {
-        text.push_back(widen(static_cast<std::uint8_t>(character)));
-    }
-    return text;
-}
-
 FrameId written_id(const String& id) {
     FrameId narrow_id{};
     for (std::size_t i = 0; i < std::min(id.size(), narrow_id.size()); ++i) {
@@ -171,7 +163,7 @@ public:
             if (frame.size == 0) {
                 continue;  // no frame at all
             }
-            TagFrame entry{wide_id(frame.id()), 0, frame.size, {}};
+            TagFrame entry{text_of_id(frame.id()), 0, frame.size, {}};
             entry.number = ++counts_[written_id(entry.id)];
             if (entry.id == kCustomFrame || entry.id == kVersion2Custom) {
                 entry.name = description_of(read_content(file_, frame, kMostCompared));
@@ -263,7 +255,7 @@ private:
             }
             return;
         }
-        const String id = wide_id(from_version2_id(frame.id()));
+        const String id = text_of_id(from_version2_id(frame.id()));
         const std::optional<Bytes> body = id.empty() ? std::nullopt : written_.body(id, 1);
         if (!body) {
             lose(entry, LossReason::Version2);

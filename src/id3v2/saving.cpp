@@ -1,7 +1,6 @@
 // The members of cMP3ID3v2 that write its edits into the file.
 #include <algorithm>
 #include <array>
-#include <new>
 #include <span>
 #include <utility>
 #include <vector>
@@ -30,11 +29,7 @@ FileContent built_tag(const FrameStore& frames) {
 }  // namespace
 
 void cMP3ID3v2::Update(const SaveOptions& options) {
-    try {
-        save(options);
-    } catch (const std::bad_alloc&) {
-        throw Error(kWriterOutOfMemory);
-    }
+    with_writer_memory([&] { save(options); });
 }
 
 void cMP3ID3v2::save(const SaveOptions& options) {

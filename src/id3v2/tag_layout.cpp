@@ -1,5 +1,8 @@
 #include "id3v2/tag_layout.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "util/code_page.h"
 
 namespace brindle {
@@ -38,6 +41,23 @@ String text_of(FrameId id) {
         }
     }
     return text;
+}
+
+String text_of_id(std::string_view id) {
+    String text;
+    std::transform(id.begin(), id.end(), std::back_inserter(text),
+                   [](char character) { return widen(static_cast<std::uint8_t>(character)); });
+    return text;
+}
+
+std::vector<std::uint8_t> frame_header(std::string_view id, std::uint64_t body_size,
+                                       const std::array<std::uint8_t, 2>& flags) {
+    std::vector<std::uint8_t> header(kFrameLayout.header_size);
+    std::copy_n(id.begin(), std::min(id.size(), kFrameLayout.id_width), header.begin());
+    encode_number(body_size, kPlainShift,
+                  std::span(header).subspan(kFrameLayout.id_width, kFrameLayout.size_width));
+    std::copy(flags.begin(), flags.end(), header.end() - 2);
+    return header;
 }
 
 void encode_number(std::uint64_t value, int shift, std::span<std::uint8_t> into) noexcept {

@@ -18,10 +18,12 @@
 // by tools that never did.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include <brindle/values.h>
 
@@ -50,6 +52,7 @@ enum class FrameId : std::uint32_t {};
 }
 // As it is kept: each byte a character of the code page.
 [[nodiscard]] String text_of(FrameId id);
+[[nodiscard]] String text_of_id(std::string_view id);
 inline constexpr FrameId kNoFrameId = frame_id("");  // NULs: padding
 inline constexpr FrameId kPictureFrameId = frame_id("APIC");
 inline constexpr FrameId kCustomFrameId = frame_id("TXXX");
@@ -82,6 +85,25 @@ inline constexpr int kSyncsafeShift = -1;  // base 128; the top bit of a byte is
 }
 // The rightmost digits that fit into `into`, padded with zeros on the left.
 void encode_number(std::uint64_t value, int shift, std::span<std::uint8_t> into) noexcept;
+
+// The header of a version 3 frame.
+[[nodiscard]] std::vector<std::uint8_t> frame_header(std::string_view id, std::uint64_t body_size,
+                                                     const std::array<std::uint8_t, 2>& flags = {});
+
+// What the second byte of a frame's flags says of its body: "ID3 tag version 2.3.0", section 3.3.1,
+// and "ID3 tag version 2.4.0 - Main Structure", section 4.1.2.
+namespace version3_flags {
+inline constexpr std::uint8_t kCompressed = 0x80;  // the length without compression in front
+inline constexpr std::uint8_t kEncrypted = 0x40;   // the method in front
+inline constexpr std::uint8_t kGrouped = 0x20;     // the group in front
+}  // namespace version3_flags
+namespace version4_flags {
+inline constexpr std::uint8_t kGrouped = 0x40;
+inline constexpr std::uint8_t kCompressed = 0x08;
+inline constexpr std::uint8_t kEncrypted = 0x04;
+inline constexpr std::uint8_t kUnsynchronised = 0x02;
+inline constexpr std::uint8_t kHasLength = 0x01;  // of the content, in front of it
+}  // namespace version4_flags
 
 // The version 3 id under which a version 2 frame is kept; "" for those without a counterpart here.
 [[nodiscard]] std::string_view from_version2_id(std::string_view id) noexcept;

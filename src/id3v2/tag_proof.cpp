@@ -25,30 +25,14 @@ bool stands_at(FileWindow& file, std::int64_t position, std::string_view text) {
     return bytes.size() == text.size() && std::equal(bytes.begin(), bytes.end(), text.begin());
 }
 
-bool are_zeros(FileWindow& file, std::int64_t begin, std::int64_t end) {
-    while (begin < end) {
-        const Bytes block = file.view_block(begin, 1);
-        if (block.empty()) {
-            return false;
-        }
-        const auto left = static_cast<std::size_t>(
-            std::min<std::int64_t>(end - begin, static_cast<std::int64_t>(block.size())));
-        const Bytes part = block.first(left);
-        if (!std::all_of(part.begin(), part.end(), [](std::uint8_t byte) { return byte == 0; })) {
-            return false;
-        }
-        begin += static_cast<std::int64_t>(left);
-    }
-    return true;
-}
-
 // --- A tag that ends where it claims to
 
 bool frames_end_exactly(FileWindow& file, const PublicTagHeader& header, FrameSizes sizes) {
     PublicFrameReader frames(file, header, sizes, FrameIds::Any);
     while (frames.next()) {
     }
-    return frames.ended_well() && are_zeros(file, frames.position(), header.claimed_end);
+    return frames.ended_well() &&
+           end_of_zeros(file, {frames.position(), header.claimed_end}) == header.claimed_end;
 }
 
 // Frames and padding fill the tag to its last byte.

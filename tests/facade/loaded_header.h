@@ -27,6 +27,9 @@ struct LoadedHeader {
         header.FileName(kSong);
     }
 
+    [[nodiscard]] MemoryFiles& files() { return world.files; }
+    [[nodiscard]] const Bytes& content() const { return world.files.content(kSong); }
+
     MemoryEnvironment world;
     cMPEGHeader header{world.environment};
 };

@@ -10,6 +10,7 @@
 #include <brindle/cMPEGHeader.h>
 #include <brindle/save_plan.h>
 
+#include "facade/loaded_header.h"
 #include "support/frames.h"
 #include "support/memory_environment.h"
 #include "support/tags.h"
@@ -20,8 +21,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using namespace std::string_view_literals;
-
-const String kName = u"song.mp3";
 
 std::string narrow_text(const String& text) {
     return {text.begin(), text.end()};
@@ -71,27 +70,10 @@ Words changes(const SavePlan& plan) {
     return words;
 }
 
-Bytes audio() {
-    return stream(Frame{}, 120);
-}
-
-class OpenedFile {
-public:
-    explicit OpenedFile(const Bytes& content) {
-        world_.files.put(kName, content);
-        header.FileName(kName);
-        world_.files.reset_counts();
-    }
+struct OpenedFile : LoadedHeader {
+    explicit OpenedFile(const Bytes& file) : LoadedHeader(file) { world.files.reset_counts(); }
 
     [[nodiscard]] SavePlan plan() const { return plan_save(header); }
-    [[nodiscard]] MemoryFiles& files() { return world_.files; }
-    [[nodiscard]] const Bytes& content() const { return world_.files.content(kName); }
-
-private:
-    MemoryEnvironment world_;
-
-public:
-    cMPEGHeader header{world_.environment};
 };
 
 Bytes letters(std::size_t count) {
@@ -395,7 +377,7 @@ TEST(SavePlan, StreamAfterATagOfMoreThanHalfOfTheFileIsLost) {
     }
     EXPECT_TRUE(file.plan().loses_stream);
     file.header.SaveAllInfo();
-    file.header.FileName(kName);
+    file.header.FileName(kSong);
     EXPECT_EQ(file.header.Frequency(), 0);
 }
 
@@ -513,7 +495,7 @@ TEST(SavePlan, WithoutAFileThereIsNothingToPlan) {
 
 TEST(SavePlan, FileThatIsGoneHasNone) {
     OpenedFile file(audio());
-    file.files().remove(kName);
+    file.files().remove(kSong);
     EXPECT_EQ(file.plan().needed_length, 0);
 }
 
@@ -545,7 +527,7 @@ TEST(SavePlan, EachCallThatFailsRaises) {
 TEST(SavePlan, FileThatWasNotReadWholeHasNone) {
     OpenedFile file(Tag(3).text("TIT2", "Song").padded_to(20'000) + audio());
     file.files().fail({.nth = 2, .call = FileCall::Read, .from_then_on = true});
-    file.header.FileName(kName);
+    file.header.FileName(kSong);
     ASSERT_TRUE(file.files().has_failed());
     file.files().fail_nothing();
     EXPECT_THROW(static_cast<void>(file.plan()), Error);

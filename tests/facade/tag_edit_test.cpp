@@ -11,6 +11,7 @@
 #include <brindle/cMPEGHeader.h>
 #include <brindle/tag_edit.h>
 
+#include "facade/loaded_header.h"
 #include "support/frames.h"
 #include "support/memory_environment.h"
 #include "support/tags.h"
@@ -22,12 +23,12 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using namespace std::string_view_literals;
 
-const String kName = u"song.mp3";
 constexpr std::string_view kStamp = "TXXX=\0TAGGED BY\0CorvaneTagger- Revised Feb 2011"sv;
 
 using Words = std::vector<std::string>;
 
-Bytes audio() {
+// Longer than the tags.
+Bytes long_audio() {
     return stream(Frame{}, 600);
 }
 
@@ -86,30 +87,17 @@ Words fates(const EditPlan& plan) {
     return words;
 }
 
-class OpenedFile {
-public:
-    explicit OpenedFile(const Bytes& content) {
-        world_.files.put(kName, content);
-        header.FileName(kName);
-        world_.files.reset_counts();
-    }
+struct OpenedFile : LoadedHeader {
+    using LoadedHeader::LoadedHeader;
 
     // Edits with the values that are set, and opens the file again.
     EditPlan edit(const EditOptions& options = {}) {
         TagEdit edit(header, options);
         EditPlan plan = edit.plan();
         edit.save();
-        header.FileName(kName);
+        header.FileName(kSong);
         return plan;
     }
-    [[nodiscard]] MemoryFiles& files() { return world_.files; }
-    [[nodiscard]] const Bytes& content() const { return world_.files.content(kName); }
-
-private:
-    MemoryEnvironment world_;
-
-public:
-    cMPEGHeader header{world_.environment};
 };
 
 using Set = std::function<void(cMPEGHeader&)>;
@@ -182,16 +170,16 @@ std::vector<EditCase> edit_cases() {
 class TagEdits : public ::testing::TestWithParam<EditCase> {};
 
 TEST_P(TagEdits, ChangeWhatWasSetAndNothingElse) {
-    OpenedFile file(GetParam().tag + audio());
+    OpenedFile file(GetParam().tag + long_audio());
     GetParam().set(file.header);
     const EditPlan plan = file.edit();
     EXPECT_THAT(plan.losses(), IsEmpty());
     EXPECT_EQ(frames_of(file.content()), GetParam().frames);
-    EXPECT_EQ(file.content().last(audio().size()), audio());
+    EXPECT_EQ(file.content().last(long_audio().size()), long_audio());
 }
 
 TEST_P(TagEdits, ASecondTimeChangeNoByte) {
-    OpenedFile file(GetParam().tag + audio());
+    OpenedFile file(GetParam().tag + long_audio());
     GetParam().set(file.header);
     file.edit();
     const Bytes once = file.content();
@@ -201,7 +189,7 @@ TEST_P(TagEdits, ASecondTimeChangeNoByte) {
 }
 
 TEST_P(TagEdits, ShowBeforeWhatHostsWillRead) {
-    OpenedFile file(GetParam().tag + audio());
+    OpenedFile file(GetParam().tag + long_audio());
     GetParam().set(file.header);
     MemoryEnvironment elsewhere;
     cMPEGHeader preview(elsewhere.environment);
@@ -209,7 +197,7 @@ TEST_P(TagEdits, ShowBeforeWhatHostsWillRead) {
     edit.preview(preview);
     const TagFacts facts = edit.facts();
     edit.save();
-    file.header.FileName(kName);
+    file.header.FileName(kSong);
     EXPECT_EQ(preview.Album(), file.header.Album());
     EXPECT_EQ(preview.CueInmSStart(), file.header.CueInmSStart());
     EXPECT_EQ(preview.Duration(), file.header.Duration());
@@ -227,7 +215,7 @@ TEST(EditPlan, TellsTheFateOfEachFrame) {
                         .text("TIT2", "Old")
                         .text("TALB", "A")
                         .padding(99) +
-                    audio());
+                    long_audio());
     file.header.Song(u"New");
     const EditPlan plan = file.edit();
     EXPECT_THAT(fates(plan), ElementsAre("TIT3:1 moved", "TIT2:1 changed", "TALB:1 kept"));
@@ -237,7 +225,7 @@ TEST(EditPlan, TellsTheFateOfEachFrame) {
 }
 
 TEST(EditPlan, TellsConversions) {
-    OpenedFile file(Tag(4).utf8_text("TALB", "A").padding(99) + audio());
+    OpenedFile file(Tag(4).utf8_text("TALB", "A").padding(99) + long_audio());
     file.header.Song(u"New");
     EXPECT_THAT(fates(file.edit()), ElementsAre("TALB:1 converted"));
 }
@@ -249,7 +237,7 @@ TEST(EditPlan, NamesDuplicatesOtherCasesAndUnseenFields) {
                         .field("cue in", "3")
                         .frame("TXXX", "\1\xFF\xFEI\0n\0t\0r\0o\0\0\0\xFF\xFE\x37\0"sv)
                         .padding(99) +
-                    audio());
+                    long_audio());
     file.header.CueInmSStart(5);
     const EditPlan plan = file.edit();
     EXPECT_THAT(labels(plan.duplicates), ElementsAre("TXXX:2"));
@@ -271,7 +259,7 @@ void PrintTo(const LossCase& loss_case, std::ostream* out) {
 class EditLosses : public ::testing::TestWithParam<LossCase> {};
 
 TEST_P(EditLosses, AreWhatTheDocumentsMakeUnreadable) {
-    OpenedFile file(GetParam().tag + audio());
+    OpenedFile file(GetParam().tag + long_audio());
     file.header.Song(u"New");
     const EditPlan plan = TagEdit(file.header).plan();
     EXPECT_EQ(fates(plan), GetParam().fates);
@@ -312,7 +300,7 @@ TEST(TagEdit, WritesInPlaceNoMoreThanWhatDiffers) {
                         .frame("TXXX", kStamp.substr(5))
                         .frame("APIC", picture)
                         .padding(99) +
-                    audio());
+                    long_audio());
     file.header.Song(u"New");
     TagEdit edit(file.header);
     EXPECT_TRUE(edit.plan().fits);
@@ -323,53 +311,53 @@ TEST(TagEdit, WritesInPlaceNoMoreThanWhatDiffers) {
 
 TEST(TagEdit, RebuildsWhereALargeFrameMoves) {
     const Bytes picture = Bytes("\0image/png\0\3\0"sv) + letters(90'000);
-    OpenedFile file(Tag(3).text("TIT2", "Old").frame("APIC", picture).padding(999) + audio());
+    OpenedFile file(Tag(3).text("TIT2", "Old").frame("APIC", picture).padding(999) + long_audio());
     file.header.Song(u"Newer");
     const EditPlan plan = file.edit();
     EXPECT_FALSE(plan.fits);
     EXPECT_EQ(frames_of(file.content()).back(), "APIC=" + picture.text());
-    EXPECT_EQ(file.content().last(audio().size()), audio());
+    EXPECT_EQ(file.content().last(long_audio().size()), long_audio());
 }
 
 TEST(TagEdit, LeavesTheTagAloneWhereOnlyTheRecordIsSet) {
     const Bytes tag = Tag(4).utf8_text("TIT2", "Old").padding(50).bytes();
-    OpenedFile file(tag + audio());
+    OpenedFile file(tag + long_audio());
     file.header.Titlev1Tag(u"New");
     const EditPlan plan = file.edit();
     EXPECT_EQ(plan.needed_length, 0);
     EXPECT_EQ(file.content().first(tag.size()), tag);
-    EXPECT_EQ(file.content().size(), tag.size() + audio().size() + 128);
+    EXPECT_EQ(file.content().size(), tag.size() + long_audio().size() + 128);
 }
 
 TEST(TagEdit, LeavesTheRecordAloneWhereNoneOfItIsSet) {
     const Bytes record = Bytes("TAG") + repeated(125, '~');
-    OpenedFile file(Tag(3).padding(300) + audio() + record);
+    OpenedFile file(Tag(3).padding(300) + long_audio() + record);
     file.header.CueInmSStart(1);
     file.edit();
     EXPECT_EQ(file.content().last(128), record);
-    OpenedFile bare(Tag(3).padding(300) + audio());
+    OpenedFile bare(Tag(3).padding(300) + long_audio());
     bare.header.CueInmSStart(1);
     bare.edit();
-    EXPECT_EQ(bare.content().last(audio().size()), audio());
+    EXPECT_EQ(bare.content().last(long_audio().size()), long_audio());
 }
 
 TEST(TagEdit, KeepsWhatStandsBetweenTagAndAudio) {
     const Bytes tag = Tag(3).text("TALB", "A").padding(300).bytes();
     const Bytes junk = repeated(77, 'j');
-    OpenedFile file(tag + junk + audio());
+    OpenedFile file(tag + junk + long_audio());
     file.header.Song(u"New");
     EXPECT_THAT(file.edit().losses(), IsEmpty());
     EXPECT_EQ(file.content().part(tag.size(), 77), junk);
     file.header.Composer(String(400, u'c'));
     file.edit();
-    EXPECT_EQ(file.content().last(junk.size() + audio().size()), junk + audio());
+    EXPECT_EQ(file.content().last(junk.size() + long_audio().size()), junk + long_audio());
 }
 
 TEST(TagEdit, KeepsWhatStandsInFrontOfAudioWithoutATag) {
-    OpenedFile file(repeated(50, 'j') + audio());
+    OpenedFile file(repeated(50, 'j') + long_audio());
     file.header.Song(u"New");
     file.edit();
-    EXPECT_EQ(file.content().last(50 + audio().size()), repeated(50, 'j') + audio());
+    EXPECT_EQ(file.content().last(50 + long_audio().size()), repeated(50, 'j') + long_audio());
     EXPECT_THAT(frames_of(file.content()), ElementsAre(title(), std::string(kStamp)));
 }
 
@@ -382,7 +370,7 @@ TEST(TagEdit, EditsTheTagOfAShortFile) {
 }
 
 TEST(TagEdit, WritesUtf16WhereTheCodePageHoldsNoSuchText) {
-    OpenedFile file(Tag(3).padding(400) + audio());
+    OpenedFile file(Tag(3).padding(400) + long_audio());
     file.header.Writev1v2Separate(true);
     file.header.Title(u"\u0141");
     file.header.Album(u"\u00E9");
@@ -402,14 +390,14 @@ TEST(TagEdit, WritesUtf16WhereTheCodePageHoldsNoSuchText) {
 TEST(TagEdit, NeedsAFile) {
     const cMPEGHeader empty;
     EXPECT_THROW(TagEdit{empty}, Error);
-    OpenedFile file(audio());
+    OpenedFile file(long_audio());
     file.header.Song(u"New");
-    file.files().remove(kName);
+    file.files().remove(kSong);
     EXPECT_THROW(TagEdit(file.header), Error);
 }
 
 TEST(TagEdit, EndsWhereTheHostRefusesTheChange) {
-    OpenedFile file(Tag(3).padding(300) + audio());
+    OpenedFile file(Tag(3).padding(300) + long_audio());
     const Bytes before = file.content();
     file.header.Song(u"New");
     TagEdit edit(file.header);
