@@ -6,6 +6,7 @@
 #include <iterator>
 #include <new>
 
+#include "util/big_endian.h"
 #include "util/find_byte.h"
 
 namespace brindle {
@@ -22,15 +23,6 @@ constexpr std::uint8_t kUtf16Start[] = {0x01, 0xFF, 0xFE};
 // The limits of what is held in memory; a larger frame's data is taken for the next header.
 bool is_held(FrameId id, std::uint64_t size) noexcept {
     return size >= 1 && size <= (id == kPictureFrameId ? kLargestPictureSize : kLargestTextSize);
-}
-
-template <std::size_t kWidth>
-std::uint32_t big_endian(const std::uint8_t* bytes) noexcept {
-    std::uint32_t number = 0;
-    for (std::size_t place = 0; place < kWidth; ++place) {
-        number = (number << 8U) | bytes[place];
-    }
-    return number;
 }
 
 std::span<const std::uint8_t> behind_first_nul(std::span<const std::uint8_t> data) {

@@ -6,17 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "util/find_byte.h"
+#include "mpeg/header_search.h"
 
 namespace brindle {
 
 namespace {
-
-// The 32 bits at a position; 0, which is no header, where the file ends.
-std::uint32_t bits_at(FileWindow& file, std::int64_t position) {
-    const auto bytes = file.view(position, kHeaderBytes);
-    return bytes.size() < kHeaderBytes ? 0 : header_bits(bytes.data());
-}
 
 // How long the frame of a header may be. The analyser counts the padding of Layer I as two slots,
 // encoders write one.
@@ -38,7 +32,7 @@ FrameLengths lengths_of(std::uint32_t bits) {
 // Whether `headers` more headers of that kind follow each other from `position` on. The last frame
 // need not be whole.
 bool is_run_at(FileWindow& file, std::int64_t position, FrameKind kind, int headers) {
-    const std::uint32_t bits = bits_at(file, position);
+    const std::uint32_t bits = header_bits_at(file, position);
     const FrameLengths lengths = lengths_of(bits);
     if (lengths.count == 0 || kind_of(bits) != kind) {
         return false;
@@ -56,7 +50,7 @@ bool is_run_at(FileWindow& file, std::int64_t position, FrameKind kind, int head
 bool goes_on_so(FileWindow& file, std::int64_t position, std::int64_t length, std::uint32_t bits) {
     constexpr std::int64_t kSlot = 4;
     for (std::int64_t next = position + length - kSlot; next <= position + length + kSlot; ++next) {
-        if (const std::uint32_t found = bits_at(file, next);
+        if (const std::uint32_t found = header_bits_at(file, next);
             is_header_of_any_rate(found) && kind_of(found) == kind_of(bits)) {
             return true;
         }
@@ -67,7 +61,7 @@ bool goes_on_so(FileWindow& file, std::int64_t position, std::int64_t length, st
 bool may_begin_audio(FileWindow& file, std::int64_t position,
                      const std::optional<StreamKinds>& accepted) {
     constexpr int kHeadersOfARun = 3;
-    const std::uint32_t bits = bits_at(file, position);
+    const std::uint32_t bits = header_bits_at(file, position);
     if (!is_header_of_any_rate(bits)) {
         return false;
     }
@@ -78,69 +72,54 @@ bool may_begin_audio(FileWindow& file, std::int64_t position,
 }  // namespace
 
 std::optional<FrameKind> frame_kind_at(FileWindow& file, std::int64_t position) {
-    const std::uint32_t bits = bits_at(file, position);
+    const std::uint32_t bits = header_bits_at(file, position);
     return parse_frame_header(bits) ? std::optional(kind_of(bits)) : std::nullopt;
 }
 
 bool is_any_header_at(FileWindow& file, std::int64_t position) {
-    return is_header_of_any_rate(bits_at(file, position));
+    return is_header_of_any_rate(header_bits_at(file, position));
 }
 
 bool holds_header(std::span<const std::uint8_t> bytes) {
-    for (std::size_t at = find_byte(bytes, kSyncByte); at + kHeaderBytes <= bytes.size();
-         at += 1 + find_byte(bytes.subspan(at + 1), kSyncByte)) {
-        if (is_header_of_any_rate(header_bits(bytes.data() + at))) {
-            return true;
-        }
-    }
-    return false;
+    return find_header(bytes,
+                       [&](std::size_t at) {
+                           return is_header_of_any_rate(header_bits(bytes.data() + at));
+                       })
+        .has_value();
 }
 
 std::optional<std::int64_t> find_audio(FileWindow& file, const ByteRange& range,
                                        const std::optional<StreamKinds>& accepted) {
-    for (std::int64_t position = range.begin; position < range.end; ++position) {
-        file.keep_from(position);
-        const auto block = file.view_block(position, kHeaderBytes);
-        if (block.size() < kHeaderBytes) {
-            break;
-        }
-        const std::size_t sync = find_byte(block, kSyncByte);
-        position += static_cast<std::int64_t>(sync);
-        if (sync == block.size()) {
-            --position;  // the next round begins after the block
-        } else if (position < range.end && may_begin_audio(file, position, accepted)) {
-            return position;
-        }
-    }
-    return std::nullopt;
+    return find_header(file, range, [&](std::int64_t position) {
+        return may_begin_audio(file, position, accepted);
+    });
 }
 
 bool frame_ends_at(FileWindow& file, std::int64_t begin, std::int64_t position) {
-    const std::uint32_t next = bits_at(file, position);
+    const std::uint32_t next = header_bits_at(file, position);
     const bool has_next = is_header_of_any_rate(next);
     const bool is_free_format = has_next && !parse_frame_header(next);
     const std::int64_t earliest = std::max(begin, position - kLongestFrame);
     file.keep_from(earliest);
     const auto last = file.view(earliest, static_cast<std::size_t>(position - earliest));
     const std::vector<std::uint8_t> bytes(last.begin(), last.end());  // the window moves on
-    for (std::size_t at = find_byte(bytes, kSyncByte); at + kHeaderBytes <= bytes.size();
-         at += 1 + find_byte(std::span(bytes).subspan(at + 1), kSyncByte)) {
+    const auto ends_at_position = [&](std::size_t at) {
         const std::uint32_t bits = header_bits(bytes.data() + at);
         if (!is_header_of_any_rate(bits) || (has_next && kind_of(bits) != kind_of(next))) {
-            continue;
+            return false;
         }
+        const std::size_t length = bytes.size() - at;
         if (is_free_format && (bits & kBitRateMask) == 0 &&
-            goes_on_so(file, position, static_cast<std::int64_t>(bytes.size() - at), bits)) {
+            goes_on_so(file, position, static_cast<std::int64_t>(length), bits)) {
             return true;
         }
         const FrameLengths lengths = lengths_of(bits);
-        for (std::size_t i = 0; i < lengths.count; ++i) {
-            if (std::cmp_equal(at + static_cast<std::size_t>(lengths.values.at(i)), bytes.size())) {
-                return true;
-            }
-        }
-    }
-    return false;
+        return std::any_of(
+            lengths.values.begin(),
+            lengths.values.begin() + static_cast<std::ptrdiff_t>(lengths.count),
+            [length](std::int32_t possible) { return std::cmp_equal(possible, length); });
+    };
+    return find_header(bytes, ends_at_position).has_value();
 }
 
 }  // namespace brindle

@@ -18,12 +18,11 @@ constexpr char16_t digit_of(std::uint8_t byte, int bit) {
     return ((byte >> bit) & 1) != 0 ? u'1' : u'0';
 }
 
-std::int16_t bits_to_number(std::u16string_view digits, std::size_t count, const Trace& trace) {
+std::int16_t bits_to_number(std::u16string_view digits, std::size_t count) {
     int number = 0;
     for (std::size_t place = 0; place < count; ++place) {
         const char16_t digit = place < digits.size() ? digits[digits.size() - 1 - place] : u'\0';
         if (digit < u'0' || digit > u'9') {
-            write_trace(trace, trace_text::kDigitsFailed);
             return -1;
         }
         number += (digit - u'0') << place;
@@ -45,12 +44,12 @@ String BytesToBitString(std::span<const std::uint8_t> bytes) {
     return digits;
 }
 
-std::int16_t TwoBitToDec(std::u16string_view digits, const Trace& trace) {
-    return bits_to_number(digits, 2, trace);
+std::int16_t TwoBitToDec(std::u16string_view digits) {
+    return bits_to_number(digits, 2);
 }
 
-std::int16_t FourBitToDec(std::u16string_view digits, const Trace& trace) {
-    return bits_to_number(digits, 4, trace);
+std::int16_t FourBitToDec(std::u16string_view digits) {
+    return bits_to_number(digits, 4);
 }
 
 std::int64_t BinToDec(std::u16string_view BinValue) {

@@ -4,7 +4,7 @@
 #include <array>
 #include <optional>
 
-#include "util/find_byte.h"
+#include "mpeg/header_search.h"
 
 namespace brindle {
 namespace {
@@ -49,19 +49,12 @@ public:
     // The first place from `offset` on where two frames of the stream seem to follow each other.
     [[nodiscard]] std::optional<std::size_t> find_frame(std::size_t offset,
                                                         std::size_t end) const noexcept {
-        const std::span<const std::uint8_t> searched = block_.first(end);
-        for (;; ++offset) {
-            offset += find_byte(searched.subspan(offset), kSyncByte);
-            if (offset == end) {
-                return std::nullopt;
-            }
-            const std::uint8_t* const header = block_.data() + offset;
-            const std::size_t next = offset + frames_.length(header);
-            if (frames_.has(header) && next + kHeaderBytes <= block_.size() &&
-                frames_.has(block_.data() + next)) {
-                return offset;
-            }
-        }
+        return find_header(block_, offset, end, [this](std::size_t at) {
+            const std::uint8_t* const header = block_.data() + at;
+            const std::size_t next = at + frames_.length(header);
+            return frames_.has(header) && next + kHeaderBytes <= block_.size() &&
+                   frames_.has(block_.data() + next);
+        });
     }
 
 private:
@@ -101,7 +94,8 @@ std::size_t split(const BlockWalk& walk, std::size_t begin, std::size_t end, Str
 
 }  // namespace
 
-StreamFrames::StreamFrames(std::uint32_t first_bits) : first_bits_(first_bits) {
+StreamFrames::StreamFrames(std::uint32_t first_bits, std::uint32_t common)
+    : first_bits_(first_bits), common_(common) {
     constexpr std::uint32_t kThirdByte = 0xFF00;
     for (std::uint32_t byte = 0; byte < lengths_.size(); ++byte) {
         const std::uint32_t bits = (first_bits & ~kThirdByte) | byte << 8U;

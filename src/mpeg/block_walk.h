@@ -20,11 +20,15 @@ struct WalkedStream {
 // before it knows this length, so each step on the way to it counts.
 class StreamFrames {
 public:
-    explicit StreamFrames(std::uint32_t first_bits);
+    // Headers of the stream have the bits of `common` as its first header has them: all of version,
+    // layer and frequency at least.
+    explicit StreamFrames(std::uint32_t first_bits, std::uint32_t common = kStreamMask);
 
     // Whether it is a valid header that can belong to the stream.
     [[nodiscard]] bool has(const std::uint8_t* header) const noexcept {
-        return headers_agree(first_bits_, header_bits(header)) && length(header) != 0;
+        const std::uint32_t bits = header_bits(header);
+        return ((bits ^ first_bits_) & common_) == 0 &&
+               (bits & kEmphasisMask) != kReservedEmphasis && length(header) != 0;
     }
     // 0 for a header with a reserved bit rate.
     [[nodiscard]] std::uint32_t length(const std::uint8_t* header) const noexcept {
@@ -36,6 +40,7 @@ public:
 
 private:
     std::uint32_t first_bits_;
+    std::uint32_t common_;
     std::array<std::uint16_t, 256> lengths_{};
     std::array<std::uint16_t, 256> bit_rates_{};
 };

@@ -29,7 +29,6 @@ void clsMPEG::forget() {
     ID3v2Offset = 0;
     HasV1Tag = false;
     Owner = nullptr;
-    trace = nullptr;
     state_ = {};
     read_fault_.reset();
 }
@@ -63,7 +62,7 @@ void clsMPEG::SetFileName(const ScannedFile& id3v2) {
 
 bool clsMPEG::scan(const String& name, FileWindow& window, std::int32_t start) {
     StreamScan stream_scan(state_, name, {ID3v2Length, ID3v2Offset, HasV1Tag}, window,
-                           environment_->clock, Owner, trace);
+                           environment_->clock, Owner);
     const bool accepted = stream_scan.ScanFile(start);
     if (stream_scan.read_fault()) {
         read_fault_ = stream_scan.read_fault();

@@ -11,7 +11,6 @@
 
 #include "mpeg/frame_header.h"
 #include "mpeg/stream_state.h"
-#include "mpeg/trace.h"
 #include "util/environment.h"
 #include "util/file_window.h"
 #include "util/host.h"
@@ -44,8 +43,6 @@ public:
     bool HasV1Tag = false;
     // Hears of progress and may cancel. Not owned; may be missing.
     Host* Owner = nullptr;
-    // Receives why headers are turned down. With it unset the analysis is as fast as it can be.
-    Trace trace;
 
     // As a new one.
     void forget();

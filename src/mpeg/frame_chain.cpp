@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <string>
 
-#include "mpeg/frame_trace.h"
+#include "mpeg/header_search.h"
 
 namespace brindle {
 namespace {
@@ -42,28 +41,17 @@ ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first
     while (count < needed) {
         next += length;
         if (count != 0 && reaches_file_end(next)) {
-            trace_at(trace_text::kBailed, next);
             tail.reason = Break::FileEnd;
             break;
         }
-        const auto bytes = window_.view(next, kHeaderBytes);
+        const auto header = frame_at(window_, next, file_length);
         if (cadence_.longer_than(kYieldSeconds)) {
-            trace_at(trace_text::kSlowChain, next);
             yield_to(host_);
         }
-        if (bytes.size() < kHeaderBytes) {
-            write_trace(trace_, trace_text::kDecodeFailed);
+        if (!header || !headers_agree(first.bits, header->bits)) {
             break;
         }
-        // A header that agrees with a valid one can be invalid in its bit rate alone, which has no
-        // length then.
-        const std::uint32_t bits = header_bits(bytes.data());
-        const FrameShape& shape = frame_shape(bits);
-        length = shape.length_of(bits);
-        if (!headers_agree(first.bits, bits) || shape.length == 0 || next + length > file_length) {
-            trace_rejected(first.bits, bits, trace_);
-            break;
-        }
+        length = header->length;
         followers[static_cast<std::size_t>(count)] = next;
         ++count;
         if (knows(next)) {
@@ -73,7 +61,7 @@ ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first
                 break;
             }
         }
-        if (shape.bit_rate_by_8 * 8 != first.bit_rate && !bit_rate_differs) {
+        if (header->bit_rate != first.bit_rate && !bit_rate_differs) {
             bit_rate_differs = true;
             window_.expect_at_once(next + (needed - count + 1) * length);
         }
@@ -162,12 +150,6 @@ void FrameChains::remember(std::int64_t position, const Tail& tail) {
     }
     tails_[slot(position)] = static_cast<std::uint8_t>(
         (tail.links + 1) | (tail.reason == Break::FileEnd ? kFileEndFlag : 0));
-}
-
-void FrameChains::trace_at(std::string_view text, std::int64_t position) const {
-    if (trace_) {
-        trace_(std::string(text) + std::to_string(position));
-    }
 }
 
 }  // namespace brindle

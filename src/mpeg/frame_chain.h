@@ -3,12 +3,10 @@
 
 #include <array>
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 #include "mpeg/frame_header.h"
 #include "mpeg/pacing.h"
-#include "mpeg/trace.h"
 #include "util/clock.h"
 #include "util/file_window.h"
 #include "util/host.h"
@@ -30,8 +28,8 @@ struct ChainOutcome {
 // tails, so the outcome of a failed one is kept for its frames and no frame is walked twice.
 class FrameChains {
 public:
-    FrameChains(FileWindow& window, Clock& clock, Host* host, const Trace& trace)
-        : window_(window), host_(host), trace_(trace), cadence_(clock, window) {}
+    FrameChains(FileWindow& window, Clock& clock, Host* host)
+        : window_(window), host_(host), cadence_(clock, window) {}
 
     // The first frame stands at `position`; no earlier call had a later one.
     ChainOutcome follow(std::int64_t position, const FrameHeader& first, std::int32_t needed);
@@ -60,11 +58,9 @@ private:
     [[nodiscard]] Tail recall(std::int64_t position) const;
     void remember(std::int64_t position, const Tail& tail);
     [[nodiscard]] bool reaches_file_end(std::int64_t position) const;
-    void trace_at(std::string_view text, std::int64_t position) const;
 
     FileWindow& window_;
     Host* host_;
-    const Trace& trace_;
     Cadence cadence_;
     std::vector<std::uint8_t> tails_;  // a ring over positions, made when the first chain breaks
     std::int64_t forgotten_before_ = 0;

@@ -1,28 +1,64 @@
 #include "mpeg/frame_header.h"
 
 #include <algorithm>
+#include <bit>
 
+#include "mpeg/bit_digits.h"
 #include "mpeg/frame_tables.h"
 
 namespace brindle {
 namespace {
 
+constexpr std::uint32_t field(std::uint32_t bits, std::uint32_t mask) {
+    return (bits & mask) >> std::countr_zero(mask);
+}
+
+constexpr bool decode(FrameHeaderRecord& record, std::uint32_t bits) {
+    constexpr std::int16_t kCrcBytes = 2;
+    if ((bits & kSyncMask) != kSyncMask) {
+        return false;
+    }
+    record.MpegVersion = kVersions[field(bits, kVersionMask)];
+    if (record.MpegVersion == 0) {
+        return false;
+    }
+    record.MpegLayer = kLayers[field(bits, kLayerMask)];
+    if (record.MpegLayer == 0) {
+        return false;
+    }
+    record.Crc = (bits & kProtectionMask) != 0 ? std::int16_t{0} : kCrcBytes;
+    record.BitRate = bit_rates(record.MpegVersion, record.MpegLayer)[field(bits, kBitRateMask)];
+    if (record.BitRate == 0) {
+        return false;
+    }
+    record.SamplingFrequency = frequencies(record.MpegVersion)[field(bits, kFrequencyMask)];
+    if (record.SamplingFrequency == 0) {
+        return false;
+    }
+    record.Padding = (bits & kPaddingMask) != 0 ? padding_of(record.MpegLayer) : std::int16_t{0};
+    record.ChannelMode = static_cast<std::int32_t>(field(bits, kModeMask));
+    record.CopyRight = static_cast<std::int32_t>(field(bits, kCopyrightMask));
+    record.Original = static_cast<std::int32_t>(field(bits, kOriginalMask));
+    record.Emphasis = static_cast<std::int32_t>(field(bits, kEmphasisMask));
+    if ((bits & kEmphasisMask) == kReservedEmphasis) {
+        return false;
+    }
+    record.FrameLength = static_cast<std::int16_t>(
+        FrameLengthinBytes(record.BitRate, record.SamplingFrequency, record.Padding,
+                           record.MpegLayer, record.MpegVersion));
+    return true;
+}
+
 constexpr FrameShape shape_at(std::size_t index) {
-    const std::int16_t version = kVersions[index >> 9];
-    const std::int16_t layer = kLayers[(index >> 7) & 3];
-    if (version == 0 || layer == 0) {
+    const std::uint32_t bits = kSyncMask | static_cast<std::uint32_t>(index) << kShapeShift;
+    FrameHeaderRecord plain;
+    FrameHeaderRecord padded;
+    if (!decode(plain, bits) || !decode(padded, bits | kPaddingMask)) {
         return {};
     }
-    const std::int32_t bit_rate = bit_rates(version, layer)[(index >> 2) & 15];
-    const std::int32_t frequency = frequencies(version)[index & 3];
-    if (bit_rate == 0 || frequency == 0) {
-        return {};
-    }
-    const std::int32_t plain = FrameLengthinBytes(bit_rate, frequency, 0, layer, version);
-    const std::int32_t padded =
-        FrameLengthinBytes(bit_rate, frequency, padding_of(layer), layer, version);
-    return {static_cast<std::uint16_t>(plain), static_cast<std::uint8_t>(bit_rate / 8),
-            static_cast<std::uint8_t>(padded - plain)};
+    return {static_cast<std::uint16_t>(plain.FrameLength),
+            static_cast<std::uint8_t>(plain.BitRate / 8),
+            static_cast<std::uint8_t>(padded.FrameLength - plain.FrameLength)};
 }
 
 constexpr std::array<FrameShape, kShapeCount> build_shapes() {
@@ -37,6 +73,25 @@ constexpr std::array<FrameShape, kShapeCount> build_shapes() {
 
 constexpr std::array<FrameShape, kShapeCount> kFrameShapes = build_shapes();
 
+String FrameHeaderRecord::HeaderBits() const {
+    return BytesToBitString(HeaderBytes);
+}
+
+bool DecodeFrameHeader(FrameHeaderRecord& record) {
+    return decode(record, header_bits(record.HeaderBytes.data()));
+}
+
+FrameHeaderRecord record_of(std::uint32_t bits, std::int32_t position) {
+    FrameHeaderRecord record;
+    for (std::uint8_t& byte : record.HeaderBytes) {
+        byte = static_cast<std::uint8_t>(bits >> 24U);
+        bits <<= 8U;
+    }
+    record.HeaderStartPos = position;
+    DecodeFrameHeader(record);
+    return record;
+}
+
 namespace {
 
 constexpr bool lengths_are_within_bounds() {
@@ -47,8 +102,8 @@ constexpr bool lengths_are_within_bounds() {
 }
 static_assert(lengths_are_within_bounds());
 
-// The sum of the bit rates of all frames of a file is therefore at most the file's length: in
-// files that are looked at it fits in 32 bits.
+// The sum of the bit rates of all frames of a file is therefore at most the file's length, and
+// fits in 32 bits.
 constexpr bool no_frame_has_fewer_bytes_than_kilobits_a_second() {
     return std::all_of(kFrameShapes.begin(), kFrameShapes.end(), [](const FrameShape& shape) {
         return shape.length >= shape.bit_rate_by_8 * 8;

@@ -1,4 +1,4 @@
-// The frame header as the walks need it: valid or not, how long the frame, at what bit rate.
+// The header of a frame, and which headers belong to one stream.
 //
 //   AAAAAAAA AAABBCCD EEEEFFGH IIJJKLMM
 //
@@ -12,6 +12,10 @@
 #include <cstdint>
 #include <optional>
 
+#include <brindle/values.h>
+
+#include "util/big_endian.h"
+
 namespace brindle {
 
 inline constexpr std::size_t kHeaderBytes = 4;
@@ -20,6 +24,7 @@ inline constexpr std::uint8_t kSyncByte = 0xFF;  // the first byte of each heade
 inline constexpr std::uint32_t kSyncMask = 0xFFE0'0000;
 inline constexpr std::uint32_t kVersionMask = 0x0018'0000;
 inline constexpr std::uint32_t kLayerMask = 0x0006'0000;
+inline constexpr std::uint32_t kProtectionMask = 0x0001'0000;
 inline constexpr std::uint32_t kBitRateMask = 0x0000'F000;
 inline constexpr std::uint32_t kFrequencyMask = 0x0000'0C00;
 inline constexpr std::uint32_t kPaddingMask = 0x0000'0200;
@@ -44,6 +49,39 @@ inline constexpr std::uint32_t kStreamMask = kSyncMask | kVersionMask | kLayerMa
 inline constexpr std::int32_t kLongestFrame = 2'881;
 inline constexpr std::int32_t kShortestFrame = 24;
 
+[[nodiscard]] constexpr std::uint32_t header_bits(const std::uint8_t* bytes) noexcept {
+    return big_endian<kHeaderBytes>(bytes);
+}
+
+// Every field of a header by its name. A record of no header is what the members say here.
+struct FrameHeaderRecord {
+    std::array<std::uint8_t, kHeaderBytes> HeaderBytes{};
+    std::int32_t HeaderStartPos = 0;  // 0-based offset in the file
+    std::int16_t MpegVersion = 0;     // 1, 2, or 25 for MPEG 2.5
+    std::int16_t MpegLayer = 0;
+    std::int16_t Crc = 0;      // bytes of it after the header: 0 or 2
+    std::int32_t BitRate = 0;  // kbit/s
+    std::int32_t SamplingFrequency = 0;
+    std::int16_t Padding = 0;  // 0, 1, or 2 for Layer I
+    std::int32_t ChannelMode = -1;
+    std::int32_t CopyRight = -1;
+    std::int32_t Original = -1;
+    std::int32_t Emphasis = 2;
+    std::int16_t FrameLength = 0;
+    bool VBR = false;
+
+    // The 32 bits as digits.
+    [[nodiscard]] String HeaderBits() const;
+};
+
+// Decodes `HeaderBytes` into the other fields. False at the first rule that is broken; the fields
+// before it are then filled.
+bool DecodeFrameHeader(FrameHeaderRecord& record);
+
+// The record of a valid header.
+[[nodiscard]] FrameHeaderRecord record_of(std::uint32_t bits, std::int32_t position);
+
+// What the walks need of a header.
 struct FrameHeader {
     std::uint32_t bits;
     std::uint16_t length;    // bytes, header and padding included
@@ -69,11 +107,6 @@ extern const std::array<FrameShape, kShapeCount> kFrameShapes;
 
 [[nodiscard]] inline const FrameShape& frame_shape(std::uint32_t bits) noexcept {
     return kFrameShapes[(bits >> kShapeShift) & (kShapeCount - 1)];
-}
-
-[[nodiscard]] inline std::uint32_t header_bits(const std::uint8_t* bytes) noexcept {
-    return (std::uint32_t{bytes[0]} << 24) | (std::uint32_t{bytes[1]} << 16) |
-           (std::uint32_t{bytes[2]} << 8) | std::uint32_t{bytes[3]};
 }
 
 [[nodiscard]] inline std::optional<FrameHeader> parse_frame_header(std::uint32_t bits) noexcept {

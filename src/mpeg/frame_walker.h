@@ -3,12 +3,11 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <utility>
 
 #include <brindle/frame_walk.h>
 
-#include "mpeg/frame_header_record.h"
+#include "mpeg/frame_header.h"
 #include "util/file_window.h"
 
 namespace brindle {
@@ -26,12 +25,10 @@ public:
 private:
     void follow_chain();
     void visit_chain();
-    std::size_t walk_block(std::span<const std::uint8_t> block);
+    // The header at `position` when it is of the kind of the first one; its frame may be cut.
+    [[nodiscard]] std::optional<FrameHeader> header_at(std::int64_t position);
     [[nodiscard]] bool is_frame_cut_at(std::int64_t position);
-    [[nodiscard]] std::optional<std::int64_t> find_frame_from(std::int64_t position);
     [[nodiscard]] bool is_confirmed_frame_at(std::int64_t position);
-    [[nodiscard]] bool is_same_kind(std::uint32_t bits) const;
-    void add_up(const FrameHeaderRecord& first);
 
     FileWindow& window_;
     const std::int64_t audio_end_;

@@ -9,7 +9,6 @@
 
 #include "mpeg/chain_tails.h"
 #include "mpeg/frame_header.h"
-#include "mpeg/frame_trace.h"
 #include "mpeg/pacing.h"
 
 namespace brindle {
@@ -125,7 +124,6 @@ WalkedStream FullScan::walk_from(std::int32_t start) {
         if (!first_bits) {
             first_bits = header_bits(block.data());
             if (!parse_frame_header(*first_bits)) {
-                trace_broken_rule(*first_bits, trace_);
                 break;
             }
             frames.emplace(*first_bits);
@@ -133,9 +131,6 @@ WalkedStream FullScan::walk_from(std::int32_t start) {
         std::size_t offset = 0;
         const auto left = static_cast<std::size_t>(window_.length() - position);
         goes_on = walk_block(block, left, *frames, stream, offset);
-        if (!goes_on) {
-            trace_rejected(*first_bits, header_bits(block.data() + offset), trace_);
-        }
         position += static_cast<std::int64_t>(offset);
         report(position);
     }

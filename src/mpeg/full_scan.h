@@ -7,7 +7,6 @@
 #include <brindle/values.h>
 
 #include "mpeg/block_walk.h"
-#include "mpeg/trace.h"
 #include "util/clock.h"
 #include "util/file_window.h"
 #include "util/host.h"
@@ -17,12 +16,10 @@ namespace brindle {
 // Looks from a position on for the first chain of frames that is long and fast enough.
 class FullScan {
 public:
-    FullScan(const String& file_name, FileWindow& window, Clock& clock, Host* host,
-             const Trace& trace)
+    FullScan(const String& file_name, FileWindow& window, Clock& clock, Host* host)
         : file_name_(file_name),
           window_(window),
           host_(host),
-          trace_(trace),
           clock_(clock),
           reported_(clock.seconds()) {}
 
@@ -42,7 +39,6 @@ private:
     const String& file_name_;
     FileWindow& window_;
     Host* host_;
-    const Trace& trace_;
     Clock& clock_;
     double reported_;
     bool cancelled_ = false;

@@ -4,14 +4,11 @@
 #include <cstddef>
 #include <limits>
 #include <new>
-#include <string>
 #include <utility>
 
-#include <brindle/text.h>
-
 #include "mpeg/duration.h"
-#include "mpeg/frame_trace.h"
 #include "mpeg/full_scan.h"
+#include "mpeg/header_search.h"
 #include "mpeg/pacing.h"
 #include "util/find_byte.h"
 #include "util/fixed_decimal.h"
@@ -66,7 +63,7 @@ bool StreamScan::ScanFile(std::int32_t StartOffset) {
 
 bool StreamScan::scan(std::int32_t start, Attempt attempt) {
     state_.xing = {};
-    FrameChains chains(window_, clock_, host_, trace_);
+    FrameChains chains(window_, clock_, host_);
     Cadence positions(clock_, window_);
     Cadence failures(clock_, window_);
     std::int32_t accepted_run = 0;
@@ -90,7 +87,7 @@ bool StreamScan::scan(std::int32_t start, Attempt attempt) {
             last_count = chain.count;
             rates_differ = rates_differ || chain.bit_rate_differs;
             if (chain.found) {
-                keep(position);
+                keep(position, *header);
                 state_.confirmed_header = header->bits;
                 if (XingRecord xing = xing_header_of(position, *header); !xing.Tag.empty()) {
                     return finish_with_xing(std::move(xing));
@@ -107,7 +104,6 @@ bool StreamScan::scan(std::int32_t start, Attempt attempt) {
         // ten bytes more than it has.
         if (last_count > 0 && attempt == Attempt::First && position >= kRetryDistance &&
             position == tags_.audio_start()) {
-            write_trace(trace_, trace_text::kTryingEarlier);
             chains.forget_all();
             return scan(static_cast<std::int32_t>(position) - kRetryDistance,
                         Attempt::TenBytesEarlier);
@@ -129,11 +125,9 @@ bool StreamScan::scan(std::int32_t start, Attempt attempt) {
     }
 
     if (accepted_run < kShortestAcceptedRun) {
-        trace_file(trace_text::kNoFrames, {});
         return false;
     }
     if (rates_differ) {
-        trace_file(trace_text::kPossibly, trace_text::kIsVbr);
         chains.forget_all();
         // What fails there leaves the stream that was found here.
         completes([this] { average_all_frames(); });
@@ -142,18 +136,8 @@ bool StreamScan::scan(std::int32_t start, Attempt attempt) {
 }
 
 std::optional<FrameHeader> StreamScan::header_at(std::int64_t position) {
-    const auto bytes = window_.view(position, kHeaderBytes);
-    if (bytes.size() < kHeaderBytes) {
-        return std::nullopt;
-    }
-    const std::uint32_t bits = header_bits(bytes.data());
-    const auto header = parse_frame_header(bits);
+    const auto header = frame_at(window_, position, window_.length());
     if (!header) {
-        trace_broken_rule(bits, trace_);
-        return std::nullopt;
-    }
-    if (position + header->length > window_.length()) {
-        write_trace(trace_, trace_text::kDecodeFailed);
         return std::nullopt;
     }
     // What the usual file needs to be accepted, and no more of it.
@@ -164,14 +148,14 @@ std::optional<FrameHeader> StreamScan::header_at(std::int64_t position) {
 }
 
 // How many positions from this one on can be passed over at once, as trying them would change
-// nothing: only FF begins a header, and nobody wants to hear why the others are none.
+// nothing: only FF begins a header.
 std::int32_t StreamScan::positions_without_header(std::int64_t position,
                                                   std::int32_t attempts) const {
     const std::int64_t last_tried = window_.length() - static_cast<std::int64_t>(kHeaderBytes) - 2;
     const std::int64_t most =
         std::min<std::int64_t>(kMostAttempts - attempts, last_tried - position);
     auto held = window_.held_from(position);
-    if (trace_ || most <= 0 || held.empty()) {
+    if (most <= 0 || held.empty()) {
         return 0;
     }
     held = held.first(static_cast<std::size_t>(
@@ -187,16 +171,11 @@ bool StreamScan::is_in_second_half(std::int32_t position) const {
     return std::int64_t{position} * 2 > window_.length();
 }
 
-void StreamScan::keep(std::int64_t position) {
+void StreamScan::keep(std::int64_t position, const FrameHeader& header) {
     if (state_.header.SamplingFrequency != 0) {
         return;
     }
-    FrameHeaderRecord record;
-    const auto bytes = window_.view(position, kHeaderBytes);
-    std::copy(bytes.begin(), bytes.end(), record.HeaderBytes.begin());
-    record.HeaderStartPos = static_cast<std::int32_t>(position);
-    DecodeFrameHeader(record, &window_, trace_);
-    state_.header = std::move(record);
+    state_.header = record_of(header.bits, static_cast<std::int32_t>(position));
     state_.accepted_position = state_.header.HeaderStartPos;
 }
 
@@ -220,7 +199,7 @@ void StreamScan::average_all_frames() {
     if (is_in_second_half(start)) {
         start = 0;
     }
-    FullScan full_scan(name_, window_, clock_, host_, trace_);
+    FullScan full_scan(name_, window_, clock_, host_);
     const auto stream = full_scan.run(start);
     state_.cancelled = state_.cancelled || full_scan.cancelled();
     if (stream) {
@@ -234,12 +213,6 @@ void StreamScan::average_all_frames() {
 bool StreamScan::finish_with_duration() {
     const std::int64_t audio_bytes = audio_bytes_from(state_.header.HeaderStartPos);
     return skip_errors([&] { CalcDuration(state_, checked_long(audio_bytes)); });
-}
-
-void StreamScan::trace_file(std::string_view before, std::string_view behind) const {
-    if (trace_) {
-        trace_(std::string(before) + to_utf8(name_) + std::string(behind));
-    }
 }
 
 }  // namespace brindle

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string_view>
 
 #include <brindle/error.h>
 #include <brindle/values.h>
@@ -11,7 +10,6 @@
 #include "mpeg/frame_chain.h"
 #include "mpeg/pacing.h"
 #include "mpeg/stream_state.h"
-#include "mpeg/trace.h"
 #include "util/clock.h"
 #include "util/file_window.h"
 #include "util/host.h"
@@ -36,14 +34,8 @@ class StreamScan {
 public:
     // `name` is what the host hears of in its progress event.
     StreamScan(StreamState& state, const String& name, const TagPlaces& tags, FileWindow& window,
-               Clock& clock, Host* host, const Trace& trace)
-        : state_(state),
-          name_(name),
-          tags_(tags),
-          window_(window),
-          clock_(clock),
-          host_(host),
-          trace_(trace) {}
+               Clock& clock, Host* host)
+        : state_(state), name_(name), tags_(tags), window_(window), clock_(clock), host_(host) {}
 
     // Whether a stream was accepted. What a scan without one leaves in the state is the caller's
     // to reset. Never throws: an error that the file raised is kept.
@@ -66,12 +58,11 @@ private:
     [[nodiscard]] std::int64_t audio_bytes_from(std::int64_t position) const;
     [[nodiscard]] bool is_in_second_half(std::int32_t position) const;
     // Makes the frame at `position` the current header, unless there is one already.
-    void keep(std::int64_t position);
+    void keep(std::int64_t position, const FrameHeader& header);
     XingRecord xing_header_of(std::int64_t position, const FrameHeader& header);
     bool finish_with_xing(XingRecord xing);
     void average_all_frames();
     bool finish_with_duration();
-    void trace_file(std::string_view before, std::string_view behind) const;
 
     StreamState& state_;
     const String& name_;
@@ -79,7 +70,6 @@ private:
     FileWindow& window_;
     Clock& clock_;
     Host* host_;
-    const Trace& trace_;
     std::optional<Error> read_fault_;
 };
 

@@ -7,7 +7,7 @@
 #include <brindle/error.h>
 #include <brindle/values.h>
 
-#include "mpeg/frame_header_record.h"
+#include "mpeg/frame_header.h"
 #include "mpeg/xing_header.h"
 
 namespace brindle {

@@ -7,15 +7,14 @@
 #include <optional>
 #include <string_view>
 
-#include "mpeg/bit_digits.h"
+#include "util/big_endian.h"
 
 namespace brindle {
 namespace {
 
 constexpr std::string_view kLetters = "XING";
-constexpr std::size_t kNumberBytes = 4;
 
-// Behind the side information of MPEG-1 stereo, of MPEG-1 mono or MPEG-2 stereo, of MPEG-2 mono.
+// After the side information of MPEG-1 stereo, of MPEG-1 mono or MPEG-2 stereo, of MPEG-2 mono.
 // Any of them will do, whatever the frame is.
 constexpr std::array<std::size_t, 3> kPlaces = {32, 17, 9};
 
@@ -40,12 +39,12 @@ std::optional<std::size_t> find_letters(std::span<const std::uint8_t> data) {
 
 // The number at the front of `data`, which loses it; none when it is cut or too large.
 std::optional<std::int32_t> take_number(std::span<const std::uint8_t>& data) {
-    if (data.size() < kNumberBytes) {
+    if (data.size() < sizeof(std::uint32_t)) {
         return std::nullopt;
     }
-    const std::int64_t number = BinToDec(BytesToBitString(data.first(kNumberBytes)));
-    data = data.subspan(kNumberBytes);
-    if (number > std::numeric_limits<std::int32_t>::max()) {
+    const std::uint32_t number = big_endian<sizeof(std::uint32_t)>(data.data());
+    data = data.subspan(sizeof(number));
+    if (number > std::uint32_t{std::numeric_limits<std::int32_t>::max()}) {
         return std::nullopt;
     }
     return static_cast<std::int32_t>(number);
@@ -61,7 +60,7 @@ bool stands_at(std::span<const std::uint8_t> data, std::size_t place, std::strin
 }  // namespace
 
 XingRecord ReadXing(std::span<const std::uint8_t> frame_data) {
-    // The first occurrence counts, so none behind the last place can matter.
+    // The first occurrence counts, so none after the last place can matter.
     constexpr std::size_t kSearched = kPlaces[0] + kLetters.size();
     const auto place = find_letters(frame_data.first(std::min(frame_data.size(), kSearched)));
     if (!place || std::find(kPlaces.begin(), kPlaces.end(), *place) == kPlaces.end()) {
@@ -83,7 +82,7 @@ XingRecord ReadXing(std::span<const std::uint8_t> frame_data) {
 bool holds_vbr_header(std::span<const std::uint8_t> frame_data) {
     // The same header in a stream of constant bit rate.
     constexpr std::string_view kConstantRateLetters = "INFO";
-    // Another encoder's, always 32 bytes behind the frame header.
+    // Another encoder's, always 32 bytes after the frame header.
     constexpr std::string_view kOtherLetters = "VBRI";
     return stands_at(frame_data, kPlaces[0], kOtherLetters) ||
            std::any_of(kPlaces.begin(), kPlaces.end(), [&](std::size_t place) {

@@ -15,7 +15,7 @@ struct XingRecord {
     std::int32_t Bytes = 0;
 };
 
-// Looks into a frame's bytes behind its four header bytes. The letters may have any case, both
+// Looks into a frame's bytes after its four header bytes. The letters may have any case, both
 // counts must be announced, and no number may be above 2,147,483,647.
 [[nodiscard]] XingRecord ReadXing(std::span<const std::uint8_t> frame_data);
 

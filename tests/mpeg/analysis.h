@@ -1,9 +1,6 @@
 // A file in memory and an analyser over it.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "mpeg/clsMPEG.h"
 #include "support/bytes.h"
 #include "support/memory_environment.h"
@@ -15,7 +12,6 @@ inline const String kName = u"song.mp3";
 struct Analysis {
     MemoryEnvironment world;
     clsMPEG analyser{world.environment};
-    std::vector<std::string> traces;
 
     explicit Analysis(const Bytes& file) { world.files.put(kName, file); }
 
@@ -28,22 +24,11 @@ struct Analysis {
         analyser.HasV1Tag = true;
         return *this;
     }
-    Analysis& traced() {
-        analyser.trace = [this](std::string_view text) { traces.emplace_back(text); };
-        return *this;
-    }
     clsMPEG& run() {
         analyser.FileName(kName);
         return analyser;
     }
     [[nodiscard]] bool found() const { return analyser.FileName() == kName; }
-    [[nodiscard]] std::size_t count_of(std::string_view text) const {
-        std::size_t count = 0;
-        for (const std::string& trace : traces) {
-            count += trace == text ? 1 : 0;
-        }
-        return count;
-    }
 };
 
 }  // namespace brindle::test

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include "mpeg/frame_header_record.h"
 #include "mpeg/header_formulas.h"
 #include "support/bytes.h"
 #include "support/frames.h"
@@ -36,7 +35,7 @@ struct Decoded {
 
 Decoded decode(std::uint32_t bits) {
     FrameHeaderRecord record = record_of(bits);
-    const bool ok = DecodeFrameHeader(record, nullptr, {});
+    const bool ok = DecodeFrameHeader(record);
     return {ok, record};
 }
 
@@ -59,14 +58,13 @@ TEST(FrameHeader, AllTwoMillionHeadersMeanWhatTheFormulasSay) {
     EXPECT_EQ(valid, 3U * 3U * 14U * 3U * 3U * 512U);
 }
 
-TEST(FrameHeader, AllTwoMillionHeadersAreTheSameByDigits) {
+TEST(FrameHeader, AllTwoMillionRecordsSayWhatTheFormulasSay) {
     FrameHeaderRecord record;
     for (std::uint32_t low = 0; low < kMeaningfulHeaders; ++low) {
         const std::uint32_t bits = kSync | low;
         const HeaderMeaning meaning = meaning_of(bits);
         record = record_of(bits);
-        ASSERT_EQ(DecodeFrameHeader(record, nullptr, {}), meaning.valid) << std::hex << bits;
-        ASSERT_EQ(meaning.valid, parse_frame_header(bits).has_value());
+        ASSERT_EQ(DecodeFrameHeader(record), meaning.valid) << std::hex << bits;
         if (!meaning.valid) {
             continue;
         }
@@ -108,7 +106,7 @@ TEST(FrameHeader, OrdinaryMpeg1Layer3HeaderIsDecoded) {
     EXPECT_EQ(record.Original, 1);
     EXPECT_EQ(record.Emphasis, 0);
     EXPECT_EQ(record.FrameLength, 417);
-    EXPECT_EQ(record.HeaderBits, u"11111111111110111001000001100100");
+    EXPECT_EQ(record.HeaderBits(), u"11111111111110111001000001100100");
 }
 
 TEST(FrameHeader, PaddingAddsOneByteAboveLayer1AndEightInLayer1) {

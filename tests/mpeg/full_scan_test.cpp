@@ -16,7 +16,7 @@ std::optional<WalkedStream> walk(const Bytes& bytes, std::int32_t start) {
     world.files.put(kName, bytes);
     const auto file = world.files.open(kName, OpenMode::Read);
     FileWindow window(*file);
-    return FullScan(kName, window, world.clock, nullptr, {}).run(start);
+    return FullScan(kName, window, world.clock, nullptr).run(start);
 }
 
 // 24 and 120 bytes, 8 and 40 kbit/s. No byte of their headers is 0, so none can be missing unseen.

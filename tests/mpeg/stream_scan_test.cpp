@@ -17,7 +17,6 @@ namespace {
 const Frame kFrame;
 constexpr std::int32_t kFrameBytes = 417;
 const Bytes kV1Record = Bytes("TAG") + zeros(125);
-const char* const kTryingEarlier = "Trying 10 bytes earlier - to check for incorrect id3v2 size...";
 
 void expect_no_stream(const Analysis& file) {
     EXPECT_FALSE(file.found());
@@ -63,14 +62,12 @@ TEST(StreamScan, ConstantStreamHasTheDurationOfItsBytes) {
     EXPECT_EQ(analyser.FrameCounter(), 0);
 }
 
-TEST(StreamScan, KeptHeaderHasItsDigitsAndItsData) {
-    const Bytes audio = stream(kFrame, 120);
-    Analysis file(zeros(7) + audio);
+TEST(StreamScan, KeptHeaderHasItsPlaceAndItsDigits) {
+    Analysis file(zeros(7) + stream(kFrame, 120));
     const FrameHeaderRecord& header = file.run().CurrentHeader();
     EXPECT_EQ(header.HeaderStartPos, 7);
-    EXPECT_EQ(header.HeaderBits, u"11111111111110111001000000000000");
+    EXPECT_EQ(header.HeaderBits(), u"11111111111110111001000000000000");
     EXPECT_EQ(header.FrameLength, kFrameBytes);
-    EXPECT_EQ(Bytes(header.FrameData), audio.part(4, kFrameBytes - 4));
 }
 
 TEST(StreamScan, Id3v1RecordIsNoAudio) {
@@ -179,8 +176,7 @@ Bytes file_with_overstated_tag() {
 
 TEST(StreamScan, ChainFromTheTagsEndThatMeetsTheFilesEndIsTriedTenBytesEarlier) {
     Analysis file(file_with_overstated_tag());
-    const clsMPEG& analyser = file.tag(30).traced().run();
-    EXPECT_EQ(file.count_of(kTryingEarlier), 1U);
+    const clsMPEG& analyser = file.tag(30).run();
     EXPECT_EQ(analyser.HeaderStartPos(), 20);
     EXPECT_EQ(analyser.MpegVersion(), 1);
     EXPECT_EQ(analyser.DurationmS(), 759);  // 3036 x 8 / 32
@@ -188,8 +184,7 @@ TEST(StreamScan, ChainFromTheTagsEndThatMeetsTheFilesEndIsTriedTenBytesEarlier) 
 
 TEST(StreamScan, SuchAChainElsewhereIsNotTriedEarlier) {
     Analysis file(file_with_overstated_tag());
-    file.tag(29).traced().run();
-    EXPECT_EQ(file.count_of(kTryingEarlier), 0U);
+    file.tag(29).run();
     // From 29 on the next frame of the audio is the one at 124.
     EXPECT_EQ(file.analyser.HeaderStartPos(), 124);
 }
@@ -197,26 +192,17 @@ TEST(StreamScan, SuchAChainElsewhereIsNotTriedEarlier) {
 TEST(StreamScan, ChainThatMeetsTheFilesEndIsTriedEarlierOnlyOnce) {
     // A hundred frames need a hundred more. From the place ten bytes earlier the same happens.
     Analysis file(zeros(20) + stream(kFrame, 100));
-    EXPECT_EQ(file.tag(20).traced().run().HeaderStartPos(), 20 + kFrameBytes);
-    EXPECT_EQ(file.count_of(kTryingEarlier), 1U);
+    EXPECT_EQ(file.tag(20).run().HeaderStartPos(), 20 + kFrameBytes);
 }
 
 TEST(StreamScan, TagOfTenBytesIsTriedEarlierFromTheFilesStart) {
     Analysis file(zeros(10) + stream(kFrame, 100));
-    EXPECT_EQ(file.tag(10).traced().run().HeaderStartPos(), 10 + kFrameBytes);
-    EXPECT_EQ(file.count_of(kTryingEarlier), 1U);
+    EXPECT_EQ(file.tag(10).run().HeaderStartPos(), 10 + kFrameBytes);
 }
 
 TEST(StreamScan, TagThatEndsBelowTenBytesIsNotTriedEarlier) {
     Analysis file(zeros(9) + stream(kFrame, 100));
-    EXPECT_EQ(file.tag(9).traced().run().HeaderStartPos(), 9 + kFrameBytes);
-    EXPECT_EQ(file.count_of(kTryingEarlier), 0U);
-}
-
-TEST(StreamScan, NoHeaderAtTheTagsEndIsNotTriedEarlier) {
-    Analysis file(zeros(25) + stream(kFrame, 120));
-    EXPECT_EQ(file.tag(20).traced().run().HeaderStartPos(), 25);
-    EXPECT_EQ(file.count_of(kTryingEarlier), 0U);
+    EXPECT_EQ(file.tag(9).run().HeaderStartPos(), 9 + kFrameBytes);
 }
 
 TEST(StreamScan, SearchEndsAfter16384PositionsWithoutAHeader) {
