@@ -1,160 +1,25 @@
 #include "id3v2/cMP3ID3v2.h"
 
-#include <new>
 #include <utility>
+#include <variant>
 
 #include <brindle/genres.h>
 
+#include "id3v2/custom_field_names.h"
 #include "id3v2/error_sources.h"
-#include "id3v2/stream_finder.h"
-#include "id3v2/tag_reader.h"
-#include "id3v2/tag_search.h"
-#include "util/file_exists.h"
+#include "id3v2/fact_reader.h"
+#include "id3v2/save_planning.h"
+#include "id3v2/tag_range.h"
+#include "id3v2/tag_writer.h"
 #include "util/numeric_text.h"
 #include "util/skip_errors.h"
 
 namespace brindle {
 
-cMP3ID3v2::cMP3ID3v2(Environment& environment)
-    : environment_(environment),
-      analyser_(environment),
-      v1_(environment),
-      contents_(std::make_unique<TagContents>()) {}
-
-void cMP3ID3v2::initialise() {
-    analyser_.forget();
-    analyser_.Owner = Owner;
-    v1_.forget();
-    if (!contents_->is_new()) {
-        auto fresh = std::make_unique<TagContents>();
-        // Lyrics and genre number outlive the file they were read from.
-        contents_->fields.clear_all_but_lyrics();
-        fresh->fields = std::move(contents_->fields);
-        fresh->genre = contents_->genre;
-        contents_ = std::move(fresh);
-    }
-    tag_position_ = 0;
-    junk_length_ = 0;
-    tag_version_ = 0;
-    edited_.clear();
-    fault_.reset();
-    accepted_.reset();
-    known_length_ = 0;
-    is_missing_ = false;
-}
-
-// Whatever keeps the file from being read whole keeps it from being written, too.
-void cMP3ID3v2::FileName(const String& NewName) {
-    try {
-        initialise();
-        const std::unique_ptr<BinaryFile> file = open_existing(NewName);
-        is_missing_ = !file && !file_name_.empty();
-        if (file) {
-            // Once it is open nothing is raised: the members answer from what was read.
-            try {
-                FileWindow window(*file);
-                read(window);
-            } catch (const Error& error) {
-                fault_ = error;
-            }
-        }
-    } catch (const Error& error) {
-        fault_ = error;
-        throw;
-    } catch (const std::bad_alloc&) {
-        fault_ = kOutOfMemory;
-        throw;
-    }
-}
-
-// Null when there is no such file. The file's name is kept as soon as it is known to exist.
-std::unique_ptr<BinaryFile> cMP3ID3v2::open_existing(const String& name) {
-    if (name.empty()) {
-        return nullptr;
-    }
-    try {
-        auto file = environment_.files.open(name, OpenMode::Read);
-        keep_name(name);
-        return file;
-    } catch (const Error& error) {
-        if (!FileExists(environment_.files, name)) {
-            return nullptr;
-        }
-        keep_name(name);
-        throw error.from(kReaderSource);
-    }
-}
-
-// Also for the record, which may be stripped though it could not be read.
-void cMP3ID3v2::keep_name(const String& name) {
-    file_name_ = name;
-    v1_.set_name(name);
-}
-
-void cMP3ID3v2::read(FileWindow& file) {
-    try {
-        v1_.read(file_name_, file);
-    } catch (const Error& error) {
-        fault_ = error;
-    }
-    read_tags(file);
-    TagsAroundAudio tags{.has_record = v1_.HasID3v1Tag()};
-    if (total_tag_length_ >= 1) {
-        tags.position = tag_position_ - static_cast<std::int32_t>(kVersionOffset) - 1;
-        tags.length = total_tag_length_ + junk_length_;
-    }
-    analyse(analyser_, file_name_, file, tags);
-    if (!fault_) {
-        fault_ = analyser_.read_fault();
-    }
-    accepted_ = accepted_frame(analyser_);
-    known_length_ = file.length();
-}
-
-void cMP3ID3v2::read_tags(FileWindow& file) {
-    total_tag_length_ = 0;
-    try {
-        const std::optional<std::int32_t> position = find_tag(file);
-        if (!position) {
-            return;
-        }
-        constexpr auto kHeader = static_cast<std::int32_t>(kTagHeaderSize);
-        tag_position_ = *position + static_cast<std::int32_t>(kVersionOffset) + 1;
-        const TagReading first = TagReader(file, *contents_).read(*position);
-        tag_version_ = first.version;
-        total_tag_length_ = first.size + kHeader;
-        fault_ = first.fault ? first.fault : fault_;
-        if (first.corrupt) {
-            mark_corrupt();
-        }
-        if (is_tag_at(file, total_tag_length_)) {
-            const TagReading second = TagReader(file, *contents_).read(total_tag_length_);
-            junk_length_ = second_tag_length(second.size + kHeader, file.length());
-            fault_ = second.fault ? second.fault : fault_;
-        }
-    } catch (const Error& error) {
-        fault_ = error;
-    }
-}
-
-// Distinct entries for distinct corrupt files in the lists of a host.
-void cMP3ID3v2::mark_corrupt() {
-    contents_->fields.set(StandardField::Artist, StoredText(corrupt_mark()));
-    contents_->fields.set(StandardField::Title, StoredText(corrupt_mark()));
-}
-
-String cMP3ID3v2::corrupt_mark() const {
-    const auto two_digits = [](int number) {
-        return (number < 10 ? u"0" : u"") + to_text(std::int32_t{number});
-    };
-    const Date today = environment_.clock.local_date();
-    return u"Corrupt ID3v2 Tag" + two_digits(today.month) + two_digits(today.day) +
-           to_text(std::int32_t{today.year}) + u" " +
-           to_text(static_cast<double>(environment_.clock.milliseconds_since_start()));
-}
+// --- The stream.
 
 String cMP3ID3v2::MonoStereo() const {
-    switch (analyser_.ChannelMode()) {
+    switch (reading_.analyser.ChannelMode()) {
         case 0:
             return u"Stereo";
         case 1:
@@ -168,15 +33,206 @@ String cMP3ID3v2::MonoStereo() const {
 }
 
 String cMP3ID3v2::MpegLayer() const {
-    return to_text(std::int32_t{analyser_.MpegLayer()});
+    return to_text(std::int32_t{reading_.analyser.MpegLayer()});
 }
 
 String cMP3ID3v2::MpegVersion() const {
-    return to_text(std::int32_t{analyser_.MpegVersion()});
+    return to_text(std::int32_t{reading_.analyser.MpegVersion()});
 }
 
 String cMP3ID3v2::GenreName(std::uint8_t Genre) const {
     return brindle::GenreName(Genre);
+}
+
+// --- Frames.
+
+std::int32_t cMP3ID3v2::FrameCount() const {
+    return reading_.tag().frames.frame_list()->Count();
+}
+
+String cMP3ID3v2::Frame(std::int32_t index) const {
+    String id;
+    skip_errors([&] { id = to_text(reading_.tag().frames.frame_list()->Item(index)); });
+    return id;
+}
+
+std::shared_ptr<KeyedCollection> cMP3ID3v2::Frames() const {
+    return reading_.tag().frames.frame_list();
+}
+
+std::int32_t cMP3ID3v2::TagsInFrame(const Variant& Frame) const {
+    return reading_.tag().frames.count(to_text(Frame)).value_or(0);
+}
+
+String cMP3ID3v2::Tag(const String& sFrame, std::int32_t indexInFrame) {
+    const StoredText* value = reading_.tag().frames.value(sFrame, indexInFrame);
+    last_error_ = value != nullptr ? 0 : static_cast<std::int32_t>(RuntimeError::ValueNotFound);
+    return value != nullptr ? value->wide() : String();
+}
+
+void cMP3ID3v2::AddTag(const String& sFrame, const String& sTag, std::int32_t IndexToAddInto) {
+    reading_.tag().frames.add(sFrame, sTag, IndexToAddInto);
+}
+
+// The key "COMM:2" has always been taken for a position, which no such text is.
+void cMP3ID3v2::RemoveTag(const String& /*sFrame*/, std::int32_t /*tagIndex*/) {
+    throw Error(RuntimeError::TypeMismatch, kWriterSource);
+}
+
+void cMP3ID3v2::RemoveFrame(const Variant& Frame, const String& CustomFrameTitle,
+                            std::int32_t& IndexRemoved) {
+    const String id = to_text(Frame);
+    if (id == kCustomFrame) {
+        ask_for_description(CustomFrameTitle);
+    }
+    reading_.tag().remove(id, CustomFrameTitle, IndexRemoved);
+}
+
+void cMP3ID3v2::RemoveFrame(const Variant& Frame, const String& CustomFrameTitle) {
+    std::int32_t index = 0;
+    RemoveFrame(Frame, CustomFrameTitle, index);
+}
+
+// A user-defined text without one can't be told from the others: all of them are about to go.
+void cMP3ID3v2::ask_for_description(const String& description) const {
+    if (description.empty() && Owner != nullptr) {
+        Owner->show_message(u"You need to send a CustomFrameTitle to perform this!");
+    }
+}
+
+// --- Custom fields and the radio fields kept in them.
+
+void cMP3ID3v2::AddCustomField(const String& CustomFieldName, const String& CustomFieldValue) {
+    if (has_file()) {
+        ask_for_description(CustomFieldName);
+        reading_.tag().set_custom(CustomFieldName, CustomFieldValue);
+    }
+}
+
+String cMP3ID3v2::GetCustomField(const Variant& FieldName) const {
+    const CustomFields& fields = reading_.tag().custom();
+    const auto* const name = std::get_if<String>(&FieldName);
+    return name != nullptr ? fields.text(*name) : fields.text(to_text(FieldName));
+}
+
+bool cMP3ID3v2::CustomFieldExists(const String& Desc) const {
+    return reading_.tag().custom().exists(Desc);
+}
+
+String cMP3ID3v2::custom_text(std::string_view name) const {
+    return reading_.tag().custom().text(name);
+}
+
+void cMP3ID3v2::set_custom(std::string_view name, const String& value) {
+    AddCustomField(String(name.begin(), name.end()), value);
+}
+
+std::int32_t cMP3ID3v2::Sectonemsend() const {
+    return number_or_0<std::int32_t>(custom_text(kSecTone), to_long);
+}
+
+void cMP3ID3v2::Sectonemsend(std::int32_t NewSectonems) {
+    set_custom(kSecTone, to_text(NewSectonems));
+}
+
+double cMP3ID3v2::Speed() const {
+    return number_or_0<double>(custom_text(kSpeed), to_double);
+}
+
+void cMP3ID3v2::Speed(double NewTarnSpeed) {
+    set_custom(kSpeed, to_text(NewTarnSpeed));
+}
+
+std::int32_t cMP3ID3v2::Volume() const {
+    return number_or_0<std::int32_t>(custom_text(kVolume), to_long);
+}
+
+void cMP3ID3v2::Volume(std::int32_t NewVol) {
+    set_custom(kVolume, to_text(NewVol));
+}
+
+bool cMP3ID3v2::Opener() const {
+    return number_or_0<std::int32_t>(custom_text(kOpener), to_long) != 0;
+}
+
+void cMP3ID3v2::Opener(bool NewOpenerValue) {
+    set_custom(kOpener, to_text(Variant(NewOpenerValue)));
+}
+
+std::int32_t cMP3ID3v2::CueIn() const {
+    return number_or_0<std::int32_t>(custom_text(kCueIn), to_long);
+}
+
+void cMP3ID3v2::CueIn(std::int32_t NewCueInms) {
+    set_custom(kCueIn, to_text(NewCueInms));
+}
+
+std::int16_t cMP3ID3v2::CategoryLevel() const {
+    return number_or_0<std::int16_t>(custom_text(kCategoryLevel), to_integer);
+}
+
+void cMP3ID3v2::CategoryLevel(std::int16_t NewCatLevel) {
+    set_custom(kCategoryLevel, to_text(std::int32_t{NewCatLevel}));
+}
+
+// --- The file.
+
+void cMP3ID3v2::Update(const SaveOptions& options) {
+    with_writer_memory([&] { TagWriter(reading_, Owner).save(options); });
+}
+
+bool cMP3ID3v2::StripTags(std::int32_t TagsToStrip) {
+    return skip_errors([&] { RemoveTags(TagsToStrip, {}); });
+}
+
+void cMP3ID3v2::RemoveTags(std::int32_t tags, const SaveOptions& options) {
+    if (strips_record(tags) || strips_tag(tags)) {
+        as_writer([&] { TagWriter(reading_, Owner).strip(tags, options); });
+    }
+    skip_errors([&] { FileName(String(FileName())); });
+}
+
+SavePlan cMP3ID3v2::plan_save() const {
+    return brindle::plan_save(reading_);
+}
+
+StripPlan cMP3ID3v2::plan_strip(std::int32_t tags) const {
+    return brindle::plan_strip(reading_, tags);
+}
+
+std::unique_ptr<FileEdit> cMP3ID3v2::begin_edit(const EditOptions& options) const {
+    std::unique_ptr<BinaryFile> file = reading_.open_to_save();
+    if (!file) {
+        throw Error(RuntimeError::FileNotFound, kReaderSource);
+    }
+    reading_.require_whole(kWriterSource);
+    const FileState state = as_writer([&] { return file->state(); });
+    const auto find_accepted = [this](FileWindow& window) { return reading_.accepted_in(window); };
+    return std::make_unique<FileEdit>(
+        FileToEdit{reading_.environment(), reading_.name(), Owner, std::move(file), state},
+        find_accepted, reading_.record, reading_.tag().edited_fields(), options);
+}
+
+TagFacts cMP3ID3v2::read_tag_facts() const {
+    const std::unique_ptr<BinaryFile> file = reading_.open_to_look();
+    if (!file) {
+        return {};
+    }
+    return as_writer([&] {
+        FileWindow window(*file);
+        const auto range = find_tag_range(window, reading_.accepted_in(window));
+        return read_facts(*file, window, range.value_or(ByteRange()));
+    });
+}
+
+void cMP3ID3v2::read_content(const String& name, const FileContent& content) {
+    ContentFile file(content);
+    FileWindow window(file);
+    reading_.read(name, window, Owner);
+}
+
+FrameWalk cMP3ID3v2::walk_frames(const FrameVisitor& visit) const {
+    return reading_.walk_frames(visit);
 }
 
 }  // namespace brindle

@@ -3,13 +3,8 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
-#include <span>
 #include <string_view>
-#include <utility>
-#include <vector>
 
-#include <brindle/error.h>
 #include <brindle/frame_walk.h>
 #include <brindle/keyed_collection.h>
 #include <brindle/save_options.h>
@@ -17,26 +12,19 @@
 #include <brindle/tag_facts.h>
 #include <brindle/values.h>
 
-#include "id3v1/cMP3ID3v1.h"
-#include "id3v2/field_frame.h"
 #include "id3v2/file_edit.h"
-#include "id3v2/save_layout.h"
+#include "id3v2/file_reading.h"
 #include "id3v2/standard_fields.h"
-#include "id3v2/tag_area.h"
-#include "id3v2/tag_contents.h"
-#include "mpeg/audio_start.h"
 #include "mpeg/clsMPEG.h"
 #include "util/environment.h"
 #include "util/file_content.h"
-#include "util/file_window.h"
 #include "util/host.h"
-#include "util/overwrite_file.h"
 
 namespace brindle {
 
 class cMP3ID3v2 : public ScannedFile {
 public:
-    explicit cMP3ID3v2(Environment& environment = system_environment());
+    explicit cMP3ID3v2(Environment& environment = system_environment()) : reading_(environment) {}
 
     // Receives progress, yields and messages. Not owned; null when there is none.
     Host* Owner = nullptr;
@@ -44,43 +32,43 @@ public:
     // --- The file. Assigning a name reads the file; a name that does not exist leaves the object
     // --- empty. A file that can't be opened raises with the source BrindleId3v1Tagger.
 
-    void FileName(const String& NewName);
-    [[nodiscard]] String FileName() const override { return file_name_; }
-    [[nodiscard]] bool has_file() const noexcept { return !file_name_.empty(); }
+    void FileName(const String& NewName) { reading_.open(NewName, Owner); }
+    [[nodiscard]] String FileName() const override { return reading_.name(); }
+    [[nodiscard]] bool has_file() const noexcept { return reading_.has_file(); }
 
     // --- The stream (Stereo, Hz, milliseconds, ...), as of the last FileName.
 
     [[nodiscard]] String MonoStereo() const;
-    [[nodiscard]] std::int32_t BitRate() const { return analyser_.BitRate(); }
-    [[nodiscard]] std::int32_t Frequency() const { return analyser_.SamplingFrequency(); }
-    [[nodiscard]] std::int32_t Duration() const { return analyser_.DurationmS(); }
+    [[nodiscard]] std::int32_t BitRate() const { return reading_.analyser.BitRate(); }
+    [[nodiscard]] std::int32_t Frequency() const { return reading_.analyser.SamplingFrequency(); }
+    [[nodiscard]] std::int32_t Duration() const { return reading_.analyser.DurationmS(); }
     [[nodiscard]] String MpegLayer() const;
     [[nodiscard]] String MpegVersion() const;
-    [[nodiscard]] bool IsVBR() const { return analyser_.VBR(); }
-    [[nodiscard]] const clsMPEG& analyser() const { return analyser_; }
+    [[nodiscard]] bool IsVBR() const { return reading_.analyser.VBR(); }
+    [[nodiscard]] const clsMPEG& analyser() const { return reading_.analyser; }
 
     // --- The ID3v1 record, in memory.
 
-    [[nodiscard]] bool HasID3v1Tag() const { return v1_.HasID3v1Tag(); }
-    [[nodiscard]] String Titlev1Tag() const { return v1_.Title(); }
-    void Titlev1Tag(const String& value) { v1_.Title(value); }
-    [[nodiscard]] String artistv1Tag() const { return v1_.Artist(); }
-    void artistv1Tag(const String& value) { v1_.Artist(value); }
-    [[nodiscard]] String Yearv1Tag() const { return v1_.Year(); }
-    void Yearv1Tag(const String& value) { v1_.Year(value); }
-    [[nodiscard]] String Commentsv1() const { return v1_.Comment(); }
-    void Commentsv1(const String& value) { v1_.Comment(value); }
+    [[nodiscard]] bool HasID3v1Tag() const { return reading_.record.HasID3v1Tag(); }
+    [[nodiscard]] String Titlev1Tag() const { return reading_.record.Title(); }
+    void Titlev1Tag(const String& value) { reading_.record.Title(value); }
+    [[nodiscard]] String artistv1Tag() const { return reading_.record.Artist(); }
+    void artistv1Tag(const String& value) { reading_.record.Artist(value); }
+    [[nodiscard]] String Yearv1Tag() const { return reading_.record.Year(); }
+    void Yearv1Tag(const String& value) { reading_.record.Year(value); }
+    [[nodiscard]] String Commentsv1() const { return reading_.record.Comment(); }
+    void Commentsv1(const String& value) { reading_.record.Comment(value); }
 
     // --- The ID3v2 tag as found in the file.
 
-    [[nodiscard]] bool HasID3v2Tag() const { return tag_position_ >= 1; }
-    [[nodiscard]] std::uint8_t ID3v2TagVersion() const { return tag_version_; }
-    [[nodiscard]] std::uint8_t TagVersion() const { return tag_version_; }
+    [[nodiscard]] bool HasID3v2Tag() const { return reading_.tag_position >= 1; }
+    [[nodiscard]] std::uint8_t ID3v2TagVersion() const { return reading_.tag_version; }
+    [[nodiscard]] std::uint8_t TagVersion() const { return reading_.tag_version; }
     // Bytes of the first tag with its header; two names for one number.
-    [[nodiscard]] std::int32_t Id3v2TagSize() const override { return total_tag_length_; }
-    [[nodiscard]] std::int32_t TotalId3v2TagLen() const { return total_tag_length_; }
+    [[nodiscard]] std::int32_t Id3v2TagSize() const override { return reading_.tag_length; }
+    [[nodiscard]] std::int32_t TotalId3v2TagLen() const { return reading_.tag_length; }
     // Bytes of a second tag that directly follows the first; 0 when there is none.
-    [[nodiscard]] std::int32_t Junk() const { return junk_length_; }
+    [[nodiscard]] std::int32_t Junk() const { return reading_.junk_length; }
 
     // --- Frames and their values. Nothing reaches the file before it is written.
 
@@ -143,10 +131,10 @@ public:
     void Publisher(const String& value) { text(StandardField::Publisher, value); }
 
     // The two halves of the content type frame; setting one keeps the other.
-    [[nodiscard]] std::uint8_t Genre() const { return contents_->genre; }
-    void Genre(std::uint8_t value);
+    [[nodiscard]] std::uint8_t Genre() const { return reading_.tag().genre(); }
+    void Genre(std::uint8_t value) { reading_.tag().set_genre(value); }
     [[nodiscard]] String OtherGenreName() const { return text(StandardField::OtherGenreName); }
-    void OtherGenreName(const String& value);
+    void OtherGenreName(const String& value) { reading_.tag().set_genre_name(value); }
     // The name of a genre number; "" for a number without one.
     [[nodiscard]] String GenreName(std::uint8_t Genre) const;
 
@@ -201,87 +189,12 @@ public:
     [[nodiscard]] FrameWalk walk_frames(const FrameVisitor& visit) const;
 
 private:
-    void initialise();
-    std::unique_ptr<BinaryFile> open_existing(const String& name);
-    void keep_name(const String& name);
-    void read(FileWindow& file);
-    void read_tags(FileWindow& file);
-    void mark_corrupt();
-    [[nodiscard]] String corrupt_mark() const;
+    [[nodiscard]] String text(StandardField field) const { return reading_.tag().text(field); }
+    void text(StandardField field, const String& value) { reading_.tag().set(field, value); }
+    void ask_for_description(const String& description) const;
 
-    [[nodiscard]] String text(StandardField field) const { return contents_->fields.get(field); }
-    void text(StandardField field, const String& value);
-    void replace_frame(std::u16string_view id, const String& held);
-    void replace_value(const String& id, const String& custom_name, const String& held);
-
-    // The fields that were set, as they stand now.
-    [[nodiscard]] std::vector<EditedField> edited_fields() const;
-    void save(const SaveOptions& options);
-    [[nodiscard]] std::unique_ptr<BinaryFile> open_for_saving() const;
-    [[nodiscard]] std::unique_ptr<BinaryFile> open_to_plan() const;
-    void follow_audio(BinaryFile& file, std::int64_t length);
-    void find_audio_again(BinaryFile& file);
-    [[nodiscard]] TagArea find_area(BinaryFile& file, FileWindow& content);
-    void save_directly(const FileToChange& target, const FileContent& old_content,
-                       const Id3v1Change& record);
-    void save_in_area(const FileToChange& target, const SaveLayout& layout,
-                      const Id3v1Change& record, FileWindow& old_content);
-    void replace_with_layout(const FileToChange& target, const SaveLayout& layout,
-                             std::span<const Overwrite> changes = {});
-    void follow(const SaveLayout& layout);
-    // A version 2 tag's successor: what is written, and what this object becomes by it.
-    struct Conversion {
-        SaveLayout layout;
-        std::unique_ptr<cMP3ID3v2> model;
-    };
-    void save_converted(const FileToChange& target, const FileContent& old_content);
-    [[nodiscard]] Conversion converted(const FileContent& old_content, const TagArea& area) const;
-    void read_in_place_of(const cMP3ID3v2& other, FileWindow& window);
-    void become(cMP3ID3v2& other) noexcept;
-    // The accepted first frame of a file that somebody else may have changed.
-    [[nodiscard]] std::optional<AcceptedFrame> accepted_in(FileWindow& file) const;
-    // What of a version 2 tag outlives its conversion.
-    struct LastingFields {
-        String artist;
-        String title;
-        String year;
-        std::int16_t category_level;
-        String category;
-    };
-    [[nodiscard]] LastingFields lasting_fields() const;
-    void restore(const LastingFields& lasting);
-    // As Update() would write them; valid while this object is unchanged.
-    [[nodiscard]] FrameStore frames_to_write() const;
-    void plan_save(BinaryFile& file, SavePlan& plan) const;
-    void strip(std::int32_t tags, const SaveOptions& options);
-    void plan_strip(BinaryFile& file, std::int32_t tags, StripPlan& plan) const;
-    void reload();
-
-    Environment& environment_;
-    clsMPEG analyser_;
-    cMP3ID3v1 v1_;
-    std::unique_ptr<TagContents> contents_;
-    String file_name_;
-    std::int32_t tag_position_ = 0;  // 1-based, of the version byte; below 1: no tag
-    std::int32_t total_tag_length_ = 0;
-    std::int32_t junk_length_ = 0;
-    std::uint8_t tag_version_ = 0;
+    FileReading reading_;
     std::int32_t last_error_ = 0;
-    // What was set since FileName(), each id, and each name of user-defined text, once.
-    struct SetValue {
-        String id;
-        String custom_name;
-        String held;
-    };
-    std::vector<SetValue> edited_;
-    // What kept the reading from being complete. Saving a tag that was read in part would lose the
-    // rest of it.
-    std::optional<Error> fault_;
-    // Where the analyser's first frame stands now, and how long the file is that it was found in.
-    std::optional<AcceptedFrame> accepted_;
-    std::int64_t known_length_ = 0;
-    // The name that was assigned last does not exist; the one of the file before it is kept.
-    bool is_missing_ = false;
 };
 
 }  // namespace brindle

@@ -1,5 +1,5 @@
-// What a save would do to the file: the frames that a reader by the public documents finds in its
-// tags, each followed into the tag that would be written.
+#include "id3v2/save_planning.h"
+
 #include <algorithm>
 #include <array>
 #include <map>
@@ -8,9 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include <brindle/save_plan.h>
-
-#include "id3v2/cMP3ID3v2.h"
 #include "id3v2/error_sources.h"
 #include "id3v2/frame_form.h"
 #include "id3v2/plan_step.h"
@@ -21,8 +18,8 @@
 #include "id3v2/tag_layout.h"
 #include "id3v2/tag_reader.h"
 #include "id3v2/tag_search.h"
+#include "id3v2/tag_writer.h"
 #include "util/code_page.h"
-#include "util/file_exists.h"
 
 namespace brindle {
 
@@ -148,17 +145,19 @@ private:
     std::vector<Frame> frames_;
 };
 
-// What becomes of each frame of the file.
-class Judge {
+// Follows each frame that a reader by the public documents finds in the file's tags into the tag
+// that would be written.
+class SaveLossAnalyser {
 public:
-    Judge(FileWindow& file, const FrameStore& to_write, WrittenFrames written, SavePlan& plan)
+    SaveLossAnalyser(FileWindow& file, const FrameStore& to_write, WrittenFrames written,
+                     SavePlan& plan)
         : file_(file),
           known_(file),
           to_write_(to_write),
           written_(std::move(written)),
           plan_(plan) {}
 
-    void judge(const PublicTag& tag) {
+    void add(const PublicTag& tag) {
         for (const PublicFrame& frame : tag.frames) {
             if (frame.size == 0) {
                 continue;  // no frame at all
@@ -170,18 +169,18 @@ public:
             }
             const FiledFrame* filed = known_.at(frame.position);
             if (tag.version == kOldestVersion) {
-                judge_version2(frame, filed, entry);
+                analyse_version2(frame, filed, entry);
             } else if (filed == nullptr) {
-                judge_unread(frame, entry);
+                analyse_unread(frame, entry);
             } else {
-                judge_read(frame, *filed, entry);
+                analyse_read(frame, *filed, entry);
             }
         }
     }
 
 private:
     // The reading has it under an id and number: is it still there, and does it stand in the tag?
-    void judge_read(const PublicFrame& frame, const FiledFrame& filed, const TagFrame& entry) {
+    void analyse_read(const PublicFrame& frame, const FiledFrame& filed, const TagFrame& entry) {
         const StoredText* as_read = known_.contents.frames.value(filed.id, filed.number);
         const StoredText* now = to_write_.value(filed.id, filed.number);
         if (now == nullptr || !to_write_.is_listed(filed.id) || !same(as_read, now)) {
@@ -225,7 +224,7 @@ private:
         return text;
     }
 
-    void judge_unread(const PublicFrame& frame, const TagFrame& entry) {
+    void analyse_unread(const PublicFrame& frame, const TagFrame& entry) {
         if (is_set_by_host(entry)) {
             return;
         }
@@ -248,7 +247,8 @@ private:
     }
 
     // Of these only three texts go on, each from the last frame of its id.
-    void judge_version2(const PublicFrame& frame, const FiledFrame* filed, const TagFrame& entry) {
+    void analyse_version2(const PublicFrame& frame, const FiledFrame* filed,
+                          const TagFrame& entry) {
         if (entry.id == kVersion2Custom) {
             if (!is_set_by_host(entry)) {
                 lose(entry, LossReason::Version2);
@@ -289,81 +289,88 @@ private:
     std::map<FrameId, std::int32_t> counts_;
 };
 
-}  // namespace
-
-SavePlan cMP3ID3v2::plan_save() const {
-    SavePlan plan;
-    const std::unique_ptr<BinaryFile> file = open_to_plan();
-    if (!file) {
-        return plan;
-    }
-    if (fault_) {
-        throw fault_->from(kWriterSource);
-    }
-    as_writer([&] { plan_save(*file, plan); });
-    return plan;
-}
-
-StripPlan cMP3ID3v2::plan_strip(std::int32_t tags) const {
-    StripPlan plan;
-    if (const std::unique_ptr<BinaryFile> file = open_to_plan()) {
-        plan_step(plan.refusal, [&] { as_writer([&] { plan_strip(*file, tags, plan); }); });
-    }
-    return plan;
-}
-
-std::unique_ptr<BinaryFile> cMP3ID3v2::open_to_plan() const {
-    return is_missing_ ? nullptr : open_for_saving();
-}
-
-void cMP3ID3v2::plan_save(BinaryFile& file, SavePlan& plan) const {
+void plan(const FileReading& reading, BinaryFile& file, SavePlan& plan) {
     FileWindow window(file);
-    plan.tag_version = tag_version_;
+    plan.tag_version = reading.tag_version;
     plan_step(plan.refusal, [&] { require_addressable_length(window.length()); });
     if (plan.refusal) {
         return;
     }
-    const std::optional<AcceptedFrame> accepted = accepted_in(window);
-    const FrameStore to_write = frames_to_write();
+    const std::optional<AcceptedFrame> accepted = reading.accepted_in(window);
+    const FrameStore to_write = frames_to_save(reading);
     const std::vector<std::uint8_t> built = build_tag(to_write);
     WrittenFrames written(built);
     plan.needed_length = written.length();
 
     TagArea area;
     plan_step(plan.refusal, [&] {
-        const Id3v1Change record = v1_.plan(file, window.length());
+        const Id3v1Change record = reading.record.plan(file, window.length());
         const FileContent content = with_record(file, window.length(), record);
         ContentFile content_file(content);
         FileWindow content_window(content_file);
         area = find_tag_area(content_window, accepted);
         plan.tag_area = area.position ? area.length : 0;
-        const bool is_converted = tag_version_ == kOldestVersion;
+        const bool is_converted = reading.tag_version == kOldestVersion;
         plan.fits = !is_converted && area.fits(plan.needed_length);
         FileContent new_tag;
         new_tag.append(built);
-        const SaveLayout layout =
-            is_converted ? converted(content, area).layout : lay_out(content, area, new_tag);
+        const SaveLayout layout = is_converted ? convert_version2(reading, content, area).layout
+                                               : lay_out(content, area, new_tag);
         layout.require_addressable();
-        plan.loses_stream = loses_stream(environment_, file_name_, layout, accepted);
+        plan.loses_stream = loses_stream(reading.environment(), reading.name(), layout, accepted);
     });
 
-    Judge judge(window, to_write, std::move(written), plan);
+    SaveLossAnalyser analyser(window, to_write, std::move(written), plan);
     const std::int64_t audio = area.audio.value_or(window.length());
-    const auto judge_from = [&](std::int64_t position) {
+    const auto analyse_from = [&](std::int64_t position) {
         while (position < audio) {
             const std::optional<PublicTag> tag = read_public_tag(window, position);
             if (!tag) {
                 break;
             }
-            judge.judge(*tag);
+            analyser.add(*tag);
             position = tag->end;
         }
         return position;
     };
-    const std::int64_t end = judge_from(0);
+    const std::int64_t end = analyse_from(0);
     if (area.position && *area.position >= end && *area.position > 0) {
-        judge_from(*area.position);
+        analyse_from(*area.position);
     }
+}
+
+void plan(const FileReading& reading, BinaryFile& file, std::int32_t tags, StripPlan& plan) {
+    FileWindow window(file);
+    const std::int64_t length = window.length();
+    require_addressable_length(length);
+    const std::optional<AcceptedFrame> accepted = reading.accepted_in(window);
+    const TagArea area = strips_tag(tags) ? find_tag_area(window, accepted) : TagArea();
+    const StrippedFile stripped = strip_tags(file, length, tags, area);
+    plan.record_bytes = length - stripped.end;
+    plan.tag_bytes = stripped.end - stripped.content.size();
+    plan.loses_stream = accepted && stripped.content.size() != length &&
+                        !has_stream(reading.environment(), reading.name(), stripped.content);
+}
+
+}  // namespace
+
+SavePlan plan_save(const FileReading& reading) {
+    SavePlan result;
+    const std::unique_ptr<BinaryFile> file = reading.open_to_look();
+    if (!file) {
+        return result;
+    }
+    reading.require_whole(kWriterSource);
+    as_writer([&] { plan(reading, *file, result); });
+    return result;
+}
+
+StripPlan plan_strip(const FileReading& reading, std::int32_t tags) {
+    StripPlan result;
+    if (const std::unique_ptr<BinaryFile> file = reading.open_to_look()) {
+        plan_step(result.refusal, [&] { as_writer([&] { plan(reading, *file, tags, result); }); });
+    }
+    return result;
 }
 
 }  // namespace brindle

@@ -36,12 +36,4 @@ void StandardFieldTexts::add_comment(StoredText text) {
     }
 }
 
-void StandardFieldTexts::clear_all_but_lyrics() {
-    StoredText lyrics = std::move(text(StandardField::Lyrics));
-    lyrics.own();
-    texts_ = {};
-    more_comments_.clear();
-    text(StandardField::Lyrics) = std::move(lyrics);
-}
-
 }  // namespace brindle

@@ -95,8 +95,6 @@ public:
     }
     // A comment as the reader finds it: several comments of a tag read as lines of one.
     void add_comment(StoredText text);
-    // Nothing but the lyrics is left; they stay when the object goes on to another file.
-    void clear_all_but_lyrics();
 
 private:
     [[nodiscard]] StoredText& text(StandardField field) noexcept {

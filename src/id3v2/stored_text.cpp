@@ -85,10 +85,4 @@ StoredText StoredText::share(std::size_t from) const {
     return is_wide() ? StoredText(units().substr(from)) : in_file(bytes().subspan(from));
 }
 
-void StoredText::own() {
-    if (!is_wide()) {
-        *this = StoredText(wide());
-    }
-}
-
 }  // namespace brindle

@@ -68,8 +68,6 @@ public:
     void append_to(std::vector<std::uint8_t>& into) const;
     // A second view of the same file bytes, or a copy of the wide text, from a character on.
     [[nodiscard]] StoredText share(std::size_t from = 0) const;
-    // The text no longer needs the file's bytes.
-    void own();
 
 private:
     enum class Form : std::uint8_t { InFile, Wide, None };

@@ -3,11 +3,16 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
+#include <iterator>
+#include <new>
+#include <string>
 #include <utility>
 
 #include "id3v2/content_type.h"
+#include "id3v2/custom_field_names.h"
+#include "util/code_page.h"
 #include "util/find_byte.h"
+#include "util/numeric_text.h"
 
 namespace brindle {
 
@@ -69,12 +74,25 @@ private:
 };
 constexpr StandardIds kStandardIds;
 
+constexpr const StandardFieldRow& kGenreRow = row_of(StandardField::OtherGenreName);
+
+// Left in a tag when it gets its first custom field.
+const String kFirstStampValue = u"CorvaneTagger - Revised Feb 2011";
+
+String custom_frame(const String& name, const String& value) {
+    return name + kSeparator + value;
+}
+
+String in_parentheses(std::uint8_t genre) {
+    return u"(" + to_text(std::int32_t{genre}) + u")";
+}
+
 }  // namespace
 
 void TagContents::file(FrameId id, std::span<std::uint8_t> value) {
     if (id == kCustomFrameId) {
         frames.append(id, value);
-        custom.read(value);
+        custom_.read(value);
         return;
     }
     if (id != kPictureFrameId) {
@@ -90,17 +108,115 @@ void TagContents::file(FrameId id, std::span<std::uint8_t> value) {
 void TagContents::file_standard(StandardField field, StoredText text) {
     switch (field) {
         case StandardField::Comment:
-            fields.add_comment(std::move(text));
+            fields_.add_comment(std::move(text));
             break;
         case StandardField::OtherGenreName: {
             ContentType type = read_content_type(text);
-            genre = type.number.value_or(genre);
-            fields.set(StandardField::OtherGenreName, std::move(type.name));
+            genre_ = type.number.value_or(genre_);
+            fields_.set(StandardField::OtherGenreName, std::move(type.name));
             break;
         }
         default:
-            fields.set(field, std::move(text));
+            fields_.set(field, std::move(text));
     }
+}
+
+bool TagContents::is_new() const noexcept {
+    return frames.is_new() && custom_.empty() && fields_.empty() && genre_ == 0 &&
+           set_values_.empty();
+}
+
+void TagContents::take_lasting(const TagContents& from) {
+    set_answer(StandardField::Lyrics, from.text(StandardField::Lyrics));
+    genre_ = from.genre_;
+}
+
+void TagContents::set(StandardField field, const String& value) {
+    set_answer(field, value);
+    const StandardFieldRow& row = row_of(field);
+    replace(String(row.frame_id), {}, String(row.held_prefix) + value);
+}
+
+void TagContents::set_genre(std::uint8_t value) {
+    genre_ = value;
+    set_genre_name(text(StandardField::OtherGenreName));
+}
+
+void TagContents::set_genre_name(const String& value) {
+    set_answer(StandardField::OtherGenreName, value);
+    replace(String(kGenreRow.frame_id), {}, in_parentheses(genre_) + value);
+}
+
+void TagContents::set_custom(const String& name, const String& value) {
+    const String frame(kCustomFrame);
+    if (!frames.is_listed(frame)) {
+        frames.add(frame, custom_frame(kSavedStampName, kFirstStampValue), 0);
+    }
+    replace(frame, name, custom_frame(name, value));
+    custom_.set(name, value);
+}
+
+void TagContents::set_saved_stamp() {
+    set_custom(kSavedStampName, kSavedStampValue);
+}
+
+void TagContents::remove(const String& id, const String& description, std::int32_t& number) {
+    if (id == kCustomFrame) {
+        number = description.empty() ? 0 : frames.find_custom(description);
+        if (number == 0 && !description.empty()) {
+            return;
+        }
+    }
+    if (!frames.frame_list()->Exists(id)) {
+        return;
+    }
+    if (number != 0) {
+        frames.remove_value(id, number);
+    } else {
+        frames.remove_frame(id);
+    }
+}
+
+void TagContents::replace(const String& id, const String& custom_name, const String& held) {
+    try {
+        std::int32_t number = 0;
+        remove(id, custom_name, number);
+        frames.add(id, held, number);
+        const auto same =
+            std::find_if(set_values_.begin(), set_values_.end(), [&](const SetValue& value) {
+                return value.id == id && value.custom_name == custom_name;
+            });
+        if (same != set_values_.end()) {
+            same->held = held;
+        } else {
+            set_values_.push_back({id, custom_name, held});
+        }
+    } catch (const std::bad_alloc&) {
+        is_incomplete_ = true;
+        throw;
+    }
+}
+
+std::vector<EditedField> TagContents::edited_fields() const {
+    std::vector<EditedField> fields;
+    const auto add = [&](const SetValue& value) {
+        std::string id;
+        std::transform(value.id.begin(), value.id.end(), std::back_inserter(id),
+                       [](char16_t unit) { return static_cast<char>(narrow(unit)); });
+        // The name of a genre that was there belongs to the number that was there.
+        const bool is_genre = value.id == kGenreRow.frame_id;
+        fields.push_back(
+            {std::move(id), value.custom_name, is_genre ? in_parentheses(genre_) : value.held});
+    };
+    std::for_each(set_values_.begin(), set_values_.end(), add);
+    const bool has_stamp =
+        std::any_of(set_values_.begin(), set_values_.end(),
+                    [](const SetValue& value) { return value.custom_name == kSavedStampName; });
+    if (!fields.empty() && !has_stamp) {
+        add({String(kCustomFrame), kSavedStampName,
+             custom_frame(kSavedStampName, kSavedStampValue)});
+    }
+    return fields;
 }
 
 }  // namespace brindle

@@ -153,7 +153,7 @@ std::span<const std::uint8_t> TagReader::read_large(std::uint64_t size) {
 template <typename Allocation>
 std::span<std::uint8_t> TagReader::allocate(Allocation allocation) {
     try {
-        return allocation(contents_.bytes);
+        return allocation(contents_.bytes());
     } catch (const std::bad_alloc&) {
         // Hosts see such a file as corrupt, whoever is to blame.
         facts_.corrupt = facts_.version != kOldestVersion;
@@ -180,8 +180,8 @@ void TagReader::file_as(FrameId id, const Header& header, std::span<const std::u
     if (!large_.empty()) {
         kept = large_.last(value.size());  // all that was taken off stood in front
     } else if (!value.empty()) {
-        const bool has_room = contents_.bytes.has_room_for(value.size());
-        kept = has_room ? contents_.bytes.take(value.size())
+        const bool has_room = contents_.bytes().has_room_for(value.size());
+        kept = has_room ? contents_.bytes().take(value.size())
                         : allocate([&](ByteArena& arena) { return arena.allocate(value.size()); });
         std::memcpy(kept.data(), value.data(), value.size());
     }

@@ -66,7 +66,7 @@ inline std::string difference(const WalkedTag& tag, const ReferenceTag& referenc
             return "standard field " + id;
         }
     }
-    return int{tag.contents().genre} == reference.genre ? "" : "genre";
+    return int{tag.contents().genre()} == reference.genre ? "" : "genre";
 }
 
 }  // namespace brindle::test

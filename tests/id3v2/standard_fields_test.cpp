@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "id3v2/tag_contents.h"
+
 namespace brindle {
 namespace {
 
@@ -15,15 +17,15 @@ TEST(StandardFields, RowsStandInTheOrderOfTheFields) {
     }
 }
 
-TEST(StandardFields, LyricsAloneSurviveClearing) {
-    StandardFieldTexts fields;
+TEST(TagContents, LyricsAloneSurviveTheirTag) {
+    TagContents tag;
     for (const StandardFieldRow& row : kStandardFields) {
-        fields.set(row.field, StoredText(kWithNul));
+        tag.set_answer(row.field, String(kWithNul));
     }
-    fields.add_comment(StoredText(u"more"));
-    fields.clear_all_but_lyrics();
+    TagContents next;
+    next.take_lasting(tag);
     for (const StandardFieldRow& row : kStandardFields) {
-        EXPECT_EQ(fields.get(row.field),
+        EXPECT_EQ(next.text(row.field),
                   row.field == StandardField::Lyrics ? String(kWithNul) : String())
             << static_cast<std::size_t>(row.field);
     }

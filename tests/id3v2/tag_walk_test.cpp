@@ -525,7 +525,7 @@ TEST(TagWalk, AnEmptyFirstCommentLeavesNoLine) {
 
 TEST(TagWalk, AGenreThatDoesNotReadKeepsTheNumberOfTheOneBefore) {
     const WalkedTag tag(Tag(3).text("TCON", "(179)").text("TCON", "Polka").bytes());
-    EXPECT_EQ(tag.contents().genre, 17);
+    EXPECT_EQ(tag.contents().genre(), 17);
     EXPECT_EQ(tag.field(StandardField::OtherGenreName), u"Polka");
 }
 

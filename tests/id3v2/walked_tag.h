@@ -58,9 +58,9 @@ public:
     [[nodiscard]] const TagReading& facts() const { return facts_; }
     [[nodiscard]] const TagContents& contents() const { return contents_; }
     [[nodiscard]] Frames frames() const { return frames_of(contents_.frames); }
-    [[nodiscard]] String field(StandardField field) const { return contents_.fields.get(field); }
+    [[nodiscard]] String field(StandardField field) const { return contents_.text(field); }
     [[nodiscard]] String custom(std::u16string_view name) const {
-        return contents_.custom.exists(name) ? contents_.custom.text(name) : u"(absent)";
+        return contents_.custom().exists(name) ? contents_.custom().text(name) : u"(absent)";
     }
 
 private:
