@@ -17,10 +17,11 @@ struct Stretch {
     WalkedStream stream;
 };
 
+template <std::uint32_t common>
 class BlockWalk {
 public:
     BlockWalk(std::span<const std::uint8_t> block, std::size_t left_of_file,
-              const StreamFrames& frames)
+              const StreamFrames<common>& frames)
         : block_(block), left_of_file_(left_of_file), frames_(frames) {}
 
     // Over one frame. False where there is none, or none that is whole.
@@ -60,7 +61,7 @@ public:
 private:
     std::span<const std::uint8_t> block_;
     std::size_t left_of_file_;
-    const StreamFrames& frames_;
+    const StreamFrames<common>& frames_;
 };
 
 // A processor waits for each header before it knows the place of the next one, and can wait for
@@ -73,7 +74,9 @@ constexpr std::size_t kShortestStretch = std::size_t{8} * 1024;
 using Stretches = std::array<Stretch, kStretches>;
 
 // All of them, or only the first, which then goes on to the end.
-std::size_t split(const BlockWalk& walk, std::size_t begin, std::size_t end, Stretches& stretches) {
+template <std::uint32_t common>
+std::size_t split(const BlockWalk<common>& walk, std::size_t begin, std::size_t end,
+                  Stretches& stretches) {
     stretches[0] = {begin, end, begin, {}};
     const std::size_t part = (std::max(begin, end) - begin) / kStretches;
     if (part < kShortestStretch) {
@@ -94,8 +97,8 @@ std::size_t split(const BlockWalk& walk, std::size_t begin, std::size_t end, Str
 
 }  // namespace
 
-StreamFrames::StreamFrames(std::uint32_t first_bits, std::uint32_t common)
-    : first_bits_(first_bits), common_(common) {
+template <std::uint32_t common>
+StreamFrames<common>::StreamFrames(std::uint32_t first_bits) : first_bits_(first_bits) {
     constexpr std::uint32_t kThirdByte = 0xFF00;
     for (std::uint32_t byte = 0; byte < lengths_.size(); ++byte) {
         const std::uint32_t bits = (first_bits & ~kThirdByte) | byte << 8U;
@@ -105,9 +108,10 @@ StreamFrames::StreamFrames(std::uint32_t first_bits, std::uint32_t common)
     }
 }
 
+template <std::uint32_t common>
 bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
-                const StreamFrames& frames, WalkedStream& stream, std::size_t& offset) {
-    const BlockWalk walk(block, left_of_file, frames);
+                const StreamFrames<common>& frames, WalkedStream& stream, std::size_t& offset) {
+    const BlockWalk<common> walk(block, left_of_file, frames);
     const std::size_t end = block.size() - kHeaderBytes + 1;
     Stretches stretches;
     const std::size_t count = split(walk, offset, end, stretches);
@@ -136,5 +140,12 @@ bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
     }
     return true;
 }
+
+template class StreamFrames<kStreamMask>;
+template class StreamFrames<kSyncAndKindMask>;
+template bool walk_block(std::span<const std::uint8_t>, std::size_t,
+                         const StreamFrames<kStreamMask>&, WalkedStream&, std::size_t&);
+template bool walk_block(std::span<const std::uint8_t>, std::size_t,
+                         const StreamFrames<kSyncAndKindMask>&, WalkedStream&, std::size_t&);
 
 }  // namespace brindle

@@ -15,20 +15,31 @@ struct WalkedStream {
     std::int32_t bit_rate_sum = 0;  // kbit/s; never more than the file has bytes
 };
 
+// What headers of one stream have in common, and for which the walk below is compiled: all that the
+// analyser compares, or what decides how long a frame plays.
+inline constexpr std::uint32_t kSyncAndKindMask = kSyncMask | kKindMask;
+
 // What the third byte of a header tells of a frame, in one stream: bit rate and padding stand
 // there, and nothing else that the frame's length depends on. A walk cannot look at the next header
 // before it knows this length, so each step on the way to it counts.
+//
+// Headers of the stream have the bits of `common` as its first header has them.
+template <std::uint32_t common>
 class StreamFrames {
+    static_assert((common & kSyncAndKindMask) == kSyncAndKindMask);
+
 public:
-    // Headers of the stream have the bits of `common` as its first header has them: all of version,
-    // layer and frequency at least.
-    explicit StreamFrames(std::uint32_t first_bits, std::uint32_t common = kStreamMask);
+    explicit StreamFrames(std::uint32_t first_bits);
 
     // Whether it is a valid header that can belong to the stream.
     [[nodiscard]] bool has(const std::uint8_t* header) const noexcept {
         const std::uint32_t bits = header_bits(header);
-        return ((bits ^ first_bits_) & common_) == 0 &&
-               (bits & kEmphasisMask) != kReservedEmphasis && length(header) != 0;
+        if constexpr ((common & kEmphasisMask) != kEmphasisMask) {
+            if ((bits & kEmphasisMask) == kReservedEmphasis) {
+                return false;
+            }
+        }
+        return ((bits ^ first_bits_) & common) == 0 && length(header) != 0;
     }
     // 0 for a header with a reserved bit rate.
     [[nodiscard]] std::uint32_t length(const std::uint8_t* header) const noexcept {
@@ -40,16 +51,23 @@ public:
 
 private:
     std::uint32_t first_bits_;
-    std::uint32_t common_;
     std::array<std::uint16_t, 256> lengths_{};
     std::array<std::uint16_t, 256> bit_rates_{};
 };
 
 // Goes through the frames of one block, the first of which stands at `offset`, and adds them to
-// `stream`. True when the chain goes on behind the block; `offset` is then where the next frame
+// `stream`. True when the chain goes on after the block; `offset` is then where the next frame
 // stands, else where the chain broke. A frame may end `left_of_file` bytes behind the block's
 // beginning at most.
+template <std::uint32_t common>
 bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
-                const StreamFrames& frames, WalkedStream& stream, std::size_t& offset);
+                const StreamFrames<common>& frames, WalkedStream& stream, std::size_t& offset);
+
+extern template class StreamFrames<kStreamMask>;
+extern template class StreamFrames<kSyncAndKindMask>;
+extern template bool walk_block(std::span<const std::uint8_t>, std::size_t,
+                                const StreamFrames<kStreamMask>&, WalkedStream&, std::size_t&);
+extern template bool walk_block(std::span<const std::uint8_t>, std::size_t,
+                                const StreamFrames<kSyncAndKindMask>&, WalkedStream&, std::size_t&);
 
 }  // namespace brindle

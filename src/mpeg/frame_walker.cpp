@@ -13,7 +13,6 @@ namespace brindle {
 namespace {
 
 constexpr auto kHeaderLength = static_cast<std::int64_t>(kHeaderBytes);
-constexpr std::uint32_t kSyncAndKindMask = kSyncMask | kKindMask;
 constexpr std::int64_t kMillisecondsPerSecond = 1'000;
 
 }  // namespace
@@ -65,7 +64,7 @@ void FrameWalker::follow_chain() {
         visit_chain();
         return;
     }
-    const StreamFrames frames(first_bits_, kSyncAndKindMask);
+    const StreamFrames<kSyncAndKindMask> frames(first_bits_);
     bool goes_on = true;
     while (goes_on) {
         window_.keep_from(position_);

@@ -111,7 +111,7 @@ std::optional<WalkedStream> FullScan::run(std::int32_t start) {
 WalkedStream FullScan::walk_from(std::int32_t start) {
     WalkedStream stream;
     std::optional<std::uint32_t> first_bits;
-    std::optional<StreamFrames> frames;
+    std::optional<StreamFrames<kStreamMask>> frames;
     std::int64_t position = start;
     bool goes_on = true;
     window_.expect_until(window_.length());
