@@ -73,10 +73,9 @@ std::uint32_t hash_of(std::u16string_view name) noexcept {
 
 template <typename Name>
 const CustomFields::Frame* CustomFields::find_read(Name name) const {
-    const std::span<const Frame> first = read_.first_block();
-    if (read_.size() == first.size()) {
+    if (read_.size() <= kFewEntries) {
         const std::uint8_t initial = initial_of(name);
-        for (const Frame& frame : first) {
+        for (const Frame& frame : read_) {
             // Nearly all others begin with something else.
             if (frame.front() == initial && has_name(frame, name)) {
                 return &frame;

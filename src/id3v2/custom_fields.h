@@ -7,10 +7,10 @@
 #include <map>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include <brindle/values.h>
 
-#include "util/block_list.h"
 #include "util/hash_index.h"
 
 namespace brindle {
@@ -24,11 +24,12 @@ public:
     // True until anything was read or set.
     [[nodiscard]] bool empty() const noexcept { return read_.empty() && set_.empty(); }
     // A custom frame as the reader finds it, whose bytes somebody else keeps: name, NUL, value;
-    // what stands behind a further NUL counts for nothing. A name seen before keeps its first
+    // what stands after a further NUL counts for nothing. A name seen before keeps its first
     // value, and a frame without a NUL is no field.
     void read(const Frame& frame) {
         if (!frame.empty()) {
-            read_.push_back(Frame(frame));
+            reserve_few(read_);
+            read_.push_back(frame);
         }
     }
     // Adds a field or replaces its value.
@@ -46,9 +47,9 @@ private:
     void index_all() const;
 
     // Frames are taken apart when somebody asks for a field: most are never asked for.
-    BlockList<Frame> read_;
+    std::vector<Frame> read_;
     std::map<String, String, std::less<>> set_;  // these count before those that were read
-    // Of the first so many frames; made when a search needs it.
+    // Of the first `indexed_` frames; made when a search needs it.
     mutable HashIndex index_;
     mutable std::size_t indexed_ = 0;
 };

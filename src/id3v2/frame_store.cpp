@@ -29,38 +29,43 @@ PackedKey packed(FrameId id) {
 void FrameStore::sort_rest() const {
     std::size_t last = 0;
     while (!unsorted_.empty()) {
-        const std::span<const QueuedFrame> run = unsorted_.front_run();
-        last = sort_run(run, last);
-        unsorted_.pop(run.size());
+        const FrameId id = unsorted_.front().id;
+        const auto end = std::find_if(unsorted_.cbegin(), unsorted_.cend(),
+                                      [id](const QueuedFrame& frame) { return frame.id != id; });
+        last = sort_run(end, last);
+        unsorted_.erase(unsorted_.cbegin(), end);
     }
 }
 
-// The number of their record; `guess` is that of the frames before, which are often of the same id.
-std::size_t FrameStore::sort_run(std::span<const QueuedFrame> run, std::size_t guess) const {
-    const PackedKey key = packed(run.front().id);
+// The first frames, up to `end`, are of one id. The number of their record; `guess` is that of the
+// frames before, which are often of the same id.
+std::size_t FrameStore::sort_run(FrameQueue::const_iterator end, std::size_t guess) const {
+    const auto begin = unsorted_.cbegin();
+    const auto count = static_cast<std::size_t>(end - begin);
+    const PackedKey key = packed(begin->id);
     std::size_t known =
         guess < records_.size() && records_[guess].id == key ? guess : find_sorted(key);
     if (known == HashIndex::kNotFound) {
         known = records_.size();
+        reserve_few(records_);
         records_.emplace_back(key);
     }
     FrameValues& values = records_[known].values;
-    values.make_room(run.size());
+    values.make_room(count);
     if (!values.count()) {
         frame_list_->append(key);
     }
-    values.append(run);
-    value_count_ += static_cast<std::int32_t>(run.size());
+    values.append(begin, end);
+    value_count_ += static_cast<std::int32_t>(count);
     return known;
 }
 
 std::size_t FrameStore::find_sorted(PackedKey id) const {
-    const std::span<const Record> first = records_.first_block();
-    if (records_.size() == first.size()) {
-        const auto found = std::find_if(first.begin(), first.end(),
+    if (records_.size() <= kFewEntries) {
+        const auto found = std::find_if(records_.begin(), records_.end(),
                                         [id](const Record& record) { return record.id == id; });
-        return found == first.end() ? HashIndex::kNotFound
-                                    : static_cast<std::size_t>(found - first.begin());
+        return found == records_.end() ? HashIndex::kNotFound
+                                       : static_cast<std::size_t>(found - records_.begin());
     }
     const auto hash_of = [this](std::size_t entry) { return TextHash::of(records_[entry].id); };
     while (index_.size() < records_.size()) {

@@ -8,15 +8,14 @@
 #include <span>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <brindle/keyed_collection.h>
 #include <brindle/values.h>
 
-#include "id3v2/frame_queue.h"
 #include "id3v2/frame_values.h"
 #include "id3v2/stored_text.h"
 #include "id3v2/tag_layout.h"
-#include "util/block_list.h"
 #include "util/hash_index.h"
 #include "util/packed_key.h"
 
@@ -67,7 +66,7 @@ public:
     // A value as the reader finds it: the next one of its id, as the reader is done before a host
     // puts values at numbers of its own. Somebody else keeps the bytes.
     void append(FrameId id, std::span<const std::uint8_t> value) {
-        unsorted_.push({id, static_cast<std::uint32_t>(value.size()), value.data()});
+        unsorted_.push_back({id, static_cast<std::uint32_t>(value.size()), value.data()});
     }
     // Adds a value. `index` 0 appends it; another one puts it where an earlier value was removed
     // and leaves the count alone. For an id that is not in the list yet, `index` is ignored.
@@ -94,7 +93,7 @@ private:
         }
     }
     void sort_rest() const;
-    std::size_t sort_run(std::span<const QueuedFrame> run, std::size_t guess) const;
+    std::size_t sort_run(FrameQueue::const_iterator end, std::size_t guess) const;
     [[nodiscard]] std::size_t find_sorted(PackedKey id) const;
     [[nodiscard]] Record* find(std::u16string_view id) const;
     Record& find_or_add(std::u16string_view id);
@@ -105,8 +104,8 @@ private:
     // What follows changes in the sorting too, which shows from outside in nothing but time.
     mutable FrameQueue unsorted_;
     mutable KeyPacker packer_;
-    mutable BlockList<Record> records_;
-    mutable HashIndex index_;  // of the records, when they fill more than a block
+    mutable std::vector<Record> records_;
+    mutable HashIndex index_;  // of the records, when there are more than a few
     mutable std::int32_t value_count_ = 0;
 };
 

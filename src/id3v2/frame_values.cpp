@@ -89,16 +89,17 @@ void FrameValues::make_room(std::size_t more) {
     }
 }
 
-void FrameValues::append(std::span<const QueuedFrame> frames) {
-    if (needs_no_list_for(frames.size())) {
-        only_ = frames.front().text();
+void FrameValues::append(FrameQueue::const_iterator first,
+                         FrameQueue::const_iterator last) noexcept {
+    if (needs_no_list_for(static_cast<std::size_t>(last - first))) {
+        only_ = first->text();
         return;
     }
     List& all = list();
     std::int32_t number = all.count.value_or(0);
-    for (const QueuedFrame& frame : frames) {
+    for (; first != last; ++first) {
         ++number;
-        all.slots.push_back({frame.text(), number});
+        all.slots.push_back({first->text(), number});
     }
     all.count = number;
 }

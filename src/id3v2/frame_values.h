@@ -3,16 +3,26 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
-#include <span>
 #include <utility>
 #include <vector>
 
-#include "id3v2/frame_queue.h"
 #include "id3v2/stored_text.h"
+#include "id3v2/tag_layout.h"
 
 namespace brindle {
+
+// A frame as the reader found it, not yet given to its id.
+struct QueuedFrame {
+    FrameId id;
+    std::uint32_t size;
+    const std::uint8_t* value;
+
+    [[nodiscard]] StoredText text() const noexcept { return StoredText::in_file({value, size}); }
+};
+using FrameQueue = std::deque<QueuedFrame>;
 
 // Values under their numbers, kept in the order of the numbers, and how many the id counts. Numbers
 // are 1, 2, 3 ... as a rule, but a removed value leaves a gap, so that its successor can take its
@@ -41,11 +51,11 @@ public:
     [[nodiscard]] const StoredText* find(std::int32_t index) const noexcept;
     [[nodiscard]] std::optional<std::int32_t> count() const noexcept;
 
-    // So many values more can be appended without memory.
+    // That many values more can be appended without memory.
     void make_room(std::size_t more);
-    // Adds the values that the reader found behind those that are counted, and counts them. No
-    // value may have a higher number than the count yet.
-    void append(std::span<const QueuedFrame> frames);
+    // Adds the values that the reader found after those that are counted, and counts them. Room
+    // for them has been made; no value may have a higher number than the count yet.
+    void append(FrameQueue::const_iterator first, FrameQueue::const_iterator last) noexcept;
     // False when the number is taken; the count is set in any case. All or nothing.
     bool add(std::int32_t index, StoredText text, std::optional<std::int32_t> count);
     // The same, and leaves the count as it is.
@@ -62,7 +72,7 @@ private:
     };
     static constexpr std::int32_t kOnlyIndex = 1;
 
-    // So many values, which would be the first ones, need no list.
+    // Whether that many values, which would be the first ones, need no list.
     [[nodiscard]] bool needs_no_list_for(std::size_t more) const noexcept {
         return !list_ && only_.is_none() && more == 1;
     }

@@ -48,6 +48,17 @@ private:
     std::uint64_t hash_ = seed();
 };
 
+// Up to here a list is searched as fast without an index.
+inline constexpr std::size_t kFewEntries = 32;
+
+// Before a list gets its first entry: most need no memory after that.
+template <typename T>
+void reserve_few(std::vector<T>& list) {
+    if (list.capacity() == 0) {
+        list.reserve(kFewEntries);
+    }
+}
+
 // Open addressing with linear probing; holds no more of an entry than its number in the list. The
 // owner of the list compares the keys and hashes them again when the table grows.
 class HashIndex {

@@ -14,9 +14,6 @@
 namespace brindle {
 
 struct KeyedCollection::Table {
-    // Fewer are searched as fast without an index.
-    static constexpr std::size_t kFew = 32;
-
     KeyPacker packer;
     std::vector<PackedKey> keys;
     // One for each key, null where the item is the key's own text. Empty while all of them are.
@@ -36,7 +33,7 @@ struct KeyedCollection::Table {
         if (key == kNoKey) {
             return HashIndex::kNotFound;
         }
-        if (keys.size() > kFew && index_all()) {
+        if (keys.size() > kFewEntries && index_all()) {
             return index.find(TextHash::of(key), [&](std::size_t e) { return keys[e] == key; });
         }
         const auto found = std::find(keys.begin(), keys.end(), key);
