@@ -2,9 +2,9 @@
 #include <exception>
 #include <system_error>
 
-#include "commands.h"
-#include "program_arguments.h"
-#include "standard_streams.h"
+#include "commands/commands.h"
+#include "system/program_arguments.h"
+#include "system/standard_streams.h"
 
 using namespace brindle::host;
 

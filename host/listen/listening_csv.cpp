@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "csv.h"
+#include "output/csv.h"
 
 namespace brindle::host {
 

@@ -1,8 +1,8 @@
 // What is heard in a file, for programs to read.
 #pragma once
 
-#include "json_values.h"
 #include "listening.h"
+#include "output/json_values.h"
 
 namespace brindle::host {
 

@@ -1,0 +1,227 @@
+#include "batch/batch.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "batch/name_source.h"
+#include "batch/progress_bar.h"
+#include "system/interruption.h"
+#include "system/standard_streams.h"
+#include "system/terminal.h"
+
+namespace brindle::host {
+
+namespace {
+
+constexpr unsigned kMostJobs = 256;
+// Answers that wait for the one of a file before them.
+constexpr std::size_t kMostWaiting = 1024;
+constexpr std::chrono::milliseconds kDrawAgain{100};
+
+class Batch {
+public:
+    Batch(const BatchOptions& options, const Job& job)
+        : job_(job),
+          names_(options.paths, options.null_separated),
+          progress_(!options.quiet && is_terminal(Stream::Error), options.paths) {}
+
+    BatchOutcome run(unsigned jobs) {
+        std::vector<std::thread> threads = start(jobs);
+        wait();
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        if (fault_) {
+            std::rethrow_exception(fault_);
+        }
+        outcome_.is_interrupted = is_interrupted();
+        return outcome_;
+    }
+
+private:
+    struct Task {
+        FoundName found;
+        std::size_t number;
+    };
+    // Empty until the file is done.
+    using Waiting = std::optional<std::pair<std::string, Answer>>;
+    using Lock = std::unique_lock<std::mutex>;
+
+    std::vector<std::thread> start(unsigned jobs) {
+        std::vector<std::thread> threads;
+        threads.reserve(jobs);
+        working_ = jobs;
+        try {
+            while (threads.size() < jobs) {
+                threads.emplace_back([this] { work(); });
+            }
+        } catch (const std::system_error&) {
+            // Fewer threads do it, too.
+            if (threads.empty()) {
+                throw;
+            }
+            const Lock lock(answers_);
+            working_ -= jobs - static_cast<unsigned>(threads.size());
+        }
+        return threads;
+    }
+
+    void wait() {
+        Lock lock(answers_);
+        while (working_ > 0) {
+            if (!progress_.is_shown()) {
+                done_.wait(lock);
+                continue;
+            }
+            done_.wait_for(lock, kDrawAgain);
+            lock.unlock();
+            progress_.draw();
+            lock.lock();
+        }
+    }
+
+    void work() {
+        try {
+            while (std::optional<Task> task = take()) {
+                Answer answer = job_(task->found);
+                progress_.add_file(answer.bytes);
+                deliver(task->number, {std::move(task->found.name), std::move(answer)});
+            }
+        } catch (...) {
+            const Lock lock(answers_);
+            fault_ = fault_ ? fault_ : std::current_exception();
+            room_.notify_all();
+        }
+        const Lock lock(answers_);
+        --working_;
+        done_.notify_one();
+    }
+
+    // One thread at a time asks for a name, which may have to be waited for.
+    std::optional<Task> take() {
+        const Lock naming(naming_);
+        {
+            Lock lock(answers_);
+            room_.wait(lock, [this] { return waiting_.size() < kMostWaiting || fault_; });
+            if (fault_ || is_interrupted()) {
+                return std::nullopt;
+            }
+        }
+        std::optional<FoundName> found = names_.next();
+        if (!found) {
+            return std::nullopt;
+        }
+        const Lock lock(answers_);
+        waiting_.emplace_back();
+        return Task{*std::move(found), written_ + waiting_.size() - 1};
+    }
+
+    // Whoever brings the answer that is next writes it, and all that wait behind it.
+    void deliver(std::size_t number, std::pair<std::string, Answer> answer) {
+        Lock lock(answers_);
+        waiting_[number - written_] = std::move(answer);
+        if (is_writing_) {
+            return;
+        }
+        is_writing_ = true;
+        while (!waiting_.empty() && waiting_.front() && !fault_) {
+            std::vector<Waiting> ready;
+            while (!waiting_.empty() && waiting_.front()) {
+                ready.push_back(std::move(waiting_.front()));
+                waiting_.pop_front();
+            }
+            written_ += ready.size();
+            room_.notify_all();
+            lock.unlock();
+            write(ready);
+            lock.lock();
+        }
+        is_writing_ = false;
+    }
+
+    void write(const std::vector<Waiting>& ready) {
+        std::string lines;
+        for (const Waiting& waiting : ready) {
+            const auto& [name, answer] = *waiting;
+            lines += answer.output;
+            ++outcome_.files;
+            if (answer.error) {
+                ++outcome_.failures;
+                write_lines(lines);
+                progress_.while_hidden(
+                    [&name = name, &answer = answer] { write_error(name, *answer.error); });
+            }
+        }
+        write_lines(lines);
+    }
+
+    // A pipe that is slow does not hold up the bar.
+    void write_lines(std::string& lines) {
+        if (lines.empty()) {
+            return;
+        }
+        if (output_is_terminal_) {
+            progress_.while_hidden([&] { write_output(lines); });
+        } else {
+            write_output(lines);
+        }
+        lines.clear();
+    }
+
+    const Job& job_;
+    NameSource names_;
+    ProgressBar progress_;
+    BatchOutcome outcome_;  // of the one that writes
+    const bool output_is_terminal_ = is_terminal(Stream::Output);
+
+    std::mutex naming_;
+    std::mutex answers_;  // guards all below
+    std::condition_variable room_;
+    std::condition_variable done_;
+    std::deque<Waiting> waiting_;
+    std::size_t written_ = 0;
+    bool is_writing_ = false;
+    unsigned working_ = 0;
+    std::exception_ptr fault_;
+};
+
+}  // namespace
+
+void BatchOptions::add_to(CLI::App& command) {
+    command
+        .add_flag("-0,--null", null_separated,
+                  "Names from standard input end with a NUL, not with the line")
+        ->disable_flag_override();
+    command.add_option("--jobs", jobs, "Files looked at at once; one a processor otherwise")
+        ->type_name("N")
+        ->check(CLI::Range(1U, kMostJobs).description(""));
+    command.add_flag("--quiet", quiet, "No progress bar and no summary")->disable_flag_override();
+}
+
+ExitStatus BatchOutcome::status() const {
+    if (is_interrupted) {
+        return interrupted_status();
+    }
+    return failures > 0 ? ExitStatus::SomeFileFailed : ExitStatus::AllFine;
+}
+
+std::string BatchOutcome::files_text() const {
+    return (is_interrupted ? "Interrupted: " : "") + std::to_string(files) +
+           (files == 1 ? " file" : " files");
+}
+
+BatchOutcome run_batch(const BatchOptions& options, const Job& job) {
+    watch_for_interruption(SecondSignal::Ends);
+    const unsigned jobs =
+        options.jobs > 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
+    return Batch(options, job).run(jobs);
+}
+
+}  // namespace brindle::host

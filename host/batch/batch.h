@@ -1,0 +1,51 @@
+// One answer a file, for any number of files, on several threads and in the order of the files.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "batch/found_name.h"
+#include "system/exit_status.h"
+
+namespace brindle::host {
+
+struct BatchOptions {
+    std::vector<std::string> paths;
+    bool null_separated = false;
+    bool quiet = false;
+    unsigned jobs = 0;  // 0: one a processor
+
+    void add_to(CLI::App& command);
+};
+
+// What a file brings.
+struct Answer {
+    std::string output;                // for standard output, whole lines
+    std::optional<std::string> error;  // why the file failed
+    std::int64_t bytes = 0;            // of the file, as far as known
+};
+
+// Called on several threads at once.
+using Job = std::function<Answer(const FoundName& found)>;
+
+struct BatchOutcome {
+    std::int64_t files = 0;  // failed ones too
+    std::int64_t failures = 0;
+    bool is_interrupted = false;
+
+    [[nodiscard]] ExitStatus status() const;
+    // `12 files`, with a word in front when not all could be done.
+    [[nodiscard]] std::string files_text() const;
+};
+
+// Runs the job on every file. Answers are written as soon as those of all files before are, and few
+// are kept: when standard output can't follow, the threads wait. After SIGINT the files at hand are
+// the last. What the job throws ends the run and is thrown on.
+BatchOutcome run_batch(const BatchOptions& options, const Job& job);
+
+}  // namespace brindle::host

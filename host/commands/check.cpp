@@ -1,0 +1,195 @@
+// brindle check: what an engineer wants to hear before a file goes on air.
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <brindle/cMPEGHeader.h>
+#include <brindle/error.h>
+
+#include "batch/batch.h"
+#include "commands/check_file.h"
+#include "commands/check_reasons.h"
+#include "commands/commands.h"
+#include "output/file_facts.h"
+#include "output/printable_text.h"
+#include "system/input_file.h"
+#include "system/standard_streams.h"
+#include "system/terminal.h"
+
+namespace brindle::host {
+
+namespace {
+
+struct CheckOptions {
+    BatchOptions batch;
+    bool json = false;
+    bool notes = false;
+    Verdict least = Verdict::Ok;       // of the files that are printed
+    std::vector<std::string> ignored;  // codes
+    Verdict fails = Verdict::Bad;      // from which the status is 1
+    bool never_fails = false;
+    bool colours = false;
+};
+
+using Counts = std::array<std::atomic<std::int64_t>, 4>;  // by verdict
+
+std::string coloured(Verdict verdict, bool colours) {
+    constexpr std::array<const char*, 4> kColours{"\x1b[32m", "", "\x1b[33m", "\x1b[31m"};
+    constexpr const char* kNoColour = "\x1b[0m";
+    const std::string text = word(verdict);
+    return colours ? kColours.at(static_cast<std::size_t>(verdict)) + text + kNoColour : text;
+}
+
+// `a.mp3: warn: no-title (no title), no-artist (no artist)`
+std::string line_of(const std::string& name, const std::vector<Finding>& findings,
+                    const CheckOptions& options) {
+    std::string line = printable(name) + ": " + coloured(verdict_of(findings), options.colours);
+    const char* separator = ": ";
+    for (const Finding& finding : findings) {
+        if (row_of(finding.reason).verdict == Verdict::Note && !options.notes) {
+            continue;
+        }
+        line += separator + std::string(row_of(finding.reason).code) + " (" + finding.text + ")";
+        separator = ", ";
+    }
+    return line + "\n";
+}
+
+Json facts_of(const std::vector<Finding>& findings) {
+    Json reasons = Json::array();
+    for (const Finding& finding : findings) {
+        const ReasonRow& row = row_of(finding.reason);
+        reasons.push_back(
+            Json{{"code", row.code}, {"verdict", word(row.verdict)}, {"text", finding.text}});
+    }
+    return Json{{"verdict", word(verdict_of(findings))}, {"reasons", std::move(reasons)}};
+}
+
+Answer check(const FoundName& found, const CheckOptions& options, Counts& counts) {
+    Answer answer;
+    cMPEGHeader header;
+    answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
+    std::vector<Finding> findings;
+    if (!answer.error) {
+        try {
+            findings = check_file(header, found.name, answer.bytes);
+        } catch (const Error& error) {
+            answer.error = error.what();
+        }
+    }
+    if (answer.error) {
+        answer.output = options.json ? json_line(found.name, file_failure(*answer.error)) : "";
+        return answer;
+    }
+    std::erase_if(findings, [&](const Finding& finding) {
+        return std::find(options.ignored.begin(), options.ignored.end(),
+                         row_of(finding.reason).code) != options.ignored.end();
+    });
+    const Verdict verdict = verdict_of(findings);
+    ++counts.at(static_cast<std::size_t>(verdict));
+    if (verdict >= options.least) {
+        answer.output = options.json ? json_line(found.name, facts_of(findings))
+                                     : line_of(found.name, findings, options);
+    }
+    return answer;
+}
+
+std::string summary_of(const Counts& counts, const BatchOutcome& outcome) {
+    std::string text = outcome.files_text() + ": ";
+    for (const Verdict verdict : {Verdict::Ok, Verdict::Warn, Verdict::Bad}) {
+        text += std::to_string(counts.at(static_cast<std::size_t>(verdict))) + " " + word(verdict) +
+                ", ";
+    }
+    return text + std::to_string(outcome.failures) + " failed\n";
+}
+
+ExitStatus check_all(const CheckOptions& options) {
+    Counts counts{};
+    const BatchOutcome outcome = run_batch(
+        options.batch, [&](const FoundName& found) { return check(found, options, counts); });
+    if (!options.batch.quiet || outcome.is_interrupted) {
+        const std::string summary = summary_of(counts, outcome);
+        // Programs read nothing but verdicts.
+        options.json ? write_note(summary) : write_output(summary);
+    }
+    const ExitStatus status = outcome.status();
+    bool fails = false;
+    for (const Verdict verdict : {Verdict::Warn, Verdict::Bad}) {
+        fails = fails || (!options.never_fails && verdict >= options.fails &&
+                          counts.at(static_cast<std::size_t>(verdict)) > 0);
+    }
+    return status == ExitStatus::AllFine && fails ? ExitStatus::SomeFileFailed : status;
+}
+
+std::vector<std::string> codes() {
+    std::vector<std::string> list;
+    for (const ReasonRow& row : reason_table()) {
+        list.emplace_back(row.code);
+    }
+    return list;
+}
+
+std::string list_of_codes() {
+    constexpr std::size_t kVerdictColumn = 24;
+    constexpr std::size_t kMeaningColumn = 30;
+    std::string list = "Reasons, by their codes:\n";
+    for (const ReasonRow& row : reason_table()) {
+        std::string line = std::string("  ") + row.code;
+        line.resize(kVerdictColumn, ' ');
+        line += word(row.verdict);
+        line.resize(kMeaningColumn, ' ');
+        list.append(line).append(row.meaning).append("\n");
+    }
+    return list + "\n";
+}
+
+}  // namespace
+
+void add_check(CLI::App& program, Command& chosen) {
+    const auto options = std::make_shared<CheckOptions>();
+    CLI::App* command =
+        add_command(program, "check", "Tell of each file whether it can go on air: ok, warn or bad",
+                    "brindle check --quiet /music/new");
+    command->footer(list_of_codes() + command->get_footer());
+    command->add_flag("--json", options->json, "One JSON object a line and file")
+        ->disable_flag_override();
+    command->add_flag("--notes", options->notes, "Print notes, too, which leave the verdict ok")
+        ->disable_flag_override();
+    const std::map<std::string, Verdict> verdicts{{"warn", Verdict::Warn}, {"bad", Verdict::Bad}};
+    command->add_option("--only", options->least, "Print only files of this verdict or a worse one")
+        ->transform(CLI::Transformer(verdicts))
+        ->check(CLI::IsMember(std::set<Verdict>{Verdict::Warn, Verdict::Bad}))
+        ->type_name("warn|bad");
+    command
+        ->add_option("--ignore", options->ignored,
+                     "Leave this reason out; may be given several times")
+        ->check(CLI::IsMember(codes()))
+        ->type_name("CODE")
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->expected(1)
+        ->allow_extra_args(false);
+    command
+        ->add_option_function<std::string>(
+            "--fail-on",
+            [options](const std::string& value) {
+                options->never_fails = value == "never";
+                options->fails = value == "warn" ? Verdict::Warn : Verdict::Bad;
+            },
+            "From which verdict on the status is 1; bad is the default")
+        ->check(CLI::IsMember({"warn", "bad", "never"}))
+        ->type_name("warn|bad|never");
+    options->batch.add_to(*command);
+    add_operands(*command, "PATH", options->batch.paths,
+                 "Files, folders, and - for names from standard input");
+    command->callback([options, &chosen] {
+        options->colours = wants_colours(Stream::Output);
+        chosen = [options] { return check_all(*options); };
+    });
+}
+
+}  // namespace brindle::host

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <brindle/cMPEGHeader.h>
+#include <brindle/error.h>
+
+#include "system/file_guard.h"
+#include "system/file_state.h"
+
+namespace brindle::host {
+
+// One file on its way through a change: guarded from before it is read until it is written, and
+// looked at again afterwards.
+class FileChange {
+public:
+    explicit FileChange(std::string name) : name_(std::move(name)) {}
+
+    [[nodiscard]] const std::string& name() const { return name_; }
+
+    // Reads the file into `header`. The answer is why it must not or cannot be changed, or nothing.
+    [[nodiscard]] std::optional<std::string> open(cMPEGHeader& header);
+    // How it was then.
+    [[nodiscard]] const std::optional<FileState>& before() const { return before_; }
+
+    [[nodiscard]] SaveOptions save_options(bool atomic = false) {
+        return guard_.save_options(atomic);
+    }
+    // What would keep the change from being written, as far as that can be known without writing.
+    [[nodiscard]] std::optional<std::string> reason_against(SaveWay way) const;
+
+    // After the change: what of the file's surroundings is not as before, in a few words each.
+    // Nothing when the file is gone.
+    [[nodiscard]] std::optional<std::vector<std::string>> remarks() const;
+    [[nodiscard]] std::optional<std::string> restore_modification_time() const;
+    // Whether the change was made in another file than the one that was opened.
+    [[nodiscard]] bool is_rebuilt() const;
+
+private:
+    std::string name_;
+    FileGuard guard_;
+    std::optional<FileState> before_;
+};
+
+// What the error means for a file, in words.
+[[nodiscard]] std::string reason_of(const Error& error);
+
+}  // namespace brindle::host

@@ -1,0 +1,35 @@
+// brindle genres: the genre numbers and their names.
+#include <cstdint>
+#include <limits>
+
+#include <brindle/genres.h>
+#include <brindle/text.h>
+
+#include "commands/commands.h"
+#include "system/standard_streams.h"
+
+namespace brindle::host {
+
+namespace {
+
+ExitStatus genres() {
+    std::string lines;
+    for (int number = 0; number <= std::numeric_limits<std::uint8_t>::max(); ++number) {
+        const String name = GenreName(static_cast<std::uint8_t>(number));
+        if (!name.empty()) {
+            lines += std::to_string(number) + " " + to_utf8(name) + "\n";
+        }
+    }
+    write_output(lines);
+    return ExitStatus::AllFine;
+}
+
+}  // namespace
+
+void add_genres(CLI::App& program, Command& chosen) {
+    CLI::App* command = add_command(program, "genres", "Print the genre numbers and their names",
+                                    "brindle genres | grep -i jazz");
+    command->callback([&chosen] { chosen = genres; });
+}
+
+}  // namespace brindle::host

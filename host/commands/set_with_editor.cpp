@@ -1,0 +1,288 @@
+#include "commands/set_with_editor.h"
+
+#include <algorithm>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <brindle/cMPEGHeader.h>
+#include <brindle/tag_edit.h>
+#include <brindle/text.h>
+
+#include "commands/file_change.h"
+#include "output/edit_text.h"
+#include "output/outcome_text.h"
+#include "output/plan_text.h"
+#include "output/printable_text.h"
+#include "output/stream_text.h"
+#include "system/standard_streams.h"
+
+namespace brindle::host {
+
+namespace {
+
+using Failure = std::optional<std::string>;
+
+constexpr std::int32_t kWrittenVersion = 3;
+
+// What a file says of the values that are set: to hosts, and to other programs.
+class Reading {
+public:
+    Reading(const cMPEGHeader& header, const TagFacts& facts) : header_(header), facts_(facts) {}
+
+    [[nodiscard]] std::string of_hosts(const ShownValue& value) const {
+        return value.text(header_);
+    }
+    // None where the value stands in no frame.
+    [[nodiscard]] std::optional<String> of_documents(const Edit& edit) const {
+        if (edit.frame_id.empty()) {
+            return std::nullopt;
+        }
+        std::optional<String> text;
+        if (!edit.field_name.empty()) {
+            text = facts_.custom(edit.field_name);
+        } else if (edit.frame_id == kComment) {
+            text = facts_.comment();
+        } else {
+            text = facts_.text(edit.frame_id);
+        }
+        return text.value_or(String());
+    }
+    // The text that hosts find in the frame.
+    [[nodiscard]] String frame_text_of_hosts(const Edit& edit) const {
+        if (!edit.field_name.empty()) {
+            const Variant value = header_.CustomFieldRetrieve(edit.field_name);
+            const auto* const text = std::get_if<String>(&value);
+            return text == nullptr ? String() : *text;
+        }
+        return edit.frame_id == kComment ? header_.Comments() : header_.v2Tag(edit.frame_id, 1);
+    }
+
+private:
+    inline static const String kComment = u"COMM";
+
+    const cMPEGHeader& header_;
+    const TagFacts& facts_;
+};
+
+// One file on its way. Its members return why the file failed, or nothing.
+class FileToSet {
+public:
+    FileToSet(const std::string& name, const SetOptions& options)
+        : change_(name), options_(options) {}
+
+    Failure run() {
+        if (Failure reason = change_.open(header_)) {
+            return reason;
+        }
+        had_record_ = has_id3v1(header_);
+        const std::vector<ShownValue> values = shown_values();
+        std::vector<std::string> old_values;
+        old_values.reserve(values.size());
+        for (const ShownValue& value : values) {
+            old_values.push_back(value.text(header_));
+        }
+        header_.Writev1v2Separate(options_.separate);
+        for (const Edit& edit : options_.edits) {
+            edit.assign(header_);
+        }
+        TagEdit edit(header_, {.unicode = options_.unicode});
+        if (edit.plan().refusal) {
+            return reason_of(*edit.plan().refusal);
+        }
+        cMPEGHeader promised;
+        edit.preview(promised);
+        const TagFacts promised_facts = edit.facts();
+        const Reading promise(promised, promised_facts);
+        if (options_.dry_run) {
+            show_plan(edit.plan(), old_values, promise);
+        }
+        if (Failure reason = refusal(edit.plan(), promise)) {
+            return reason;
+        }
+        return options_.dry_run ? change_.reason_against(way(edit.plan())) : save(edit, promise);
+    }
+
+private:
+    [[nodiscard]] std::vector<ShownValue> shown_values() const {
+        return values_changed_by(options_.edits, options_.separate);
+    }
+
+    [[nodiscard]] SaveWay way(const EditPlan& plan) const {
+        const bool is_in_place = plan.fits || plan.needed_length == 0;
+        return is_in_place && !options_.atomic ? SaveWay::InPlace : SaveWay::Replace;
+    }
+
+    [[nodiscard]] Failure refusal(const EditPlan& plan, const Reading& promise) const {
+        if (options_.force) {
+            return std::nullopt;
+        }
+        if (const auto losses = plan.losses(); !losses.empty()) {
+            return "Saving would lose " + losses_text(losses) + "; --force saves all the same";
+        }
+        if (plan.loses_stream) {
+            return lost_stream_text();
+        }
+        for (const Edit& edit : options_.edits) {
+            if (!is_read_back(edit, promise)) {
+                return "Hosts would read " + promise.of_hosts(edit.shown) + " as " +
+                       edit.shown.label + "; --force saves all the same";
+            }
+        }
+        return std::nullopt;
+    }
+
+    // Hosts or other programs will read what was given; the line tells what the others read.
+    [[nodiscard]] bool is_read_back(const Edit& edit, const Reading& promise) const {
+        if (edit.frame_id.empty() || promise.of_hosts(edit.shown) == edit.shown.text(header_)) {
+            return true;
+        }
+        const std::optional<String> text = promise.of_documents(edit);
+        return text && !text->empty();
+    }
+
+    Failure save(TagEdit& edit, const Reading& promise) {
+        const EditPlan& plan = edit.plan();
+        if (!plan.changes_nothing) {
+            edit.save(change_.save_options(options_.atomic));
+        }
+        const auto remarks = change_.remarks();
+        if (!remarks) {
+            return "Saved, but another program has removed it since";
+        }
+        if (options_.preserve) {
+            if (Failure reason = change_.restore_modification_time()) {
+                return reason;
+            }
+        }
+        cMPEGHeader now;
+        now.FileName(from_utf8(change_.name()));
+        const TagFacts facts = read_tag_facts(now);
+        const Reading reading(now, facts);
+        if (Failure reason = broken_promise(promise, reading)) {
+            return reason;
+        }
+        write_output(printable(change_.name()) + ": " + outcome(plan, now) + values_text(reading) +
+                     remarks_text(remarks_on(plan)) + remarks_text(*remarks) + "\n");
+        return std::nullopt;
+    }
+
+    [[nodiscard]] Failure broken_promise(const Reading& promise, const Reading& reading) const {
+        for (const Edit& edit : options_.edits) {
+            if (promise.of_hosts(edit.shown) != reading.of_hosts(edit.shown)) {
+                return "Saved, but hosts read " + reading.of_hosts(edit.shown) + " as " +
+                       edit.shown.label;
+            }
+            if (promise.of_documents(edit) != reading.of_documents(edit)) {
+                return "Saved, but other programs read " +
+                       in_quotes(reading.of_documents(edit).value_or(String())) + " as " +
+                       edit.shown.label;
+            }
+        }
+        return std::nullopt;
+    }
+
+    // `; Title: "New"`, each value once.
+    [[nodiscard]] std::string values_text(const Reading& reading) const {
+        std::string text;
+        for (const ShownValue& value : shown_values()) {
+            text +=
+                "; " + value.label + ": " + reading.of_hosts(value) + other_reading(value, reading);
+        }
+        return text;
+    }
+
+    // What other programs read, where it is something else.
+    [[nodiscard]] std::string other_reading(const ShownValue& value, const Reading& reading) const {
+        const auto edit = std::find_if(
+            options_.edits.begin(), options_.edits.end(),
+            [&](const Edit& candidate) { return candidate.shown.label == value.label; });
+        if (edit == options_.edits.end()) {
+            return "";
+        }
+        const std::optional<String> text = reading.of_documents(*edit);
+        const bool is_other = text && (*text != reading.frame_text_of_hosts(*edit) ||
+                                       reading.of_hosts(value) != value.text(header_));
+        return is_other ? " (other programs read " + in_quotes(*text) + ")" : "";
+    }
+
+    void show_plan(const EditPlan& plan, const std::vector<std::string>& old_values,
+                   const Reading& promise) const {
+        std::string text = printable(change_.name()) + ": dry run, nothing is written\n";
+        const std::vector<ShownValue> values = shown_values();
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            text += "  " + values[i].label + ": " + old_values[i] + " -> " +
+                    promise.of_hosts(values[i]) + other_reading(values[i], promise) + "\n";
+        }
+        text += "  " + how_it_fits(plan) + "\n";
+        if (!had_record_ && edits_record()) {
+            text += "  An ID3v1 record would be appended\n";
+        }
+        for (const EditedFrame& frame : plan.frames) {
+            if (frame.fate != FrameFate::Kept) {
+                text += "  " + fate_text(frame.fate) + ": " + frame_text(frame) + "\n";
+            }
+        }
+        for (const std::string& remark : remarks_on(plan)) {
+            text += "  " + remark + "\n";
+        }
+        write_output(text);
+    }
+
+    [[nodiscard]] static std::string how_it_fits(const EditPlan& plan) {
+        if (plan.changes_nothing) {
+            return "Nothing would be written: the file is so already";
+        }
+        if (plan.needed_length == 0) {
+            return "The ID3v2 tag stays as it is";
+        }
+        return host::how_it_fits(plan.fits, plan.needed_length, plan.tag_area);
+    }
+
+    [[nodiscard]] bool edits_record() const {
+        return std::any_of(options_.edits.begin(), options_.edits.end(), [&](const Edit& edit) {
+            return edit.frame_id.empty() || (edit.shown_in_record && !options_.separate);
+        });
+    }
+
+    [[nodiscard]] std::string outcome(const EditPlan& plan, const cMPEGHeader& now) const {
+        std::string text =
+            plan.changes_nothing ? "nothing written, the file is so already" : tag_outcome(plan);
+        if (edits_record() && (!plan.changes_nothing || !has_id3v1(now))) {
+            text += ", " + record_text(now, had_record_);
+        }
+        if (const auto losses = plan.losses(); !losses.empty()) {
+            text += ", lost " + losses_text(losses);
+        }
+        if (plan.needed_length != 0) {
+            text += unseen_tag_text(now);
+        }
+        return text;
+    }
+
+    [[nodiscard]] std::string tag_outcome(const EditPlan& plan) const {
+        if (plan.needed_length == 0) {
+            return "ID3v2 tag left as it is";
+        }
+        const bool is_rebuilt = change_.is_rebuilt();
+        const std::string written =
+            how_it_was_written(is_rebuilt, plan.needed_length, plan.tag_area);
+        if (plan.tag_version != 0 && plan.tag_version != kWrittenVersion) {
+            return "ID3v2." + std::to_string(plan.tag_version) + " tag converted and " + written;
+        }
+        return (is_rebuilt ? "" : "ID3v2 tag ") + written;
+    }
+
+    FileChange change_;
+    const SetOptions& options_;
+    cMPEGHeader header_;
+    bool had_record_ = false;
+};
+
+}  // namespace
+
+std::optional<std::string> set_with_editor(const std::string& name, const SetOptions& options) {
+    return FileToSet(name, options).run();
+}
+
+}  // namespace brindle::host

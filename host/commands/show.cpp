@@ -1,0 +1,59 @@
+// brindle show: what is known of each file.
+#include <memory>
+#include <optional>
+
+#include <brindle/cMPEGHeader.h>
+
+#include "commands/commands.h"
+#include "output/file_facts.h"
+#include "output/file_report.h"
+#include "output/tag_json.h"
+#include "system/input_file.h"
+#include "system/standard_streams.h"
+
+namespace brindle::host {
+
+namespace {
+
+struct ShowOptions {
+    bool json = false;
+    std::vector<std::string> files;
+};
+
+ExitStatus show(const ShowOptions& options) {
+    ExitStatus status = ExitStatus::AllFine;
+    bool blank_line = false;
+    for (const std::string& name : options.files) {
+        cMPEGHeader header;
+        std::int64_t size = 0;
+        if (const std::optional<std::string> reason = open_file(header, name, size)) {
+            status = ExitStatus::SomeFileFailed;
+            write_error(name, *reason);
+            if (options.json) {
+                write_output(json_line(name, file_failure(*reason)));
+            }
+        } else if (options.json) {
+            write_output(json_line(name, whole_file(name, size, header, FrameValues::Shown)));
+        } else {
+            write_output((blank_line ? "\n" : "") + file_report(name, header));
+            blank_line = true;
+        }
+    }
+    return status;
+}
+
+}  // namespace
+
+void add_show(CLI::App& program, Command& chosen) {
+    const auto options = std::make_shared<ShowOptions>();
+    CLI::App* command = add_command(program, "show",
+                                    "Show what is known of each file: stream, tags, fields, frames",
+                                    "brindle show --json jingle.mp3 spot.mp3");
+    command->add_flag("--json", options->json,
+                      "One JSON object a line and file, with every value in full");
+    add_operands(*command, "FILE", options->files,
+                 "Files whose names end in mp3 or mp2; after -- they may begin with a dash");
+    command->callback([options, &chosen] { chosen = [options] { return show(*options); }; });
+}
+
+}  // namespace brindle::host

@@ -1,0 +1,83 @@
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <system_error>
+#include <unistd.h>
+
+#include <sys/stat.h>
+
+#include "system/file_access.h"
+
+namespace brindle::host {
+
+namespace {
+
+std::string system_reason(int error) {
+    return std::generic_category().message(error);
+}
+
+int open_to_read(const std::string& name) {
+    return open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+}
+
+}  // namespace
+
+std::optional<std::string> reason_against_file(const std::string& name, std::int64_t& size) {
+    struct stat status {};
+    if (stat(name.c_str(), &status) != 0) {
+        return system_reason(errno);
+    }
+    if (S_ISDIR(status.st_mode)) {
+        return system_reason(EISDIR);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return "Not a regular file";
+    }
+    size = status.st_size;
+    return std::nullopt;
+}
+
+std::optional<std::string> reason_against_reading(const std::string& name) {
+    const int file = open_to_read(name);
+    if (file == -1) {
+        return system_reason(errno);
+    }
+    close(file);
+    return std::nullopt;
+}
+
+std::optional<std::string> reason_against_writing(const std::string& name) {
+    if (faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) != 0) {
+        return system_reason(errno);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> reason_against_replacing(const std::string& name) {
+    if (auto reason = reason_against_writing(name)) {
+        return reason;
+    }
+    std::error_code error;
+    const auto folder = std::filesystem::canonical(name, error).parent_path();
+    if (error) {
+        return error.message();
+    }
+    if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+        return system_reason(errno);
+    }
+    return std::nullopt;
+}
+
+std::string read_bytes(const std::string& name, std::int64_t offset, std::size_t count) {
+    const int file = open_to_read(name);
+    if (file == -1) {
+        return {};
+    }
+    std::string bytes(count, '\0');
+    const ssize_t done = pread(file, bytes.data(), bytes.size(), offset);
+    close(file);
+    bytes.resize(done > 0 ? static_cast<std::size_t>(done) : 0);
+    return bytes;
+}
+
+}  // namespace brindle::host

@@ -1,0 +1,66 @@
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include "system/file_lock.h"
+#include "system/interruption.h"
+
+namespace brindle::host {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr auto kMaxWait = std::chrono::seconds(10);
+constexpr auto kPause = std::chrono::milliseconds(10);
+
+// A save that was waited for may have put another file under the name.
+bool stands_for(const std::string& name, int file) {
+    struct stat named {};
+    struct stat held {};
+    return stat(name.c_str(), &named) == 0 && fstat(file, &held) == 0 &&
+           named.st_dev == held.st_dev && named.st_ino == held.st_ino;
+}
+
+}  // namespace
+
+std::optional<std::string> FileLock::acquire(const std::string& name) {
+    release();
+    const Clock::time_point end = Clock::now() + kMaxWait;
+    for (;;) {
+        const int file = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        if (file == -1) {
+            return std::nullopt;  // the reading that follows tells why
+        }
+        if (flock(file, LOCK_EX | LOCK_NB) == 0) {
+            if (stands_for(name, file)) {
+                held_ = file;
+                return std::nullopt;
+            }
+            close(file);
+            continue;
+        }
+        const int error = errno;
+        close(file);
+        if (error != EWOULDBLOCK && error != EINTR) {
+            return std::nullopt;  // no locks on this file system
+        }
+        if (is_interrupted() || Clock::now() >= end) {
+            return "Permission denied: another program is changing it";
+        }
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
+void FileLock::release() {
+    if (held_ != kNone) {
+        close(static_cast<int>(std::exchange(held_, kNone)));
+    }
+}
+
+}  // namespace brindle::host
