@@ -20,7 +20,6 @@ namespace brindle::host {
 
 namespace {
 
-constexpr unsigned kMostJobs = 256;
 // Answers that wait for the one of a file before them.
 constexpr std::size_t kMostWaiting = 1024;
 constexpr std::chrono::milliseconds kDrawAgain{100};
@@ -193,17 +192,6 @@ private:
 };
 
 }  // namespace
-
-void BatchOptions::add_to(CLI::App& command) {
-    command
-        .add_flag("-0,--null", null_separated,
-                  "Names from standard input end with a NUL, not with the line")
-        ->disable_flag_override();
-    command.add_option("--jobs", jobs, "Files looked at at once; one a processor otherwise")
-        ->type_name("N")
-        ->check(CLI::Range(1U, kMostJobs).description(""));
-    command.add_flag("--quiet", quiet, "No progress bar and no summary")->disable_flag_override();
-}
 
 ExitStatus BatchOutcome::status() const {
     if (is_interrupted) {

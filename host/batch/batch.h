@@ -7,20 +7,18 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "batch/found_name.h"
 #include "system/exit_status.h"
 
 namespace brindle::host {
+
+inline constexpr unsigned kMostJobs = 256;
 
 struct BatchOptions {
     std::vector<std::string> paths;
     bool null_separated = false;
     bool quiet = false;
     unsigned jobs = 0;  // 0: one a processor
-
-    void add_to(CLI::App& command);
 };
 
 // What a file brings.

@@ -33,7 +33,6 @@ struct CheckOptions {
     std::vector<std::string> ignored;  // codes
     Verdict fails = Verdict::Bad;      // from which the status is 1
     bool never_fails = false;
-    bool colours = false;
 };
 
 using Counts = std::array<std::atomic<std::int64_t>, 4>;  // by verdict
@@ -48,7 +47,8 @@ std::string coloured(Verdict verdict, bool colours) {
 // `a.mp3: warn: no-title (no title), no-artist (no artist)`
 std::string line_of(const std::string& name, const std::vector<Finding>& findings,
                     const CheckOptions& options) {
-    std::string line = printable(name) + ": " + coloured(verdict_of(findings), options.colours);
+    static const bool has_colours = wants_colours(Stream::Output);
+    std::string line = printable(name) + ": " + coloured(verdict_of(findings), has_colours);
     const char* separator = ": ";
     for (const Finding& finding : findings) {
         if (row_of(finding.reason).verdict == Verdict::Note && !options.notes) {
@@ -150,46 +150,29 @@ std::string list_of_codes() {
 
 }  // namespace
 
-void add_check(CLI::App& program, Command& chosen) {
+void add_check(CommandLine& program) {
     const auto options = std::make_shared<CheckOptions>();
-    CLI::App* command =
-        add_command(program, "check", "Tell of each file whether it can go on air: ok, warn or bad",
-                    "brindle check --quiet /music/new");
-    command->footer(list_of_codes() + command->get_footer());
-    command->add_flag("--json", options->json, "One JSON object a line and file")
-        ->disable_flag_override();
-    command->add_flag("--notes", options->notes, "Print notes, too, which leave the verdict ok")
-        ->disable_flag_override();
-    const std::map<std::string, Verdict> verdicts{{"warn", Verdict::Warn}, {"bad", Verdict::Bad}};
-    command->add_option("--only", options->least, "Print only files of this verdict or a worse one")
-        ->transform(CLI::Transformer(verdicts))
-        ->check(CLI::IsMember(std::set<Verdict>{Verdict::Warn, Verdict::Bad}))
-        ->type_name("warn|bad");
-    command
-        ->add_option("--ignore", options->ignored,
-                     "Leave this reason out; may be given several times")
-        ->check(CLI::IsMember(codes()))
-        ->type_name("CODE")
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->expected(1)
-        ->allow_extra_args(false);
-    command
-        ->add_option_function<std::string>(
-            "--fail-on",
-            [options](const std::string& value) {
-                options->never_fails = value == "never";
-                options->fails = value == "warn" ? Verdict::Warn : Verdict::Bad;
-            },
-            "From which verdict on the status is 1; bad is the default")
-        ->check(CLI::IsMember({"warn", "bad", "never"}))
-        ->type_name("warn|bad|never");
-    options->batch.add_to(*command);
-    add_operands(*command, "PATH", options->batch.paths,
-                 "Files, folders, and - for names from standard input");
-    command->callback([options, &chosen] {
-        options->colours = wants_colours(Stream::Output);
-        chosen = [options] { return check_all(*options); };
-    });
+    CommandOptions command =
+        program.add("check", "Tell of each file whether it can go on air: ok, warn or bad",
+                    "brindle check --quiet /music/new", [options] { return check_all(*options); });
+    command.explanation(list_of_codes());
+    command.flag("--json", options->json, "One JSON object a line and file");
+    command.flag("--notes", options->notes, "Print notes, too, which leave the verdict ok");
+    command.named_number(
+        "--only", "warn|bad",
+        {{"warn", static_cast<int>(Verdict::Warn)}, {"bad", static_cast<int>(Verdict::Bad)}},
+        [options](int verdict) { options->least = static_cast<Verdict>(verdict); },
+        "Print only files of this verdict or a worse one");
+    command.words("--ignore", "CODE", codes(), options->ignored,
+                  "Leave this reason out; may be given several times");
+    command.word(
+        "--fail-on", "warn|bad|never", {"warn", "bad", "never"},
+        [options](const std::string& value) {
+            options->never_fails = value == "never";
+            options->fails = value == "warn" ? Verdict::Warn : Verdict::Bad;
+        },
+        "From which verdict on the status is 1; bad is the default");
+    command.batch(options->batch);
 }
 
 }  // namespace brindle::host

@@ -1,8 +1,11 @@
 #include "commands/command_line.h"
 
 #include <algorithm>
+#include <set>
 #include <sstream>
 #include <utility>
+
+#include <CLI/CLI.hpp>
 
 #include "system/standard_streams.h"
 
@@ -40,7 +43,7 @@ std::vector<std::string> for_the_parser(std::vector<std::string> given) {
     return arguments;
 }
 
-ExitStatus usage_error(const CLI::App& program, const CLI::ParseError& error) {
+ExitStatus usage_error(const CLI::App& program, const std::exception& error) {
     std::string called = program.get_name();
     for (const CLI::App* command : program.get_subcommands()) {
         called += " " + command->get_name();
@@ -50,32 +53,143 @@ ExitStatus usage_error(const CLI::App& program, const CLI::ParseError& error) {
     return ExitStatus::WrongUsage;
 }
 
-}  // namespace
-
-CLI::App* add_command(CLI::App& program, const std::string& name, const std::string& description,
-                      const std::string& example) {
-    CLI::App* command = program.add_subcommand(name, description);
-    add_help_and_version(*command);
-    command->footer("Example:\n  " + example);
-    return command;
+CLI::Option* add_text(CLI::App& app, const std::string& name, CommandOptions::Take take,
+                      const std::string& help) {
+    return app.add_option(
+        name,
+        [take = std::move(take)](const CLI::results_t& given) {
+            take(given.front());
+            return true;
+        },
+        help);
 }
 
-void add_operands(CLI::App& command, const std::string& name, std::vector<std::string>& values,
-                  const std::string& description) {
-    // A list of strings would be taken apart at the commas when it is written "[a,b]", and be empty
-    // when it is written "{}"; both are good names of files. An option that still waits for more
-    // values, and hands them over as they came, does neither.
-    CLI::Option* operands = command.add_option(
+CLI::Option* add_texts(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                       const std::string& help) {
+    return app.add_option(
         name,
         [&values](const CLI::results_t& given) {
             values = given;
             return true;
         },
-        description);
+        help);
+}
+
+}  // namespace
+
+void CommandOptions::flag(const std::string& names, bool& value, const std::string& help,
+                          bool takes_value) {
+    CLI::Option* flag = app_.add_flag(names, value, help);
+    if (!takes_value) {
+        flag->disable_flag_override();
+    }
+}
+
+CommandOptions CommandOptions::one_of(const std::string& title, const std::string& help) {
+    CLI::Option_group* group = app_.add_option_group(title, help);
+    group->require_option(1);
+    return CommandOptions(*group);
+}
+
+void CommandOptions::exclusive(const std::string& one, const std::string& other) {
+    app_.get_option(one)->excludes(app_.get_option(other));
+}
+
+void CommandOptions::text(const std::string& name, const std::string& placeholder, Take take,
+                          const std::string& help) {
+    add_text(app_, name, std::move(take), help)->type_name(placeholder);
+}
+
+void CommandOptions::texts(const std::string& name, const std::string& placeholder,
+                           std::vector<std::string>& values, const std::string& help) {
+    add_texts(app_, name, values, help)
+        ->type_name(placeholder)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void CommandOptions::number(const std::string& name, const std::string& unit, double& value,
+                            double lowest, double highest, const std::string& help) {
+    app_.add_option(name, value, help)
+        ->type_name(unit)
+        ->check(CLI::Range(lowest, highest).description(""));
+}
+
+void CommandOptions::word(const std::string& name, const std::string& placeholder,
+                          const std::vector<std::string>& words, Take take, const std::string& help,
+                          bool are_listed) {
+    CLI::IsMember check(words);
+    if (!are_listed) {
+        check.description("");
+    }
+    add_text(app_, name, std::move(take), help)->type_name(placeholder)->check(check);
+}
+
+void CommandOptions::words(const std::string& name, const std::string& placeholder,
+                           const std::vector<std::string>& allowed,
+                           std::vector<std::string>& values, const std::string& help) {
+    app_.add_option(name, values, help)
+        ->check(CLI::IsMember(allowed))
+        ->type_name(placeholder)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->expected(1)
+        ->allow_extra_args(false);
+}
+
+void CommandOptions::named_number(const std::string& name, const std::string& placeholder,
+                                  const std::map<std::string, int>& words,
+                                  std::function<void(int)> take, const std::string& help) {
+    std::set<int> numbers;
+    for (const auto& [word, number] : words) {
+        numbers.insert(number);
+    }
+    app_.add_option_function<int>(name, std::move(take), help)
+        ->transform(CLI::Transformer(words))
+        ->check(CLI::IsMember(numbers))
+        ->type_name(placeholder);
+}
+
+void CommandOptions::operand(const std::string& name, Take take, const std::string& help) {
+    add_text(app_, name, std::move(take), help)->required();
+}
+
+void CommandOptions::operands(const std::string& name, std::vector<std::string>& values,
+                              const std::string& help) {
+    // A list of strings would be taken apart at the commas when it is written "[a,b]", and be empty
+    // when it is written "{}"; both are good names of files. An option that still waits for more
+    // values, and hands them over as they came, does neither.
     constexpr int kAnyNumber = CLI::detail::expected_max_vector_size;
-    operands->required()
+    add_texts(app_, name, values, help)
+        ->required()
         ->expected(kAnyNumber, kAnyNumber)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void CommandOptions::files(std::vector<std::string>& values) {
+    operands("FILE", values,
+             "Files whose names end in mp3 or mp2; after -- they may begin with a dash");
+}
+
+void CommandOptions::batch(BatchOptions& options) {
+    flag("-0,--null", options.null_separated,
+         "Names from standard input end with a NUL, not with the line");
+    app_.add_option("--jobs", options.jobs, "Files looked at at once; one a processor otherwise")
+        ->type_name("N")
+        ->check(CLI::Range(1U, kMostJobs).description(""));
+    flag("--quiet", options.quiet, "No progress bar and no summary");
+    operands("PATH", options.paths, "Files, folders, and - for names from standard input");
+}
+
+void CommandOptions::explanation(const std::string& text) {
+    app_.footer(text + app_.get_footer());
+}
+
+CommandOptions CommandLine::add(const std::string& name, const std::string& help,
+                                const std::string& example, Command run) {
+    CLI::App* command = program_.add_subcommand(name, help);
+    add_help_and_version(*command);
+    command->footer("Example:\n  " + example);
+    command->callback([this, run = std::move(run)] { chosen_ = run; });
+    return CommandOptions(*command);
 }
 
 ExitStatus run_command_line(std::vector<std::string> arguments,
@@ -85,12 +199,13 @@ ExitStatus run_command_line(std::vector<std::string> arguments,
     program.require_subcommand(1);
     add_help_and_version(program);
     program.footer("Example:\n  brindle show jingle.mp3");
-    Command chosen;
+    CommandLine command_line(program);
     for (const AddCommand add : commands) {
-        add(program, chosen);
+        add(command_line);
     }
     try {
         program.parse(for_the_parser(std::move(arguments)));
+        return command_line.chosen()();
     } catch (const CLI::Success& request) {
         std::ostringstream text;
         program.exit(request, text, text);
@@ -98,8 +213,9 @@ ExitStatus run_command_line(std::vector<std::string> arguments,
         return ExitStatus::AllFine;
     } catch (const CLI::ParseError& error) {
         return usage_error(program, error);
+    } catch (const UsageError& error) {
+        return usage_error(program, error);
     }
-    return chosen();
 }
 
 }  // namespace brindle::host

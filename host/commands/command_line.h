@@ -2,29 +2,99 @@
 #pragma once
 
 #include <functional>
+#include <map>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
+#include "batch/batch.h"
 #include "system/exit_status.h"
+
+// A source that includes CLI11 takes twelve seconds to compile, so command_line.cpp alone does.
+namespace CLI {
+class App;
+}
 
 namespace brindle::host {
 
 // The command that the command line asks for, ready to run.
 using Command = std::function<ExitStatus()>;
 
-// How a command puts itself on the command line, and into `chosen` when it is called.
-using AddCommand = void (*)(CLI::App& program, Command& chosen);
+// The command line asks for something that cannot be done.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
 
-// A command with --help, which ends with an example, and --version.
-CLI::App* add_command(CLI::App& program, const std::string& name, const std::string& description,
-                      const std::string& example);
+// The options and operands of one command. What is passed by reference is assigned while the
+// command line is read, and must live until the command has run.
+class CommandOptions {
+public:
+    explicit CommandOptions(CLI::App& app) : app_(app) {}
 
-// The operands of a command, at least one, each taken letter for letter. After `--` they may begin
-// with "-".
-void add_operands(CLI::App& command, const std::string& name, std::vector<std::string>& values,
-                  const std::string& description);
+    // With `takes_value`, `--flag=false` is accepted.
+    void flag(const std::string& names, bool& value, const std::string& help,
+              bool takes_value = false);
+    // Flags that are added to the answer exclude each other, and one of them is required.
+    CommandOptions one_of(const std::string& title, const std::string& help);
+    // Two options that exclude each other.
+    void exclusive(const std::string& one, const std::string& other);
+
+    using Take = std::function<void(const std::string& given)>;
+    void text(const std::string& name, const std::string& placeholder, Take take,
+              const std::string& help);
+    // May be given several times.
+    void texts(const std::string& name, const std::string& placeholder,
+               std::vector<std::string>& values, const std::string& help);
+    void number(const std::string& name, const std::string& unit, double& value, double lowest,
+                double highest, const std::string& help);
+
+    // One of a few words. The help lists them beside the placeholder if `are_listed`.
+    void word(const std::string& name, const std::string& placeholder,
+              const std::vector<std::string>& words, Take take, const std::string& help,
+              bool are_listed = true);
+    // May be given several times.
+    void words(const std::string& name, const std::string& placeholder,
+               const std::vector<std::string>& allowed, std::vector<std::string>& values,
+               const std::string& help);
+    // A word that stands for a number; the number itself is accepted too.
+    void named_number(const std::string& name, const std::string& placeholder,
+                      const std::map<std::string, int>& words, std::function<void(int)> take,
+                      const std::string& help);
+
+    void operand(const std::string& name, Take take, const std::string& help);
+    // At least one, each taken letter for letter. After `--` they may begin with "-".
+    void operands(const std::string& name, std::vector<std::string>& values,
+                  const std::string& help);
+    // The operands FILE of commands that take files one by one.
+    void files(std::vector<std::string>& values);
+    // The options of commands that take folders, and their operands PATH.
+    void batch(BatchOptions& options);
+
+    // Stands in the help before the example.
+    void explanation(const std::string& text);
+
+private:
+    CLI::App& app_;
+};
+
+class CommandLine {
+public:
+    explicit CommandLine(CLI::App& program) : program_(program) {}
+
+    // A command with --help, which ends with an example, and --version.
+    CommandOptions add(const std::string& name, const std::string& help, const std::string& example,
+                       Command run);
+
+    // The command that was asked for.
+    [[nodiscard]] const Command& chosen() const { return chosen_; }
+
+private:
+    CLI::App& program_;
+    Command chosen_;
+};
+
+using AddCommand = void (*)(CommandLine& program);
 
 // Reads the command line and runs its command. --help and --version, and errors of usage, are
 // answered here.

@@ -5,13 +5,13 @@
 
 namespace brindle::host {
 
-void add_show(CLI::App& program, Command& chosen);
-void add_set(CLI::App& program, Command& chosen);
-void add_strip(CLI::App& program, Command& chosen);
-void add_scan(CLI::App& program, Command& chosen);
-void add_check(CLI::App& program, Command& chosen);
-void add_listen(CLI::App& program, Command& chosen);
-void add_time(CLI::App& program, Command& chosen);
-void add_genres(CLI::App& program, Command& chosen);
+void add_show(CommandLine& program);
+void add_set(CommandLine& program);
+void add_strip(CommandLine& program);
+void add_scan(CommandLine& program);
+void add_check(CommandLine& program);
+void add_listen(CommandLine& program);
+void add_time(CommandLine& program);
+void add_genres(CommandLine& program);
 
 }  // namespace brindle::host

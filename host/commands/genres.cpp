@@ -26,10 +26,9 @@ ExitStatus genres() {
 
 }  // namespace
 
-void add_genres(CLI::App& program, Command& chosen) {
-    CLI::App* command = add_command(program, "genres", "Print the genre numbers and their names",
-                                    "brindle genres | grep -i jazz");
-    command->callback([&chosen] { chosen = genres; });
+void add_genres(CommandLine& program) {
+    program.add("genres", "Print the genre numbers and their names",
+                "brindle genres | grep -i jazz", genres);
 }
 
 }  // namespace brindle::host

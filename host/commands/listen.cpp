@@ -94,40 +94,25 @@ ExitStatus listen(const ListenCommand& options) {
 
 }  // namespace
 
-void add_listen(CLI::App& program, Command& chosen) {
+void add_listen(CommandLine& program) {
     const auto options = std::make_shared<ListenCommand>();
-    CLI::App* command = add_command(
-        program, "listen", "Measure loudness, find where sound begins and ends, suggest cue points",
-        "brindle listen --csv /music/new > points.csv");
-    CLI::Option* json =
-        command->add_flag("--json", options->json, "One JSON object a line and file");
-    command
-        ->add_flag("--csv", options->csv,
-                   "Comma-separated values, with a header: the points that are suggested")
-        ->disable_flag_override()
-        ->excludes(json);
-    json->disable_flag_override();
-    command
-        ->add_flag("--quick", options->listening.quick,
-                   "Listen to the first and the last minute of each file only")
-        ->disable_flag_override();
-    const auto add_number = [&](const char* name, double& value, double lowest, double highest,
-                                const char* unit, const char* description) {
-        command->add_option(name, value, description)
-            ->type_name(unit)
-            ->check(CLI::Range(lowest, highest).description(""));
-    };
+    CommandOptions command = program.add(
+        "listen", "Measure loudness, find where sound begins and ends, suggest cue points",
+        "brindle listen --csv /music/new > points.csv", [options] { return listen(*options); });
+    command.flag("--json", options->json, "One JSON object a line and file");
+    command.flag("--csv", options->csv,
+                 "Comma-separated values, with a header: the points that are suggested");
+    command.exclusive("--csv", "--json");
+    command.flag("--quick", options->listening.quick,
+                 "Listen to the first and the last minute of each file only");
     constexpr double kMostUnits = 80;
-    add_number("--reference", options->reference, -70, 0, "LUFS",
-               "Show gains that bring files to this loudness; -18 otherwise");
-    add_number("--sound-range", options->listening.sound_range, 1, kMostUnits, "LU",
-               "So far below the file's loudness there is still sound; 40 otherwise");
-    add_number("--overlap-range", options->listening.overlap_range, 1, kMostUnits, "LU",
-               "So far below the file's loudness the next may begin; 12 otherwise");
-    options->batch.add_to(*command);
-    add_operands(*command, "PATH", options->batch.paths,
-                 "Files, folders, and - for names from standard input");
-    command->callback([options, &chosen] { chosen = [options] { return listen(*options); }; });
+    command.number("--reference", "LUFS", options->reference, -70, 0,
+                   "Show gains that bring files to this loudness; -18 otherwise");
+    command.number("--sound-range", "LU", options->listening.sound_range, 1, kMostUnits,
+                   "So far below the file's loudness there is still sound; 40 otherwise");
+    command.number("--overlap-range", "LU", options->listening.overlap_range, 1, kMostUnits,
+                   "So far below the file's loudness the next may begin; 12 otherwise");
+    command.batch(options->batch);
 }
 
 }  // namespace brindle::host

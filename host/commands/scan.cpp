@@ -95,21 +95,16 @@ ExitStatus scan(const ScanOptions& options) {
 
 }  // namespace
 
-void add_scan(CLI::App& program, Command& chosen) {
+void add_scan(CommandLine& program) {
     const auto options = std::make_shared<ScanOptions>();
-    CLI::App* command =
-        add_command(program, "scan", "List the files of folders, a line each, and sum them up",
-                    "brindle scan --json /music > library.jsonl");
-    CLI::Option* json = command->add_flag(
-        "--json", options->json, "One JSON object a line and file, as show has it, without v2Tag");
-    command->add_flag("--csv", options->csv, "Comma-separated values, with a header")
-        ->disable_flag_override()
-        ->excludes(json);
-    json->disable_flag_override();
-    options->batch.add_to(*command);
-    add_operands(*command, "PATH", options->batch.paths,
-                 "Files, folders, and - for names from standard input");
-    command->callback([options, &chosen] { chosen = [options] { return scan(*options); }; });
+    CommandOptions command = program.add(
+        "scan", "List the files of folders, a line each, and sum them up",
+        "brindle scan --json /music > library.jsonl", [options] { return scan(*options); });
+    command.flag("--json", options->json,
+                 "One JSON object a line and file, as show has it, without v2Tag");
+    command.flag("--csv", options->csv, "Comma-separated values, with a header");
+    command.exclusive("--csv", "--json");
+    command.batch(options->batch);
 }
 
 }  // namespace brindle::host

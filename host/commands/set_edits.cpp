@@ -52,7 +52,7 @@ struct OptionRow {
 constexpr std::string_view kCodePage = "Windows-1252";
 
 [[noreturn]] void refuse(const std::string& option, const std::string& why) {
-    throw CLI::ValidationError(option, why);
+    throw UsageError(option + ": " + why);
 }
 
 // --- Values from the command line.
@@ -347,36 +347,22 @@ EditOptions::EditOptions() : given_(std::make_unique<GivenEdits>()) {}
 
 EditOptions::~EditOptions() = default;
 
-void EditOptions::add_to(CLI::App& command) {
+void EditOptions::add_to(CommandOptions& command) {
     GivenEdits& given = *given_;
     for (const OptionRow& row : kOptions) {
         if (row.make == nullptr) {
-            CLI::Option* yes = command.add_flag(row.name, given.opener, row.help);
-            CLI::Option* no = command.add_flag("--no-opener", given.no_opener, "It is none");
-            yes->disable_flag_override()->excludes(no);
-            no->disable_flag_override();
+            command.flag(row.name, given.opener, row.help);
+            command.flag("--no-opener", given.no_opener, "It is none");
+            command.exclusive(row.name, "--no-opener");
             continue;
         }
-        command
-            .add_option(
-                row.name,
-                [&values = given.values, name = row.name](const CLI::results_t& results) {
-                    values[name] = results.front();
-                    return true;
-                },
-                row.help)
-            ->type_name(row.placeholder);
+        command.text(
+            row.name, row.placeholder,
+            [&given, name = row.name](const std::string& value) { given.values[name] = value; },
+            row.help);
     }
-    command
-        .add_option(
-            "--field",
-            [&fields = given.fields](const CLI::results_t& results) {
-                fields = results;
-                return true;
-            },
-            "Custom field; may be given several times")
-        ->type_name("NAME=VALUE")
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    command.texts("--field", "NAME=VALUE", given.fields,
+                  "Custom field; may be given several times");
 }
 
 std::vector<Edit> EditOptions::edits(bool unicode) const {

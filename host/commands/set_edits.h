@@ -5,8 +5,7 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
+#include "commands/command_line.h"
 #include "commands/edit.h"
 
 namespace brindle::host {
@@ -21,8 +20,8 @@ public:
     EditOptions(const EditOptions&) = delete;
     EditOptions& operator=(const EditOptions&) = delete;
 
-    void add_to(CLI::App& command);
-    // In the order in which they are assigned. Raises CLI::ParseError for a value that is none, and
+    void add_to(CommandOptions& command);
+    // In the order in which they are assigned. Raises UsageError for a value that is none, and
     // unless `unicode` is set for text that the code page of hosts does not hold.
     [[nodiscard]] std::vector<Edit> edits(bool unicode) const;
 

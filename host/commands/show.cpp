@@ -44,16 +44,14 @@ ExitStatus show(const ShowOptions& options) {
 
 }  // namespace
 
-void add_show(CLI::App& program, Command& chosen) {
+void add_show(CommandLine& program) {
     const auto options = std::make_shared<ShowOptions>();
-    CLI::App* command = add_command(program, "show",
-                                    "Show what is known of each file: stream, tags, fields, frames",
-                                    "brindle show --json jingle.mp3 spot.mp3");
-    command->add_flag("--json", options->json,
-                      "One JSON object a line and file, with every value in full");
-    add_operands(*command, "FILE", options->files,
-                 "Files whose names end in mp3 or mp2; after -- they may begin with a dash");
-    command->callback([options, &chosen] { chosen = [options] { return show(*options); }; });
+    CommandOptions command = program.add(
+        "show", "Show what is known of each file: stream, tags, fields, frames",
+        "brindle show --json jingle.mp3 spot.mp3", [options] { return show(*options); });
+    command.flag("--json", options->json,
+                 "One JSON object a line and file, with every value in full", true);
+    command.files(options->files);
 }
 
 }  // namespace brindle::host

@@ -95,26 +95,20 @@ ExitStatus strip(const StripOptions& options) {
 
 }  // namespace
 
-void add_strip(CLI::App& program, Command& chosen) {
+void add_strip(CommandLine& program) {
     const auto options = std::make_shared<StripOptions>();
-    CLI::App* command = add_command(program, "strip", "Take tags off; the audio stays as it is",
-                                    "brindle strip --v1 jingle.mp3 spot.mp3");
-    CLI::Option_group* tags = command->add_option_group("Tags", "Which tags; one of");
-    tags->add_flag("--v1", options->v1, "The ID3v1 record at the end")->disable_flag_override();
-    tags->add_flag("--v2", options->v2, "The ID3v2 tag at the start")->disable_flag_override();
-    tags->add_flag("--all", options->all, "Both")->disable_flag_override();
-    tags->require_option(1);
-    command->add_flag("--dry-run", options->dry_run, "Show what would go; touch nothing")
-        ->disable_flag_override();
-    command->add_flag("--preserve", options->preserve, "Keep the modification time")
-        ->disable_flag_override();
-    command
-        ->add_flag("--force", options->force,
-                   "Strip also when hosts would find no stream afterwards")
-        ->disable_flag_override();
-    add_operands(*command, "FILE", options->files,
-                 "Files whose names end in mp3 or mp2; after -- they may begin with a dash");
-    command->callback([options, &chosen] { chosen = [options] { return strip(*options); }; });
+    CommandOptions command = program.add("strip", "Take tags off; the audio stays as it is",
+                                         "brindle strip --v1 jingle.mp3 spot.mp3",
+                                         [options] { return strip(*options); });
+    CommandOptions tags = command.one_of("Tags", "Which tags; one of");
+    tags.flag("--v1", options->v1, "The ID3v1 record at the end");
+    tags.flag("--v2", options->v2, "The ID3v2 tag at the start");
+    tags.flag("--all", options->all, "Both");
+    command.flag("--dry-run", options->dry_run, "Show what would go; touch nothing");
+    command.flag("--preserve", options->preserve, "Keep the modification time");
+    command.flag("--force", options->force,
+                 "Strip also when hosts would find no stream afterwards");
+    command.files(options->files);
 }
 
 }  // namespace brindle::host

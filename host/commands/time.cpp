@@ -42,29 +42,23 @@ ExitStatus time(const TimeOptions& options) {
 
 }  // namespace
 
-void add_time(CLI::App& program, Command& chosen) {
+void add_time(CommandLine& program) {
     const auto options = std::make_shared<TimeOptions>();
-    CLI::App* command =
-        add_command(program, "time", "Print milliseconds as minutes, seconds and a fraction",
-                    "brindle time 62345 --style all");
-    command
-        ->add_option(
-            "MS",
-            [options](const CLI::results_t& given) {
-                if (!parse_whole(given.front(), options->milliseconds)) {
-                    throw CLI::ValidationError(
-                        "MS", "'" + given.front() + "' is no whole number of 32 bits");
-                }
-                return true;
-            },
-            "Milliseconds, a whole number")
-        ->required();
-    command
-        ->add_option("--style", options->style,
-                     "none: minutes and seconds (the default); fraction: the fraction alone; all")
-        ->type_name("none|fraction|all")
-        ->check(CLI::IsMember(&kStyles).description(""));
-    command->callback([options, &chosen] { chosen = [options] { return time(*options); }; });
+    CommandOptions command =
+        program.add("time", "Print milliseconds as minutes, seconds and a fraction",
+                    "brindle time 62345 --style all", [options] { return time(*options); });
+    command.operand(
+        "MS",
+        [options](const std::string& given) {
+            if (!parse_whole(given, options->milliseconds)) {
+                throw UsageError("MS: '" + given + "' is no whole number of 32 bits");
+            }
+        },
+        "Milliseconds, a whole number");
+    command.word(
+        "--style", "none|fraction|all", {"all", "fraction", "none"},
+        [options](const std::string& given) { options->style = given; },
+        "none: minutes and seconds (the default); fraction: the fraction alone; all", false);
 }
 
 }  // namespace brindle::host
