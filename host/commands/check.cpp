@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include <brindle/cMPEGHeader.h>
 #include <brindle/error.h>
 
@@ -15,7 +17,8 @@
 #include "commands/check_file.h"
 #include "commands/check_reasons.h"
 #include "commands/commands.h"
-#include "output/file_facts.h"
+#include "output/file_json.h"
+#include "output/json_values.h"
 #include "output/printable_text.h"
 #include "system/input_file.h"
 #include "system/standard_streams.h"
@@ -83,7 +86,7 @@ Answer check(const FoundName& found, const CheckOptions& options, Counts& counts
         }
     }
     if (answer.error) {
-        answer.output = options.json ? json_line(found.name, file_failure(*answer.error)) : "";
+        answer.output = options.json ? failure_json_line(found.name, *answer.error) : "";
         return answer;
     }
     std::erase_if(findings, [&](const Finding& finding) {

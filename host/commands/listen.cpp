@@ -12,7 +12,7 @@
 #include "listen/listening_json.h"
 #include "listen/listening_text.h"
 #include "listen/replay_gain.h"
-#include "output/file_facts.h"
+#include "output/file_json.h"
 #include "output/printable_text.h"
 #include "system/input_file.h"
 #include "system/standard_streams.h"
@@ -32,11 +32,7 @@ struct ListenCommand {
 std::string text_of(const std::string& name, const Listening& heard,
                     const std::optional<std::string>& error, const ListenCommand& options) {
     if (options.json) {
-        Json facts = listening_facts(heard, options.reference);
-        if (error) {
-            facts["error"] = *error;
-        }
-        return json_line(name, facts);
+        return listening_json_line(name, heard, options.reference, error);
     }
     if (options.csv) {
         return listening_csv_row(name, heard, error.value_or(""));
@@ -47,7 +43,7 @@ std::string text_of(const std::string& name, const Listening& heard,
 std::string text_of_failure(const std::string& name, const std::string& error,
                             const ListenCommand& options) {
     if (options.json) {
-        return json_line(name, file_failure(error));
+        return failure_json_line(name, error);
     }
     return options.csv ? listening_csv_failure(name, error) : std::string();
 }

@@ -6,7 +6,7 @@
 
 #include "output/plan_text.h"
 #include "output/printable_text.h"
-#include "output/tag_frames.h"
+#include "output/tag_reading.h"
 
 namespace brindle::host {
 

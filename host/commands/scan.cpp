@@ -8,10 +8,9 @@
 #include "commands/commands.h"
 #include "commands/scan_summary.h"
 #include "output/csv.h"
-#include "output/file_facts.h"
+#include "output/file_json.h"
 #include "output/printable_text.h"
 #include "output/stream_text.h"
-#include "output/tag_json.h"
 #include "system/input_file.h"
 #include "system/standard_streams.h"
 
@@ -49,7 +48,7 @@ std::string scan_line(const std::string& name, const cMPEGHeader& header) {
 std::string facts_of(const std::string& name, std::int64_t size, const cMPEGHeader& header,
                      const ScanOptions& options) {
     if (options.json) {
-        return json_line(name, whole_file(name, size, header, FrameValues::LeftOut));
+        return file_json_line(name, size, header, FrameValues::LeftOut);
     }
     return options.csv ? csv_row(name, header) : scan_line(name, header);
 }
@@ -57,7 +56,7 @@ std::string facts_of(const std::string& name, std::int64_t size, const cMPEGHead
 std::string failure_of(const std::string& name, const std::string& reason,
                        const ScanOptions& options) {
     if (options.json) {
-        return json_line(name, file_failure(reason));
+        return failure_json_line(name, reason);
     }
     return options.csv ? csv_failure(name, reason) : std::string();
 }

@@ -3,7 +3,7 @@
 
 #include "batch/file_batch.h"
 #include "commands/commands.h"
-#include "commands/set_edits.h"
+#include "commands/edits.h"
 #include "commands/set_in_host_form.h"
 #include "commands/set_options.h"
 #include "commands/set_with_editor.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "commands/edit.h"
+#include "commands/edits.h"
 
 namespace brindle::host {
 

@@ -5,9 +5,8 @@
 #include <brindle/cMPEGHeader.h>
 
 #include "commands/commands.h"
-#include "output/file_facts.h"
+#include "output/file_json.h"
 #include "output/file_report.h"
-#include "output/tag_json.h"
 #include "system/input_file.h"
 #include "system/standard_streams.h"
 
@@ -30,10 +29,10 @@ ExitStatus show(const ShowOptions& options) {
             status = ExitStatus::SomeFileFailed;
             write_error(name, *reason);
             if (options.json) {
-                write_output(json_line(name, file_failure(*reason)));
+                write_output(failure_json_line(name, *reason));
             }
         } else if (options.json) {
-            write_output(json_line(name, whole_file(name, size, header, FrameValues::Shown)));
+            write_output(file_json_line(name, size, header, FrameValues::Shown));
         } else {
             write_output((blank_line ? "\n" : "") + file_report(name, header));
             blank_line = true;

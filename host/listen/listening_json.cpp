@@ -6,7 +6,10 @@
 #include <optional>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include "listening_text.h"
+#include "output/json_values.h"
 
 namespace brindle::host {
 
@@ -72,8 +75,6 @@ Json undecoded(const UndecodedFrames& frames) {
                 {"reason", reason_of(frames.fault)}};
 }
 
-}  // namespace
-
 Json listening_facts(const Listening& heard, double reference) {
     const TrimmedClock trimmed(heard);
     const bool has_sound = heard.sound.has_value();
@@ -105,6 +106,17 @@ Json listening_facts(const Listening& heard, double reference) {
     facts["undecoded"] = undecoded(heard.undecoded);
     facts["frames_cut_off"] = heard.frames_cut_off;
     return facts;
+}
+
+}  // namespace
+
+std::string listening_json_line(const std::string& name, const Listening& heard, double reference,
+                                const std::optional<std::string>& error) {
+    Json facts = listening_facts(heard, reference);
+    if (error) {
+        facts["error"] = *error;
+    }
+    return json_line(name, facts);
 }
 
 }  // namespace brindle::host

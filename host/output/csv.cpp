@@ -1,26 +1,33 @@
 #include "output/csv.h"
 
-#include "output/file_facts.h"
+#include <brindle/text.h>
+
+#include "fields.h"
+#include "output/json_values.h"
+#include "output/tag_reading.h"
 
 namespace brindle::host {
 
 namespace {
 
-std::string text_of(const Json& value) {
-    if (value.is_null()) {
-        return {};
-    }
-    if (value.is_string()) {
-        return value.get<std::string>();
-    }
-    if (!value.is_array()) {
-        return value.dump();
-    }
+// The frames' values are too long for a cell.
+bool is_column(const Field& field) {
+    return field.access.type != FieldType::FrameValues;
+}
+
+std::string text_of(const Field& field, const cMPEGHeader& header) {
     std::string text;
-    for (const Json& item : value) {
-        text += (text.empty() ? "" : " ") + text_of(item);
+    if (field.access.type == FieldType::FrameIds) {
+        for (const String& id : tag_frame_ids(header)) {
+            text += (text.empty() ? "" : " ") + to_utf8(id);
+        }
+        return text;
     }
-    return text;
+    const Variant value = field.access.get(header);
+    if (const auto* string = std::get_if<String>(&value)) {
+        return to_utf8(*string);
+    }
+    return std::holds_alternative<Empty>(value) ? "" : json_text(value);
 }
 
 }  // namespace
@@ -41,23 +48,30 @@ std::string csv_cell(const std::string& text) {
 
 std::string csv_header() {
     std::string row = "file";
-    for (const std::string& name : fact_names()) {
-        row += kCsvComma + name;
+    for (const Field* field : fields_by_place()) {
+        if (is_column(*field)) {
+            row += kCsvComma + std::string(field->key);
+        }
     }
     return row + kCsvComma + "error" + kCsvLineEnd;
 }
 
 std::string csv_row(const std::string& name, const cMPEGHeader& header) {
     std::string row = csv_cell(name);
-    for (const auto& value : file_facts(header, FrameValues::LeftOut)) {
-        row += kCsvComma + csv_cell(text_of(value));
+    for (const Field* field : fields_by_place()) {
+        if (is_column(*field)) {
+            row += kCsvComma + csv_cell(text_of(*field, header));
+        }
     }
     return row + kCsvComma + kCsvLineEnd;
 }
 
 std::string csv_failure(const std::string& name, const std::string& reason) {
-    return csv_cell(name) + std::string(fact_names().size() + 1, kCsvComma) + csv_cell(reason) +
-           kCsvLineEnd;
+    std::string row = csv_cell(name);
+    for (const Field* field : fields_by_place()) {
+        row += is_column(*field) ? std::string(1, kCsvComma) : "";
+    }
+    return row + kCsvComma + csv_cell(reason) + kCsvLineEnd;
 }
 
 }  // namespace brindle::host

@@ -15,8 +15,8 @@ inline constexpr const char* kCsvLineEnd = "\r\n";
 // Comma-separated values by RFC 4180: a header, then a row a file, each ended by CR and LF; a cell
 // with a comma, a quote or a line end stands in quotes, and quotes inside are doubled.
 //
-// The columns: "file", the keys of the JSON object of a file, "error". Of "v2Frames" the ids stand
-// one behind the other with blanks between them. Names of files keep their bytes.
+// The columns: "file", the keys of the JSON object of a file, "error". Of "v2Frames" the ids are
+// separated by blanks. Names of files keep their bytes.
 [[nodiscard]] std::string csv_header();
 [[nodiscard]] std::string csv_row(const std::string& name, const cMPEGHeader& header);
 // Nothing but name and error.

@@ -6,15 +6,14 @@
 #include <vector>
 
 #include <brindle/save_plan.h>
-#include <brindle/tag_facts.h>
 #include <brindle/text.h>
 
-#include "output/corrupt_tag.h"
+#include "fields.h"
 #include "output/json_values.h"
 #include "output/plan_text.h"
 #include "output/printable_text.h"
 #include "output/stream_text.h"
-#include "output/tag_frames.h"
+#include "output/tag_reading.h"
 
 namespace brindle::host {
 
@@ -35,12 +34,6 @@ struct Group {
         }
     }
     void add(std::string label, const String& value) { add(std::move(label), printable(value)); }
-    // 0 is how the members say that there is none.
-    void add_unless_zero(std::string label, std::int32_t value) {
-        if (value != 0) {
-            add(std::move(label), std::to_string(value));
-        }
-    }
 };
 
 // Minutes and seconds for the eye, and the number that a schedule takes.
@@ -80,24 +73,17 @@ std::string both_readings(const std::optional<String>& tag, const String& hosts)
     return printable(*tag) + "  (hosts read: " + in_quotes(hosts) + ")";
 }
 
-std::string both_readings(const std::optional<String>& tag, std::int32_t hosts) {
-    return both_readings(tag, hosts == 0 && !tag ? String() : from_utf8(std::to_string(hosts)));
-}
-
-// The number of "(17)" or "(17)Refinement".
-std::optional<String> genre_number(const TagFacts& facts) {
-    const std::optional<String> text = facts.text(u"TCON");
-    const std::size_t end = text ? text->find(u')') : String::npos;
-    const bool has_number = end != String::npos && text->front() == u'(';
-    return has_number ? text->substr(1, end - 1) : text;
-}
-
-TagFacts facts_of(const cMPEGHeader& header) {
-    try {
-        return read_tag_facts(header);
-    } catch (const Error&) {
-        return {};  // it has gone since it was opened
+// Of a field outside of user-defined texts. A number of 0 without a frame is how the members say
+// that there is none.
+std::string tag_field_text(const Field& field, const cMPEGHeader& header, const TagFacts& facts) {
+    const std::optional<String> tag =
+        field.is_in_record() ? std::nullopt : tag_text(facts, field.frame_id);
+    const Variant value = field.access.get(header);
+    if (const auto* text = std::get_if<String>(&value)) {
+        return both_readings(tag, *text);
     }
+    const std::string digits = json_text(value);
+    return both_readings(tag, digits == "0" && !tag ? String() : from_utf8(digits));
 }
 
 Group tags(const cMPEGHeader& header) {
@@ -107,84 +93,39 @@ Group tags(const cMPEGHeader& header) {
     if (const std::int32_t size = header.ID3TagSizeIncludingHeader(); size != 0) {
         group.add("ID3v2 length", std::to_string(size) + " bytes");
     }
-    const auto add_text = [&](const char* label, const char16_t* id, const String& hosts) {
-        group.add(label, both_readings(facts.text(id), hosts));
-    };
-    add_text("Title", u"TIT2", title_of(header));
-    add_text("Artist", u"TPE1", artist_of(header));
-    add_text("Album", u"TALB", header.Album());
-    group.add("Year", both_readings(facts.text(u"TYER"), header.Year()));
-    group.add("Track", both_readings(facts.text(u"TRCK"), header.Track()));
-    // Genre 0 is a genre, so its value can't tell whether there is one.
-    if (header.TagsInFrame(u"TCON") != 0) {
-        group.add("Genre number", both_readings(genre_number(facts), header.Genre()));
+    const std::u16string_view kGenre = u"TCON";
+    for (const Field& field : all_fields()) {
+        // Genre 0 is a genre, so its value can't tell whether there is one.
+        const bool is_present = field.frame_id != kGenre || header.TagsInFrame(field.frame_id) != 0;
+        if (field.label != nullptr && !field.is_custom() && is_present) {
+            group.add(field.label, tag_field_text(field, header, facts));
+        }
     }
-    group.add("Comment", both_readings(facts.comment(), header.Comments()));
-    add_text("Composer", u"TCOM", header.Composer());
-    add_text("Publisher", u"TPUB", header.Publisher());
-    add_text("Copyright", u"TCOP", header.CopyRight());
-    add_text("URL", u"WOAR", header.URL());
-    group.add("ID3v1 title", header.Titlev1Tag());
-    group.add("ID3v1 artist", header.artistv1Tag());
-    group.add_unless_zero("ID3v1 year", header.Yearv1Tag());
-    group.add("ID3v1 comment", header.Commentv1());
     return group;
 }
 
-// The name under which a tag keeps a field tells whether it is there: 0 may well have been written.
-struct SchedulingField {
-    const char* label;
-    const char16_t* stored_name;
-    std::string (*text)(const cMPEGHeader& header);
-};
-
-template <std::int32_t (cMPEGHeader::*Get)() const>
-std::string time_of(const cMPEGHeader& header) {
-    return time_and_number((header.*Get)());
+std::string scheduling_field_text(const Field& field, const cMPEGHeader& header) {
+    const Variant value = field.access.get(header);
+    switch (field.access.type) {
+        case FieldType::Milliseconds:
+            return time_and_number(std::get<std::int32_t>(value));
+        case FieldType::YesNo:
+            return std::get<std::int32_t>(value) != 0 ? "yes" : "no";
+        default:
+            break;
+    }
+    if (const auto* text = std::get_if<String>(&value)) {
+        return printable(*text);
+    }
+    return field.access.type == FieldType::Category ? "" : json_text(value);
 }
-
-template <class Number, Number (cMPEGHeader::*Get)() const>
-std::string number_of(const cMPEGHeader& header) {
-    return to_json((header.*Get)()).dump();
-}
-
-template <String (cMPEGHeader::*Get)() const>
-std::string text_of(const cMPEGHeader& header) {
-    return printable((header.*Get)());
-}
-
-std::string opener_of(const cMPEGHeader& header) {
-    return header.Opener() != 0 ? "yes" : "no";
-}
-
-std::string category_of(const cMPEGHeader& header) {
-    const Variant category = header.Category();
-    const auto* text = std::get_if<String>(&category);
-    return text != nullptr ? printable(*text) : std::string();
-}
-
-constexpr SchedulingField kSchedulingFields[] = {
-    {"Cue in", u"Cue In", time_of<&cMPEGHeader::CueInmSStart>},
-    {"Intro", u"Intro", time_of<&cMPEGHeader::Intro>},
-    {"Outro start", u"OutromSStart", time_of<&cMPEGHeader::OutromsStart>},
-    {"Secondary tone", u"Sec Tone", time_of<&cMPEGHeader::Sectone>},
-    {"Speed", u"TarnSpeed", number_of<double, &cMPEGHeader::Speed>},
-    {"Volume", u"Volume", number_of<std::int32_t, &cMPEGHeader::Volume>},
-    {"Opener", u"Opener", opener_of},
-    {"Category", u"Category", category_of},
-    {"Category level", u"CatLevel", text_of<&cMPEGHeader::CategoryLevel>},
-    {"End style", u"End", text_of<&cMPEGHeader::Endstyle>},
-    {"No fade", u"NoFade", number_of<std::int16_t, &cMPEGHeader::NoFade>},
-    {"Agency", u"Agency", text_of<&cMPEGHeader::Agency>},
-    {"Account executive", u"Account Exec", text_of<&cMPEGHeader::AccountExec>},
-    {"Copy", u"Copy", text_of<&cMPEGHeader::Copy>},
-};
 
 Group scheduling_fields(const cMPEGHeader& header) {
     Group group{"Scheduling fields", {}};
-    for (const SchedulingField& field : kSchedulingFields) {
-        if (header.CustomFieldExists(field.stored_name)) {
-            group.add(field.label, field.text(header));
+    for (const Field& field : all_fields()) {
+        // The stored name tells whether the field is there: 0 may well have been written.
+        if (field.is_custom() && header.CustomFieldExists(field.custom_name)) {
+            group.add(field.label, scheduling_field_text(field, header));
         }
     }
     return group;
@@ -233,8 +174,7 @@ SavePlan plan_of(const cMPEGHeader& header) {
     try {
         return plan_save(header);
     } catch (const Error&) {
-        // Whoever saves is told.
-        return {};
+        return {};  // a save tells the reason
     }
 }
 

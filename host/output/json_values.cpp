@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include <nlohmann/json.hpp>
+
 #include <brindle/text.h>
 
 namespace brindle::host {
@@ -65,6 +67,10 @@ Json to_json(const Variant& value) {
         return to_json(*real);
     }
     return to_json(std::get<String>(value));
+}
+
+std::string json_text(const Variant& value) {
+    return to_json(value).dump();
 }
 
 std::string json_name(std::string_view name) {

@@ -5,13 +5,14 @@
 #include <string>
 #include <string_view>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <brindle/values.h>
 
 namespace brindle::host {
 
-// Keys stay in the order in which they are added.
+// Keys stay in the order in which they are added. Sources that look into a Json include
+// <nlohmann/json.hpp>, which takes seconds to compile.
 using Json = nlohmann::ordered_json;
 
 [[nodiscard]] Json to_json(bool value);
@@ -23,6 +24,8 @@ using Json = nlohmann::ordered_json;
 [[nodiscard]] Json to_json(const String& value);
 // null when nothing is there.
 [[nodiscard]] Json to_json(const Variant& value);
+// The same as text.
+[[nodiscard]] std::string json_text(const Variant& value);
 
 // A name of the system's as a JSON string. A byte that is no part of UTF-8 is written as the escape
 // of U+DC80 to U+DCFF, so that a program can make the same name of it again.

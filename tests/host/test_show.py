@@ -349,6 +349,32 @@ def test_report_of_a_full_file(folder, brindle):
     assert result.stdout.decode() == FULL_REPORT
 
 
+@pytest.mark.parametrize("frames, year", [
+    ((("TDRC", "2024-05-01"),), "2024"),
+    ((("TYER", "1999"), ("TDRC", "2024")), "2024"),
+    ((("TYER", "1999"),), "1999"),
+])
+def test_year_of_the_report_is_that_of_the_tag_in_json(tmp_path, brindle, frames, year):
+    content = bytearray(tag(*(text_frame(*one) for one in frames)))
+    content[3] = 4  # version 2.4; sizes below 128 are the same there
+    (tmp_path / "a.mp3").write_bytes(bytes(content) + audio())
+    assert json.loads(brindle("show", "--json", "a.mp3").stdout)["tag"]["year"] == year
+    assert re.search(rf"^    Year +{year}\b", brindle("show", "a.mp3").stdout.decode(), re.MULTILINE)
+
+
+@pytest.mark.parametrize("text, shown, number", [
+    ("(17)", "17", 17), ("(17)Refinement", "17", 17), ("17", "17", 17), ("(017)", "017", 17),
+    ("Rock", "Rock", None), ("(RX)", "RX", None), ("256", "256", None), ("(17", "(17", None),
+])
+def test_genre_of_the_report_is_that_of_the_tag_in_json(tmp_path, brindle, text, shown, number):
+    (tmp_path / "a.mp3").write_bytes(tag(text_frame("TCON", text)) + audio())
+    genre = json.loads(brindle("show", "--json", "a.mp3").stdout)["tag"]["genre"]
+    assert (genre["text"], genre["number"]) == (text, number)
+    line = re.search(r"^    Genre number +(.*)$", brindle("show", "a.mp3").stdout.decode(),
+                     re.MULTILINE)[1]
+    assert line.split("  ")[0] == shown
+
+
 def test_report_tells_what_a_save_would_lose(tmp_path, brindle):
     (tmp_path / "a.mp3").write_bytes(tag(frame("GEOB", bytes(5001))) + audio())
     assert brindle("show", "a.mp3").stdout.decode().endswith(

@@ -1,53 +1,99 @@
-#include "output/tag_json.h"
+#include "output/file_json.h"
 
-#include <algorithm>
-#include <charconv>
 #include <optional>
 #include <set>
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 #include <brindle/genres.h>
+#include <brindle/tag_facts.h>
 #include <brindle/text.h>
 
+#include "fields.h"
 #include "output/foreign_tags.h"
+#include "output/json_values.h"
 #include "output/stream_text.h"
+#include "output/tag_reading.h"
 #include "system/file_time.h"
 
 namespace brindle::host {
 
 namespace {
 
+// What the forms of the objects below are known by.
+constexpr int kJsonSchema = 2;
+
+// --- What hosts read, under the names of the automation interface
+
+Json frame_ids(const cMPEGHeader& header) {
+    Json ids = Json::array();
+    for (const String& id : tag_frame_ids(header)) {
+        ids.push_back(to_utf8(id));
+    }
+    return ids;
+}
+
+// A picture has its place in the file; here its size is enough.
+Json frame_value(const String& id, const String& value) {
+    if (is_picture(id)) {
+        return Json{{"bytes", value.size()}};
+    }
+    return to_json(value);
+}
+
+Json frame_values(const cMPEGHeader& header) {
+    // Appended without looking for the key: ids are unique, and a hostile tag has a million of
+    // them.
+    Json::object_t values;
+    for (const String& id : tag_frame_ids(header)) {
+        Json list = Json::array();
+        const std::int32_t count = header.TagsInFrame(id);
+        for (std::int32_t i = 1; i <= count; ++i) {
+            list.push_back(frame_value(id, header.v2Tag(id, i)));
+        }
+        values.emplace_back(to_utf8(id), std::move(list));
+    }
+    return values;
+}
+
+Json field_json(const Field& field, const cMPEGHeader& header) {
+    switch (field.access.type) {
+        case FieldType::FrameIds:
+            return frame_ids(header);
+        case FieldType::FrameValues:
+            return frame_values(header);
+        default:
+            return to_json(field.access.get(header));
+    }
+}
+
+Json hosts_object(const cMPEGHeader& header, FrameValues values) {
+    // Appended without looking for the key, as each is in the table once.
+    Json::object_t object;
+    for (const Field* field : fields_by_place()) {
+        if (field->access.type != FieldType::FrameValues || values == FrameValues::Shown) {
+            object.emplace_back(field->key, field_json(*field, header));
+        }
+    }
+    return object;
+}
+
+// --- "tag": texts by the public documents
+
 Json text_or_null(const std::optional<String>& text) {
     return text ? to_json(*text) : Json();
 }
 
-// The year of a recording time is its first four characters.
-Json year(const TagFacts& facts) {
-    constexpr std::size_t kYear = 4;
-    if (const auto time = facts.text(u"TDRC")) {
-        return to_json(time->substr(0, kYear));
-    }
-    return text_or_null(facts.text(u"TYER"));
-}
-
-// "(17)", "(17)Refinement", "17" and "Rock" are all in use.
 Json genre(const TagFacts& facts) {
-    const std::optional<String> text = facts.text(u"TCON");
-    if (!text) {
+    const std::optional<TagGenre> genre = tag_genre(facts);
+    if (!genre) {
         return {};
     }
-    const std::string utf8 = to_utf8(*text);
-    const std::string_view digits = std::string_view(utf8).substr(utf8.starts_with("(") ? 1 : 0);
-    std::uint8_t number = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    const bool is_number =
-        error == std::errc() &&
-        (utf8.starts_with("(") ? end != digits.data() + digits.size() && *end == ')'
-                               : end == digits.data() + digits.size());
     Json object;
-    object["text"] = utf8;
-    object["number"] = is_number ? Json(number) : Json();
-    object["name"] = is_number ? to_json(GenreName(number)) : Json();
+    object["text"] = to_json(genre->text);
+    object["number"] = genre->number ? Json(*genre->number) : Json();
+    object["name"] = genre->number ? to_json(GenreName(*genre->number)) : Json();
     return object;
 }
 
@@ -102,8 +148,7 @@ constexpr TextKey kTexts[] = {
     {"encoded_by", u"TENC"}, {"url", u"WOAR"},          {"lyrics", u"USLT"},
 };
 
-}  // namespace
-
+// null without a tag.
 Json tag_object(const TagFacts& facts) {
     if (facts.version == 0) {
         return {};
@@ -112,13 +157,15 @@ Json tag_object(const TagFacts& facts) {
     for (const TextKey& text : kTexts) {
         tag[text.key] = text_or_null(facts.text(text.id));
     }
-    tag["year"] = year(facts);
+    tag["year"] = text_or_null(tag_year(facts));
     tag["genre"] = genre(facts);
     tag["comments"] = comments(facts);
     tag["custom"] = custom_fields(facts);
     tag["pictures"] = pictures(facts);
     return tag;
 }
+
+// --- "file_facts": size, time and tags of the file, and the bit rate in bit/s
 
 Json file_object(const std::string& name, std::int64_t size, const cMPEGHeader& header,
                  const TagFacts& facts) {
@@ -155,20 +202,20 @@ Json file_object(const std::string& name, std::int64_t size, const cMPEGHeader& 
     return object;
 }
 
-Json whole_file(const std::string& name, std::int64_t size, const cMPEGHeader& header,
-                FrameValues values) {
-    // A file that has gone since it was opened has no tag any more.
-    TagFacts facts;
-    try {
-        facts = read_tag_facts(header);
-    } catch (const Error&) {
-        facts = {};
-    }
-    Json object = file_facts(header, values);
+}  // namespace
+
+std::string file_json_line(const std::string& name, std::int64_t size, const cMPEGHeader& header,
+                           FrameValues values) {
+    const TagFacts facts = facts_of(header);
+    Json object = hosts_object(header, values);
     object["schema"] = kJsonSchema;
     object["tag"] = tag_object(facts);
     object["file_facts"] = file_object(name, size, header, facts);
-    return object;
+    return json_line(name, object);
+}
+
+std::string failure_json_line(const std::string& name, const std::string& reason) {
+    return json_line(name, Json{{"error", reason}});
 }
 
 }  // namespace brindle::host

@@ -1,12 +1,15 @@
-// A value that is set in a file.
+// The options of `brindle set` that assign values, and what they assign.
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <brindle/cMPEGHeader.h>
+
+#include "commands/command_line.h"
 
 namespace brindle::host {
 
@@ -31,5 +34,20 @@ struct Edit {
 // All values that the edits change, each once.
 [[nodiscard]] std::vector<ShownValue> values_changed_by(const std::vector<Edit>& edits,
                                                         bool separate);
+
+class EditOptions {
+public:
+    // The options of the fields, and --field. They refer to this object.
+    void add_to(CommandOptions& command);
+    // In the order in which they are assigned. Raises UsageError for a value that is none, and
+    // unless `unicode` is set for text that the code page of hosts does not hold.
+    [[nodiscard]] std::vector<Edit> edits(bool unicode) const;
+
+private:
+    // By the name of the option.
+    std::map<std::string, std::string> values_;
+    std::map<std::string, bool> flags_;
+    std::vector<std::string> custom_fields_;
+};
 
 }  // namespace brindle::host

@@ -1,0 +1,22 @@
+// All that is known of one file, as a line of JSON.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <brindle/cMPEGHeader.h>
+
+namespace brindle::host {
+
+enum class FrameValues { Shown, LeftOut };
+
+// The fields as hosts read them under the names of the automation interface, then "schema", "tag"
+// and "file_facts": the tag and the file as they are. "v2Tag", which may be left out, maps the id
+// of each frame to the list of its values.
+[[nodiscard]] std::string file_json_line(const std::string& name, std::int64_t size,
+                                         const cMPEGHeader& header, FrameValues values);
+
+// For a file that could not be read: its name and "error".
+[[nodiscard]] std::string failure_json_line(const std::string& name, const std::string& reason);
+
+}  // namespace brindle::host
