@@ -3,8 +3,8 @@
 #include <system_error>
 
 #include "commands/commands.h"
+#include "output/standard_streams.h"
 #include "system/program_arguments.h"
-#include "system/standard_streams.h"
 
 using namespace brindle::host;
 

@@ -12,8 +12,8 @@
 
 #include "batch/name_source.h"
 #include "batch/progress_bar.h"
+#include "output/standard_streams.h"
 #include "system/interruption.h"
-#include "system/standard_streams.h"
 #include "system/terminal.h"
 
 namespace brindle::host {

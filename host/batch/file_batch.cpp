@@ -4,9 +4,9 @@
 
 #include <brindle/error.h>
 
-#include "commands/file_change.h"
+#include "output/standard_streams.h"
+#include "system/file_change.h"
 #include "system/interruption.h"
-#include "system/standard_streams.h"
 
 namespace brindle::host {
 

@@ -20,8 +20,8 @@
 #include "output/file_json.h"
 #include "output/json_values.h"
 #include "output/printable_text.h"
+#include "output/standard_streams.h"
 #include "system/input_file.h"
-#include "system/standard_streams.h"
 #include "system/terminal.h"
 
 namespace brindle::host {

@@ -7,7 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "system/standard_streams.h"
+#include "output/standard_streams.h"
 
 namespace brindle::host {
 

@@ -6,7 +6,7 @@
 #include <brindle/text.h>
 
 #include "commands/commands.h"
-#include "system/standard_streams.h"
+#include "output/standard_streams.h"
 
 namespace brindle::host {
 

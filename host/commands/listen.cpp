@@ -14,8 +14,8 @@
 #include "listen/replay_gain.h"
 #include "output/file_json.h"
 #include "output/printable_text.h"
+#include "output/standard_streams.h"
 #include "system/input_file.h"
-#include "system/standard_streams.h"
 
 namespace brindle::host {
 

@@ -10,9 +10,9 @@
 #include "output/csv.h"
 #include "output/file_json.h"
 #include "output/printable_text.h"
+#include "output/standard_streams.h"
 #include "output/stream_text.h"
 #include "system/input_file.h"
-#include "system/standard_streams.h"
 
 namespace brindle::host {
 

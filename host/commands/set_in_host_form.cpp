@@ -7,12 +7,12 @@
 #include <brindle/save_plan.h>
 #include <brindle/text.h>
 
-#include "commands/file_change.h"
 #include "output/outcome_text.h"
 #include "output/plan_text.h"
 #include "output/printable_text.h"
+#include "output/standard_streams.h"
 #include "output/stream_text.h"
-#include "system/standard_streams.h"
+#include "system/file_change.h"
 
 namespace brindle::host {
 

@@ -9,13 +9,13 @@
 #include <brindle/tag_edit.h>
 #include <brindle/text.h>
 
-#include "commands/file_change.h"
 #include "output/edit_text.h"
 #include "output/outcome_text.h"
 #include "output/plan_text.h"
 #include "output/printable_text.h"
+#include "output/standard_streams.h"
 #include "output/stream_text.h"
-#include "system/standard_streams.h"
+#include "system/file_change.h"
 
 namespace brindle::host {
 

@@ -7,8 +7,8 @@
 #include "commands/commands.h"
 #include "output/file_json.h"
 #include "output/file_report.h"
+#include "output/standard_streams.h"
 #include "system/input_file.h"
-#include "system/standard_streams.h"
 
 namespace brindle::host {
 

@@ -8,11 +8,11 @@
 
 #include "batch/file_batch.h"
 #include "commands/commands.h"
-#include "commands/file_change.h"
 #include "output/outcome_text.h"
 #include "output/printable_text.h"
+#include "output/standard_streams.h"
 #include "system/file_access.h"
-#include "system/standard_streams.h"
+#include "system/file_change.h"
 
 namespace brindle::host {
 

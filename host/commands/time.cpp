@@ -10,7 +10,7 @@
 #include <brindle/text.h>
 
 #include "commands/commands.h"
-#include "system/standard_streams.h"
+#include "output/standard_streams.h"
 
 namespace brindle::host {
 

@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "system/standard_streams.h"
+#include "output/standard_streams.h"
 
 namespace brindle::host {
 

@@ -3,7 +3,7 @@
 #include <io.h>
 #include <windows.h>
 
-#include "system/standard_streams.h"
+#include "output/standard_streams.h"
 
 namespace brindle::host {
 

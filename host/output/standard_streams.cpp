@@ -1,4 +1,4 @@
-#include "system/standard_streams.h"
+#include "output/standard_streams.h"
 
 #include <cerrno>
 #include <cstdio>

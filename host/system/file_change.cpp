@@ -1,4 +1,4 @@
-#include "commands/file_change.h"
+#include "system/file_change.h"
 
 #include <string_view>
 #include <utility>
