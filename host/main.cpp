@@ -2,9 +2,9 @@
 #include <exception>
 #include <system_error>
 
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "output/standard_streams.h"
-#include "system/program_arguments.h"
+#include "system/process.h"
 
 using namespace brindle::host;
 

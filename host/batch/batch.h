@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "batch/found_name.h"
+#include "batch/folder_walk.h"
 #include "system/exit_status.h"
 
 namespace brindle::host {

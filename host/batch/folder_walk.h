@@ -5,9 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "batch/found_name.h"
-
 namespace brindle::host {
+
+// The name of a file as the system has it, or of what could not be looked into, and why.
+struct FoundName {
+    std::string name;
+    std::optional<std::string> failure = std::nullopt;
+};
 
 // Goes through a folder and all below it, in the order of the bytes of the paths. One listing of
 // each folder on the way is kept, never the whole tree. Links to folders are not followed, so that

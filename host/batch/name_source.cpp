@@ -4,8 +4,59 @@
 #include <utility>
 
 #include "system/file_path.h"
+#include "system/interruption.h"
+#include "system/process.h"
 
 namespace brindle::host {
+
+namespace {
+
+constexpr std::size_t kBlock = std::size_t{64} * 1024;
+// No system has names as long as this. What is longer is no list of names, and is not gathered.
+constexpr std::size_t kLongestName = kBlock;
+
+}  // namespace
+
+bool NameInput::is_separator(char c) const {
+    // A name never holds a NUL.
+    return c == '\0' || (c == '\n' && !by_nulls_);
+}
+
+std::optional<FoundName> NameInput::next() {
+    while (position_ < block_.size() || fill()) {
+        const char c = block_[position_];
+        ++position_;
+        if (!is_separator(c)) {
+            if (name_.size() < kLongestName) {
+                name_.push_back(c);
+            }
+        } else if (!name_.empty()) {
+            return FoundName{std::exchange(name_, {})};
+        }
+    }
+    if (!name_.empty() && !is_interrupted()) {
+        return FoundName{std::exchange(name_, {})};
+    }
+    if (failure_) {
+        return FoundName{"standard input", std::exchange(failure_, std::nullopt)};
+    }
+    return std::nullopt;
+}
+
+bool NameInput::fill() {
+    position_ = 0;
+    if (has_failed_) {
+        block_.clear();
+        return false;
+    }
+    failure_ = read_input(block_, kBlock);
+    has_failed_ = failure_.has_value();
+    if (is_first_ && !block_.empty()) {
+        by_nulls_ = by_nulls_ || block_.find('\0') != std::string::npos;
+        is_first_ = false;
+    }
+    return !block_.empty();
+}
 
 NameSource::NameSource(std::vector<std::string> paths, bool null_separated)
     : paths_(std::move(paths)), null_separated_(null_separated) {}

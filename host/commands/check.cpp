@@ -16,7 +16,7 @@
 #include "batch/batch.h"
 #include "commands/check_file.h"
 #include "commands/check_reasons.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "output/file_json.h"
 #include "output/json_values.h"
 #include "output/printable_text.h"

@@ -12,8 +12,8 @@
 
 #include "commands/encoder_header.h"
 #include "commands/misread_frames.h"
-#include "output/comma_list.h"
 #include "output/foreign_tags.h"
+#include "output/printable_text.h"
 #include "output/stream_text.h"
 #include "output/tag_reading.h"
 #include "system/file_access.h"

@@ -101,4 +101,14 @@ using AddCommand = void (*)(CommandLine& program);
 [[nodiscard]] ExitStatus run_command_line(std::vector<std::string> arguments,
                                           const std::vector<AddCommand>& commands);
 
+// The commands of the program. Each has a file of its own.
+void add_show(CommandLine& program);
+void add_set(CommandLine& program);
+void add_strip(CommandLine& program);
+void add_scan(CommandLine& program);
+void add_check(CommandLine& program);
+void add_listen(CommandLine& program);
+void add_time(CommandLine& program);
+void add_genres(CommandLine& program);
+
 }  // namespace brindle::host

@@ -5,7 +5,7 @@
 #include <brindle/genres.h>
 #include <brindle/text.h>
 
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "output/standard_streams.h"
 
 namespace brindle::host {

@@ -6,7 +6,7 @@
 #include <brindle/error.h>
 
 #include "batch/batch.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "listen/listen_to_file.h"
 #include "listen/listening_csv.h"
 #include "listen/listening_json.h"

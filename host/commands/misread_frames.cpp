@@ -4,8 +4,8 @@
 
 #include <brindle/save_plan.h>
 
-#include "output/plan_text.h"
 #include "output/printable_text.h"
+#include "output/save_text.h"
 #include "output/tag_reading.h"
 
 namespace brindle::host {

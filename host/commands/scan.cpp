@@ -5,7 +5,7 @@
 #include <brindle/text.h>
 
 #include "batch/batch.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "commands/scan_summary.h"
 #include "output/csv.h"
 #include "output/file_json.h"

@@ -2,11 +2,9 @@
 #include <memory>
 
 #include "batch/file_batch.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "commands/edits.h"
-#include "commands/set_in_host_form.h"
-#include "commands/set_options.h"
-#include "commands/set_with_editor.h"
+#include "commands/set_file.h"
 
 namespace brindle::host {
 

@@ -1,5 +1,3 @@
-#include "commands/set_in_host_form.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -7,9 +5,9 @@
 #include <brindle/save_plan.h>
 #include <brindle/text.h>
 
-#include "output/outcome_text.h"
-#include "output/plan_text.h"
+#include "commands/set_file.h"
 #include "output/printable_text.h"
+#include "output/save_text.h"
 #include "output/standard_streams.h"
 #include "output/stream_text.h"
 #include "system/file_change.h"

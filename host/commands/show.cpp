@@ -4,7 +4,7 @@
 
 #include <brindle/cMPEGHeader.h>
 
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "output/file_json.h"
 #include "output/file_report.h"
 #include "output/standard_streams.h"

@@ -7,9 +7,9 @@
 #include <brindle/save_plan.h>
 
 #include "batch/file_batch.h"
-#include "commands/commands.h"
-#include "output/outcome_text.h"
+#include "commands/command_line.h"
 #include "output/printable_text.h"
+#include "output/save_text.h"
 #include "output/standard_streams.h"
 #include "system/file_access.h"
 #include "system/file_change.h"

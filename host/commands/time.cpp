@@ -9,7 +9,7 @@
 #include <brindle/cMPEGHeader.h>
 #include <brindle/text.h>
 
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "output/standard_streams.h"
 
 namespace brindle::host {

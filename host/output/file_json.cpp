@@ -15,7 +15,7 @@
 #include "output/json_values.h"
 #include "output/stream_text.h"
 #include "output/tag_reading.h"
-#include "system/file_time.h"
+#include "system/file_state.h"
 
 namespace brindle::host {
 

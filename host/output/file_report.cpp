@@ -10,8 +10,8 @@
 
 #include "fields.h"
 #include "output/json_values.h"
-#include "output/plan_text.h"
 #include "output/printable_text.h"
+#include "output/save_text.h"
 #include "output/stream_text.h"
 #include "output/tag_reading.h"
 

@@ -10,14 +10,6 @@ struct OutputFailure {
     int error;  // as in errno
 };
 
-// To be called before anything else is opened.
-//
-// A reader that has gone away (`brindle show ... | head`) is then an error of writing and not a
-// signal, which could end the program in the middle of a save. And a program started with one of
-// the standard streams closed would otherwise get that number for the first file that it opens, and
-// print into a recording.
-void prepare_standard_streams();
-
 // Writes and hands the text on at once, so that a reader of a pipe has each file's answer as soon
 // as it is known, and errors stand in their place between the answers.
 void write_output(std::string_view text);

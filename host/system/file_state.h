@@ -34,4 +34,8 @@ struct FileState {
 [[nodiscard]] std::optional<std::string> restore_modification_time(const std::string& name,
                                                                    const FileState& before);
 
+// When the file was changed last, by ISO 8601: `2026-11-22T05:09:54Z`. Nothing when the system does
+// not tell.
+[[nodiscard]] std::optional<std::string> modification_time(const std::string& name);
+
 }  // namespace brindle::host

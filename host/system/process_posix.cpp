@@ -1,12 +1,32 @@
 #include <cerrno>
+#include <csignal>
+#include <fcntl.h>
 #include <poll.h>
 #include <system_error>
 #include <unistd.h>
 
 #include "system/interruption.h"
-#include "system/standard_input.h"
+#include "system/process.h"
 
 namespace brindle::host {
+
+std::vector<std::string> program_arguments(int argc, char** argv) {
+    return {argv + (argc > 0 ? 1 : 0), argv + argc};
+}
+
+void prepare_standard_streams() {
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    // A file that may not grow any more is a full disk to us, not the end.
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (fcntl(stream, F_GETFD) == -1 && errno == EBADF) {
+            // The lowest free number is given out, which is this one. Opened for the wrong
+            // direction, so that using the stream still fails.
+            const int opened = open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+            static_cast<void>(opened);
+        }
+    }
+}
 
 namespace {
 

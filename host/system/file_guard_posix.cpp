@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <fcntl.h>
 #include <thread>
 #include <unistd.h>
@@ -8,7 +9,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
-#include "system/file_lock.h"
+#include "system/file_guard.h"
 #include "system/interruption.h"
 
 namespace brindle::host {
@@ -26,6 +27,18 @@ bool stands_for(const std::string& name, int file) {
     return stat(name.c_str(), &named) == 0 && fstat(file, &held) == 0 &&
            named.st_dev == held.st_dev && named.st_ino == held.st_ino;
 }
+
+#ifdef F_SETLEASE
+
+const std::string kOpenElsewhere = "Permission denied: open for writing elsewhere";
+
+// By which the system tells that somebody waits. It would end the program; check() asks instead.
+void ignore_lease_signals() {
+    static const bool is_ignored = std::signal(SIGIO, SIG_IGN) != SIG_ERR;
+    static_cast<void>(is_ignored);
+}
+
+#endif
 
 }  // namespace
 
@@ -60,6 +73,44 @@ std::optional<std::string> FileLock::acquire(const std::string& name) {
 void FileLock::release() {
     if (held_ != kNone) {
         close(static_cast<int>(std::exchange(held_, kNone)));
+    }
+}
+
+std::optional<std::string> WriteLease::acquire(const std::string& name) {
+    release();
+#ifdef F_SETLEASE
+    ignore_lease_signals();
+    const int file = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (file == -1) {
+        return std::nullopt;  // the reading that follows tells why
+    }
+    if (fcntl(file, F_SETLEASE, F_RDLCK) == 0) {
+        descriptor_ = file;
+        return std::nullopt;
+    }
+    const int error = errno;
+    close(file);
+    if (error == EAGAIN) {
+        return kOpenElsewhere;
+    }
+#else
+    static_cast<void>(name);
+#endif
+    return std::nullopt;
+}
+
+std::optional<std::string> WriteLease::check() const {
+#ifdef F_SETLEASE
+    if (descriptor_ != kNone && fcntl(descriptor_, F_GETLEASE) != F_RDLCK) {
+        return kOpenElsewhere;
+    }
+#endif
+    return std::nullopt;
+}
+
+void WriteLease::release() {
+    if (descriptor_ != kNone) {
+        close(std::exchange(descriptor_, kNone));
     }
 }
 

@@ -1,4 +1,4 @@
-// What is said of a changed file besides what was changed.
+// What a save would do to a file and what it did, in words.
 #pragma once
 
 #include <cstdint>
@@ -6,8 +6,37 @@
 #include <vector>
 
 #include <brindle/cMPEGHeader.h>
+#include <brindle/save_plan.h>
+#include <brindle/tag_edit.h>
 
 namespace brindle::host {
+
+// `COMM:1`, or `TXXX:3 "Note"`
+[[nodiscard]] std::string frame_label(const TagFrame& frame);
+// `6000 bytes, too large to be read`
+[[nodiscard]] std::string remark_on(const LostFrame& frame);
+// `12 bytes, same text in another form`
+[[nodiscard]] std::string remark_on(const ChangedFrame& frame);
+// `12 bytes`, of a lost frame with the reason.
+[[nodiscard]] std::string remark_on(const EditedFrame& frame);
+
+// Label and remark: `COMM:1 (12 bytes, same text in another form)`
+template <class Frame>
+[[nodiscard]] std::string frame_text(const Frame& frame) {
+    return frame_label(frame) + " (" + remark_on(frame) + ")";
+}
+
+// All of them on one line.
+[[nodiscard]] std::string losses_text(const std::vector<LostFrame>& frames);
+
+// `Would be moved`
+[[nodiscard]] std::string fate_text(FrameFate fate);
+
+// All of them on one line.
+[[nodiscard]] std::string losses_text(const std::vector<EditedFrame>& frames);
+
+// What the user should know of the tag besides, a sentence each.
+[[nodiscard]] std::vector<std::string> remarks_on(const EditPlan& plan);
 
 // Why a change is refused after which hosts would find no stream.
 [[nodiscard]] std::string lost_stream_text();

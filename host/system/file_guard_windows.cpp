@@ -3,7 +3,7 @@
 #include <thread>
 #include <utility>
 
-#include "system/file_lock.h"
+#include "system/file_guard.h"
 #include "system/interruption.h"
 #include "system/windows_handle.h"
 
@@ -68,5 +68,16 @@ void FileLock::release() {
         CloseHandle(mutex);
     }
 }
+
+// Who writes without sharing keeps this program from opening the file at all.
+std::optional<std::string> WriteLease::acquire(const std::string& /*name*/) {
+    return std::nullopt;
+}
+
+std::optional<std::string> WriteLease::check() const {
+    return std::nullopt;
+}
+
+void WriteLease::release() {}
 
 }  // namespace brindle::host

@@ -1,4 +1,4 @@
-#include "system/file_time.h"
+#include "system/file_state.h"
 
 #include <chrono>
 #include <filesystem>

@@ -1,0 +1,32 @@
+// What `brindle set` does to one file, in two ways. The answer is why it failed, or nothing.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "commands/edits.h"
+
+namespace brindle::host {
+
+struct SetOptions {
+    std::vector<Edit> edits;
+    bool separate = false;
+    bool dry_run = false;
+    bool preserve = false;
+    bool force = false;
+    bool atomic = false;
+    bool unicode = false;
+    bool host_form = false;
+    std::vector<std::string> files;
+};
+
+// Sets values of one file and leaves all other frames as they stand.
+[[nodiscard]] std::optional<std::string> set_with_editor(const std::string& name,
+                                                         const SetOptions& options);
+
+// Sets and saves one file as hosts do it with SaveAllInfo.
+[[nodiscard]] std::optional<std::string> set_in_host_form(const std::string& name,
+                                                          const SetOptions& options);
+
+}  // namespace brindle::host
