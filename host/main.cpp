@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
         close_output();
         return static_cast<int>(status);
     } catch (const OutputFailure& failure) {
-        // Who pipes into `head` has seen enough and wants to hear nothing about it.
+        // A reader that closes the pipe early, such as `head`, needs no message.
         if (failure.error != EPIPE) {
             write_error("standard output", std::generic_category().message(failure.error));
         }

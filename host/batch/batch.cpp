@@ -122,7 +122,7 @@ private:
         return Task{*std::move(found), written_ + waiting_.size() - 1};
     }
 
-    // Whoever brings the answer that is next writes it, and all that wait behind it.
+    // The thread with the next answer writes it, and all that wait after it.
     void deliver(std::size_t number, std::pair<std::string, Answer> answer) {
         Lock lock(answers_);
         waiting_[number - written_] = std::move(answer);

@@ -14,7 +14,7 @@ namespace brindle::host {
 using FileStep = std::function<std::optional<std::string>(const std::string& name)>;
 
 // A file that fails does not stop the others. SIGINT does: the file at hand is finished, the rest
-// is not touched, and how many were done is told.
+// is not touched, and the number of files done is printed.
 [[nodiscard]] ExitStatus for_each_file(const std::vector<std::string>& names, const FileStep& step);
 
 }  // namespace brindle::host

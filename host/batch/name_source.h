@@ -34,7 +34,7 @@ private:
     std::string name_;
 };
 
-// A path that stands for the names from standard input.
+// The path that means the names from standard input.
 inline constexpr const char* kStandardInput = "-";
 
 // One name after the other: of each path in turn, and of the names from standard input, the file or

@@ -1,4 +1,4 @@
-// brindle check: what an engineer wants to hear before a file goes on air.
+// brindle check: whether files can go on air.
 #include <algorithm>
 #include <array>
 #include <atomic>

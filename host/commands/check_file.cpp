@@ -71,7 +71,7 @@ void check_tag(const cMPEGHeader& header, const std::string& name, std::int64_t 
 
 constexpr std::int64_t kRecord = 128;
 
-// What stands at the end of the file besides audio. The answer is where the first of it begins.
+// What is at the end of the file besides audio. Returns the offset of the first of it.
 std::int64_t check_tags_at_end(const cMPEGHeader& header, const std::string& name,
                                std::int64_t size, Findings& findings) {
     std::int64_t end = size;

@@ -21,7 +21,7 @@ void add_help_and_version(CLI::App& app) {
     app.get_formatter()->column_width(26);
 }
 
-// The arguments in the reverse order that the parser wants. It would take the argument behind
+// The arguments in the reverse order that the parser wants. It would take the argument after
 // `--title=` for the title, so an empty value becomes an argument of its own.
 std::vector<std::string> for_the_parser(std::vector<std::string> given) {
     std::vector<std::string> arguments;

@@ -40,7 +40,7 @@ constexpr std::string_view kCodePage = "Windows-1252";
 
 // --- Values from the command line.
 
-// What stands in a frame besides a text.
+// What is in a frame besides a text.
 struct Surroundings {
     std::size_t bytes = 0;
     std::size_t characters = 0;  // in the text's encoding

@@ -1,4 +1,4 @@
-// brindle listen: what a librarian would hear: how loud, from where to where, how it ends.
+// brindle listen: loudness, where sound begins and ends, cue points.
 #include <memory>
 #include <string>
 

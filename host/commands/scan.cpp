@@ -1,4 +1,4 @@
-// brindle scan: a line for each file of a library, and what they come to.
+// brindle scan: a line for each file of a library, and a summary.
 #include <memory>
 
 #include <brindle/cMPEGHeader.h>
@@ -29,7 +29,7 @@ std::string padded(std::string text, std::size_t width) {
     return text;
 }
 
-// Names have any length, so they stand last.
+// Names have any length, so they come last.
 std::string scan_line(const std::string& name, const cMPEGHeader& header) {
     constexpr std::size_t kTime = 9;
     constexpr std::size_t kRate = 14;

@@ -1,4 +1,4 @@
-// What all scanned files come to.
+// Counts over all scanned files.
 #pragma once
 
 #include <array>

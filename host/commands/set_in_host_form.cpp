@@ -144,7 +144,7 @@ private:
 
     [[nodiscard]] bool is_of_version2() const { return plan_.tag_version == kConvertedVersion; }
 
-    // As the file stands now.
+    // Of the file as it is now.
     [[nodiscard]] std::string outcome() const {
         cMPEGHeader now;
         now.FileName(from_utf8(change_.name()));

@@ -30,7 +30,7 @@ public:
     [[nodiscard]] std::string of_hosts(const ShownValue& value) const {
         return value.text(header_);
     }
-    // None where the value stands in no frame.
+    // None for a value that is in no frame.
     [[nodiscard]] std::optional<String> of_documents(const Edit& edit) const {
         if (edit.frame_id.empty()) {
             return std::nullopt;

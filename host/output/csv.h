@@ -13,7 +13,7 @@ inline constexpr char kCsvComma = ',';
 inline constexpr const char* kCsvLineEnd = "\r\n";
 
 // Comma-separated values by RFC 4180: a header, then a row a file, each ended by CR and LF; a cell
-// with a comma, a quote or a line end stands in quotes, and quotes inside are doubled.
+// with a comma, a quote or a line end is quoted, and quotes inside are doubled.
 //
 // The columns: "file", the keys of the JSON object of a file, "error". Of "v2Frames" the ids are
 // separated by blanks. Names of files keep their bytes.

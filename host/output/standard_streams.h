@@ -11,7 +11,7 @@ struct OutputFailure {
 };
 
 // Writes and hands the text on at once, so that a reader of a pipe has each file's answer as soon
-// as it is known, and errors stand in their place between the answers.
+// as it is known, and errors appear in their place between the answers.
 void write_output(std::string_view text);
 // The last chance for the system to tell that something was not written.
 void close_output();

@@ -32,7 +32,8 @@ bool stands_for(const std::string& name, int file) {
 
 const std::string kOpenElsewhere = "Permission denied: open for writing elsewhere";
 
-// By which the system tells that somebody waits. It would end the program; check() asks instead.
+// The system sends SIGIO when another program waits for the file. It would end this one; check()
+// asks instead.
 void ignore_lease_signals() {
     static const bool is_ignored = std::signal(SIGIO, SIG_IGN) != SIG_ERR;
     static_cast<void>(is_ignored);

@@ -69,7 +69,7 @@ void FileLock::release() {
     }
 }
 
-// Who writes without sharing keeps this program from opening the file at all.
+// A program that writes without sharing keeps this one from opening the file at all.
 std::optional<std::string> WriteLease::acquire(const std::string& /*name*/) {
     return std::nullopt;
 }

@@ -1,4 +1,4 @@
-// What stands at the other end of a stream.
+// What is at the other end of a stream.
 #pragma once
 
 namespace brindle::host {
