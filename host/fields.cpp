@@ -89,7 +89,7 @@ constexpr FieldAccess read{FieldType::Text, get<T, Get>};
 constexpr const char* kNone = nullptr;
 
 constexpr Field read_only(int place, const char* key, const FieldAccess& access) {
-    return {place, key, kNone, kNone, kNone, u"", u"", u"", kNone, access};
+    return {.place = place, .key = key, .access = access};
 }
 
 // clang-format off

@@ -24,7 +24,7 @@ enum class FieldType {
 
 // What gets and sets a field.
 struct FieldAccess {
-    FieldType type;
+    FieldType type = FieldType::Text;
     Variant (*get)(const cMPEGHeader& header) = nullptr;
     // Takes a String, a double, a bool, or for whole numbers an int32_t in the range below.
     void (*set)(cMPEGHeader& header, const Variant& value) = nullptr;
@@ -33,18 +33,19 @@ struct FieldAccess {
 };
 
 struct Field {
-    int place;           // among the keys: the member's number in the automation interface, if any
-    const char* key;     // in JSON and CSV
-    const char* option;  // of `set`; nullptr for what cannot be set
-    const char* label;   // in `show` and in what `set` prints
-    const char* help;    // of the option
+    // Among the keys: the member's number in the automation interface, if it has one.
+    int place = 0;
+    const char* key = nullptr;     // in JSON and CSV
+    const char* option = nullptr;  // of `set`; nullptr for what cannot be set
+    const char* label = nullptr;   // in `show` and in what `set` prints
+    const char* help = nullptr;    // of the option
     // Where the value is in the ID3v2 tag: the frame's id in versions 2.3 and 2.2, or the name of
     // the user-defined text; "" where it is not.
-    const char16_t* frame_id;
-    const char16_t* version2_id;
-    const char16_t* custom_name;
-    const char*
-        record_option;  // of the field in the ID3v1 record that is set along; nullptr for none
+    const char16_t* frame_id = u"";
+    const char16_t* version2_id = u"";
+    const char16_t* custom_name = u"";
+    // Of the field in the ID3v1 record that is set along; nullptr for none.
+    const char* record_option = nullptr;
     FieldAccess access;
 
     [[nodiscard]] bool is_custom() const { return custom_name[0] != u'\0'; }
