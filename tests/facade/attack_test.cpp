@@ -10,8 +10,8 @@
 #include <brindle/frame_walk.h>
 #include <brindle/save_plan.h>
 
-#include "facade/attack_files.h"
 #include "facade/loaded_header.h"
+#include "support/attack_files.h"
 #include "support/every_property.h"
 
 namespace brindle {

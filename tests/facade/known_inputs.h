@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "facade/attack_files.h"
+#include "support/attack_files.h"
 
 namespace brindle::test {
 
@@ -31,10 +31,13 @@ inline std::vector<AttackFile> corpus_files() {
     return files;
 }
 
-inline std::vector<AttackFile> known_inputs() {
-    std::vector<AttackFile> all = attack_files();
-    const std::vector<AttackFile> corpus = corpus_files();
-    all.insert(all.end(), corpus.begin(), corpus.end());
+inline const std::vector<AttackFile>& known_inputs() {
+    static const std::vector<AttackFile> all = [] {
+        std::vector<AttackFile> every = attack_files();
+        const std::vector<AttackFile> corpus = corpus_files();
+        every.insert(every.end(), corpus.begin(), corpus.end());
+        return every;
+    }();
     return all;
 }
 

@@ -66,7 +66,7 @@ void expect_bounded_heap(const AttackFile& input) {
 }
 
 TEST(OpeningLimits, EachByteIsReadTwiceAtMost) {
-    const auto inputs = test::known_inputs();
+    const auto& inputs = test::known_inputs();
     EXPECT_GT(inputs.size(), 1'500U) << "the kept inputs are missing";
     for (const AttackFile& input : inputs) {
         SCOPED_TRACE(input.name);

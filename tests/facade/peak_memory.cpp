@@ -13,7 +13,8 @@
 #include <brindle/cMPEGHeader.h>
 #include <brindle/text.h>
 
-#include "facade/attack_files.h"
+#include "support/attack_files.h"
+#include "support/frames.h"
 
 namespace {
 
