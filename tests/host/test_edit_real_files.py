@@ -11,6 +11,8 @@ from mutagen.id3 import (APIC, CHAP, COMM, CTOC, GEOB, POPM, PRIV, RVA2, SYLT, T
 
 from mp3_bytes import audio
 
+pytestmark = pytest.mark.deep
+
 AUDIO = audio(12_000)  # longer than the largest tag, so that hosts look after it
 
 TEXTS = {

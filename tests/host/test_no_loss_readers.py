@@ -1,6 +1,5 @@
 """What is saved is what programs that we did not write read."""
 
-import os
 import re
 import shutil
 import subprocess
@@ -8,11 +7,11 @@ import subprocess
 import mutagen.id3
 import pytest
 
+from commands import output_of
 from mp3_bytes import audio, frame, tag, text_frame, user_frame
 
 AUDIO = audio()
 PICTURE = bytes(i * 7 % 256 for i in range(40_000))
-ENVIRONMENT = {**os.environ, "LC_ALL": "C.UTF-8"}
 VALUES = ("--title", "Grüße", "--artist", "Duo", "--album", "Disc", "--year", "1999",
           "--track", "3", "--genre", "17", "--composer", "Ludwig", "--publisher", "House",
           "--copyright", "2026 us", "--url", "http://example.org/a", "--cue-in", "1500",
@@ -21,11 +20,6 @@ VALUES = ("--title", "Grüße", "--artist", "Duo", "--album", "Disc", "--year", 
 
 def picture_frame():
     return frame("APIC", b"\0image/png\0\x03Front\0" + PICTURE)
-
-
-def output_of(*command):
-    return subprocess.run([str(part) for part in command], check=True, stdin=subprocess.DEVNULL,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, env=ENVIRONMENT).stdout
 
 
 # A tag with room, one without, and none.
@@ -67,7 +61,8 @@ def test_eyed3_reads_it(song, tmp_path):
     path, had_frames = song
     pictures = tmp_path / "pictures"
     pictures.mkdir()
-    text = output_of("eyeD3", "--no-color", "--write-images", pictures, path).decode()
+    text = output_of("eyeD3", "--no-color", "--write-images", pictures, path,
+                     stderr=subprocess.STDOUT).decode()
     for line in ("ID3 v2.3:", "title: Grüße", "artist: Duo", "album: Disc"):
         assert line in text
     assert re.search(r"track: 3\b", text)

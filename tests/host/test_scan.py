@@ -2,11 +2,11 @@
 
 import csv
 import io
-import json
 import os
 
 import pytest
 
+from commands import json_lines
 from mp3_bytes import audio, audio_with_xing, frame, id3v1, tag, text_frame, user_frame
 
 # 120 frames at 128 kbit/s: 50,040 bytes, 3,128 ms (3,127.5, halves to even).
@@ -14,12 +14,6 @@ AUDIO = audio()
 TAG = tag(text_frame("TIT2", "Song"), text_frame("TPE1", "Ann"))
 RECORD = id3v1(b"Song")
 NO_SUCH_FILE = "No such file or directory"
-
-
-def json_lines(output):
-    lines = output.decode("utf-8").split("\n")
-    assert lines.pop() == ""
-    return [json.loads(line) for line in lines]
 
 
 def names(result):

@@ -8,10 +8,10 @@ import subprocess
 import mutagen.id3
 import pytest
 
-from mp3_bytes import audio, frame, tag, text_frame, user_frame
+from commands import ENVIRONMENT
+from mp3_bytes import audio, frame, tag, text_frame
 from tagged_file import AUDIO, AUDIO_HASH, RECORD, audio_hash, one_line, snapshot
 
-ENVIRONMENT = {**os.environ, "LC_ALL": "C.UTF-8"}
 OLD_TIME = 1_000_000_000_123_456_789
 
 

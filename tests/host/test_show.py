@@ -10,6 +10,7 @@ import tempfile
 
 import pytest
 
+from commands import json_lines
 from mp3_bytes import audio, audio_with_xing, frame, id3v1, tag, text_frame, user_frame
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -116,15 +117,10 @@ def folder(tmp_path):
 NEW_KEYS = ["schema", "tag", "file_facts"]
 
 
-def json_lines(output):
-    lines = output.decode("utf-8").split("\n")
-    assert lines.pop() == "", "the last line ends, too"
-    return [hosts_part(json.loads(line)) for line in lines]
-
-
-def hosts_part(facts):
+def host_facts(output):
     """What hosts read; the rest is tested in test_json.py."""
-    return {key: value for key, value in facts.items() if key not in NEW_KEYS}
+    return [{key: value for key, value in facts.items() if key not in NEW_KEYS}
+            for facts in json_lines(output)]
 
 
 def same_with_types(one, other):
@@ -138,7 +134,7 @@ def same_with_types(one, other):
 def test_json_has_every_member_of_a_full_file(folder, brindle):
     result = brindle("show", "--json", "full.mp3")
     assert (result.returncode, result.stderr) == (0, b"")
-    (facts,) = json_lines(result.stdout)
+    (facts,) = host_facts(result.stdout)
     assert facts == FULL_FACTS
     for key, value in facts.items():
         assert type(value) is type(FULL_FACTS[key]), key
@@ -147,7 +143,7 @@ def test_json_has_every_member_of_a_full_file(folder, brindle):
 def test_json_has_every_member_of_a_file_without_tags(folder, brindle):
     result = brindle("show", "--json", "plain.mp3")
     assert (result.returncode, result.stderr) == (0, b"")
-    (facts,) = json_lines(result.stdout)
+    (facts,) = host_facts(result.stdout)
     assert same_with_types(facts, PLAIN_FACTS)
 
 
@@ -174,7 +170,7 @@ def test_json_of_a_file_without_stream_has_an_unknown_duration_of_0(folder, brin
     assert result.returncode == 0
     expected = dict(PLAIN_FACTS, file="text.mp3", MonoStereo="", BitRate=0, Layer="0", Duration=0,
                     Frequency=0, MpegVersion="0")
-    (facts,) = json_lines(result.stdout)
+    (facts,) = host_facts(result.stdout)
     assert same_with_types(facts, expected)
 
 
@@ -182,13 +178,13 @@ def test_json_of_an_empty_file_has_no_stream(folder, brindle):
     (folder / "empty.mp3").write_bytes(b"")
     result = brindle("show", "--json", "empty.mp3")
     assert result.returncode == 0
-    (facts,) = json_lines(result.stdout)
+    (facts,) = host_facts(result.stdout)
     assert (facts["Duration"], facts["Layer"], facts["TagType"]) == (0, "0", -1)
 
 
 def test_json_of_a_variable_bitrate_counts_in_kbit_per_second(folder, brindle):
     (folder / "vbr.mp3").write_bytes(audio_with_xing())
-    (facts,) = json_lines(brindle("show", "--json", "vbr.mp3").stdout)
+    (facts,) = host_facts(brindle("show", "--json", "vbr.mp3").stdout)
     assert facts["VBR"] is True
     # 50040 bytes / 120 frames = 417; 44100 / 1152 rounds to 38 a second; 417 * 38 * 8 / 1024 = 123.8
     assert facts["BitRate"] == 124
@@ -211,7 +207,7 @@ def test_json_writes_a_whole_speed_as_a_whole_number(folder, brindle, stored, wr
 def test_json_category_is_a_string_when_it_is_there(folder, brindle, stored, category):
     (folder / "a.mp3").write_bytes(
         tag(user_frame("Category", stored), text_frame("TIT2", "x")) + audio())
-    (facts,) = json_lines(brindle("show", "--json", "a.mp3").stdout)
+    (facts,) = host_facts(brindle("show", "--json", "a.mp3").stdout)
     assert facts["Category"] == category
 
 
@@ -224,13 +220,13 @@ def test_json_tag_type_is_a_number(folder, brindle, version_2, version_1, tag_ty
     if version_1:
         content += id3v1(b"x")
     (folder / "a.mp3").write_bytes(content)
-    (facts,) = json_lines(brindle("show", "--json", "a.mp3").stdout)
+    (facts,) = host_facts(brindle("show", "--json", "a.mp3").stdout)
     assert facts["TagType"] == tag_type
 
 
 def test_json_tells_that_audio_does_not_begin_behind_the_tag(folder, brindle):
     (folder / "a.mp3").write_bytes(tag(text_frame("TIT2", "x")) + bytes(20) + audio())
-    (facts,) = json_lines(brindle("show", "--json", "a.mp3").stdout)
+    (facts,) = host_facts(brindle("show", "--json", "a.mp3").stdout)
     assert facts["RepairRequired"] is True
     assert facts["ID3TagSizeIncludingHeader"] == 22  # 10, and a frame of 10 + 2
     assert facts["Duration"] == DURATION
@@ -244,13 +240,13 @@ def test_json_is_utf_8_and_not_escaped(folder, brindle):
 def test_json_is_one_line_a_file_in_the_order_given(folder, brindle):
     result = brindle("show", "--json", "plain.mp3", "full.mp3", "plain.mp3")
     assert result.returncode == 0
-    assert [facts["file"] for facts in json_lines(result.stdout)] == [
+    assert [facts["file"] for facts in host_facts(result.stdout)] == [
         "plain.mp3", "full.mp3", "plain.mp3"]
 
 
 def test_json_option_may_stand_behind_the_files(folder, brindle):
     result = brindle("show", "plain.mp3", "--json")
-    assert [facts["file"] for facts in json_lines(result.stdout)] == ["plain.mp3"]
+    assert [facts["file"] for facts in host_facts(result.stdout)] == ["plain.mp3"]
 
 
 # --- for people
@@ -436,7 +432,7 @@ def test_report_cuts_a_long_value_that_json_has_in_full(folder, brindle):
     report = brindle("show", "a.mp3").stdout.decode()
     assert "    TENC           " + "y" * 120 + " ... (121 characters)\n" in report
     assert "    TOPE           " + "z" * 120 + "\n" in report
-    (facts,) = json_lines(brindle("show", "--json", "a.mp3").stdout)
+    (facts,) = host_facts(brindle("show", "--json", "a.mp3").stdout)
     assert facts["v2Tag"]["TENC"] == ["y" * 121]
 
 
@@ -449,7 +445,7 @@ def test_report_takes_a_user_text_apart(folder, brindle):
     assert "    TXXX           End = Fade\n" in report
     assert "    TXXX           Mix = a\\x00b\\x00\n" in report
     assert "    TXXX           Note = \n" in report
-    (facts,) = json_lines(brindle("show", "--json", "a.mp3").stdout)
+    (facts,) = host_facts(brindle("show", "--json", "a.mp3").stdout)
     assert facts["v2Tag"]["TXXX"] == ["End\0Fade\0", "Mix\0a\0b\0\0", "Note\0"]
 
 
@@ -550,7 +546,7 @@ def test_other_files_are_shown_beside_a_bad_one(folder, brindle):
 def test_other_files_are_shown_beside_a_bad_one_in_json(folder, brindle):
     result = brindle("show", "--json", "nowhere.mp3", "plain.mp3", "song.ogg", "full.mp3")
     assert result.returncode == 1
-    assert [(facts["file"], "error" in facts) for facts in json_lines(result.stdout)] == [
+    assert [(facts["file"], "error" in facts) for facts in host_facts(result.stdout)] == [
         ("nowhere.mp3", True), ("plain.mp3", False), ("song.ogg", True), ("full.mp3", False)]
     assert len(result.stderr.splitlines()) == 2
 
@@ -605,7 +601,7 @@ def test_file_without_permission_has_its_reason(program, open_folder, json_mode)
     assert result.returncode == 1
     assert result.stderr == b"brindle: closed.mp3: Permission denied\n"
     if json_mode:
-        refused, shown = json_lines(result.stdout)
+        refused, shown = host_facts(result.stdout)
         assert refused == {"file": "closed.mp3", "error": "Permission denied"}
         assert shown["Duration"] == DURATION
     else:
@@ -635,7 +631,7 @@ def test_name_is_taken_as_it_is(folder, brindle, name):
     (folder / name).write_bytes(audio())
     result = brindle("show", "--json", name)
     assert (result.returncode, result.stderr) == (0, b"")
-    (facts,) = json_lines(result.stdout)
+    (facts,) = host_facts(result.stdout)
     assert same_with_types(facts, dict(PLAIN_FACTS, file=name))
     assert brindle("show", name).stdout.decode() == PLAIN_REPORT.replace("plain.mp3", name)
 
@@ -665,7 +661,7 @@ def test_name_may_begin_with_a_dash_behind_two_dashes(folder, brindle, name):
 
 def test_option_before_two_dashes_counts_and_behind_them_does_not(folder, brindle):
     result = brindle("show", "--json", "plain.mp3", "--", "-a.mp3")
-    assert [facts["file"] for facts in json_lines(result.stdout)] == ["plain.mp3", "-a.mp3"]
+    assert [facts["file"] for facts in host_facts(result.stdout)] == ["plain.mp3", "-a.mp3"]
 
 
 @pytest.mark.parametrize("name, as_json, shown", [
@@ -683,7 +679,7 @@ def test_name_that_is_no_utf_8_travels_through_json_and_back(
     result = brindle(b"show", b"--json", name)
     assert (result.returncode, result.stderr) == (0, b"")
     assert result.stdout.startswith(b'{"file":' + as_json + b",")
-    (facts,) = json_lines(result.stdout)
+    (facts,) = host_facts(result.stdout)
     assert facts["Duration"] == DURATION
     assert os.fsencode(facts["file"]) == name
     # Bytes that are no text would make the whole report binary for other programs.
@@ -693,7 +689,7 @@ def test_name_that_is_no_utf_8_travels_through_json_and_back(
 def test_error_names_a_file_that_is_no_utf_8(folder, brindle):
     result = brindle(b"show", b"--json", b"\xff.mp3")
     assert result.stderr == b"brindle: \\xFF.mp3: No such file or directory\n"
-    assert json_lines(result.stdout) == [{"file": "\udcff.mp3", "error": NO_SUCH_FILE}]
+    assert host_facts(result.stdout) == [{"file": "\udcff.mp3", "error": NO_SUCH_FILE}]
 
 
 @pytest.mark.parametrize("name, shown", [
@@ -707,11 +703,11 @@ def test_control_characters_in_a_name_do_not_break_the_line(folder, brindle, nam
     missing = brindle("show", "--json", name)
     assert missing.returncode == 1
     assert missing.stderr.decode() == f"brindle: {shown}: {NO_SUCH_FILE}\n"
-    assert json_lines(missing.stdout) == [{"file": name, "error": NO_SUCH_FILE}]
+    assert host_facts(missing.stdout) == [{"file": name, "error": NO_SUCH_FILE}]
 
     (folder / name).write_bytes(audio())
     assert brindle("show", name).stdout.decode() == PLAIN_REPORT.replace("plain.mp3", shown)
-    (facts,) = json_lines(brindle("show", "--json", name).stdout)
+    (facts,) = host_facts(brindle("show", "--json", name).stdout)
     assert same_with_types(facts, dict(PLAIN_FACTS, file=name))
 
 
@@ -826,7 +822,7 @@ def test_closed_standard_stream_is_never_taken_for_a_file(folder, program, close
     assert result.returncode == 1
     assert (folder / "full.mp3").read_bytes() == before
     if ">&-" not in closed.split():
-        assert [facts["file"] for facts in json_lines(result.stdout)] == ["nowhere.mp3", "full.mp3"]
+        assert [facts["file"] for facts in host_facts(result.stdout)] == ["nowhere.mp3", "full.mp3"]
     elif closed == ">&-":
         assert result.stderr.endswith(b"brindle: standard output: Bad file descriptor\n")
 

@@ -11,7 +11,12 @@ import pytest
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import encoders  # noqa: E402
-from tools import run  # noqa: E402
+from commands import run  # noqa: E402
+
+
+def pytest_collection_modifyitems(items):
+    for item in items:
+        item.add_marker(pytest.mark.deep)
 
 
 @pytest.fixture(scope="session")
@@ -80,5 +85,18 @@ def show(program):
         facts = json.loads(lines[0])
         assert facts["file"] == str(path)
         return facts
+
+    return facts_of
+
+
+@pytest.fixture(scope="session")
+def listen(program):
+    """What the program hears, as JSON; every file is to be decoded."""
+
+    def facts_of(path, *options):
+        done = subprocess.run([program, "listen", "--json", "--quiet", *options, path],
+                              stdin=subprocess.DEVNULL, capture_output=True, check=False)
+        assert (done.returncode, done.stderr) == (0, b"")
+        return json.loads(done.stdout)
 
     return facts_of

@@ -2,7 +2,7 @@
 
 import dataclasses
 
-from tools import run
+from commands import run
 
 MODES = {"s": "Stereo", "j": "Joint Stereo", "m": "Mono"}
 # Six seconds: at 8,000 Hz still 83 frames, at 44,100 Hz more than twice the 100 that are compared.

@@ -10,7 +10,7 @@ import dataclasses
 
 from mutagen import id3
 
-from tools import run
+from commands import run
 
 TITLE, ARTIST, ALBUM, COMMENT = "Song \u00c4", "The Artist", "Album", "A comment"
 UTF8_TITLE_AS_BYTES = "Song \u00c3\u201e"  # C3 84, each a character of the code page

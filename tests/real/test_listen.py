@@ -1,90 +1,21 @@
-"""`brindle listen` on files of real encoders: sound at known places, loudness against a meter that
-we did not write, files that were cut and spliced.
+"""`brindle listen` on files of real encoders: sound at known places, files that were cut and spliced.
 
 Points are counted from the first sample that is decoded. An encoder delays the sound: lame by 576
 samples and the decoder by 529 more, twolame and the decoder by 481.
 """
 
-import dataclasses
 import json
-import math
-import re
 import subprocess
 
 import numpy
 import pytest
 
+from commands import output_of, run
 from mpeg_frames import Stream
-from tools import ENVIRONMENT, output_of, run
+from sound import encode, joined, noise, silence, tone
 
 LAME_DELAY = 576 + 529
 TWOLAME_DELAY = 481
-FULL_SCALE = 32767
-
-
-@pytest.fixture(scope="session")
-def listen(program):
-    """What the program hears, as JSON; every file is to be decoded."""
-
-    def facts_of(path, *options):
-        done = subprocess.run([program, "listen", "--json", "--quiet", *options, path],
-                              stdin=subprocess.DEVNULL, capture_output=True, check=False)
-        assert (done.returncode, done.stderr) == (0, b"")
-        return json.loads(done.stdout)
-
-    return facts_of
-
-
-@dataclasses.dataclass
-class Sound:
-    """Samples between -1 and 1, a column for each channel."""
-    frequency: int
-    samples: numpy.ndarray
-
-    @property
-    def channels(self):
-        return self.samples.shape[1]
-
-
-def silence(frequency, seconds, channels=1):
-    return numpy.zeros((round(frequency * seconds), channels))
-
-
-def tone(frequency, seconds, hertz=1000, level=1.0, channels=1):
-    time = numpy.arange(round(frequency * seconds)) / frequency
-    return numpy.repeat(level * numpy.sin(2 * numpy.pi * hertz * time)[:, None], channels, axis=1)
-
-
-def noise(frequency, seconds, level=0.1, channels=1, seed=1):
-    return level * numpy.random.default_rng(seed).uniform(
-        -1, 1, (round(frequency * seconds), channels))
-
-
-def joined(frequency, *parts):
-    return Sound(frequency, numpy.concatenate(parts))
-
-
-def encode(sound, target, *options):
-    """With twolame when the name ends in .mp2, else with lame; neither resamples."""
-    wave = target.with_suffix(".wav")
-    raw = target.with_suffix(".raw")
-    (sound.samples * FULL_SCALE).round().astype("<i2").tofile(raw)
-    run("sox", "-t", "raw", "-r", sound.frequency, "-e", "signed", "-b", 16, "-c", sound.channels,
-        raw, wave)
-    raw.unlink()
-    if target.suffix == ".mp2":
-        run("twolame", "--quiet", "-m", "m" if sound.channels == 1 else "s", *options, wave, target)
-    else:
-        run("lame", "--quiet", "--noreplaygain", "--resample", f"{sound.frequency / 1000:g}", "-m",
-            "m" if sound.channels == 1 else "j", *options, wave, target)
-    wave.unlink()
-    return target
-
-
-def decoded(path, channels):
-    """All samples as mpg123 decodes them, with nothing left out but the encoder's header frame."""
-    samples = output_of("mpg123", "-q", "--no-gapless", "-e", "f32", "-s", path)
-    return numpy.frombuffer(samples, dtype="<f4").reshape(-1, channels)
 
 
 # --- sound at known places
@@ -215,79 +146,6 @@ def test_fade_out_ends_softly(listen, tmp_path):
     assert facts["end"] == facts["suggest"]["end-style"] == "fade"
     # -12 LU are at 0.25 of the amplitude.
     assert facts["suggest"]["sectone"] == pytest.approx(25 + 20_000 + 4_490, abs=200)
-
-
-# --- loudness, against a meter that we did not write
-
-def programme(number):
-    """One of 50 of 40 seconds: tones and noise whose levels wander, with one channel or two. They
-    wander slowly: ffmpeg takes the value before the one that Tech 3342 takes for a percentile, of
-    371 here."""
-    rng = numpy.random.default_rng(number)
-    rate = int(rng.choice([32000, 44100, 44100, 48000]))
-    channels = 1 if number % 7 == 6 else 2
-    seconds, points = 40, 12
-    sound = joined(rate, silence(rate, seconds, channels))
-    time = numpy.arange(len(sound.samples)) / rate
-    for _ in range(3):
-        if rng.integers(0, 2):
-            part = pink_noise(rate, seconds, channels, seed=int(rng.integers(1e6)))
-        else:
-            part = tone(rate, seconds, rng.uniform(60, 9000), channels=channels)
-        level = numpy.interp(time, numpy.linspace(0, seconds, points), rng.uniform(-26, -10, points))
-        sound.samples += part * 10 ** (level / 20)[:, None] * rng.uniform(0.3, 1, (1, channels))
-    sound.samples *= rng.uniform(0.3, 0.99) / numpy.abs(sound.samples).max()
-    return sound
-
-
-def pink_noise(frequency, seconds, channels, seed):
-    """Noise as music spreads its energy: 3 dB less from octave to octave."""
-    spectrum = numpy.fft.rfft(noise(frequency, seconds, 1, channels, seed), axis=0)
-    spectrum[1:] /= numpy.sqrt(numpy.arange(1, len(spectrum)))[:, None]
-    spectrum[:5] = 0
-    shaped = numpy.fft.irfft(spectrum, axis=0)
-    return shaped / numpy.abs(shaped).max()
-
-
-def ebur128_of(samples, frequency):
-    """Integrated loudness, range and true peak by ffmpeg's filter."""
-    done = subprocess.run(
-        ["ffmpeg", "-nostdin", "-v", "error", "-f", "f32le", "-ar", str(frequency), "-ac",
-         str(samples.shape[1]), "-i", "-", "-af",
-         "ebur128=peak=true:metadata=1:framelog=verbose,ametadata=print:file=-", "-f", "null", "-"],
-        input=samples.tobytes(), capture_output=True, check=True, env=ENVIRONMENT)
-    loudness, loudness_range, peak = (
-        float(re.findall(rf"^lavfi.r128.{name}=(.*)$", done.stdout.decode(), re.MULTILINE)[-1])
-        for name in ("I", "LRA", "true_peak"))
-    return loudness, loudness_range, 20 * math.log10(peak)
-
-
-@pytest.mark.parametrize("number", range(50))
-def test_loudness_is_that_of_another_meter(listen, tmp_path, number):
-    sound = programme(number)
-    path = encode(sound, tmp_path / "a.mp3", "--cbr", "-b", "320", "-q", "9")
-    facts = listen(path)
-    samples = decoded(path, sound.channels)
-    loudness, loudness_range, peak = ebur128_of(samples, sound.frequency)
-    assert facts["loudness_lufs"] == pytest.approx(loudness, abs=0.1)
-    assert facts["range_lu"] == pytest.approx(loudness_range, abs=0.2)
-    assert facts["true_peak_dbtp"] == pytest.approx(peak, abs=0.2)
-    assert facts["sample_peak"] == pytest.approx(float(numpy.abs(samples).max()), abs=1e-6)
-    assert facts["gain_db"] == pytest.approx(-18 - facts["loudness_lufs"], abs=0.011)
-    assert facts["reference"] == "whole"
-
-
-def test_clipped_runs_are_those_of_the_decoded_samples(listen, tmp_path):
-    sound = joined(44100, 2 * tone(44100, 3, 100, channels=2))
-    sound.samples = numpy.clip(sound.samples, -1, 1)
-    path = encode(sound, tmp_path / "a.mp3", "--cbr", "-b", "320")
-    runs = 0
-    for channel in decoded(path, 2).T:
-        full = numpy.abs(channel) >= FULL_SCALE / 32768
-        edges = numpy.flatnonzero(numpy.diff(numpy.concatenate(([False], full, [False])).astype(int)))
-        runs += int((edges[1::2] - edges[::2] >= 8).sum())
-    assert runs > 0
-    assert listen(path)["clipped"] == runs
 
 
 # --- files that were cut, spliced and damaged

@@ -4,7 +4,8 @@ import pytest
 
 import encoders
 from mpeg_frames import (Stream, constant_duration, variable_bitrate, variable_duration)
-from tools import ffprobe, mpg123_samples, mutagen_info, run
+from commands import run
+from tools import ffprobe, mpg123_samples, mutagen_info
 
 
 def every(encodings):

@@ -2,23 +2,10 @@
 
 import dataclasses
 import json
-import os
-import subprocess
 
 import mutagen.mp3
 
-
-# Some of them take their arguments, or write texts, by the locale.
-ENVIRONMENT = {**os.environ, "LC_ALL": "C.UTF-8"}
-
-
-def output_of(*command):
-    return subprocess.run([str(part) for part in command], check=True, stdin=subprocess.DEVNULL,
-                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, env=ENVIRONMENT).stdout
-
-
-def run(*command):
-    output_of(*command)
+from commands import output_of
 
 
 @dataclasses.dataclass(frozen=True)
