@@ -1,7 +1,6 @@
 // What Update leaves in a file, byte for byte.
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -18,9 +17,7 @@
 #include "support/id3v1.h"
 #include "support/memory_environment.h"
 #include "support/tags.h"
-#include "support/temporary_folder.h"
 #include "support/written_files.h"
-#include "util/environment.h"
 
 namespace brindle {
 namespace {
@@ -702,26 +699,6 @@ TEST_F(Saving, AudioThatCannotBeLookedForAgainIsAnErrorBeforeAnythingIsWritten) 
     world_.files.fail_nothing();
     EXPECT_EQ(saved(), stamped(Tag().text("TIT2", "Song")).padded_to(900).bytes() + kAudio +
                            kAudio + blank_record());
-}
-
-// Positions in a tag's own numbers, and in a host's, end there.
-TEST(SavingOnDisk, FileOfTwoGibibytesIsRefused) {
-    const test::TemporaryFolder folder;
-    const String name = folder.put("song.mp3", kAudio);
-    constexpr std::uintmax_t kLength = 2'147'483'648;
-    std::filesystem::resize_file(folder.path("song.mp3"), kLength);
-    cMP3ID3v2 model(system_environment());
-    model.FileName(name);
-    model.Title(u"Song");
-    try {
-        model.Update();
-        FAIL() << "nothing was raised";
-    } catch (const Error& error) {
-        EXPECT_EQ(error.number(), 6);
-        EXPECT_EQ(error.source(), kWriter);
-    }
-    EXPECT_EQ(std::filesystem::file_size(folder.path("song.mp3")), kLength);
-    EXPECT_EQ(folder.entries(), std::vector<std::string>{"song.mp3"});
 }
 
 TEST_F(Saving, Version2ThatClaimsMoreThanAFileWithoutAudioHoldsIsNotWritten) {
