@@ -1,11 +1,13 @@
 // From FileName to SaveAllInfo: tour SONG.mp3. The file is changed; try it on a copy.
 #include <cstdint>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <variant>
 
 #include <brindle/cMPEGHeader.h>
 #include <brindle/frame_walk.h>
+#include <brindle/path.h>
 #include <brindle/save_plan.h>
 #include <brindle/tag_edit.h>
 
@@ -32,25 +34,28 @@ void show(const brindle::cMPEGHeader& header) {
               << header.Duration() << " ms\n";
     std::cout << "title " << to_utf8(header.Title()) << ", cue-in " << header.CueInmSStart()
               << " ms\n";
-    if (header.CustomFieldExists(u"Mood")) {
-        const brindle::Variant mood = header.CustomFieldRetrieve(u"Mood");
+    if (header.CustomFieldExists("Mood")) {
+        const brindle::Variant mood = header.CustomFieldRetrieve("Mood");
         std::cout << "mood " << to_utf8(std::get<String>(mood)) << "\n";
     }
 }
 
 void show_frames(const brindle::cMPEGHeader& header) {
-    const auto frames = header.v2Frames();
-    for (std::int32_t place = 1; place <= frames->Count(); ++place) {
-        const auto id = std::get<String>(frames->Item(place));
-        std::cout << to_utf8(id) << " " << to_utf8(header.v2Tag(id, 1)).size() << " characters\n";
+    for (const brindle::Variant& item : *header.v2Frames()) {
+        const String id = std::get<String>(item);
+        std::cout << to_utf8(id) << " " << header.v2Tag(id, 1).size() << " characters\n";
+    }
+    for (const brindle::CustomField& field : header.CustomFields()) {
+        std::cout << to_utf8(field.name) << " is " << to_utf8(field.value) << "\n";
     }
 }
 
 void change(brindle::cMPEGHeader& header) {
-    header.Title(u"Morning jingle");
+    header.Title("Morning jingle");
     header.CueInmSStart(250);
     header.Intro(1'800);
-    header.CustomFieldAdd(u"Mood", String(u"bright"));
+    header.CustomFieldAdd("Mood", "bright");
+    header.CustomFieldRemove("Key");
 }
 
 bool loses_nothing(const brindle::cMPEGHeader& header) {
@@ -89,7 +94,11 @@ int main(int count, char** arguments) {
     }
     brindle::cMPEGHeader header;
     listen(header);
-    header.FileName(brindle::from_utf8(arguments[1]));
+    brindle::open(header, arguments[1]);
+    if (const std::optional<brindle::Error> error = header.OpeningError()) {
+        std::cerr << arguments[1] << ": " << error->what() << "\n";
+        return 1;
+    }
     if (header.Frequency() == 0) {
         std::cerr << "no MPEG audio in " << arguments[1] << "\n";
         return 1;
@@ -112,7 +121,7 @@ int main(int count, char** arguments) {
     }
 
     header.FileName(header.FileName());  // reads the file again
-    header.Album(u"Jingles");
+    header.Album("Jingles");
     if (edit(header)) {
         header.FileName(header.FileName());
     }

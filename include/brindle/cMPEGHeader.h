@@ -25,6 +25,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
 
 #include <brindle/error.h>
 #include <brindle/export.h>
@@ -43,6 +46,14 @@ struct SavePlan;
 struct TagFacts;
 struct StripPlan;
 
+// A user-defined text frame (TXXX).
+struct CustomField {
+    String name;
+    String value;
+
+    friend bool operator==(const CustomField&, const CustomField&) = default;
+};
+
 class BRINDLE_EXPORT cMPEGHeader {
 public:
     cMPEGHeader();
@@ -50,6 +61,10 @@ public:
     explicit cMPEGHeader(Environment& environment);
     cMPEGHeader(const cMPEGHeader&) = delete;
     cMPEGHeader& operator=(const cMPEGHeader&) = delete;
+    // Takes over file, unsaved edits, events and settings; `other` is as a new one then. Not while
+    // an event of either runs.
+    cMPEGHeader(cMPEGHeader&& other) noexcept;
+    cMPEGHeader& operator=(cMPEGHeader&& other) noexcept;
     // Nothing is written: unsaved edits are lost.
     ~cMPEGHeader();
 
@@ -285,11 +300,64 @@ public:
     // of SaveAllInfo, 62 for a file shorter than an ID3v1 record, and 5 also for a tag that claims
     // more than the file holds when no audio tells where it ends.
     void RemoveTags(eTagType eTagTypes, const SaveOptions& options = {});
+    // Why the last assignment of FileName gave no file, or one that could not be read whole; none
+    // when all went well. 5 for a name that does not end in mp3 or mp2, 53 for a file that does not
+    // exist, else the system's error or 7.
+    [[nodiscard]] std::optional<Error> OpeningError() const;
+    // All custom fields, each name once, in the order of their frames.
+    [[nodiscard]] std::vector<CustomField> CustomFields() const;
+    // Takes a custom field out of the tag, all frames of that name. Nothing happens when there is
+    // none, and for an empty name.
+    void CustomFieldRemove(const String& FieldDescriptor);
+
+    // --- The same members with UTF-8 text. A file name may hold any bytes (from_utf8).
+
+    void FileName(std::string_view utf8) { FileName(from_utf8(utf8)); }
+    void Title(std::string_view utf8) { Title(from_utf8(utf8)); }
+    void Song(std::string_view utf8) { Song(from_utf8(utf8)); }
+    void Artist(std::string_view utf8) { Artist(from_utf8(utf8)); }
+    void Album(std::string_view utf8) { Album(from_utf8(utf8)); }
+    void Genre(std::string_view utf8) { Genre(from_utf8(utf8)); }
+    void Comments(std::string_view utf8) { Comments(from_utf8(utf8)); }
+    void Composer(std::string_view utf8) { Composer(from_utf8(utf8)); }
+    void Publisher(std::string_view utf8) { Publisher(from_utf8(utf8)); }
+    void CopyRight(std::string_view utf8) { CopyRight(from_utf8(utf8)); }
+    void URL(std::string_view utf8) { URL(from_utf8(utf8)); }
+    void ArtistUrl(std::string_view utf8) { ArtistUrl(from_utf8(utf8)); }
+    void CategoryLevel(std::string_view utf8) { CategoryLevel(from_utf8(utf8)); }
+    void Category(std::string_view utf8) { Category(Variant(from_utf8(utf8))); }
+    void Endstyle(std::string_view utf8) { Endstyle(from_utf8(utf8)); }
+    void Agency(std::string_view utf8) { Agency(from_utf8(utf8)); }
+    void AccountExec(std::string_view utf8) { AccountExec(from_utf8(utf8)); }
+    void Copy(std::string_view utf8) { Copy(from_utf8(utf8)); }
+    void Titlev1Tag(std::string_view utf8) { Titlev1Tag(from_utf8(utf8)); }
+    void artistv1Tag(std::string_view utf8) { artistv1Tag(from_utf8(utf8)); }
+    void Commentv1(std::string_view utf8) { Commentv1(from_utf8(utf8)); }
+    [[nodiscard]] String v2Tag(std::string_view id, std::int32_t indexInFrame) const {
+        return v2Tag(from_utf8(id), indexInFrame);
+    }
+    [[nodiscard]] std::int32_t TagsInFrame(std::string_view id) const {
+        return TagsInFrame(from_utf8(id));
+    }
+    void CustomFieldAdd(std::string_view name, std::string_view value) {
+        CustomFieldAdd(from_utf8(name), Variant(from_utf8(value)));
+    }
+    void CustomFieldAdd(std::string_view name, const Variant& value) {
+        CustomFieldAdd(from_utf8(name), value);
+    }
+    [[nodiscard]] bool CustomFieldExists(std::string_view name) const {
+        return CustomFieldExists(from_utf8(name));
+    }
+    [[nodiscard]] Variant CustomFieldRetrieve(std::string_view name) const {
+        return CustomFieldRetrieve(from_utf8(name));
+    }
+    void CustomFieldRemove(std::string_view name) { CustomFieldRemove(from_utf8(name)); }
 
 private:
     class HostLink;
     class LoopMark;
     cMP3ID3v2& model_to_change(const LoopMark& mark);
+    void take(cMPEGHeader& other) noexcept;
     friend SavePlan plan_save(const cMPEGHeader& header);  // <brindle/save_plan.h>
     friend StripPlan plan_strip(const cMPEGHeader& header, eTagType eTagTypes);
     friend class TagEdit;                                       // <brindle/tag_edit.h>
@@ -298,9 +366,11 @@ private:
     friend FrameWalk walk_frames(const cMPEGHeader& header,
                                  const std::function<void(const WalkedFrame& frame)>& visit);
 
-    Environment& environment_;
+    Environment* environment_;  // never null
+    // Made with the first model.
     std::unique_ptr<HostLink> host_;
     std::unique_ptr<cMP3ID3v2> model_;
+    std::optional<Error> refusal_;  // of the name that was assigned last
     bool in_use_ = false;
     bool separate_ = false;
     bool in_loop_ = false;

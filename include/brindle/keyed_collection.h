@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <string_view>
 
@@ -35,6 +36,40 @@ public:
     [[nodiscard]] Variant Item(std::u16string_view key) const;
     [[nodiscard]] bool Exists(std::u16string_view key) const noexcept;
     [[nodiscard]] std::int32_t Count() const noexcept;
+
+    // For loops over the items in their order. Adding and removing keep an iterator at its
+    // position.
+    class Iterator {
+    public:
+        using iterator_category = std::input_iterator_tag;
+        using value_type = Variant;
+        using difference_type = std::ptrdiff_t;
+        using pointer = void;
+        using reference = Variant;
+
+        Iterator(const KeyedCollection& items, std::int32_t position) noexcept
+            : items_(&items), position_(position) {}
+        // Error 9 where the collection has become shorter.
+        [[nodiscard]] Variant operator*() const { return items_->Item(position_); }
+        Iterator& operator++() noexcept {
+            ++position_;
+            return *this;
+        }
+        Iterator operator++(int) noexcept {
+            const Iterator before = *this;
+            ++position_;
+            return before;
+        }
+        [[nodiscard]] bool operator==(const Iterator& other) const noexcept {
+            return position_ == other.position_;
+        }
+
+    private:
+        const KeyedCollection* items_;
+        std::int32_t position_;
+    };
+    [[nodiscard]] Iterator begin() const noexcept { return {*this, 1}; }
+    [[nodiscard]] Iterator end() const noexcept { return {*this, Count() + 1}; }
 
     // Appends a key whose item is that same text, as frame ids are kept: one copy is held.
     void AddKey(std::u16string_view key);

@@ -47,12 +47,44 @@ bool is_opened(const String& name) {
     return suffix == u"mp3" || suffix == u"mp2";
 }
 
+// Made while there is memory to make it.
+const Error kOtherName(static_cast<std::int32_t>(RuntimeError::InvalidCall),
+                       u"Only names that end in mp3 or mp2 are opened");
+
 }  // namespace
 
 cMPEGHeader::cMPEGHeader() : cMPEGHeader(system_environment()) {}
 
-cMPEGHeader::cMPEGHeader(Environment& environment)
-    : environment_(environment), host_(std::make_unique<HostLink>(*this)) {}
+cMPEGHeader::cMPEGHeader(Environment& environment) : environment_(&environment) {}
+
+cMPEGHeader::cMPEGHeader(cMPEGHeader&& other) noexcept : environment_(other.environment_) {
+    take(other);
+}
+
+cMPEGHeader& cMPEGHeader::operator=(cMPEGHeader&& other) noexcept {
+    if (this != &other) {
+        take(other);
+    }
+    return *this;
+}
+
+void cMPEGHeader::take(cMPEGHeader& other) noexcept {
+    Reading = std::exchange(other.Reading, nullptr);
+    Scanning = std::exchange(other.Scanning, nullptr);
+    DurationNeeded = std::exchange(other.DurationNeeded, nullptr);
+    OnYield = std::exchange(other.OnYield, nullptr);
+    OnMessageBox = std::exchange(other.OnMessageBox, nullptr);
+    environment_ = other.environment_;
+    model_ = std::move(other.model_);
+    host_ = std::move(other.host_);
+    if (host_) {
+        host_->speak_for(*this);
+    }
+    refusal_ = std::exchange(other.refusal_, std::nullopt);
+    in_use_ = std::exchange(other.in_use_, false);
+    separate_ = std::exchange(other.separate_, false);
+    time_style_ = std::exchange(other.time_style_, NoFractions);
+}
 
 cMPEGHeader::~cMPEGHeader() = default;
 
@@ -87,12 +119,18 @@ void cMPEGHeader::FileName(const String& NewFileName) {
     }
     model_.reset();
     skip_errors([&] {
-        model_ = std::make_unique<cMP3ID3v2>(environment_);
+        if (!host_) {
+            host_ = std::make_unique<HostLink>(*this);
+        }
+        model_ = std::make_unique<cMP3ID3v2>(*environment_);
         model_->Owner = host_.get();
     });
     in_use_ = true;
+    refusal_.reset();
     if (is_opened(NewFileName) || NewFileName.empty()) {
         edit(model_, [&](cMP3ID3v2& model) { model.FileName(NewFileName); });
+    } else {
+        refusal_ = kOtherName;
     }
 }
 
@@ -137,6 +175,13 @@ std::int32_t cMPEGHeader::Duration() const {
         raise_event(DurationNeeded, duration);
     }
     return duration;
+}
+
+std::optional<Error> cMPEGHeader::OpeningError() const {
+    if (refusal_) {
+        return refusal_;
+    }
+    return ask(model_, [](const cMP3ID3v2& model) { return model.opening_error(); });
 }
 
 bool cMPEGHeader::RepairRequired() const {

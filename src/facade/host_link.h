@@ -27,25 +27,28 @@ private:
 
 class cMPEGHeader::HostLink : public Host {
 public:
-    explicit HostLink(cMPEGHeader& facade) : facade_(facade) {}
+    explicit HostLink(cMPEGHeader& facade) : facade_(&facade) {}
+
+    // For a facade that has moved.
+    void speak_for(cMPEGHeader& facade) noexcept { facade_ = &facade; }
 
     void RaiseScanningEvent(const String& FileName, std::int32_t FilePos, std::int32_t FileLength,
                             bool& Cancel) override {
-        raise_event(facade_.Scanning, FileName, FilePos, FileLength, Cancel);
+        raise_event(facade_->Scanning, FileName, FilePos, FileLength, Cancel);
     }
 
-    void yield() override { call_handler(facade_.OnYield); }
+    void yield() override { call_handler(facade_->OnYield); }
 
     void show_message(const String& text) override {
-        if (facade_.OnMessageBox) {
+        if (facade_->OnMessageBox) {
             // The host runs on while its message is up; the model that shows it must not go.
-            const LoopMark mark(facade_);
-            call_handler(facade_.OnMessageBox, text);
+            const LoopMark mark(*facade_);
+            call_handler(facade_->OnMessageBox, text);
         }
     }
 
 private:
-    cMPEGHeader& facade_;
+    cMPEGHeader* facade_;  // never null
 };
 
 }  // namespace brindle

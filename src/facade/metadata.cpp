@@ -275,6 +275,14 @@ Variant cMPEGHeader::CustomFieldRetrieve(const String& FieldDescriptor) const {
                [&](const cMP3ID3v2& m) { return Variant(m.GetCustomField(FieldDescriptor)); });
 }
 
+std::vector<CustomField> cMPEGHeader::CustomFields() const {
+    return ask(model_, [](const cMP3ID3v2& m) { return m.custom_fields(); });
+}
+
+void cMPEGHeader::CustomFieldRemove(const String& FieldDescriptor) {
+    edit(model_, [&](cMP3ID3v2& m) { m.remove_custom(FieldDescriptor); });
+}
+
 // --- The ID3v1 record.
 
 String cMPEGHeader::Titlev1Tag() const {

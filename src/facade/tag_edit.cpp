@@ -39,7 +39,7 @@ const EditPlan& TagEdit::plan() const {
 }
 
 void TagEdit::preview(cMPEGHeader& preview) const {
-    preview.model_ = std::make_unique<cMP3ID3v2>(preview.environment_);
+    preview.model_ = std::make_unique<cMP3ID3v2>(*preview.environment_);
     preview.model_->read_content(state_->edit->name(), state_->edit->content());
 }
 

@@ -119,6 +119,16 @@ bool cMP3ID3v2::CustomFieldExists(const String& Desc) const {
     return reading_.tag().custom().exists(Desc);
 }
 
+std::vector<CustomField> cMP3ID3v2::custom_fields() const {
+    return reading_.tag().custom_fields();
+}
+
+void cMP3ID3v2::remove_custom(const String& name) {
+    if (has_file() && !name.empty()) {
+        reading_.tag().remove_custom(name);
+    }
+}
+
 String cMP3ID3v2::custom_text(std::string_view name) const {
     return reading_.tag().custom().text(name);
 }

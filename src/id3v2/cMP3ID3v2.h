@@ -3,8 +3,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
+#include <vector>
 
+#include <brindle/cMPEGHeader.h>
+#include <brindle/error.h>
 #include <brindle/frame_walk.h>
 #include <brindle/keyed_collection.h>
 #include <brindle/save_options.h>
@@ -35,6 +39,8 @@ public:
     void FileName(const String& NewName) { reading_.open(NewName, Owner); }
     [[nodiscard]] String FileName() const override { return reading_.name(); }
     [[nodiscard]] bool has_file() const noexcept { return reading_.has_file(); }
+    // What kept the file from being opened or read whole.
+    [[nodiscard]] std::optional<Error> opening_error() const { return reading_.opening_error(); }
 
     // --- The stream (Stereo, Hz, milliseconds, ...), as of the last FileName.
 
@@ -144,6 +150,10 @@ public:
     // "" when the field is absent.
     [[nodiscard]] String GetCustomField(const Variant& FieldName) const;
     [[nodiscard]] bool CustomFieldExists(const String& Desc) const;
+    // Each name once, in the order of the frames.
+    [[nodiscard]] std::vector<CustomField> custom_fields() const;
+    // All frames of that name; nothing for an empty one.
+    void remove_custom(const String& name);
     // By a name of ASCII; "" when the field is absent.
     [[nodiscard]] String custom_text(std::string_view name) const;
     void set_custom(std::string_view name, const String& value);

@@ -112,6 +112,15 @@ void CustomFields::set(std::u16string_view name, std::u16string_view value) {
     set_.insert_or_assign(String(name), String(value));
 }
 
+void CustomFields::remove(std::u16string_view name) {
+    if (const auto field = set_.find(name); field != set_.end()) {
+        set_.erase(field);
+    }
+    std::erase_if(read_, [name](const Frame& frame) { return has_name(frame, name); });
+    index_ = {};
+    indexed_ = 0;
+}
+
 bool CustomFields::exists(std::u16string_view name) const {
     return (!set_.empty() && set_.find(name) != set_.end()) || find_read(name) != nullptr;
 }

@@ -34,6 +34,7 @@ public:
     }
     // Adds a field or replaces its value.
     void set(std::u16string_view name, std::u16string_view value);
+    void remove(std::u16string_view name);
     [[nodiscard]] bool exists(std::u16string_view name) const;
     // Without NULs; "" when there is no such field.
     [[nodiscard]] String text(std::u16string_view name) const;

@@ -58,7 +58,7 @@ void FileReading::open(const String& name, Host* host) {
     try {
         start_over(host);
         const std::unique_ptr<BinaryFile> file = open_existing(name);
-        is_missing_ = !file && !name_.empty();
+        is_missing_ = !file && !name.empty();
         if (file) {
             // Once it is open nothing is raised: the members answer from what was read.
             try {
@@ -177,6 +177,10 @@ void FileReading::require_whole(const String& source) const {
     if (const std::optional<Error> known = fault()) {
         throw known->from(source);
     }
+}
+
+std::optional<Error> FileReading::opening_error() const {
+    return is_missing_ ? std::optional(Error(RuntimeError::FileNotFound, kReaderSource)) : fault();
 }
 
 std::unique_ptr<BinaryFile> FileReading::open_to_save() const {

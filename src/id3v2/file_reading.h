@@ -54,6 +54,8 @@ public:
     // rest.
     [[nodiscard]] std::optional<Error> fault() const;
     void require_whole(const String& source) const;
+    // The same, and error 53 when the name that was told last does not exist.
+    [[nodiscard]] std::optional<Error> opening_error() const;
 
     // --- The file as it stands now, which somebody else may have changed.
 
@@ -80,8 +82,7 @@ private:
     String name_;
     std::unique_ptr<TagContents> tag_;
     std::optional<Error> fault_;
-    // The name that was told last does not exist; the one of the file before it is kept.
-    bool is_missing_ = false;
+    bool is_missing_ = false;  // the name that was told last does not exist
 };
 
 }  // namespace brindle

@@ -22,6 +22,11 @@ PackedKey packed(FrameId id) {
                      (last & 0xFF00'0000) << 24U};
 }
 
+bool has_description(const StoredText& text, std::u16string_view description) {
+    const std::size_t nul = text.find_nul();
+    return nul < text.size() && text.equals(0, nul, description);
+}
+
 }  // namespace
 
 // Frames go when they have their places, so that no memory is needed twice, and a lack of it leaves
@@ -200,10 +205,21 @@ std::int32_t FrameStore::find_custom(std::u16string_view description) const {
         if (text == nullptr || text->empty()) {
             return 0;
         }
-        const std::size_t nul = text->find_nul();
-        if (nul < text->size() && text->equals(0, nul, description)) {
+        if (has_description(*text, description)) {
             return number;
         }
+    }
+}
+
+void FrameStore::remove_custom(std::u16string_view description) {
+    Record* const record = find(kCustomFrame);
+    if (record == nullptr) {
+        return;
+    }
+    value_count_ -= static_cast<std::int32_t>(record->values.remove_if(
+        [&](const StoredText& text) { return has_description(text, description); }));
+    if (record->values.size() == 0) {
+        forget(String(kCustomFrame), *record);
     }
 }
 

@@ -76,6 +76,8 @@ public:
     void remove_value(const String& id, std::int32_t index);
     // Removes an id with its values 1, 2, 3 ...
     void remove_frame(const String& id);
+    // Removes the custom values of that description. The others are numbered anew.
+    void remove_custom(std::u16string_view description);
     // The number of the custom value ("TXXX") of that description; 0 when there is none.
     [[nodiscard]] std::int32_t find_custom(std::u16string_view description) const;
 

@@ -64,6 +64,20 @@ public:
     // Removes 1, 2, 3 ... until a number is missing; how many there were.
     std::size_t remove_run_from_1();
     void set_count(std::optional<std::int32_t> count);
+    // Removes values, numbers the others anew from 1, and counts them; how many went.
+    template <typename IsRemoved>
+    std::size_t remove_if(const IsRemoved& is_removed) {
+        auto& slots = list().slots;
+        const std::size_t removed =
+            std::erase_if(slots, [&](const Slot& slot) { return is_removed(slot.text); });
+        std::int32_t number = 0;
+        for (Slot& slot : slots) {
+            ++number;
+            slot.index = number;
+        }
+        list_->count = number;
+        return removed;
+    }
 
 private:
     struct List {

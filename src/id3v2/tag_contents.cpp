@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <iterator>
 #include <new>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -154,6 +155,35 @@ void TagContents::set_custom(const String& name, const String& value) {
     }
     replace(frame, name, custom_frame(name, value));
     custom_.set(name, value);
+}
+
+std::vector<CustomField> TagContents::custom_fields() const {
+    std::vector<CustomField> fields;
+    const FrameValues* const values = frames.values(kCustomFrame);
+    if (values == nullptr) {
+        return fields;
+    }
+    std::set<String> names;
+    for (std::size_t place = 0; place < values->size(); ++place) {
+        const StoredText& text = values->slot(place).text;
+        const std::size_t nul = text.find_nul();
+        if (nul == text.size()) {
+            continue;  // no name, so no field
+        }
+        const String name = text.wide().substr(0, nul);
+        if (names.insert(name).second) {
+            fields.push_back({name, custom_.text(name)});
+        }
+    }
+    return fields;
+}
+
+void TagContents::remove_custom(const String& name) {
+    frames.remove_custom(name);
+    custom_.remove(name);
+    std::erase_if(set_values_, [&](const SetValue& value) {
+        return value.id == kCustomFrame && value.custom_name == name;
+    });
 }
 
 void TagContents::set_saved_stamp() {

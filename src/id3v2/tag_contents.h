@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include <brindle/cMPEGHeader.h>
 #include <brindle/values.h>
 
 #include "id3v2/byte_arena.h"
@@ -51,6 +52,10 @@ public:
     [[nodiscard]] const CustomFields& custom() const noexcept { return custom_; }
     // Adds a custom field or replaces it. The first one of a tag brings a stamp.
     void set_custom(const String& name, const String& value);
+    // Each name once, in the order of the frames.
+    [[nodiscard]] std::vector<CustomField> custom_fields() const;
+    // All frames of a name, which is not empty.
+    void remove_custom(const String& name);
     // The stamp that every saved tag bears.
     void set_saved_stamp();
 
