@@ -26,8 +26,8 @@ using Microsoft::WRL::ComPtr;
 constexpr int kRounds = 31;
 constexpr int kCalls = 2'000;
 constexpr int kFiles = 20;
-// A property read costs at most so many times what the system's own dispatch takes.
-constexpr double kMostTimesSystem = 3;
+// A property read costs at most that many times what the system's own dispatch takes.
+constexpr double kMaxTimesSystem = 3;
 
 constexpr GUID kClass = {
     0x0571B13A, 0x907D, 0x4C45, {0x8E, 0x34, 0x42, 0x48, 0x9A, 0x98, 0xC2, 0x5D}};
@@ -217,7 +217,7 @@ int main(int argc, char** argv) {
     bool is_good = true;
     for (std::size_t i = 0; i + 2 < contenders.size(); i += 2) {
         is_good &= is_within((std::string(contenders[i].name) + ", times the system's").c_str(),
-                             ratio(contenders[i], contenders[i + 1]), kMostTimesSystem);
+                             ratio(contenders[i], contenders[i + 1]), kMaxTimesSystem);
     }
     is_good &= is_within("40 properties, times opening the file",
                          ratio(contenders[contenders.size() - 2], contenders.back()), 1);

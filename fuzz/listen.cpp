@@ -19,7 +19,7 @@ using brindle::fuzz::Input;
 using brindle::fuzz::require;
 using brindle::host::Listening;
 using brindle::host::ListenOptions;
-using brindle::host::Stretch;
+using brindle::host::TimeRange;
 using brindle::test::Bytes;
 using brindle::test::Frame;
 using brindle::test::Mode;
@@ -44,7 +44,7 @@ Frame kind_of(Input& input) {
     return kKinds[input.byte() % std::size(kKinds)];
 }
 
-// The header as the kind has it, then bytes of the input and behind them whatever comes.
+// The header as the kind has it, then bytes of the input and, after them, any others.
 Bytes frame_of(Frame kind, Input& input) {
     const std::uint8_t form = input.byte();
     kind.crc = form % 4 == 1;
@@ -101,14 +101,14 @@ void check(const Listening& heard, const brindle::FrameWalk& walk) {
         require(heard.silences.empty() && !heard.next_start, "points are points of a sound");
         return;
     }
-    const Stretch sound = *heard.sound;
+    const TimeRange sound = *heard.sound;
     require(sound.begin >= 0 && sound.begin < sound.end && sound.end <= walk.milliseconds + 1,
             "sound is inside of the file");
     require(
         !heard.next_start || (*heard.next_start >= sound.begin && *heard.next_start <= sound.end),
         "the next starts while there is sound, or at its end");
     std::int64_t end = sound.begin;
-    for (const Stretch& silence : heard.silences) {
+    for (const TimeRange& silence : heard.silences) {
         require(silence.begin >= end && silence.end > silence.begin + 2'000,
                 "silences are long, and in order");
         end = silence.end;

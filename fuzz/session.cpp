@@ -145,7 +145,7 @@ public:
         }
     }
 
-    // Of a tag behind other bytes the last frames are not read.
+    // Of a tag after other bytes the last frames are not read.
     [[nodiscard]] bool has_readable_tag() const {
         return content().size() >= kTagsAreFoundFrom && content().first(3) == Bytes("ID3");
     }

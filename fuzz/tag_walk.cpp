@@ -1,4 +1,4 @@
-// Any bytes behind the identifier of a tag: the reader makes of them what the plain steps make.
+// Any bytes after the identifier of a tag: the reader makes of them what the plain steps make.
 #include <string_view>
 
 #include "fuzz/input.h"

@@ -21,7 +21,7 @@ namespace brindle::host {
 namespace {
 
 // Answers that wait for the one of a file before them.
-constexpr std::size_t kMostWaiting = 1024;
+constexpr std::size_t kMaxWaiting = 1024;
 constexpr std::chrono::milliseconds kDrawAgain{100};
 
 class Batch {
@@ -108,7 +108,7 @@ private:
         const Lock naming(naming_);
         {
             Lock lock(answers_);
-            room_.wait(lock, [this] { return waiting_.size() < kMostWaiting || fault_; });
+            room_.wait(lock, [this] { return waiting_.size() < kMaxWaiting || fault_; });
             if (fault_ || is_interrupted()) {
                 return std::nullopt;
             }

@@ -12,7 +12,7 @@
 
 namespace brindle::host {
 
-inline constexpr unsigned kMostJobs = 256;
+inline constexpr unsigned kMaxJobs = 256;
 
 struct BatchOptions {
     std::vector<std::string> paths;

@@ -174,7 +174,7 @@ void CommandOptions::batch(BatchOptions& options) {
          "Names from standard input end with a NUL, not with the line");
     app_.add_option("--jobs", options.jobs, "Files looked at at once; one a processor otherwise")
         ->type_name("N")
-        ->check(CLI::Range(1U, kMostJobs).description(""));
+        ->check(CLI::Range(1U, kMaxJobs).description(""));
     flag("--quiet", options.quiet, "No progress bar and no summary");
     operands("PATH", options.paths, "Files, folders, and - for names from standard input");
 }

@@ -101,12 +101,12 @@ void add_listen(CommandLine& program) {
     command.exclusive("--csv", "--json");
     command.flag("--quick", options->listening.quick,
                  "Listen to the first and the last minute of each file only");
-    constexpr double kMostUnits = 80;
+    constexpr double kMaxUnits = 80;
     command.number("--reference", "LUFS", options->reference, -70, 0,
                    "Show gains that bring files to this loudness; -18 otherwise");
-    command.number("--sound-range", "LU", options->listening.sound_range, 1, kMostUnits,
+    command.number("--sound-range", "LU", options->listening.sound_range, 1, kMaxUnits,
                    "So far below the file's loudness there is still sound; 40 otherwise");
-    command.number("--overlap-range", "LU", options->listening.overlap_range, 1, kMostUnits,
+    command.number("--overlap-range", "LU", options->listening.overlap_range, 1, kMaxUnits,
                    "So far below the file's loudness the next may begin; 12 otherwise");
     command.batch(options->batch);
 }

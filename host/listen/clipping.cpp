@@ -13,7 +13,7 @@ void ClippedRuns::add(std::span<const float> samples, std::int64_t sample) {
         length = std::abs(samples[place]) >= kFullScale ? length + 1 : 0;
         if (length == kShortest) {
             ++count_;
-            if (places_.size() < kMostPlaces) {
+            if (places_.size() < kMaxPlaces) {
                 places_.push_back(sample + static_cast<std::int64_t>(place / channels) + 1 -
                                   kShortest);
             }

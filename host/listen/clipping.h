@@ -13,7 +13,7 @@ inline constexpr float kFullScale = 32'767.0F / 32'768.0F;
 
 class ClippedRuns {
 public:
-    static constexpr std::size_t kMostPlaces = 16;
+    static constexpr std::size_t kMaxPlaces = 16;
 
     explicit ClippedRuns(int channels) : lengths_(static_cast<std::size_t>(channels)) {}
 

@@ -44,7 +44,7 @@ std::size_t lame_part(std::span<const std::uint8_t> frame) {
 
 //   encoder 9 | revision and method 1 | lowpass 1 | gains 8 | flags 1 | rate 1 | delays 3
 //
-// The delays are 12 bits each: samples before the sound, samples behind it.
+// The delays are 12 bits each: samples before the sound, samples after it.
 EncoderDelay read_encoder_delay(std::span<const std::uint8_t> frame) {
     constexpr std::size_t kDelays = 21;
     constexpr std::int64_t kDecoderDelay = 529;

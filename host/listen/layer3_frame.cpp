@@ -35,11 +35,11 @@ std::size_t side_size(const StreamFormat& format) {
 }
 
 void read_granule(BitReader& bits, bool is_mpeg1, Layer3Frame& parts) {
-    constexpr unsigned kMostBigValues = 288;  // pairs of the 576 frequency lines
-    constexpr std::size_t kRest = 22 + 3;     // tables and regions, then flags
+    constexpr unsigned kMaxBigValues = 288;  // pairs of the 576 frequency lines
+    constexpr std::size_t kRest = 22 + 3;    // tables and regions, then flags
     constexpr int kGain = 8;
     parts.data_bits += bits.take(12);
-    parts.is_valid = bits.take(9) <= kMostBigValues && parts.is_valid;
+    parts.is_valid = bits.take(9) <= kMaxBigValues && parts.is_valid;
     bits.skip(kGain + (is_mpeg1 ? 4U : 9U));
     const bool is_switched = bits.take(1) == 1;
     // Of a long block nothing switches; its first two bits belong to a table.

@@ -4,7 +4,7 @@
 //
 //   Side information, 32 bytes in MPEG-1 (17 of one channel), else 17 (9):
 //
-//   main_data_begin   9 bits (MPEG-2 and 2.5: 8): so many bytes before its own the data begins
+//   main_data_begin   9 bits (MPEG-2 and 2.5: 8): the data begins that many bytes before its own
 //   private           MPEG-1: 3 bits (one channel: 5), else 2 (1)
 //   scfsi             MPEG-1: 4 bits a channel
 //   then 59 bits (63) for each channel of each granule, of which MPEG-1 has two:

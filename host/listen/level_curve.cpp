@@ -36,16 +36,16 @@ void LevelCurve::append(float value) {
     values_.push_back(static_cast<float>(part_ / static_cast<double>(part_steps_)));
     part_ = 0;
     part_steps_ = 0;
-    if (values_.size() == kMostValues) {
+    if (values_.size() == kMaxValues) {
         coarsen();
     }
 }
 
 void LevelCurve::coarsen() {
-    for (std::size_t pair = 0; pair < kMostValues / 2; ++pair) {
+    for (std::size_t pair = 0; pair < kMaxValues / 2; ++pair) {
         values_[pair] = (values_[2 * pair] + values_[2 * pair + 1]) / 2;
     }
-    values_.resize(kMostValues / 2);
+    values_.resize(kMaxValues / 2);
     step_ *= 2;
 }
 
@@ -88,7 +88,7 @@ std::optional<std::int64_t> LevelCurve::last_fall(double energy) const {
     return std::nullopt;
 }
 
-double LevelCurve::loudest(const Stretch& within) const {
+double LevelCurve::loudest(const TimeRange& within) const {
     const std::size_t steps = window();
     const auto end = std::min(static_cast<std::size_t>(within.end / step_), values_.size());
     double loudest = 0;
@@ -100,7 +100,7 @@ double LevelCurve::loudest(const Stretch& within) const {
     return loudest;
 }
 
-LevelCurve::Quiet LevelCurve::quiet(double energy, const Stretch& within, std::int64_t shortest,
+LevelCurve::Quiet LevelCurve::quiet(double energy, const TimeRange& within, std::int64_t shortest,
                                     std::size_t most) const {
     Quiet quiet;
     const auto end = std::min(static_cast<std::size_t>(within.end / step_), values_.size());
@@ -112,9 +112,9 @@ LevelCurve::Quiet LevelCurve::quiet(double energy, const Stretch& within, std::i
         const auto length = static_cast<std::int64_t>(place - begin) * step_;
         if (place > begin && length > shortest) {
             ++quiet.count;
-            if (quiet.stretches.size() < most) {
-                quiet.stretches.push_back({static_cast<std::int64_t>(begin) * step_,
-                                           static_cast<std::int64_t>(place) * step_});
+            if (quiet.ranges.size() < most) {
+                quiet.ranges.push_back({static_cast<std::int64_t>(begin) * step_,
+                                        static_cast<std::int64_t>(place) * step_});
             }
         }
         begin = place + 1;

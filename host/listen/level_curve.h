@@ -6,16 +6,16 @@
 #include <optional>
 #include <vector>
 
-#include "stretch.h"
+#include "time_range.h"
 
 namespace brindle::host {
 
 class LevelCurve {
 public:
-    // One value covers so much, until there are kMostValues: then each two become one, and so on.
+    // One value covers so much, until there are kMaxValues: then each two become one, and so on.
     // Almost three hours have the finest step; memory is bounded whatever comes.
     static constexpr std::int64_t kFinestStep = 10;  // ms
-    static constexpr std::size_t kMostValues = std::size_t{1} << 20;
+    static constexpr std::size_t kMaxValues = std::size_t{1} << 20;
 
     // The sum over channels of the mean squares of the next kFinestStep.
     void add(double energy);
@@ -32,15 +32,15 @@ public:
     // nobody listened.
     [[nodiscard]] std::optional<std::int64_t> last_fall(double energy) const;
     // The highest momentary level that begins and ends in `within`; 0 where there is none.
-    [[nodiscard]] double loudest(const Stretch& within) const;
+    [[nodiscard]] double loudest(const TimeRange& within) const;
 
-    // Stretches longer than `shortest` (ms) in which every step stays below `energy`, inside of
+    // Ranges longer than `shortest` (ms) in which every step stays below `energy`, inside of
     // `within`, at most `most` of them; `count` is the number of all.
     struct Quiet {
-        std::vector<Stretch> stretches;
+        std::vector<TimeRange> ranges;
         std::int64_t count = 0;
     };
-    [[nodiscard]] Quiet quiet(double energy, const Stretch& within, std::int64_t shortest,
+    [[nodiscard]] Quiet quiet(double energy, const TimeRange& within, std::int64_t shortest,
                               std::size_t most) const;
 
 private:

@@ -76,7 +76,7 @@ private:
                           longest_milliseconds());
     }
 
-    // Of so many bytes at the lowest bit rate.
+    // Of that many bytes at the lowest bit rate.
     [[nodiscard]] std::int64_t longest_milliseconds() const {
         const std::int64_t bytes_per_millisecond = format_->is_mpeg1 ? 4 : 1;
         return bytes_ / bytes_per_millisecond;

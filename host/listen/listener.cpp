@@ -14,7 +14,7 @@ constexpr std::int64_t kMillisecondsPerSecond = 1'000;
 constexpr std::int64_t kMeterBlock = 100;  // ms
 
 // Weighting raises no tone by more than 4 LU.
-constexpr double kMostWeight = 2.6;
+constexpr double kMaxWeight = 2.6;
 
 // The window over which a Layer III transform spreads what is in it; the filters of the other
 // layers spread it over less.
@@ -124,11 +124,11 @@ void Listener::end_block() {
     std::int64_t millisecond =
         millisecond_of(sample_ - 1) + 1 - static_cast<std::int64_t>(block_energies_.size());
     for (const double energy : block_energies_) {
-        edges_.add(millisecond, std::min(weighted, kMostWeight * energy));
+        edges_.add(millisecond, std::min(weighted, kMaxWeight * energy));
         loudest = std::max(loudest, energy);
         ++millisecond;
     }
-    curve_.add(std::min(weighted, kMostWeight * loudest));
+    curve_.add(std::min(weighted, kMaxWeight * loudest));
     block_energies_.clear();
 }
 
@@ -179,7 +179,7 @@ Listening Listener::conclude(const ListenOptions& options, std::optional<double>
 
 void Listener::find_points(double reference, const ListenOptions& options, Listening& heard) const {
     constexpr std::int64_t kShortestSilence = 2'000;
-    constexpr std::size_t kMostSilences = 1'000;
+    constexpr std::size_t kMaxSilences = 1'000;
     const double threshold = reference - options.sound_range;
     const std::int64_t smear = millisecond_of(kTransformWindow) + 1;
     heard.sound = edges_.sound(threshold, smear);
@@ -187,8 +187,8 @@ void Listener::find_points(double reference, const ListenOptions& options, Liste
         return;
     }
     auto silences =
-        curve_.quiet(energy_of(threshold), *heard.sound, kShortestSilence, kMostSilences);
-    heard.silences = std::move(silences.stretches);
+        curve_.quiet(energy_of(threshold), *heard.sound, kShortestSilence, kMaxSilences);
+    heard.silences = std::move(silences.ranges);
     heard.silence_count = silences.count;
     if (const auto fall = curve_.last_fall(energy_of(reference - options.overlap_range))) {
         heard.next_start = std::clamp(*fall, heard.sound->begin, heard.sound->end);
@@ -200,7 +200,7 @@ void Listener::find_points(double reference, const ListenOptions& options, Liste
 // last twelve seconds, and from there to the end. Reverberation of four seconds falls by these 8 LU
 // in half a second, a fade of three seconds in more than one; the last word of a sentence may come
 // long after the loudest, but ends at once.
-EndStyle Listener::end_style(const Stretch& sound) const {
+EndStyle Listener::end_style(const TimeRange& sound) const {
     constexpr std::int64_t kLastSeconds = 12'000;
     constexpr std::int64_t kShortestFall = 800;
     constexpr std::int64_t kShortestTail = 500;

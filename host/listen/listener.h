@@ -45,7 +45,7 @@ private:
     void add_to_milliseconds(std::span<const float> samples);
     void end_millisecond();
     void find_points(double reference, const ListenOptions& options, Listening& heard) const;
-    [[nodiscard]] EndStyle end_style(const Stretch& sound) const;
+    [[nodiscard]] EndStyle end_style(const TimeRange& sound) const;
     [[nodiscard]] ChannelBalance balance() const;
 
     struct Sums {

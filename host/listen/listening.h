@@ -8,7 +8,7 @@
 
 #include "decode_fault.h"
 #include "encoder_delay.h"
-#include "stretch.h"
+#include "time_range.h"
 
 namespace brindle::host {
 
@@ -58,8 +58,8 @@ struct Listening {
     std::optional<ChannelBalance> balance;
 
     // --- points; nothing where none was found
-    std::optional<Stretch> sound;
-    std::vector<Stretch> silences;  // inside the sound, the first of them
+    std::optional<TimeRange> sound;
+    std::vector<TimeRange> silences;  // inside the sound, the first of them
     std::int64_t silence_count = 0;
     std::optional<std::int64_t> next_start;  // ms
     std::optional<EndStyle> end;

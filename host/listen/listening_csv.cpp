@@ -34,7 +34,7 @@ std::string listening_csv_header() {
 
 std::string listening_csv_row(const std::string& name, const Listening& heard,
                               const std::string& error) {
-    return row({name, point_cell(heard.sound.value_or(Stretch()).begin),
+    return row({name, point_cell(heard.sound.value_or(TimeRange()).begin),
                 point_cell(heard.next_start.value_or(0)), error});
 }
 

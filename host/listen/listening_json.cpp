@@ -56,7 +56,7 @@ void add_point(Json& facts, const std::string& name, const std::string& trimmed_
 
 Json silences(const Listening& heard, const TrimmedClock& trimmed) {
     Json list = Json::array();
-    for (const Stretch& silence : heard.silences) {
+    for (const TimeRange& silence : heard.silences) {
         list.push_back(Json{{"begin_ms", silence.begin},
                             {"end_ms", silence.end},
                             {"begin_trimmed_ms", trimmed(silence.begin)},
@@ -78,7 +78,7 @@ Json undecoded(const UndecodedFrames& frames) {
 Json listening_facts(const Listening& heard, double reference) {
     const TrimmedClock trimmed(heard);
     const bool has_sound = heard.sound.has_value();
-    const Stretch sound = heard.sound.value_or(Stretch());
+    const TimeRange sound = heard.sound.value_or(TimeRange());
     const Json style = heard.end ? Json(word(*heard.end)) : Json(nullptr);
 
     Json facts;

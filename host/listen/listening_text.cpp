@@ -24,8 +24,8 @@ std::string with_sign(double value) {
     return text.front() == '-' ? text : "+" + text;
 }
 
-std::string stretch_text(const Stretch& stretch) {
-    return std::to_string(stretch.begin) + "-" + std::to_string(stretch.end) + " ms";
+std::string range_text(const TimeRange& range) {
+    return std::to_string(range.begin) + "-" + std::to_string(range.end) + " ms";
 }
 
 std::string loudness_text(const Listening& heard, double reference) {
@@ -43,8 +43,8 @@ std::string silences_text(const Listening& heard) {
     std::string text = ", " + std::to_string(heard.silence_count) +
                        (heard.silence_count == 1 ? " silence inside" : " silences inside");
     const char* separator = " (";
-    for (const Stretch& silence : heard.silences) {
-        text += separator + stretch_text(silence);
+    for (const TimeRange& silence : heard.silences) {
+        text += separator + range_text(silence);
         separator = ", ";
     }
     return text + (heard.silence_count > static_cast<std::int64_t>(heard.silences.size()) ? ", ...)"
@@ -77,7 +77,7 @@ std::string listening_text(const Listening& heard, double reference) {
     if (heard.true_peak) {
         text += ", peak " + with_sign(*heard.true_peak) + " dBTP";
     }
-    text += heard.sound ? ", sound " + stretch_text(*heard.sound) : ", no sound";
+    text += heard.sound ? ", sound " + range_text(*heard.sound) : ", no sound";
     if (heard.next_start) {
         text += ", next at " + std::to_string(*heard.next_start) + " ms";
     }

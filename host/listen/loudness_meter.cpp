@@ -13,7 +13,7 @@ namespace {
 int mode_flags(MeterMode mode, std::int64_t most_blocks) {
     const int flags = mode == MeterMode::Whole ? EBUR128_MODE_I | EBUR128_MODE_TRUE_PEAK
                                                : EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK;
-    return most_blocks > kMostExactBlocks ? flags | EBUR128_MODE_HISTOGRAM : flags;
+    return most_blocks > kMaxExactBlocks ? flags | EBUR128_MODE_HISTOGRAM : flags;
 }
 
 }  // namespace

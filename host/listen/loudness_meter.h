@@ -17,7 +17,7 @@ enum class MeterMode {
 
 // Longer sound is not kept block by block but counted by levels of 0.1 LU, in constant memory; what
 // is measured is then right to 0.05 LU.
-inline constexpr std::int64_t kMostExactBlocks = 432'000;  // of 100 ms, 12 hours
+inline constexpr std::int64_t kMaxExactBlocks = 432'000;  // of 100 ms, 12 hours
 
 class LoudnessMeter {
 public:
@@ -27,7 +27,7 @@ public:
     // Samples of all channels in turn.
     void add(std::span<const float> samples);
 
-    // Of the latest samples, weighted: the sum over channels of the mean squares of so many
+    // Of the latest samples, weighted: the sum over channels of the mean squares of that many
     // milliseconds, at most 400.
     [[nodiscard]] double latest_energy(unsigned long milliseconds) const;
     // The largest sample of all channels, of the latest call of add().

@@ -30,7 +30,7 @@ void SoundEdges::add(std::int64_t millisecond, double energy) {
     last_.at(*level) = millisecond;
 }
 
-std::optional<Stretch> SoundEdges::sound(double threshold, std::int64_t smear) const {
+std::optional<TimeRange> SoundEdges::sound(double threshold, std::int64_t smear) const {
     constexpr std::size_t kRise = std::size_t{20} * kStepsPerUnit;
     constexpr std::size_t kFall = std::size_t{10} * kStepsPerUnit;
     const std::size_t lowest = level_of(threshold).value_or(0);
@@ -57,7 +57,7 @@ std::optional<Stretch> SoundEdges::sound(double threshold, std::int64_t smear) c
          last = std::max(last, last_.at(loudest))) {
         --loudest;
     }
-    return Stretch{begin, last_from(edge_level(loudest, kFall)) + 1};
+    return TimeRange{begin, last_from(edge_level(loudest, kFall)) + 1};
 }
 
 }  // namespace brindle::host

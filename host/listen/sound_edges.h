@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "stretch.h"
+#include "time_range.h"
 
 namespace brindle::host {
 
@@ -18,10 +18,10 @@ public:
     // The sum over channels of the mean squares of one millisecond. Milliseconds come in order.
     void add(std::int64_t millisecond, double energy);
 
-    // From the first to behind the last millisecond at or above `threshold` (LUFS). Coders spread
+    // From the first to after the last millisecond at or above `threshold` (LUFS). Coders spread
     // noise over the window of their transform, before a sound and after it, `smear` milliseconds
     // long: an edge there that rises or falls by more than 20 LU is where the sound itself does.
-    [[nodiscard]] std::optional<Stretch> sound(double threshold, std::int64_t smear) const;
+    [[nodiscard]] std::optional<TimeRange> sound(double threshold, std::int64_t smear) const;
 
 private:
     static constexpr double kLowest = -150;  // LUFS

@@ -46,14 +46,6 @@ struct SavePlan;
 struct TagFacts;
 struct StripPlan;
 
-// A user-defined text frame (TXXX).
-struct CustomField {
-    String name;
-    String value;
-
-    friend bool operator==(const CustomField&, const CustomField&) = default;
-};
-
 class BRINDLE_EXPORT cMPEGHeader {
 public:
     cMPEGHeader();
@@ -355,8 +347,8 @@ public:
 
 private:
     class HostLink;
-    class LoopMark;
-    cMP3ID3v2& model_to_change(const LoopMark& mark);
+    class ReentrancyGuard;
+    cMP3ID3v2& model_to_change(const ReentrancyGuard& mark);
     void take(cMPEGHeader& other) noexcept;
     friend SavePlan plan_save(const cMPEGHeader& header);  // <brindle/save_plan.h>
     friend StripPlan plan_strip(const cMPEGHeader& header, eTagType eTagTypes);

@@ -13,7 +13,7 @@
 // and sampling frequency of the first one, and the frame is whole. (Bit rate, channel mode and
 // flags may change on the way, as they may for a player.) Where no such frame stands, the next one
 // is looked for byte by byte; it is taken for one when another header of the same kind, or the end
-// of the audio, follows right behind it. The audio ends with the file, or where its ID3v1 record
+// of the audio, follows directly after it. The audio ends with the file, or where its ID3v1 record
 // begins.
 #pragma once
 
@@ -39,13 +39,13 @@ struct FrameWalk {
 
     // 0-based offsets in the file.
     std::int64_t first_frame = 0;  // of the first frame, also when it holds no sound
-    std::int64_t end = 0;          // behind the last whole frame
+    std::int64_t end = 0;          // after the last whole frame
 
     std::int64_t gaps = 0;  // places between frames where something else stands
     std::int64_t bytes_in_gaps = 0;
     std::int64_t first_gap = 0;  // where the first of them begins; 0 without one
 
-    // Bytes behind the last whole frame: the beginning of a frame that is cut, or anything else,
+    // Bytes after the last whole frame: the beginning of a frame that is cut, or anything else,
     // such as tags of other programs.
     std::int64_t bytes_behind = 0;
     bool last_frame_is_cut = false;

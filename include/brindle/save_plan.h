@@ -6,11 +6,11 @@
 //
 // SaveAllInfo writes the frames that FileName has read and the host has set. What it has not read
 // it can't write: a text of more than 5,000 bytes, a picture of more than 81,920, whatever stands
-// behind a place where the reading lost its way. Other programs do see such frames. So the file's
+// after a place where the reading lost its way. Other programs do see such frames. So the file's
 // tag is gone through a second time here, by the public documents "ID3 tag version 2" (2.2), "ID3
 // tag version 2.3.0" and "ID3 tag version 2.4.0": with the frame sizes of 7 bits a byte of version
 // 4 (and the plain ones of the tags that only make sense so), unsynchronisation, extended headers,
-// the bytes that frame flags put in front of a body, and tags one right behind the other. A frame
+// the bytes that frame flags put in front of a body, and tags one directly after the other. A frame
 // that this second reading finds is
 //
 // - kept when its body stands unchanged in the new tag;
@@ -29,7 +29,7 @@
 //
 // Frames without a body are none. A frame that claims more bytes than its tag holds has the bytes
 // that are there. Tags elsewhere than at the start of the file, where the library finds one, and
-// right behind those are audio or stay where they are, and do not count.
+// directly after those are audio or stay where they are, and do not count.
 #pragma once
 
 #include <cstdint>
@@ -50,7 +50,7 @@ enum class LossReason {
     NotReached,     // the reading never came to it, or took it for part of another frame
     Misread,        // compressed, encrypted, unsynchronised, or of another size than was read
     Version2,       // the tag is of version 2; of those only artist, title and year go on
-    NotWritten,     // read, but left out when the tag is written: TXXX behind an empty one
+    NotWritten,     // read, but left out when the tag is written: TXXX after an empty one
 };
 
 // A frame of the file's tag. Ids are those of its version: TT2 in version 2, TIT2 in later ones.

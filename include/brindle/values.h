@@ -18,6 +18,14 @@ struct Empty {
 // A value whose type the host chooses. Handed out as a number, a true Boolean is -1.
 using Variant = std::variant<Empty, bool, std::int16_t, std::int32_t, double, String>;
 
+// A user-defined text frame (TXXX).
+struct CustomField {
+    String name;
+    String value;
+
+    friend bool operator==(const CustomField&, const CustomField&) = default;
+};
+
 // How cMPEGHeader::ElapsedTimeFromMs lays out a time.
 enum eTimeDisplayStyle : std::int32_t {
     NoFractions = 0,    // minutes:seconds

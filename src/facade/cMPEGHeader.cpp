@@ -113,7 +113,7 @@ void cMPEGHeader::FileName(const String& NewFileName) {
     if (in_loop_) {
         return;
     }
-    const LoopMark mark(*this);
+    const ReentrancyGuard mark(*this);
     if (!NewFileName.empty()) {
         raise_event(Reading, NewFileName);
     }
@@ -128,26 +128,26 @@ void cMPEGHeader::FileName(const String& NewFileName) {
     in_use_ = true;
     refusal_.reset();
     if (is_opened(NewFileName) || NewFileName.empty()) {
-        edit(model_, [&](cMP3ID3v2& model) { model.FileName(NewFileName); });
+        try_modify(model_, [&](cMP3ID3v2& model) { model.FileName(NewFileName); });
     } else {
         refusal_ = kOtherName;
     }
 }
 
 String cMPEGHeader::FileName() const {
-    return ask(model_, [](const cMP3ID3v2& model) { return model.FileName(); });
+    return read_or_default(model_, [](const cMP3ID3v2& model) { return model.FileName(); });
 }
 
 String cMPEGHeader::MonoStereo() const {
-    return ask(model_, [](const cMP3ID3v2& model) { return model.MonoStereo(); });
+    return read_or_default(model_, [](const cMP3ID3v2& model) { return model.MonoStereo(); });
 }
 
 std::int32_t cMPEGHeader::BitRate() const {
-    return ask(model_, [](const cMP3ID3v2& model) { return model.BitRate(); });
+    return read_or_default(model_, [](const cMP3ID3v2& model) { return model.BitRate(); });
 }
 
 bool cMPEGHeader::VBR() const {
-    return ask(model_, [](const cMP3ID3v2& model) { return model.IsVBR(); });
+    return read_or_default(model_, [](const cMP3ID3v2& model) { return model.IsVBR(); });
 }
 
 String cMPEGHeader::Layer() const {
@@ -158,15 +158,16 @@ String cMPEGHeader::Layer() const {
 }
 
 std::int32_t cMPEGHeader::Frequency() const {
-    return ask(model_, [](const cMP3ID3v2& model) { return model.Frequency(); });
+    return read_or_default(model_, [](const cMP3ID3v2& model) { return model.Frequency(); });
 }
 
 String cMPEGHeader::MpegVersion() const {
-    return ask(model_, [](const cMP3ID3v2& model) { return model.MpegVersion(); });
+    return read_or_default(model_, [](const cMP3ID3v2& model) { return model.MpegVersion(); });
 }
 
 std::int32_t cMPEGHeader::Duration() const {
-    std::int32_t duration = ask(model_, [](const cMP3ID3v2& model) { return model.Duration(); });
+    std::int32_t duration =
+        read_or_default(model_, [](const cMP3ID3v2& model) { return model.Duration(); });
     // The analyser says -1 for a file without a stream.
     duration = duration == -1 ? 0 : duration;
     if (duration == 0 && DurationNeeded && !FileName().empty() &&
@@ -181,11 +182,11 @@ std::optional<Error> cMPEGHeader::OpeningError() const {
     if (refusal_) {
         return refusal_;
     }
-    return ask(model_, [](const cMP3ID3v2& model) { return model.opening_error(); });
+    return read_or_default(model_, [](const cMP3ID3v2& model) { return model.opening_error(); });
 }
 
 bool cMPEGHeader::RepairRequired() const {
-    return ask(model_, [](const cMP3ID3v2& model) {
+    return read_or_default(model_, [](const cMP3ID3v2& model) {
         const std::int32_t expected = model.HasID3v2Tag() ? model.Id3v2TagSize() : 0;
         return model.has_file() && model.analyser().HeaderStartPos() != expected;
     });
@@ -204,7 +205,7 @@ eTagType cMPEGHeader::TagType() const {
 }
 
 std::int32_t cMPEGHeader::ID3TagSizeIncludingHeader() const {
-    return ask(model_, [](const cMP3ID3v2& model) { return model.Id3v2TagSize(); });
+    return read_or_default(model_, [](const cMP3ID3v2& model) { return model.Id3v2TagSize(); });
 }
 
 String cMPEGHeader::ElapsedTimeFromMs(std::int32_t ms, eTimeDisplayStyle TimeStyle,
@@ -226,7 +227,7 @@ void cMPEGHeader::SaveAllInfo() {
 }
 
 void cMPEGHeader::SaveAllInfo(const SaveOptions& options) {
-    const LoopMark mark(*this);
+    const ReentrancyGuard mark(*this);
     if (cMP3ID3v2& model = model_to_change(mark); !model.FileName().empty()) {
         model.Update(options);
     }
@@ -235,14 +236,14 @@ void cMPEGHeader::SaveAllInfo(const SaveOptions& options) {
 void cMPEGHeader::RemoveTags(eTagType eTagTypes, const SaveOptions& options) {
     const String name = FileName();
     {
-        const LoopMark mark(*this);
+        const ReentrancyGuard mark(*this);
         model_to_change(mark).RemoveTags(eTagTypes, options);
     }
     FileName(name);
 }
 
 // A model that is inside a loop of its own must not be changed.
-cMP3ID3v2& cMPEGHeader::model_to_change(const LoopMark& mark) {
+cMP3ID3v2& cMPEGHeader::model_to_change(const ReentrancyGuard& mark) {
     if (!model_) {
         throw Error(kFileNameNotSet);
     }
@@ -259,8 +260,8 @@ bool cMPEGHeader::StripTags(eTagType eTagTypes) {
     const String name = FileName();
     bool stripped = false;
     {
-        const LoopMark mark(*this);
-        edit(model_, [&](cMP3ID3v2& model) { stripped = model.StripTags(eTagTypes); });
+        const ReentrancyGuard mark(*this);
+        try_modify(model_, [&](cMP3ID3v2& model) { stripped = model.StripTags(eTagTypes); });
     }
     FileName(name);
     return stripped;

@@ -11,13 +11,13 @@
 namespace brindle {
 
 // While it lives, the object is inside a loop that lets the host run.
-class cMPEGHeader::LoopMark {
+class cMPEGHeader::ReentrancyGuard {
 public:
-    explicit LoopMark(cMPEGHeader& facade) noexcept
+    explicit ReentrancyGuard(cMPEGHeader& facade) noexcept
         : facade_(facade), was_in_loop_(std::exchange(facade.in_loop_, true)) {}
-    LoopMark(const LoopMark&) = delete;
-    LoopMark& operator=(const LoopMark&) = delete;
-    ~LoopMark() { facade_.in_loop_ = was_in_loop_; }
+    ReentrancyGuard(const ReentrancyGuard&) = delete;
+    ReentrancyGuard& operator=(const ReentrancyGuard&) = delete;
+    ~ReentrancyGuard() { facade_.in_loop_ = was_in_loop_; }
     [[nodiscard]] bool was_in_loop() const noexcept { return was_in_loop_; }
 
 private:
@@ -42,7 +42,7 @@ public:
     void show_message(const String& text) override {
         if (facade_->OnMessageBox) {
             // The host runs on while its message is up; the model that shows it must not go.
-            const LoopMark mark(*facade_);
+            const ReentrancyGuard mark(*facade_);
             call_handler(facade_->OnMessageBox, text);
         }
     }

@@ -20,15 +20,15 @@ using Model = std::unique_ptr<cMP3ID3v2>;
 const String kCategoryName(kCategory.begin(), kCategory.end());
 
 String field(const Model& model, std::string_view name) {
-    return ask(model, [&](const cMP3ID3v2& m) { return m.custom_text(name); });
+    return read_or_default(model, [&](const cMP3ID3v2& m) { return m.custom_text(name); });
 }
 
 void set_field(const Model& model, std::string_view name, const String& value) {
-    edit(model, [&](cMP3ID3v2& m) { m.set_custom(name, value); });
+    try_modify(model, [&](cMP3ID3v2& m) { m.set_custom(name, value); });
 }
 
 void set_field(const Model& model, std::string_view name, std::int32_t value) {
-    edit(model, [&](cMP3ID3v2& m) { m.set_custom(name, to_text(value)); });
+    try_modify(model, [&](cMP3ID3v2& m) { m.set_custom(name, to_text(value)); });
 }
 
 std::int16_t integer_or_0(const String& text) {
@@ -42,26 +42,26 @@ std::int32_t long_or_0(const String& text) {
 }  // namespace
 
 std::int16_t cMPEGHeader::FrameCount() const {
-    return ask(model_,
-               [](const cMP3ID3v2& m) { return static_cast<std::int16_t>(m.FrameCount()); });
+    return read_or_default(
+        model_, [](const cMP3ID3v2& m) { return static_cast<std::int16_t>(m.FrameCount()); });
 }
 
 std::shared_ptr<KeyedCollection> cMPEGHeader::v2Frames() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Frames(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Frames(); });
 }
 
 String cMPEGHeader::v2Tag(const String& sFrame, std::int32_t indexInFrame) const {
-    return ask(model_, [&](cMP3ID3v2& m) { return m.Tag(sFrame, indexInFrame); });
+    return read_or_default(model_, [&](cMP3ID3v2& m) { return m.Tag(sFrame, indexInFrame); });
 }
 
 std::int32_t cMPEGHeader::TagsInFrame(const String& sFrame) const {
-    return ask(model_, [&](const cMP3ID3v2& m) { return m.TagsInFrame(sFrame); });
+    return read_or_default(model_, [&](const cMP3ID3v2& m) { return m.TagsInFrame(sFrame); });
 }
 
 // --- Descriptive fields.
 
 String cMPEGHeader::Title() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Title(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Title(); });
 }
 void cMPEGHeader::Title(const String& value) {
     if (!separate_) {
@@ -71,76 +71,77 @@ void cMPEGHeader::Title(const String& value) {
 }
 
 void cMPEGHeader::Song(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Title(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Title(value); });
 }
 
 String cMPEGHeader::Artist() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Artist(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Artist(); });
 }
 void cMPEGHeader::Artist(const String& value) {
     if (!separate_) {
         artistv1Tag(value);
     }
-    edit(model_, [&](cMP3ID3v2& m) { m.Artist(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Artist(value); });
 }
 
 String cMPEGHeader::Album() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Album(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Album(); });
 }
 void cMPEGHeader::Album(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Album(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Album(value); });
 }
 
 std::int16_t cMPEGHeader::Year() const {
-    return integer_or_0(ask(model_, [](const cMP3ID3v2& m) { return m.Year(); }));
+    return integer_or_0(read_or_default(model_, [](const cMP3ID3v2& m) { return m.Year(); }));
 }
 void cMPEGHeader::Year(std::int16_t value) {
     if (!separate_) {
         Yearv1Tag(value);
     }
-    edit(model_, [&](cMP3ID3v2& m) { m.Year(to_text(std::int32_t{value})); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Year(to_text(std::int32_t{value})); });
 }
 
 std::int16_t cMPEGHeader::Track() const {
-    return integer_or_0(ask(model_, [](const cMP3ID3v2& m) { return m.Track(); }));
+    return integer_or_0(read_or_default(model_, [](const cMP3ID3v2& m) { return m.Track(); }));
 }
 void cMPEGHeader::Track(std::int16_t value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Track(to_text(std::int32_t{value})); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Track(to_text(std::int32_t{value})); });
 }
 
 String cMPEGHeader::Genre() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return to_text(std::int32_t{m.Genre()}); });
+    return read_or_default(model_,
+                           [](const cMP3ID3v2& m) { return to_text(std::int32_t{m.Genre()}); });
 }
 void cMPEGHeader::Genre(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Genre(to_byte(value)); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Genre(to_byte(value)); });
 }
 
 String cMPEGHeader::Comments() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Comment(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Comment(); });
 }
 void cMPEGHeader::Comments(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Comment(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Comment(value); });
 }
 
 String cMPEGHeader::Composer() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Composer(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Composer(); });
 }
 void cMPEGHeader::Composer(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Composer(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Composer(value); });
 }
 
 String cMPEGHeader::Publisher() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Publisher(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Publisher(); });
 }
 void cMPEGHeader::Publisher(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Publisher(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Publisher(value); });
 }
 
 String cMPEGHeader::CopyRight() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.CopyRight(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.CopyRight(); });
 }
 void cMPEGHeader::CopyRight(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.CopyRight(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.CopyRight(value); });
 }
 
 String cMPEGHeader::URL() const {
@@ -151,55 +152,57 @@ void cMPEGHeader::URL(const String& value) {
 }
 
 String cMPEGHeader::ArtistUrl() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.ArtistUrl(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.ArtistUrl(); });
 }
 void cMPEGHeader::ArtistUrl(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.ArtistUrl(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.ArtistUrl(value); });
 }
 
 // --- Scheduling fields.
 
 double cMPEGHeader::Speed() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Speed(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Speed(); });
 }
 void cMPEGHeader::Speed(double value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Speed(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Speed(value); });
 }
 
 std::int32_t cMPEGHeader::Volume() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Volume(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Volume(); });
 }
 void cMPEGHeader::Volume(std::int32_t value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Volume(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Volume(value); });
 }
 
 // A Boolean handed out as a number: true is -1.
 std::int32_t cMPEGHeader::Opener() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return std::int32_t{m.Opener() ? -1 : 0}; });
+    return read_or_default(model_,
+                           [](const cMP3ID3v2& m) { return std::int32_t{m.Opener() ? -1 : 0}; });
 }
 void cMPEGHeader::Opener(std::int32_t value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Opener(value != 0); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Opener(value != 0); });
 }
 
 std::int32_t cMPEGHeader::CueInmSStart() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.CueIn(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.CueIn(); });
 }
 void cMPEGHeader::CueInmSStart(std::int32_t value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.CueIn(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.CueIn(value); });
 }
 
 std::int32_t cMPEGHeader::Sectone() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Sectonemsend(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Sectonemsend(); });
 }
 void cMPEGHeader::Sectone(std::int32_t value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Sectonemsend(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Sectonemsend(value); });
 }
 
 String cMPEGHeader::CategoryLevel() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return to_text(std::int32_t{m.CategoryLevel()}); });
+    return read_or_default(
+        model_, [](const cMP3ID3v2& m) { return to_text(std::int32_t{m.CategoryLevel()}); });
 }
 void cMPEGHeader::CategoryLevel(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.CategoryLevel(to_integer(value)); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.CategoryLevel(to_integer(value)); });
 }
 
 std::int32_t cMPEGHeader::Intro() const {
@@ -263,57 +266,60 @@ void cMPEGHeader::Copy(const String& value) {
 // --- Custom fields.
 
 void cMPEGHeader::CustomFieldAdd(const String& FieldDescriptor, const Variant& FieldValue) {
-    edit(model_, [&](cMP3ID3v2& m) { m.AddCustomField(FieldDescriptor, to_text(FieldValue)); });
+    try_modify(model_,
+               [&](cMP3ID3v2& m) { m.AddCustomField(FieldDescriptor, to_text(FieldValue)); });
 }
 
 bool cMPEGHeader::CustomFieldExists(const String& FieldDescriptor) const {
-    return ask(model_, [&](const cMP3ID3v2& m) { return m.CustomFieldExists(FieldDescriptor); });
+    return read_or_default(
+        model_, [&](const cMP3ID3v2& m) { return m.CustomFieldExists(FieldDescriptor); });
 }
 
 Variant cMPEGHeader::CustomFieldRetrieve(const String& FieldDescriptor) const {
-    return ask(model_,
-               [&](const cMP3ID3v2& m) { return Variant(m.GetCustomField(FieldDescriptor)); });
+    return read_or_default(
+        model_, [&](const cMP3ID3v2& m) { return Variant(m.GetCustomField(FieldDescriptor)); });
 }
 
 std::vector<CustomField> cMPEGHeader::CustomFields() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.custom_fields(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.custom_fields(); });
 }
 
 void cMPEGHeader::CustomFieldRemove(const String& FieldDescriptor) {
-    edit(model_, [&](cMP3ID3v2& m) { m.remove_custom(FieldDescriptor); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.remove_custom(FieldDescriptor); });
 }
 
 // --- The ID3v1 record.
 
 String cMPEGHeader::Titlev1Tag() const {
-    return ask(model_,
-               [](const cMP3ID3v2& m) { return TrimChars(m.Titlev1Tag(), u" ", kBinaryCompare); });
+    return read_or_default(
+        model_, [](const cMP3ID3v2& m) { return TrimChars(m.Titlev1Tag(), u" ", kBinaryCompare); });
 }
 void cMPEGHeader::Titlev1Tag(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Titlev1Tag(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Titlev1Tag(value); });
 }
 
 String cMPEGHeader::artistv1Tag() const {
-    return ask(model_,
-               [](const cMP3ID3v2& m) { return TrimChars(m.artistv1Tag(), u" ", kBinaryCompare); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) {
+        return TrimChars(m.artistv1Tag(), u" ", kBinaryCompare);
+    });
 }
 void cMPEGHeader::artistv1Tag(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.artistv1Tag(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.artistv1Tag(value); });
 }
 
 std::int16_t cMPEGHeader::Yearv1Tag() const {
-    return integer_or_0(ask(model_, [](const cMP3ID3v2& m) { return m.Yearv1Tag(); }));
+    return integer_or_0(read_or_default(model_, [](const cMP3ID3v2& m) { return m.Yearv1Tag(); }));
 }
 void cMPEGHeader::Yearv1Tag(std::int16_t value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Yearv1Tag(to_text(std::int32_t{value})); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Yearv1Tag(to_text(std::int32_t{value})); });
 }
 
 // Untrimmed, unlike title and artist.
 String cMPEGHeader::Commentv1() const {
-    return ask(model_, [](const cMP3ID3v2& m) { return m.Commentsv1(); });
+    return read_or_default(model_, [](const cMP3ID3v2& m) { return m.Commentsv1(); });
 }
 void cMPEGHeader::Commentv1(const String& value) {
-    edit(model_, [&](cMP3ID3v2& m) { m.Commentsv1(value); });
+    try_modify(model_, [&](cMP3ID3v2& m) { m.Commentsv1(value); });
 }
 
 }  // namespace brindle

@@ -11,7 +11,8 @@ namespace brindle {
 
 // The answer of the model; the type's default without a model or when the question fails.
 template <typename Question>
-auto ask(const std::unique_ptr<cMP3ID3v2>& model, Question question) -> decltype(question(*model)) {
+auto read_or_default(const std::unique_ptr<cMP3ID3v2>& model, Question question)
+    -> decltype(question(*model)) {
     // Not by way of skip_errors: so a text is made where the host receives it and never moved.
     try {
         if (model) {
@@ -25,7 +26,7 @@ auto ask(const std::unique_ptr<cMP3ID3v2>& model, Question question) -> decltype
 
 // Changes the model; without one, or when the change fails, nothing happens.
 template <typename Change>
-void edit(const std::unique_ptr<cMP3ID3v2>& model, Change change) {
+void try_modify(const std::unique_ptr<cMP3ID3v2>& model, Change change) {
     if (model) {
         skip_errors([&] { change(*model); });
     }

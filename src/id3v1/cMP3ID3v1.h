@@ -76,7 +76,7 @@ public:
     void Genre(std::uint8_t NewGenre) noexcept { record_.set_genre(NewGenre); }
     [[nodiscard]] String GenreName(std::uint8_t Genre) const;
 
-    // Writes the fields over the file's record, or behind its end where it has none. An empty file
+    // Writes the fields over the file's record, or after its end where it has none. An empty file
     // raises an error, one of up to 128 bytes is left alone. Every error names the tagger as its
     // source.
     void Update();

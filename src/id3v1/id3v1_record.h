@@ -30,8 +30,8 @@ inline constexpr Id3v1Field kId3v1Genre     {127,  1};
 
 inline constexpr std::uint8_t kNoGenre = 255;
 
-// The record with a track number, whoever wrote it: a comment of 30 characters loses its 29th and
-// its 30th is taken as the track.
+// The record with a track number, whichever program wrote it: a comment of 30 characters loses its
+// 29th and its 30th is taken as the track.
 class Id3v1Record {
 public:
     // Without texts: spaces, track 0 and no genre.

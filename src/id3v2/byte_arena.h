@@ -54,7 +54,7 @@ private:
     // last size serves all further blocks.
     static constexpr std::size_t kBlocks[] = {1'000, 4'000, 8'192, 65'536};
     static constexpr std::size_t kLast = std::size(kBlocks) - 1;
-    // What a block lacks room for leaves so much of it unused at most.
+    // At most this much of a block stays unused when something does not fit.
     static constexpr std::size_t kLargestShared = 1'024;
 
     std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;

@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include <brindle/cMPEGHeader.h>
 #include <brindle/error.h>
 #include <brindle/frame_walk.h>
 #include <brindle/keyed_collection.h>

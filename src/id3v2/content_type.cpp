@@ -24,7 +24,7 @@ ContentType read_content_type(const StoredText& value) {
     }
     skip_errors([&] {
         type.number = to_byte(digits);
-        // Nothing, or a single character, behind the parenthesis says nothing of its own.
+        // Nothing, or a single character, after the parenthesis has no meaning of its own.
         const bool has_name = close + 2 < value.size();
         type.name = has_name ? value.share(close + 1) : StoredText(GenreName(*type.number));
     });

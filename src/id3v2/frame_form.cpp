@@ -40,7 +40,7 @@ bool is_plain_link(std::string_view id) noexcept {
     return id.substr(0, 1) == "W" && !is_user_link(id);
 }
 
-// The encoding of a body, and what stands behind its byte. A body that has none is 8-bit text.
+// The encoding of a body, and what follows its byte. A body that has none is 8-bit text.
 TextEncoding take_encoding(Bytes& body) noexcept {
     if (body.empty() || body[0] > kLastEncoding) {
         return TextEncoding::Latin1;

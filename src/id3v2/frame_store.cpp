@@ -143,7 +143,7 @@ bool FrameStore::list_id(const String& id) {
     }
 }
 
-// All or nothing: a number that is counted and has no value would hide the values behind it.
+// All or nothing: a number that is counted and has no value would hide the values after it.
 void FrameStore::add(const String& id, std::u16string_view text, std::int32_t index) {
     StoredText stored(text);
     FrameValues& values = find_or_add(id).values;

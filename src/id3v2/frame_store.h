@@ -24,7 +24,7 @@ namespace brindle {
 // Three tables that belong together: the frame ids in the order first seen, how many values each
 // id counts, and the values by id and number ("TXXX:3" is the third TXXX value).
 //
-// The first one is handed out to hosts, who may change it behind our back; so the other two never
+// The first one is handed out to hosts, who may change it at any time; so the other two never
 // rely on it, and an id that it lacks may still have values here.
 //
 // The reader only lines frames up. They are sorted by id when somebody asks for anything: a library

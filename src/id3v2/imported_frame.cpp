@@ -285,7 +285,7 @@ bool needs_other_encoding(std::string_view id, Bytes head) {
 
 FileContent converted_content(std::string_view id, const FileContent& content, int depth);
 
-// Frames inside of chapters stand behind fields of their frame.
+// Frames inside of chapters follow fields of the chapter's frame.
 bool holds_frames(std::string_view id) noexcept {
     return id == "CHAP" || id == "CTOC";
 }

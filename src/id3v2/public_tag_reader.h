@@ -51,7 +51,7 @@ struct PublicTagHeader {
 
     // After the last byte, footer included.
     [[nodiscard]] std::int64_t claimed_tag_end() const noexcept;
-    // Every frame is undone as one stretch; from version 4 on each by itself.
+    // All frames are undone together; from version 4 on each by itself.
     [[nodiscard]] bool is_unsynchronised_as_a_whole() const noexcept;
     // A form that the documents no longer describe.
     [[nodiscard]] bool is_compressed() const noexcept;

@@ -32,7 +32,7 @@ constexpr std::string_view kPictureId = "APIC";
 constexpr std::u16string_view kVersion2Custom = u"TXX";
 
 // More than any frame that is taken into memory has; what is longer can't have been kept.
-constexpr std::size_t kMostCompared = kLargestPictureSize + 1;
+constexpr std::size_t kMaxCompared = kLargestPictureSize + 1;
 
 FrameId written_id(const String& id) {
     FrameId narrow_id{};
@@ -165,7 +165,7 @@ public:
             TagFrame entry{text_of_id(frame.id()), 0, frame.size, {}};
             entry.number = ++counts_[written_id(entry.id)];
             if (entry.id == kCustomFrame || entry.id == kVersion2Custom) {
-                entry.name = description_of(read_content(file_, frame, kMostCompared));
+                entry.name = description_of(read_content(file_, frame, kMaxCompared));
             }
             const FiledFrame* filed = known_.at(frame.position);
             if (tag.version == kOldestVersion) {
@@ -196,8 +196,8 @@ private:
 
     void compare(const PublicFrame& frame, const FiledFrame& filed, const TagFrame& entry,
                  Bytes written) {
-        const std::vector<std::uint8_t> content = read_content(file_, frame, kMostCompared);
-        const bool is_comparable = !frame.is_packed && content.size() < kMostCompared;
+        const std::vector<std::uint8_t> content = read_content(file_, frame, kMaxCompared);
+        const bool is_comparable = !frame.is_packed && content.size() < kMaxCompared;
         if (is_comparable &&
             std::equal(content.begin(), content.end(), written.begin(), written.end())) {
             return;
@@ -261,7 +261,7 @@ private:
             lose(entry, LossReason::Version2);
             return;
         }
-        const std::vector<std::uint8_t> content = read_content(file_, frame, kMostCompared);
+        const std::vector<std::uint8_t> content = read_content(file_, frame, kMaxCompared);
         if (std::equal(content.begin(), content.end(), body->begin(), body->end())) {
             return;
         }

@@ -105,7 +105,7 @@ private:
     }
 
     std::array<StoredText, kStandardFieldCount> texts_;
-    std::vector<StoredText> more_comments_;  // those behind the first, joined when asked for
+    std::vector<StoredText> more_comments_;  // those after the first, joined when asked for
 };
 
 }  // namespace brindle

@@ -64,7 +64,7 @@ public:
     // The characters from `first` up to `last` are exactly `text`.
     [[nodiscard]] bool equals(std::size_t first, std::size_t last,
                               std::u16string_view text) const noexcept;
-    // The text in the 8-bit code page, behind what `into` holds already.
+    // The text in the 8-bit code page, after what `into` holds already.
     void append_to(std::vector<std::uint8_t>& into) const;
     // A second view of the same file bytes, or a copy of the wide text, from a character on.
     [[nodiscard]] StoredText share(std::size_t from = 0) const;

@@ -13,7 +13,7 @@ namespace brindle {
 // A version 3 tag: header, one frame for each value in the order of the frame list, and a last
 // mark of padding. The header's size is left 0 until the tag has its place.
 //
-// An id that contains "ID3" is not written, nor is a TXXX value behind an empty one.
+// An id that contains "ID3" is not written, nor is a TXXX value after an empty one.
 [[nodiscard]] std::vector<std::uint8_t> build_tag(const FrameStore& frames);
 
 // Fits the tag into an area of that many bytes: padded with zeros, its size in its header.

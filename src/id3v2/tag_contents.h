@@ -6,7 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include <brindle/cMPEGHeader.h>
 #include <brindle/values.h>
 
 #include "id3v2/byte_arena.h"

@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kDirectRead = 16'384;
 
 constexpr std::uint8_t kNul = 0;
-// UTF-16 with a little-endian byte order mark, behind the byte that names the encoding.
+// UTF-16 with a little-endian byte order mark, after the byte that names the encoding.
 constexpr std::uint8_t kUtf16Start[] = {0x01, 0xFF, 0xFE};
 
 // The limits of what is held in memory; a larger frame's data is taken for the next header.
@@ -25,7 +25,7 @@ bool is_held(FrameId id, std::uint64_t size) noexcept {
     return size >= 1 && size <= (id == kPictureFrameId ? kLargestPictureSize : kLargestTextSize);
 }
 
-std::span<const std::uint8_t> behind_first_nul(std::span<const std::uint8_t> data) {
+std::span<const std::uint8_t> after_first_nul(std::span<const std::uint8_t> data) {
     const std::size_t nul = find_byte(data, kNul);
     return nul == data.size() ? data : data.subspan(nul + 1);
 }
@@ -40,7 +40,7 @@ std::span<const std::uint8_t> text_of(std::span<const std::uint8_t> data) {
         std::equal(std::begin(kUtf16Start), std::end(kUtf16Start), data.begin())) {
         return data.subspan(std::size(kUtf16Start));
     }
-    return behind_first_nul(data);
+    return after_first_nul(data);
 }
 
 }  // namespace
@@ -120,7 +120,7 @@ void TagReader::walk_version2() {
     } while (!is_past_end());
 }
 
-// The position counts from the start of the file, not of the tag: for a tag behind junk the walk
+// The position counts from the start of the file, not of the tag: for a tag after junk the walk
 // ends that much earlier.
 bool TagReader::is_past_end() const noexcept {
     return position_ + 1 > facts_.size;
@@ -155,7 +155,7 @@ std::span<std::uint8_t> TagReader::allocate(Allocation allocation) {
     try {
         return allocation(contents_.bytes());
     } catch (const std::bad_alloc&) {
-        // Hosts see such a file as corrupt, whoever is to blame.
+        // Hosts see such a file as corrupt, whatever the cause.
         facts_.corrupt = facts_.version != kOldestVersion;
         throw;
     }

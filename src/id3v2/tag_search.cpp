@@ -19,7 +19,7 @@ constexpr std::size_t kSearchStep = kSearchBlock - std::size(kTagIdentifier);
 constexpr std::uint8_t kAudioSync[] = {0xFF, 0xFB};  // MPEG-1 Layer III without CRC
 constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 
-// A block is searched only when the file goes on behind it.
+// A block is searched only when the file goes on after it.
 bool fills_block(const FileWindow& file, std::int64_t position) noexcept {
     return position + static_cast<std::int64_t>(kSearchBlock) + 1 < file.length();
 }
@@ -44,7 +44,7 @@ bool has_bytes(const std::uint8_t* from, std::size_t count,
 template <std::size_t kWanted>
 std::size_t find_bytes(std::span<const std::uint8_t> in,
                        const std::uint8_t (&wanted)[kWanted]) noexcept {
-    constexpr std::size_t kStretch = 512;
+    constexpr std::size_t kRange = 512;
     if (in.size() < kWanted) {
         return kNotFound;
     }
@@ -52,8 +52,8 @@ std::size_t find_bytes(std::span<const std::uint8_t> in,
         return 0;  // where a tag stands in nearly all files
     }
     const std::size_t positions = in.size() - kWanted + 1;
-    for (std::size_t begin = 0; begin < positions; begin += kStretch) {
-        const std::size_t count = std::min(kStretch, positions - begin);
+    for (std::size_t begin = 0; begin < positions; begin += kRange) {
+        const std::size_t count = std::min(kRange, positions - begin);
         if (has_bytes(in.data() + begin, count, wanted)) {
             const auto* const first = in.data() + begin;
             const auto* const at = std::search(first, first + count + kWanted - 1,
@@ -75,7 +75,7 @@ std::optional<std::int32_t> find_tag(FileWindow& file) {
         if (position >= static_cast<std::int64_t>(FileWindow::kHeadBlock)) {
             file.expect_until(file.length());
         }
-        // The version byte of an identifier at the very end lies one byte behind the block.
+        // The version byte of an identifier at the very end lies one byte after the block.
         const auto seen = file.view(position, kSearchBlock + 1);
         const auto block = seen.first(std::min(seen.size(), kSearchBlock));
         const std::size_t tag = find_bytes(block, kTagIdentifier);

@@ -23,7 +23,7 @@ namespace brindle {
 
 class TagWriter {
 public:
-    // The host hears of each change before it is made, and may refuse it.
+    // The host is told of each change before it is made, and may refuse it.
     TagWriter(FileReading& reading, Host* host) : reading_(reading), host_(host) {}
 
     // Nothing where the file is there no more. The reading follows what was written.

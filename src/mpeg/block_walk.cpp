@@ -9,8 +9,8 @@
 namespace brindle {
 namespace {
 
-// A part of a chain, which ends with the first frame that begins at or behind `stop`.
-struct Stretch {
+// A part of a chain, which ends with the first frame that begins at or after `stop`.
+struct Segment {
     std::size_t begin = 0;
     std::size_t stop = 0;
     std::size_t at = 0;  // the next frame
@@ -21,26 +21,26 @@ template <std::uint32_t common>
 class BlockWalk {
 public:
     BlockWalk(std::span<const std::uint8_t> block, std::size_t left_of_file,
-              const StreamFrames<common>& frames)
+              const FrameLengthTable<common>& frames)
         : block_(block), left_of_file_(left_of_file), frames_(frames) {}
 
     // Over one frame. False where there is none, or none that is whole.
-    bool step(Stretch& stretch) const noexcept {
-        const std::uint8_t* const header = block_.data() + stretch.at;
+    bool step(Segment& segment) const noexcept {
+        const std::uint8_t* const header = block_.data() + segment.at;
         const std::size_t length = frames_.length(header);
-        if (!frames_.has(header) || stretch.at + length > left_of_file_) {
+        if (!frames_.has(header) || segment.at + length > left_of_file_) {
             return false;
         }
-        ++stretch.stream.frames;
-        stretch.stream.bit_rate_sum += frames_.bit_rate(header);
-        stretch.at += length;
+        ++segment.stream.frames;
+        segment.stream.bit_rate_sum += frames_.bit_rate(header);
+        segment.at += length;
         return true;
     }
 
     // False when the chain broke before that.
-    bool walk_to_stop(Stretch& stretch) const noexcept {
-        while (stretch.at < stretch.stop) {
-            if (!step(stretch)) {
+    bool walk_to_stop(Segment& segment) const noexcept {
+        while (segment.at < segment.stop) {
+            if (!step(segment)) {
                 return false;
             }
         }
@@ -61,44 +61,44 @@ public:
 private:
     std::span<const std::uint8_t> block_;
     std::size_t left_of_file_;
-    const StreamFrames<common>& frames_;
+    const FrameLengthTable<common>& frames_;
 };
 
 // A processor waits for each header before it knows the place of the next one, and can wait for
-// several at a time. So a block is walked in so many stretches at once, each from a place where a
+// several at a time. So a block is walked in several segments at once, each from a place where a
 // frame seems to begin; that it does shows when the chain from the front arrives there.
-constexpr std::size_t kStretches = 3;
+constexpr std::size_t kSegments = 3;
 // Where the search for such places costs little beside the walk.
-constexpr std::size_t kShortestStretch = std::size_t{8} * 1024;
+constexpr std::size_t kShortestSegment = std::size_t{8} * 1024;
 
-using Stretches = std::array<Stretch, kStretches>;
+using Segments = std::array<Segment, kSegments>;
 
 // All of them, or only the first, which then goes on to the end.
 template <std::uint32_t common>
 std::size_t split(const BlockWalk<common>& walk, std::size_t begin, std::size_t end,
-                  Stretches& stretches) {
-    stretches[0] = {begin, end, begin, {}};
-    const std::size_t part = (std::max(begin, end) - begin) / kStretches;
-    if (part < kShortestStretch) {
+                  Segments& segments) {
+    segments[0] = {begin, end, begin, {}};
+    const std::size_t part = (std::max(begin, end) - begin) / kSegments;
+    if (part < kShortestSegment) {
         return 1;
     }
-    for (std::size_t number = 1; number < kStretches; ++number) {
+    for (std::size_t number = 1; number < kSegments; ++number) {
         const std::size_t from = begin + number * part;
         const auto place = walk.find_frame(from, from + kLongestFrame);
         if (!place) {
-            stretches[0].stop = end;
+            segments[0].stop = end;
             return 1;
         }
-        stretches[number - 1].stop = *place;
-        stretches[number] = {*place, end, *place, {}};
+        segments[number - 1].stop = *place;
+        segments[number] = {*place, end, *place, {}};
     }
-    return kStretches;
+    return kSegments;
 }
 
 }  // namespace
 
 template <std::uint32_t common>
-StreamFrames<common>::StreamFrames(std::uint32_t first_bits) : first_bits_(first_bits) {
+FrameLengthTable<common>::FrameLengthTable(std::uint32_t first_bits) : first_bits_(first_bits) {
     constexpr std::uint32_t kThirdByte = 0xFF00;
     for (std::uint32_t byte = 0; byte < lengths_.size(); ++byte) {
         const std::uint32_t bits = (first_bits & ~kThirdByte) | byte << 8U;
@@ -110,42 +110,42 @@ StreamFrames<common>::StreamFrames(std::uint32_t first_bits) : first_bits_(first
 
 template <std::uint32_t common>
 bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
-                const StreamFrames<common>& frames, WalkedStream& stream, std::size_t& offset) {
+                const FrameLengthTable<common>& frames, WalkedStream& stream, std::size_t& offset) {
     const BlockWalk<common> walk(block, left_of_file, frames);
     const std::size_t end = block.size() - kHeaderBytes + 1;
-    Stretches stretches;
-    const std::size_t count = split(walk, offset, end, stretches);
-    bool all_go_on = count == kStretches;
+    Segments segments;
+    const std::size_t count = split(walk, offset, end, segments);
+    bool all_go_on = count == kSegments;
     while (all_go_on) {
-        for (Stretch& stretch : stretches) {
-            all_go_on = all_go_on && walk.step(stretch) && stretch.at < stretch.stop;
+        for (Segment& segment : segments) {
+            all_go_on = all_go_on && walk.step(segment) && segment.at < segment.stop;
         }
     }
-    const auto finish = [&](Stretch& stretch) {
-        const bool goes_on = walk.walk_to_stop(stretch);
-        stream.frames += stretch.stream.frames;
-        stream.bit_rate_sum += stretch.stream.bit_rate_sum;
-        offset = stretch.at;
+    const auto finish = [&](Segment& segment) {
+        const bool goes_on = walk.walk_to_stop(segment);
+        stream.frames += segment.stream.frames;
+        stream.bit_rate_sum += segment.stream.bit_rate_sum;
+        offset = segment.at;
         return goes_on;
     };
-    for (Stretch& stretch : std::span(stretches).first(count)) {
-        if (stretch.begin != offset) {
+    for (Segment& segment : std::span(segments).first(count)) {
+        if (segment.begin != offset) {
             // Only audio that looked like a frame.
-            Stretch rest{offset, end, offset, {}};
+            Segment rest{offset, end, offset, {}};
             return finish(rest);
         }
-        if (!finish(stretch)) {
+        if (!finish(segment)) {
             return false;
         }
     }
     return true;
 }
 
-template class StreamFrames<kStreamMask>;
-template class StreamFrames<kSyncAndKindMask>;
+template class FrameLengthTable<kStreamMask>;
+template class FrameLengthTable<kSyncAndKindMask>;
 template bool walk_block(std::span<const std::uint8_t>, std::size_t,
-                         const StreamFrames<kStreamMask>&, WalkedStream&, std::size_t&);
+                         const FrameLengthTable<kStreamMask>&, WalkedStream&, std::size_t&);
 template bool walk_block(std::span<const std::uint8_t>, std::size_t,
-                         const StreamFrames<kSyncAndKindMask>&, WalkedStream&, std::size_t&);
+                         const FrameLengthTable<kSyncAndKindMask>&, WalkedStream&, std::size_t&);
 
 }  // namespace brindle

@@ -25,11 +25,11 @@ inline constexpr std::uint32_t kSyncAndKindMask = kSyncMask | kKindMask;
 //
 // Headers of the stream have the bits of `common` as its first header has them.
 template <std::uint32_t common>
-class StreamFrames {
+class FrameLengthTable {
     static_assert((common & kSyncAndKindMask) == kSyncAndKindMask);
 
 public:
-    explicit StreamFrames(std::uint32_t first_bits);
+    explicit FrameLengthTable(std::uint32_t first_bits);
 
     // Whether it is a valid header that can belong to the stream.
     [[nodiscard]] bool has(const std::uint8_t* header) const noexcept {
@@ -57,17 +57,18 @@ private:
 
 // Goes through the frames of one block, the first of which stands at `offset`, and adds them to
 // `stream`. True when the chain goes on after the block; `offset` is then where the next frame
-// stands, else where the chain broke. A frame may end `left_of_file` bytes behind the block's
+// stands, else where the chain broke. A frame may end `left_of_file` bytes after the block's
 // beginning at most.
 template <std::uint32_t common>
 bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,
-                const StreamFrames<common>& frames, WalkedStream& stream, std::size_t& offset);
+                const FrameLengthTable<common>& frames, WalkedStream& stream, std::size_t& offset);
 
-extern template class StreamFrames<kStreamMask>;
-extern template class StreamFrames<kSyncAndKindMask>;
+extern template class FrameLengthTable<kStreamMask>;
+extern template class FrameLengthTable<kSyncAndKindMask>;
 extern template bool walk_block(std::span<const std::uint8_t>, std::size_t,
-                                const StreamFrames<kStreamMask>&, WalkedStream&, std::size_t&);
+                                const FrameLengthTable<kStreamMask>&, WalkedStream&, std::size_t&);
 extern template bool walk_block(std::span<const std::uint8_t>, std::size_t,
-                                const StreamFrames<kSyncAndKindMask>&, WalkedStream&, std::size_t&);
+                                const FrameLengthTable<kSyncAndKindMask>&, WalkedStream&,
+                                std::size_t&);
 
 }  // namespace brindle

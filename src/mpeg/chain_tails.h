@@ -1,4 +1,4 @@
-// The chains from the frames just behind the place where a pass from a file's end stands.
+// The chains from the frames directly after the position of a pass from a file's end.
 #pragma once
 
 #include <array>
@@ -12,12 +12,12 @@
 namespace brindle {
 
 // A chain counts as a stream when it is long and fast enough.
-inline constexpr std::int32_t kMostRejectedFrames = 10;
-inline constexpr std::int32_t kMostRejectedAverage = 20;  // kbit/s
+inline constexpr std::int32_t kMaxRejectedFrames = 10;
+inline constexpr std::int32_t kMaxRejectedAverage = 20;  // kbit/s
 
 [[nodiscard]] constexpr bool is_accepted(const WalkedStream& stream) noexcept {
-    return stream.frames > kMostRejectedFrames &&
-           stream.bit_rate_sum > std::int64_t{kMostRejectedAverage} * stream.frames;
+    return stream.frames > kMaxRejectedFrames &&
+           stream.bit_rate_sum > std::int64_t{kMaxRejectedAverage} * stream.frames;
 }
 
 // A number of frames, and by how much their bit rates together exceed what is rejected, in one
@@ -27,25 +27,25 @@ class ChainSum {
 public:
     constexpr ChainSum() = default;
     explicit constexpr ChainSum(std::int32_t bit_rate) noexcept
-        : sum_(kOneFrame - kMostRejectedAverage + bit_rate) {}
+        : sum_(kOneFrame - kMaxRejectedAverage + bit_rate) {}
 
     constexpr ChainSum& operator+=(ChainSum other) noexcept {
         sum_ += other.sum_;
         return *this;
     }
     [[nodiscard]] constexpr bool is_accepted() const noexcept {
-        return excess() > 0 && sum_ >= (kMostRejectedFrames + 1) * kOneFrame;
+        return excess() > 0 && sum_ >= (kMaxRejectedFrames + 1) * kOneFrame;
     }
     [[nodiscard]] constexpr WalkedStream stream() const noexcept {
         const auto frames = static_cast<std::int32_t>((sum_ - excess()) / kOneFrame);
-        return {frames, excess() + kMostRejectedAverage * frames};
+        return {frames, excess() + kMaxRejectedAverage * frames};
     }
 
 private:
     static constexpr std::int64_t kOneFrame = std::int64_t{1} << 32;
 
     // Fits: no frame has fewer bytes than its bit rate, nor than what is rejected.
-    static_assert(kMostRejectedAverage < kShortestFrame);
+    static_assert(kMaxRejectedAverage < kShortestFrame);
     [[nodiscard]] constexpr std::int32_t excess() const noexcept {
         return static_cast<std::int32_t>(sum_);
     }
@@ -62,7 +62,7 @@ public:
     // The chain from a header at `position`; empty when it is none, or when its frame is cut. No
     // earlier call had an earlier position.
     ChainSum add(std::int64_t position, std::uint32_t bits) noexcept {
-        // All that must be ones is 0 in there, and a reserved emphasis as well.
+        // Of a header, the bits that must be ones are 0 in `difference`. So is a reserved emphasis.
         const std::uint32_t difference = bits ^ (kSyncMask | kReservedEmphasis);
         if (difference > ~kSyncMask || (difference & kEmphasisMask) == 0) {
             return {};

@@ -51,7 +51,7 @@ public:
     void FileName(const String& Name);
     // What assigning the name does, over a file that is open already.
     void analyse(const String& name, FileWindow& window);
-    // Looks behind the model's tag first, then behind ID3v2Length and ID3v2Offset. A header that
+    // Looks after the model's tag first, then after ID3v2Length and ID3v2Offset. A header that
     // is still there from an earlier file stays.
     void SetFileName(const ScannedFile& id3v2);
 

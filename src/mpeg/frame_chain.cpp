@@ -12,13 +12,13 @@ constexpr double kYieldSeconds = 1.0;
 
 // The longest way from a first frame to the last that confirms it has room, and no more: this is
 // the largest piece of memory in reading.
-constexpr std::uint32_t kRing = std::uint32_t{kMostConfirmations} * kLongestFrame + 1;
+constexpr std::uint32_t kRing = std::uint32_t{kMaxConfirmations} * kLongestFrame + 1;
 
 // An entry of the ring: 0 when unknown, else the links and one, and the reason of the break.
 constexpr std::uint8_t kUnknown = 0;
 constexpr std::uint8_t kFileEndFlag = 0x80;
 constexpr std::uint8_t kLinksMask = 0x7F;
-static_assert(kMostConfirmations <= kLinksMask);
+static_assert(kMaxConfirmations <= kLinksMask);
 
 // In a file shorter than the ring this is the position, and a ring as long as the file is enough.
 constexpr std::size_t slot(std::int64_t position) {
@@ -45,7 +45,7 @@ ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first
             break;
         }
         const auto header = frame_at(window_, next, file_length);
-        if (cadence_.longer_than(kYieldSeconds)) {
+        if (yield_timer_.longer_than(kYieldSeconds)) {
             yield_to(host_);
         }
         if (!header || !headers_agree(first.bits, header->bits)) {

@@ -14,7 +14,7 @@
 namespace brindle {
 
 // As many frames as have to confirm a first one.
-inline constexpr std::int32_t kMostConfirmations = 100;
+inline constexpr std::int32_t kMaxConfirmations = 100;
 
 struct ChainOutcome {
     bool found = false;  // all the frames that were needed follow
@@ -29,7 +29,7 @@ struct ChainOutcome {
 class FrameChains {
 public:
     FrameChains(FileWindow& window, Clock& clock, Host* host)
-        : window_(window), host_(host), cadence_(clock, window) {}
+        : window_(window), host_(host), yield_timer_(clock, window) {}
 
     // The first frame stands at `position`; no earlier call had a later one.
     ChainOutcome follow(std::int64_t position, const FrameHeader& first, std::int32_t needed);
@@ -43,7 +43,7 @@ private:
         Break reason;
     };
 
-    using Followers = std::array<std::int64_t, kMostConfirmations>;
+    using Followers = std::array<std::int64_t, kMaxConfirmations>;
     // How far a chain has been followed.
     struct Run {
         std::int64_t position;  // of its last frame
@@ -61,7 +61,7 @@ private:
 
     FileWindow& window_;
     Host* host_;
-    Cadence cadence_;
+    YieldTimer yield_timer_;
     std::vector<std::uint8_t> tails_;  // a ring over positions, made when the first chain breaks
     std::int64_t forgotten_before_ = 0;
 };

@@ -64,7 +64,7 @@ void FrameWalker::follow_chain() {
         visit_chain();
         return;
     }
-    const StreamFrames<kSyncAndKindMask> frames(first_bits_);
+    const FrameLengthTable<kSyncAndKindMask> frames(first_bits_);
     bool goes_on = true;
     while (goes_on) {
         window_.keep_from(position_);

@@ -47,7 +47,7 @@ void for_each_sync_byte_backward(const std::uint8_t* begin, const std::uint8_t* 
     }
 }
 
-// Blocks of a file from its end to its beginning, each with the first bytes of the one behind it,
+// Blocks of a file from its end to its beginning, each with the first bytes of the one after it,
 // so that no header is cut.
 class BackwardBlocks {
 public:
@@ -61,15 +61,15 @@ public:
         if (position_ <= begin_) {
             return false;
         }
-        std::array<std::uint8_t, kOverlap> behind{};
-        std::copy_n(bytes_.begin(), std::min(kOverlap, size_), behind.begin());
+        std::array<std::uint8_t, kOverlap> following{};
+        std::copy_n(bytes_.begin(), std::min(kOverlap, size_), following.begin());
         size_ = next_size();
         position_ -= static_cast<std::int64_t>(size_);
         const std::size_t copied = window_.copy(position_, std::span(bytes_).first(size_));
         // Nothing is a frame where another program has cut the file meanwhile.
         std::fill_n(bytes_.begin() + static_cast<std::ptrdiff_t>(copied), size_ - copied,
                     std::uint8_t{0});
-        std::copy(behind.begin(), behind.end(),
+        std::copy(following.begin(), following.end(),
                   bytes_.begin() + static_cast<std::ptrdiff_t>(size_));
         return true;
     }
@@ -111,7 +111,7 @@ std::optional<WalkedStream> FullScan::run(std::int32_t start) {
 WalkedStream FullScan::walk_from(std::int32_t start) {
     WalkedStream stream;
     std::optional<std::uint32_t> first_bits;
-    std::optional<StreamFrames<kStreamMask>> frames;
+    std::optional<FrameLengthTable<kStreamMask>> frames;
     std::int64_t position = start;
     bool goes_on = true;
     window_.expect_until(window_.length());

@@ -19,9 +19,9 @@ inline void yield_to(Host* host) {
 
 // How long ago something was done. Looks at the clock only after a block of the file was read:
 // nothing else in these loops takes a time that a person could notice.
-class Cadence {
+class YieldTimer {
 public:
-    Cadence(Clock& clock, const FileWindow& window)
+    YieldTimer(Clock& clock, const FileWindow& window)
         : clock_(clock), window_(window), since_(clock.seconds()) {}
 
     void restart() { since_ = clock_.seconds(); }

@@ -18,7 +18,7 @@ namespace brindle {
 namespace {
 
 constexpr std::int32_t kShortestAcceptedRun = 10;
-constexpr std::int32_t kMostAttempts = 0x4000;
+constexpr std::int32_t kMaxAttempts = 0x4000;
 constexpr std::int32_t kRetryDistance = 10;
 constexpr std::int64_t kId3v1Bytes = 128;
 constexpr std::int64_t kLongestFile = std::numeric_limits<std::int32_t>::max();
@@ -26,11 +26,11 @@ constexpr std::int64_t kLongestFile = std::numeric_limits<std::int32_t>::max();
 constexpr double kPositionYieldSeconds = 0.4;
 constexpr double kFailureYieldSeconds = 0.5;
 
-// As many frames as the rest of the file seems to have behind the first one, up to the limit.
+// As many frames as the rest of the file seems to have after the first one, up to the limit.
 std::int32_t confirmations_needed(std::int64_t remaining, std::int32_t frame_length) {
     const std::int64_t frames = divide_half_even(remaining, frame_length);
-    if (frames >= kMostConfirmations) {
-        return kMostConfirmations;
+    if (frames >= kMaxConfirmations) {
+        return kMaxConfirmations;
     }
     return frames == 0 ? 1 : static_cast<std::int32_t>(frames - 1);
 }
@@ -64,8 +64,8 @@ bool StreamScan::ScanFile(std::int32_t StartOffset) {
 bool StreamScan::scan(std::int32_t start, Attempt attempt) {
     state_.xing = {};
     FrameChains chains(window_, clock_, host_);
-    Cadence positions(clock_, window_);
-    Cadence failures(clock_, window_);
+    YieldTimer positions(clock_, window_);
+    YieldTimer failures(clock_, window_);
     std::int32_t accepted_run = 0;
     std::int32_t last_count = 0;
     std::int32_t attempts = 0;
@@ -100,7 +100,7 @@ bool StreamScan::scan(std::int32_t start, Attempt attempt) {
             yield_to(host_);
         }
 
-        // A chain from right behind the tag came to the file's end too early: the tag may claim
+        // A chain from directly after the tag came to the file's end too early: the tag may claim
         // ten bytes more than it has.
         if (last_count > 0 && attempt == Attempt::First && position >= kRetryDistance &&
             position == tags_.audio_start()) {
@@ -117,7 +117,7 @@ bool StreamScan::scan(std::int32_t start, Attempt attempt) {
             position += skipped;
             attempts += skipped;
         }
-        const bool given_up = attempts > kMostAttempts && state_.header.BitRate == 0;
+        const bool given_up = attempts > kMaxAttempts && state_.header.BitRate == 0;
         if (given_up ||
             position + static_cast<std::int64_t>(kHeaderBytes) + 1 >= window_.length()) {
             break;
@@ -141,7 +141,7 @@ std::optional<FrameHeader> StreamScan::header_at(std::int64_t position) {
         return std::nullopt;
     }
     // What the usual file needs to be accepted, and no more of it.
-    constexpr std::int64_t kFrames = kMostConfirmations + 1;
+    constexpr std::int64_t kFrames = kMaxConfirmations + 1;
     window_.expect_at_once(position + kFrames * header->length +
                            static_cast<std::int64_t>(kHeaderBytes));
     return header;
@@ -153,7 +153,7 @@ std::int32_t StreamScan::positions_without_header(std::int64_t position,
                                                   std::int32_t attempts) const {
     const std::int64_t last_tried = window_.length() - static_cast<std::int64_t>(kHeaderBytes) - 2;
     const std::int64_t most =
-        std::min<std::int64_t>(kMostAttempts - attempts, last_tried - position);
+        std::min<std::int64_t>(kMaxAttempts - attempts, last_tried - position);
     auto held = window_.held_from(position);
     if (most <= 0 || held.empty()) {
         return 0;

@@ -27,12 +27,12 @@ struct TagPlaces {
     }
 };
 
-// Stands for the place behind the tag.
+// Stands for the place after the tag.
 inline constexpr std::int32_t kStartBehindTag = -1;
 
 class StreamScan {
 public:
-    // `name` is what the host hears of in its progress event.
+    // `name` is the one in the host's progress event.
     StreamScan(StreamState& state, const String& name, const TagPlaces& tags, FileWindow& window,
                Clock& clock, Host* host)
         : state_(state), name_(name), tags_(tags), window_(window), clock_(clock), host_(host) {}

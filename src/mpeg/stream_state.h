@@ -28,7 +28,7 @@ struct StreamState {
     // run, so the first one that was kept may be a false header.
     std::uint32_t confirmed_header = 0;
 
-    // Back to no stream. The average is of no account without one.
+    // Back to no stream. Without one the average has no meaning.
     void reset() {
         file_name.clear();
         duration_ms = kDurationUnknown;

@@ -1,4 +1,4 @@
-// The one door to the disk. Tests put a counting or a failing file system behind it.
+// The only access to the disk. Tests replace it by a file system that counts or fails.
 #pragma once
 
 #include <cstddef>
@@ -37,7 +37,7 @@ public:
     [[nodiscard]] virtual FileState state() = 0;
     // Fills `into` from `offset`; fewer bytes than asked for only at the end of the file.
     virtual std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) = 0;
-    // The same into two places, one behind the other: in one call where the system has such a call.
+    // The same into two places, one after the other: in one call where the system has such a call.
     virtual std::size_t read_scattered_at(std::int64_t offset, std::span<std::uint8_t> first,
                                           std::span<std::uint8_t> second) {
         const std::size_t count = read_at(offset, first);

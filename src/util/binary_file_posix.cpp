@@ -122,7 +122,7 @@ std::size_t PosixFile::read_scattered_at(std::int64_t offset, std::span<std::uin
 
 void PosixFile::write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) {
     // A device that takes nothing, again and again, would otherwise hang the host.
-    constexpr int kMostEmptyWrites = 100;
+    constexpr int kMaxEmptyWrites = 100;
     state_at_opening_.reset();
     std::size_t done = 0;
     int empty_writes = 0;
@@ -135,7 +135,7 @@ void PosixFile::write_at(std::int64_t offset, std::span<const std::uint8_t> byte
             raise_transfer_error();
         }
         empty_writes = count == 0 ? empty_writes + 1 : 0;
-        if (empty_writes > kMostEmptyWrites) {
+        if (empty_writes > kMaxEmptyWrites) {
             throw Error(RuntimeError::DeviceInputOutput);
         }
         done += static_cast<std::size_t>(count);

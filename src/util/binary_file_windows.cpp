@@ -25,8 +25,8 @@ OVERLAPPED at(std::int64_t offset) {
 
 // As much as one call moves.
 DWORD part_of(std::size_t bytes) {
-    constexpr std::size_t kMost = 1U << 30U;
-    return static_cast<DWORD>(std::min(bytes, kMost));
+    constexpr std::size_t kMax = 1U << 30U;
+    return static_cast<DWORD>(std::min(bytes, kMax));
 }
 
 }  // namespace

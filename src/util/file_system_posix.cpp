@@ -168,7 +168,7 @@ FileState PosixFileSystem::state(const String& name) {
 }
 
 std::unique_ptr<BinaryFile> PosixFileSystem::create_beside(const String& neighbour, String& name) {
-    constexpr unsigned kMostAttempts = 100;
+    constexpr unsigned kMaxAttempts = 100;
     auto file = std::make_unique<PosixFile>();
     const String folder = neighbour.substr(0, neighbour.rfind(u'/') + 1);
     for (unsigned attempt = 1;; ++attempt) {
@@ -181,7 +181,7 @@ std::unique_ptr<BinaryFile> PosixFileSystem::create_beside(const String& neighbo
             name = std::move(unique);
             return file;
         }
-        if (errno != EEXIST || attempt == kMostAttempts) {
+        if (errno != EEXIST || attempt == kMaxAttempts) {
             raise(errno, FileAction::Open, path);
         }
     }

@@ -171,7 +171,7 @@ FileState WindowsFileSystem::state(const String& name) {
 
 std::unique_ptr<BinaryFile> WindowsFileSystem::create_beside(const String& neighbour,
                                                              String& name) {
-    constexpr unsigned kMostAttempts = 100;
+    constexpr unsigned kMaxAttempts = 100;
     auto file = std::make_unique<WindowsFile>();
     for (unsigned attempt = 1;; ++attempt) {
         String unique = folder_of(neighbour) + unique_name(attempt);
@@ -179,7 +179,7 @@ std::unique_ptr<BinaryFile> WindowsFileSystem::create_beside(const String& neigh
             name = std::move(unique);
             return file;
         }
-        if (::GetLastError() != ERROR_FILE_EXISTS || attempt == kMostAttempts) {
+        if (::GetLastError() != ERROR_FILE_EXISTS || attempt == kMaxAttempts) {
             raise_last_error(FileAction::Open);
         }
     }

@@ -106,12 +106,12 @@ std::size_t FileWindow::read(std::int64_t offset, std::span<std::uint8_t> into) 
     return count;
 }
 
-// Reads on behind what the window holds, as far as it is contiguous with what is wanted.
+// Reads on after what the window holds, as far as it is contiguous with what is wanted.
 std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_t wanted) {
     constexpr auto kBlockLength = static_cast<std::int64_t>(kBlock);
     const auto at_once = static_cast<std::int64_t>(most_at_once_);
     constexpr auto kHeadLength = static_cast<std::int64_t>(kHeadBlock);
-    constexpr auto kMostHeldLength = static_cast<std::int64_t>(kMostHeld);
+    constexpr auto kMaxHeldLength = static_cast<std::int64_t>(kMaxHeld);
 
     if (offset < 0 || offset >= readable_end_) {
         return {};
@@ -140,7 +140,7 @@ std::span<const std::uint8_t> FileWindow::refill(std::int64_t offset, std::size_
     std::int64_t read_end = end_of_read_from(end_);
     // What lies between the window and a later offset is read only to keep what stands before it.
     bool reads_on = offset >= begin_ && from <= end_ && offset - end_ <= kBlockLength;
-    if (reads_on && read_end - from > kMostHeldLength) {
+    if (reads_on && read_end - from > kMaxHeldLength) {
         from = offset;
         reads_on = offset <= end_;
     }
@@ -179,7 +179,7 @@ void FileWindow::move_to(std::int64_t begin, std::int64_t end, std::size_t capac
         const std::size_t usual = capacity_ == 0
                                       ? static_cast<std::size_t>(std::min(
                                             readable_end_, static_cast<std::int64_t>(kUsual)))
-                                      : (capacity_ > kMostHeld / 4 ? kMostHeld : 2 * capacity_);
+                                      : (capacity_ > kMaxHeld / 4 ? kMaxHeld : 2 * capacity_);
         const std::size_t grown = std::max(capacity, usual);
         PlacedBuffer larger(grown);
         held_ = larger.place_for(begin);

@@ -20,7 +20,7 @@ public:
     static constexpr std::size_t kHeadBlock = std::size_t{8} * 1024;
     static constexpr std::size_t kBlock = std::size_t{96} * 1024;
     // The most that keep_from() can make the window hold: 101 of the longest frames and a block.
-    static constexpr std::size_t kMostHeld = std::size_t{384} * 1024;
+    static constexpr std::size_t kMaxHeld = std::size_t{384} * 1024;
 
     // Asks the file for its length, once.
     explicit FileWindow(BinaryFile& file);
@@ -48,8 +48,8 @@ public:
     // Copies bytes out without moving the window: what it holds from memory, the rest straight
     // from the file. The number copied, smaller only where the file ends.
     std::size_t copy(std::int64_t offset, std::span<std::uint8_t> into);
-    // The same for a caller that goes on behind these bytes: what is not held of them is read in
-    // one call with what is expected behind them, where the window then stands.
+    // The same for a caller that goes on after these bytes: what is not held of them is read in one
+    // call with what is expected after them, where the window then stands.
     std::size_t copy_and_read_on(std::int64_t offset, std::span<std::uint8_t> into);
 
     // The caller will want the bytes up to `end`: the next refills go that far (a block at a
@@ -58,12 +58,12 @@ public:
         expected_end_ = end;
         most_at_once_ = kBlock;
     }
-    // The same for a stretch that is known to be short: it is read at once.
+    // The same for a range that is known to be short: it is read at once.
     void expect_at_once(std::int64_t end) noexcept {
         expected_end_ = end;
-        most_at_once_ = kMostHeld;
+        most_at_once_ = kMaxHeld;
     }
-    // Bytes from `offset` on stay in the window while later ones are viewed (up to kMostHeld), so
+    // Bytes from `offset` on stay in the window while later ones are viewed (up to kMaxHeld), so
     // that going back to them costs nothing. A leap of more than a block lets them go.
     void keep_from(std::int64_t offset) noexcept { keep_from_ = offset; }
     // What was read of the file so far, twice where it was read twice, without the tail.
@@ -87,7 +87,7 @@ private:
     std::int64_t length_;
     std::int64_t readable_end_;  // length_, less once a read has met an earlier end
     std::int64_t begin_ = 0;     // file offset of the first byte held
-    std::int64_t end_ = 0;       // file offset behind the last byte held
+    std::int64_t end_ = 0;       // file offset after the last byte held
     std::int64_t expected_end_ = 0;
     std::size_t most_at_once_ = kBlock;
     std::int64_t keep_from_ = std::numeric_limits<std::int64_t>::max();

@@ -102,7 +102,7 @@ public:
     }
     [[nodiscard]] std::size_t size() const noexcept { return used_; }
 
-    // Forgets an entry that the list has lost; those behind it have moved up by one. Linear.
+    // Forgets an entry that the list has lost; those after it have moved up by one. Linear.
     template <typename HashOf>
     void remove(std::size_t entry, HashOf hash_of) noexcept {
         std::size_t hole = buckets_.size();
@@ -118,7 +118,7 @@ public:
         }
         buckets_[hole] = kFree;
         --used_;
-        // Whoever stands behind the hole may have been pushed there by it.
+        // Entries after the hole may have been pushed there by it.
         for (std::size_t at = next(hole); buckets_[at] != kFree; at = next(at)) {
             const Bucket moved = buckets_[at];
             buckets_[at] = kFree;

@@ -18,7 +18,7 @@ struct KeyedCollection::Table {
     std::vector<PackedKey> keys;
     // One for each key, null where the item is the key's own text. Empty while all of them are.
     std::vector<std::unique_ptr<Variant>> items;
-    // Of the first so many keys; made when a search needs it.
+    // Of the first keys; made when a search needs it.
     HashIndex index;
 
     [[nodiscard]] std::uint32_t hash_of(std::size_t entry) const noexcept {

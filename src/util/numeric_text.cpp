@@ -24,7 +24,7 @@ constexpr std::int64_t kExponentLimit = 1'000'000'000'000'000;
 struct Decimal {
     bool negative = false;
     std::u16string_view whole;     // the digits before the "."
-    std::u16string_view fraction;  // and behind it
+    std::u16string_view fraction;  // and after it
     std::int64_t point = 0;        // how many of all these digits stand before the shifted "."
 
     [[nodiscard]] std::size_t size() const { return whole.size() + fraction.size(); }
@@ -130,7 +130,7 @@ std::int64_t whole_part(const Decimal& decimal, std::int64_t limit) {
     return std::min(value, limit + 1);
 }
 
-// -1, 0, 1: the digits behind the point against one half.
+// -1, 0, 1: the digits after the point against one half.
 int compare_with_half(const Decimal& decimal) {
     if (decimal.point < 0) {
         return -1;

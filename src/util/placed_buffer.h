@@ -8,8 +8,9 @@
 namespace brindle {
 
 // A system copies from its pages to ours, and processors copy eight times slower when the target
-// lies a few bytes behind the source within their pages; large blocks of the heap begin sixteen
-// bytes behind a page. So the bytes get the place within a cache line that they have in the file.
+// lies a few bytes after the source within their pages; large blocks of the heap begin sixteen
+// bytes after a page begins. So the bytes get the place within a cache line that they have in the
+// file.
 class PlacedBuffer {
 public:
     PlacedBuffer() = default;

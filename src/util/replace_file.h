@@ -23,7 +23,7 @@ struct ReplaceOptions {
 // the old one: some systems do not give the name of an open file to another.
 //
 // At every instant the complete old file or the complete new one stands under the name. When
-// anything fails before that instant, no new file is left behind, the old one is untouched and the
+// anything fails before that instant, no new file is left, the old one is untouched and the
 // error is raised as it came. A symbolic link stays a link; what it names is replaced. A target
 // that is missing or may not be written is refused before anything is created. The new file has
 // the access rights of the old one (on Windows those of a new file).

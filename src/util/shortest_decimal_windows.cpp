@@ -11,7 +11,7 @@
 namespace brindle {
 namespace {
 
-constexpr int kMostDigits = 17;
+constexpr int kMaxDigits = 17;
 // From here on every double is a whole number.
 constexpr double kAllWhole = 9007199254740992.0;
 
@@ -63,7 +63,7 @@ Decimal neighbour(Decimal decimal, bool upwards) {
 }
 
 Decimal shortest(double value) {
-    for (int digits = 1; digits < kMostDigits; ++digits) {
+    for (int digits = 1; digits < kMaxDigits; ++digits) {
         Decimal nearest = rounded(value, digits);
         const double read = value_of(nearest);
         if (read == value) {
@@ -75,7 +75,7 @@ Decimal shortest(double value) {
             return other;
         }
     }
-    return rounded(value, kMostDigits);
+    return rounded(value, kMaxDigits);
 }
 
 std::string placed(const Decimal& decimal) {

@@ -13,17 +13,17 @@ bool has_wildcard(std::u16string_view pattern) noexcept {
 bool matches_wildcard(std::u16string_view pattern, std::u16string_view name) noexcept {
     std::size_t p = 0;
     std::size_t n = 0;
-    std::size_t behind_star = std::u16string_view::npos;
+    std::size_t after_star = std::u16string_view::npos;
     std::size_t star_end = 0;  // where in the name the run of that "*" ends
     while (n < name.size()) {
         if (p < pattern.size() && pattern[p] == u'*') {
-            behind_star = ++p;
+            after_star = ++p;
             star_end = n;
         } else if (p < pattern.size() && (pattern[p] == u'?' || pattern[p] == name[n])) {
             ++p;
             ++n;
-        } else if (behind_star != std::u16string_view::npos) {
-            p = behind_star;
+        } else if (after_star != std::u16string_view::npos) {
+            p = after_star;
             n = ++star_end;
         } else {
             return false;

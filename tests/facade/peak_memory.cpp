@@ -21,7 +21,7 @@ namespace {
 using brindle::test::Bytes;
 
 constexpr std::int64_t kLength = (std::int64_t{1} << 31) - 1;
-constexpr long kMostKibibytes = 8 * 1024;
+constexpr long kMaxKibibytes = 8 * 1024;
 
 // Its name; what is behind `start` takes no room on the disk.
 std::string make_file(const std::string& folder, const Bytes& start) {
@@ -63,7 +63,7 @@ bool opens_in_bounds(const char* title, const std::string& folder, const Bytes& 
     ::unlink(name.c_str());
     const long kibibytes = peak();
     std::printf("%s: %ld KiB%s\n", title, kibibytes, is_read ? "" : ", but not read");
-    return is_read && kibibytes > 0 && kibibytes < kMostKibibytes;
+    return is_read && kibibytes > 0 && kibibytes < kMaxKibibytes;
 }
 
 }  // namespace

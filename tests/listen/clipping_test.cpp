@@ -69,7 +69,7 @@ TEST(ClippedRuns, PlacesAreTheFirstOnly) {
         runs.add(run(8), 20 * times);
     }
     EXPECT_EQ(runs.count(), 20);
-    EXPECT_EQ(runs.places().size(), ClippedRuns::kMostPlaces);
+    EXPECT_EQ(runs.places().size(), ClippedRuns::kMaxPlaces);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace brindle::test {
 namespace {
 
 using host::LevelCurve;
-using host::Stretch;
+using host::TimeRange;
 
 constexpr double kLoud = 1;
 constexpr double kSoft = 0.01;
@@ -104,7 +104,7 @@ TEST(Loudest, LeavesOutWhereNobodyListened) {
 
 // --- silences
 
-using Stretches = std::vector<Stretch>;
+using Stretches = std::vector<TimeRange>;
 
 TEST(Quiet, IsLongerThanTheShortest) {
     LevelCurve curve;
@@ -114,7 +114,7 @@ TEST(Quiet, IsLongerThanTheShortest) {
     add(curve, 2'010, 0);
     add(curve, 1'000, kLoud);
     const auto quiet = curve.quiet(kSoft, {0, 7'010}, 2'000, 9);
-    EXPECT_EQ(quiet.stretches, (Stretches{{4'000, 6'010}}));
+    EXPECT_EQ(quiet.ranges, (Stretches{{4'000, 6'010}}));
     EXPECT_EQ(quiet.count, 1);
 }
 
@@ -123,8 +123,8 @@ TEST(Quiet, IsInsideOnly) {
     add(curve, 5'000, 0);
     add(curve, 1'000, kLoud);
     add(curve, 5'000, 0);
-    EXPECT_TRUE(curve.quiet(kSoft, {5'000, 6'000}, 2'000, 9).stretches.empty());
-    EXPECT_EQ(curve.quiet(kSoft, {0, 11'000}, 2'000, 9).stretches,
+    EXPECT_TRUE(curve.quiet(kSoft, {5'000, 6'000}, 2'000, 9).ranges.empty());
+    EXPECT_EQ(curve.quiet(kSoft, {0, 11'000}, 2'000, 9).ranges,
               (Stretches{{0, 5'000}, {6'000, 11'000}}));
 }
 
@@ -134,7 +134,7 @@ TEST(Quiet, IsNotWhereNobodyListened) {
     curve.skip(1'000);
     add(curve, 1'500, 0);
     EXPECT_EQ(curve.quiet(kSoft, {0, 13'000}, 2'000, 9).count, 0);
-    EXPECT_EQ(curve.quiet(kSoft, {0, 13'000}, 1'000, 9).stretches,
+    EXPECT_EQ(curve.quiet(kSoft, {0, 13'000}, 1'000, 9).ranges,
               (Stretches{{0, 1'500}, {11'500, 13'000}}));
 }
 
@@ -145,7 +145,7 @@ TEST(Quiet, ListIsBoundedAndTheCountIsNot) {
         add(curve, 10, kLoud);
     }
     const auto quiet = curve.quiet(kSoft, {0, 15'050}, 2'000, 3);
-    EXPECT_EQ(quiet.stretches.size(), 3U);
+    EXPECT_EQ(quiet.ranges.size(), 3U);
     EXPECT_EQ(quiet.count, 5);
 }
 
@@ -161,7 +161,7 @@ TEST(LongCurve, IsCoarserAndSaysTheSame) {
     add(curve, kTwoHours - 1'800'000, kLoud);
     add(curve, 10'000, kSoft);
     EXPECT_EQ(curve.last_fall(0.5), 2 * kTwoHours);
-    EXPECT_EQ(curve.quiet(kSoft / 2, {0, 2 * kTwoHours}, 2'000, 9).stretches,
+    EXPECT_EQ(curve.quiet(kSoft / 2, {0, 2 * kTwoHours}, 2'000, 9).ranges,
               (Stretches{{kTwoHours, kTwoHours + 1'800'000}}));
     EXPECT_NEAR(curve.loudest({kTwoHours - 12'000, kTwoHours}), kLoud, 1e-6);
     EXPECT_NEAR(curve.mean(), 0.875, 0.001);

@@ -22,7 +22,7 @@ using host::Listening;
 using host::ListenOptions;
 using host::MeterMode;
 using host::StreamFormat;
-using host::Stretch;
+using host::TimeRange;
 
 StreamFormat format(std::int32_t frequency, int channels = 2) {
     return {.layer = 3,
@@ -54,7 +54,7 @@ class SoundAtRate : public ::testing::TestWithParam<std::int32_t> {};
 TEST_P(SoundAtRate, IsFoundToTheMillisecond) {
     const Listening found = heard(Stereo(GetParam()).silence(1.2345).tone(2.3333, 0).silence(1));
     // 1,234.5 to 3,567.8 ms
-    EXPECT_EQ(found.sound, (std::optional(Stretch{1'234, 3'568})));
+    EXPECT_EQ(found.sound, (std::optional(TimeRange{1'234, 3'568})));
     EXPECT_TRUE(found.silences.empty());
     EXPECT_EQ(found.end, EndStyle::Cold);
     EXPECT_NEAR(static_cast<double>(found.next_start.value()), 3'567.8, 10);
@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(All, SoundAtRate,
                                            44'100, 48'000));
 
 TEST(Listener, SoundMayFillEverything) {
-    EXPECT_EQ(heard(Stereo().tone(3, -10)).sound, (std::optional(Stretch{0, 3'000})));
+    EXPECT_EQ(heard(Stereo().tone(3, -10)).sound, (std::optional(TimeRange{0, 3'000})));
 }
 
 // The tone of -20 dBFS is -20 LUFS; its threshold is at -60. White noise of -70 dB in both channels
@@ -73,30 +73,30 @@ TEST(Listener, SoundMayFillEverything) {
 TEST(Listener, NoiseFloorIsNoSound) {
     const Stereo floor = Stereo().noise(7, -70);
     const Listening found = heard(Stereo().silence(2).tone(3, -20).silence(2).under(floor));
-    EXPECT_EQ(found.sound, (std::optional(Stretch{2'000, 5'000})));
+    EXPECT_EQ(found.sound, (std::optional(TimeRange{2'000, 5'000})));
     const Stereo loud_floor = Stereo().noise(7, -58);
     EXPECT_EQ(heard(Stereo().silence(2).tone(3, -20).silence(2).under(loud_floor)).sound,
-              (std::optional(Stretch{0, 7'000})));
+              (std::optional(TimeRange{0, 7'000})));
 }
 
 // Levels are weighted over 10 ms; edges are those of the samples.
 TEST(Listener, EdgesAreSharpOverANoiseFloor) {
     const Stereo floor = Stereo().noise(7, -70);
     EXPECT_EQ(heard(Stereo().silence(2.0045).tone(3, -20).silence(1.9955).under(floor)).sound,
-              (std::optional(Stretch{2'004, 5'005})));
+              (std::optional(TimeRange{2'004, 5'005})));
 }
 
 // At 12 Hz and -55 dBFS; loudness hears 24 dB less of it.
 TEST(Listener, RumbleIsNoSound) {
     const Stereo rumble = Stereo().tone(7, -55, 12);
     EXPECT_EQ(heard(Stereo().silence(2).tone(3, -20).silence(2).under(rumble)).sound,
-              (std::optional(Stretch{2'000, 5'000})));
+              (std::optional(TimeRange{2'000, 5'000})));
 }
 
 TEST(Listener, RangeOfSoundIsAnOption) {
     const Stereo sound = Stereo().tone(2, -50).tone(3, -20).tone(2, -50);
-    EXPECT_EQ(heard(sound).sound, (std::optional(Stretch{0, 7'000})));
-    EXPECT_EQ(heard(sound, {.sound_range = 20}).sound, (std::optional(Stretch{2'000, 5'000})));
+    EXPECT_EQ(heard(sound).sound, (std::optional(TimeRange{0, 7'000})));
+    EXPECT_EQ(heard(sound, {.sound_range = 20}).sound, (std::optional(TimeRange{2'000, 5'000})));
 }
 
 TEST(Listener, FadeInBeginsAtItsThreshold) {
@@ -123,7 +123,7 @@ TEST(Listener, NothingAtAllHasNoPoints) {
 TEST(Listener, ShortSoundHasPoints) {
     const Listening found = heard(Stereo().silence(0.05).tone(0.2, -10).silence(0.05));
     EXPECT_EQ(found.loudness, std::nullopt);
-    EXPECT_EQ(found.sound, (std::optional(Stretch{50, 250})));
+    EXPECT_EQ(found.sound, (std::optional(TimeRange{50, 250})));
 }
 
 TEST(Listener, NoiseBelowTheGateIsNoSound) {
@@ -150,7 +150,7 @@ TEST(Listener, SilencesInsideAreLongerThanTwoSeconds) {
 TEST(Listener, LastWordsAfterMinutesOfSilenceAreTheEnd) {
     const Listening found =
         heard(Stereo(8'000).tone(60, -20).silence(300).tone(0.5, -30).silence(10));
-    EXPECT_EQ(found.sound, (std::optional(Stretch{0, 360'500})));
+    EXPECT_EQ(found.sound, (std::optional(TimeRange{0, 360'500})));
     EXPECT_EQ(found.silence_count, 1);
 }
 
@@ -287,7 +287,7 @@ TEST(Listener, ThresholdsMayComeFromOutside) {
     const Listening found = listener.conclude({}, -5);
     EXPECT_EQ(found.reference, host::Reference::ReplayGain);
     EXPECT_EQ(found.loudness, -5);
-    EXPECT_EQ(found.sound, (std::optional(Stretch{2'000, 5'000})));
+    EXPECT_EQ(found.sound, (std::optional(TimeRange{2'000, 5'000})));
 }
 
 // Blocks and frames do not divide each other.

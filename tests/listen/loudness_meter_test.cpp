@@ -62,7 +62,7 @@ TEST_P(IntegratedLoudness, IsThatOfTech3341) {
 
 TEST_P(IntegratedLoudness, IsTheSameWhenLevelsAreCountedOrTimeIsShort) {
     const auto& [name, sound, loudness] = GetParam();
-    constexpr std::int64_t kVeryLong = host::kMostExactBlocks + 1;
+    constexpr std::int64_t kVeryLong = host::kMaxExactBlocks + 1;
     const auto counted = measured(sound.samples(), 2, 48'000, MeterMode::Whole, kVeryLong);
     EXPECT_NEAR(counted.integrated().value(), loudness, 0.1);
     const auto quick = measured(sound.samples(), 2, 48'000, MeterMode::Quick);

@@ -13,7 +13,7 @@ namespace brindle::test {
 namespace {
 
 using host::SoundEdges;
-using host::Stretch;
+using host::TimeRange;
 
 constexpr std::int64_t kSmear = 5;  // ms
 constexpr double kSilent = -1'000;
@@ -28,19 +28,19 @@ SoundEdges edges(const std::vector<double>& levels) {
     return edges;
 }
 
-using Found = std::optional<Stretch>;
+using Found = std::optional<TimeRange>;
 
 TEST(SoundEdges, AreTheFirstAndTheLastMillisecondAtTheThreshold) {
     const SoundEdges found = edges({-90, -60, -52, -50, -48, -50, -52, -60, -90});
-    EXPECT_EQ(found.sound(-50.05, 0), Found(Stretch{3, 6}));
-    EXPECT_EQ(found.sound(-60.05, 0), Found(Stretch{1, 8}));
-    EXPECT_EQ(found.sound(-55, 0), Found(Stretch{2, 7}));
-    EXPECT_EQ(found.sound(-48.05, 0), Found(Stretch{4, 5}));
+    EXPECT_EQ(found.sound(-50.05, 0), Found(TimeRange{3, 6}));
+    EXPECT_EQ(found.sound(-60.05, 0), Found(TimeRange{1, 8}));
+    EXPECT_EQ(found.sound(-55, 0), Found(TimeRange{2, 7}));
+    EXPECT_EQ(found.sound(-48.05, 0), Found(TimeRange{4, 5}));
     EXPECT_EQ(found.sound(-40, 0), std::nullopt);
 }
 
 TEST(SoundEdges, SoftPlacesInBetweenDoNotMatter) {
-    EXPECT_EQ(edges({-10, kSilent, kSilent, -10}).sound(-50, kSmear), Found(Stretch{0, 4}));
+    EXPECT_EQ(edges({-10, kSilent, kSilent, -10}).sound(-50, kSmear), Found(TimeRange{0, 4}));
 }
 
 TEST(SoundEdges, ThereAreNoneOfNothing) {
@@ -50,11 +50,11 @@ TEST(SoundEdges, ThereAreNoneOfNothing) {
 
 // Below the lowest level that is kept all are one.
 TEST(SoundEdges, ThresholdMayBeLowerThanAnyLevel) {
-    EXPECT_EQ(edges({kSilent, -140, kSilent}).sound(-500, kSmear), Found(Stretch{1, 2}));
+    EXPECT_EQ(edges({kSilent, -140, kSilent}).sound(-500, kSmear), Found(TimeRange{1, 2}));
 }
 
 TEST(SoundEdges, LevelsMayBeFarAboveFullScale) {
-    EXPECT_EQ(edges({kSilent, 300, kSilent}).sound(-40, kSmear), Found(Stretch{1, 2}));
+    EXPECT_EQ(edges({kSilent, 300, kSilent}).sound(-40, kSmear), Found(TimeRange{1, 2}));
 }
 
 // --- what a coder spreads around a sound
@@ -84,7 +84,7 @@ TEST(SoundEdges, FallOfLessThanTenUnitsIsSound) {
 
 // Within a millisecond of each other a soft sound lies before the threshold already.
 TEST(SoundEdges, SteepEdgeStaysAboveTheThreshold) {
-    EXPECT_EQ(edges({-60, -45, -30, -45, -60}).sound(-50, kSmear), Found(Stretch{1, 3}));
+    EXPECT_EQ(edges({-60, -45, -30, -45, -60}).sound(-50, kSmear), Found(TimeRange{1, 3}));
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ struct Walked {
 };
 
 Walked walk(const Bytes& block, std::size_t offset, std::size_t left_of_file) {
-    const StreamFrames<kStreamMask> frames(header_bits(block.data() + offset));
+    const FrameLengthTable<kStreamMask> frames(header_bits(block.data() + offset));
     Walked walked{{}, offset, false};
     walked.goes_on = walk_block(block, left_of_file, frames, walked.stream, walked.offset);
     return walked;

@@ -301,7 +301,7 @@ TEST(FileWindow, NoMoreThanTheMostIsKept) {
     window.keep_from(0);
     for (std::int64_t offset = 0; offset < 700'000; offset += 1'000) {
         ASSERT_EQ(bytes_of(window.view(offset, 4)), file.slice(offset, 4));
-        ASSERT_LE(window.view_block(offset, 4).size(), FileWindow::kMostHeld);
+        ASSERT_LE(window.view_block(offset, 4).size(), FileWindow::kMaxHeld);
     }
     const std::uint32_t refills = window.refills();
     EXPECT_EQ(bytes_of(window.view(0, 4)), file.slice(0, 4));
@@ -471,7 +471,7 @@ RC_GTEST_PROP(FileWindow, AlwaysShowsTheBytesOfTheFile, ()) {
                 const Bytes block = bytes_of(window.view_block(offset, wanted));
                 RC_ASSERT(block == file.slice(offset, block.size()));
                 RC_ASSERT(block.size() >= file.slice(offset, wanted).size());
-                RC_ASSERT(block.size() <= FileWindow::kMostHeld);
+                RC_ASSERT(block.size() <= FileWindow::kMaxHeld);
                 break;
             }
             default:

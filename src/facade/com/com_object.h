@@ -9,7 +9,7 @@
 
 namespace brindle::com {
 
-// True when a pointer to Interface serves whoever asks for `iid`.
+// True when a pointer to Interface is what a caller asks for with `iid`.
 template <typename Interface>
 [[nodiscard]] bool answers_to(REFIID iid) noexcept {
     if (iid == __uuidof(Interface)) {

@@ -43,7 +43,7 @@ VARIANTARG reference(LONG& number) {
     return made;
 }
 
-// A sink's failure is its own affair; what it leaves behind is tidied up.
+// A sink's failure concerns no one else; the values that it leaves are freed.
 void call(IDispatch& sink, DISPID event, std::vector<VARIANTARG>& arguments) {
     DISPPARAMS passed{};
     passed.rgvarg = arguments.data();

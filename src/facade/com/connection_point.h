@@ -70,7 +70,7 @@ private:
     void raise(DISPID event, std::span<const VARIANTARG> arguments, AfterEach after_each);
 
     IConnectionPointContainer& container_;
-    // Replaced by every change, so that whoever goes through the old list is not disturbed.
+    // Replaced by every change, so that a loop over the old list is not disturbed.
     std::shared_ptr<const Sinks> sinks_ = std::make_shared<const Sinks>();
     DWORD last_cookie_ = 0;
 };

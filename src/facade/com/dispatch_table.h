@@ -25,7 +25,7 @@ struct Member {
 using Members = std::span<const Member>;
 
 // No member has more parameters.
-constexpr std::size_t kMostParameters = 4;
+constexpr std::size_t kMaxParameters = 4;
 
 [[nodiscard]] constexpr Member get(DISPID id, const wchar_t* name, VARTYPE result,
                                    std::span<const Parameter> parameters = {}) {

@@ -225,11 +225,14 @@ private:
         return run([&] { (header_.*property)(taken<std::remove_cvref_t<Value>>(value)); });
     }
 
+    // Texts have members of several types.
+    HRESULT let(void (cMPEGHeader::*property)(const String&), BSTR value) noexcept {
+        return run([&] { (header_.*property)(text_of(value)); });
+    }
+
     template <typename Value, typename In>
     static Value taken(In value) {
-        if constexpr (std::is_same_v<Value, String>) {
-            return text_of(value);
-        } else if constexpr (std::is_same_v<Value, bool>) {
+        if constexpr (std::is_same_v<Value, bool>) {
             return value != VARIANT_FALSE;
         } else {
             return static_cast<Value>(value);

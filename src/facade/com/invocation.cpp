@@ -17,7 +17,7 @@ namespace {
 // Those of IUnknown and IDispatch.
 constexpr std::size_t kInheritedFunctions = 7;
 
-using Arguments = std::array<std::optional<Argument>, kMostParameters>;
+using Arguments = std::array<std::optional<Argument>, kMaxParameters>;
 
 // Which parameter the host's argument at `place` is for.
 std::optional<std::size_t> parameter_of(const DISPPARAMS& given, UINT place, std::size_t count) {
@@ -78,8 +78,8 @@ void describe_failure(HRESULT number, EXCEPINFO& into) noexcept {
 
 HRESULT call(const Members& members, const Member& member, void* object, Arguments& arguments,
              const Invocation& invocation) {
-    std::array<VARTYPE, kMostParameters + 1> types{};
-    std::array<VARIANTARG*, kMostParameters + 1> values{};
+    std::array<VARTYPE, kMaxParameters + 1> types{};
+    std::array<VARIANTARG*, kMaxParameters + 1> values{};
     UINT count = 0;
     for (; count < member.parameters.size(); ++count) {
         types[count] = arguments[count]->type();
