@@ -1,13 +1,16 @@
 // brindle scan: a line for each file of a library, and a summary.
 #include <memory>
+#include <optional>
 
 #include <brindle/cMPEGHeader.h>
 #include <brindle/text.h>
 
 #include "batch/batch.h"
 #include "commands/command_line.h"
+#include "commands/csv_reader.h"
 #include "commands/scan_summary.h"
 #include "output/csv.h"
+#include "output/file_columns.h"
 #include "output/file_json.h"
 #include "output/printable_text.h"
 #include "output/standard_streams.h"
@@ -22,6 +25,8 @@ struct ScanOptions {
     BatchOptions batch;
     bool json = false;
     bool csv = false;
+    std::optional<std::string> columns;
+    TableForm form;
 };
 
 std::string padded(std::string text, std::size_t width) {
@@ -45,53 +50,96 @@ std::string scan_line(const std::string& name, const cMPEGHeader& header) {
            padded(tag_type_text(header.TagType()), kTags) + "  " + printable(name) + "\n";
 }
 
-std::string facts_of(const std::string& name, std::int64_t size, const cMPEGHeader& header,
-                     const ScanOptions& options) {
-    if (options.json) {
-        return file_json_line(name, size, header, FrameValues::LeftOut);
+std::vector<Column> columns_in(const std::string& list) {
+    std::vector<Column> columns;
+    try {
+        for (const std::string& title : CsvReader(list, kCsvComma).next()) {
+            const std::optional<Column> column = column_of(title);
+            if (!column) {
+                throw UsageError("--columns: there is no column '" + title + "'");
+            }
+            columns.push_back(*column);
+        }
+    } catch (const CsvError& error) {
+        throw UsageError(std::string("--columns: ") + error.what());
     }
-    return options.csv ? csv_row(name, header) : scan_line(name, header);
+    if (columns.empty()) {
+        throw UsageError("--columns: the list is empty");
+    }
+    return columns;
 }
 
-std::string failure_of(const std::string& name, const std::string& reason,
-                       const ScanOptions& options) {
-    if (options.json) {
-        return failure_json_line(name, reason);
-    }
-    return options.csv ? csv_failure(name, reason) : std::string();
-}
+class Scan {
+public:
+    explicit Scan(const ScanOptions& options)
+        : options_(options),
+          table_(options.columns ? columns_in(*options.columns) : all_columns(), options.form) {}
 
-Answer scan_file(const FoundName& found, const ScanOptions& options, ScanSummary& summary) {
-    Answer answer;
-    cMPEGHeader header;
-    answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
-    if (answer.error) {
-        answer.output = failure_of(found.name, *answer.error, options);
-    } else {
-        answer.output = facts_of(found.name, answer.bytes, header, options);
-        summary.add(header);
+    ExitStatus run() {
+        if (options_.csv) {
+            write_output(table_.csv_header());
+        }
+        const BatchOutcome outcome =
+            run_batch(options_.batch, [&](const FoundName& found) { return scan_file(found); });
+        if (!options_.batch.quiet || outcome.is_interrupted) {
+            // Programs read nothing but facts.
+            if (options_.json || options_.csv || options_.columns) {
+                write_note(summary_.text(outcome));
+            } else {
+                write_output(summary_.text(outcome));
+            }
+        }
+        return outcome.status();
     }
-    return answer;
-}
+
+private:
+    Answer scan_file(const FoundName& found) {
+        Answer answer;
+        cMPEGHeader header;
+        answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
+        if (answer.error) {
+            answer.output = text_of_failure(found.name, *answer.error);
+        } else {
+            answer.output = text_of(found.name, answer.bytes, header);
+            summary_.add(header);
+        }
+        return answer;
+    }
+
+    [[nodiscard]] std::string text_of(const std::string& name, std::int64_t size,
+                                      const cMPEGHeader& header) const {
+        if (options_.json) {
+            return file_json_line(name, size, header, FrameValues::LeftOut);
+        }
+        const TableFile file{name, &header, ""};
+        if (options_.csv) {
+            return table_.csv_row(file);
+        }
+        return options_.columns ? table_.line(file) : scan_line(name, header);
+    }
+
+    [[nodiscard]] std::string text_of_failure(const std::string& name,
+                                              const std::string& reason) const {
+        if (options_.json) {
+            return failure_json_line(name, reason);
+        }
+        return options_.csv ? table_.csv_row({name, nullptr, reason}) : std::string();
+    }
+
+    const ScanOptions& options_;
+    const FileTable table_;
+    ScanSummary summary_;
+};
 
 ExitStatus scan(const ScanOptions& options) {
-    if (options.csv) {
-        write_output(csv_header());
+    if (options.form.spreadsheet && !options.csv) {
+        throw UsageError("--spreadsheet is for --csv");
     }
-    ScanSummary summary;
-    const BatchOutcome outcome = run_batch(
-        options.batch, [&](const FoundName& found) { return scan_file(found, options, summary); });
-    if (!options.batch.quiet || outcome.is_interrupted) {
-        // Programs read nothing but facts.
-        if (options.json || options.csv) {
-            write_note(summary.text(outcome));
-        } else {
-            write_output(summary.text(outcome));
-        }
+    if (options.form.utf8_names && !options.csv) {
+        throw UsageError("--utf8-names is for --csv");
     }
-    return outcome.status();
+    return Scan(options).run();
 }
-
 }  // namespace
 
 void add_scan(CommandLine& program) {
@@ -103,6 +151,15 @@ void add_scan(CommandLine& program) {
                  "One JSON object a line and file, as show has it, without v2Tag");
     command.flag("--csv", options->csv, "Comma-separated values, with a header");
     command.exclusive("--csv", "--json");
+    command.text(
+        "--columns", "LIST", [options](const std::string& list) { options->columns = list; },
+        "These columns, with commas between them: file, error, keys of the JSON object, "
+        "field:NAME. Without --csv a line a file, with tabs between them");
+    command.exclusive("--columns", "--json");
+    command.flag("--spreadsheet", options->form.spreadsheet,
+                 "In CSV: a single quote before cells that a spreadsheet takes for a formula");
+    command.flag("--utf8-names", options->form.utf8_names,
+                 "In CSV: names of files as UTF-8, with escapes and a column file_escaped");
     command.batch(options->batch);
 }
 

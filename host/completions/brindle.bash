@@ -35,7 +35,9 @@ _brindle() {
             esac
             ;;
         strip) options="--v1 --v2 --all --dry-run --preserve --force" ;;
-        scan) options="--json --csv -0 --null --jobs --quiet" ;;
+        scan)
+            options="--json --csv --columns --spreadsheet --utf8-names -0 --null --jobs --quiet"
+            ;;
         check)
             options="--json --notes --only --ignore --fail-on -0 --null --jobs --quiet"
             ;;
@@ -48,6 +50,7 @@ _brindle() {
         *) return ;;
     esac
     case $command:$before in
+        scan:--columns) return ;;
         scan:--jobs | check:--jobs | listen:--jobs) return ;;
         listen:--reference | listen:--sound-range | listen:--overlap-range) return ;;
         time:--style)

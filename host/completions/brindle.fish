@@ -38,6 +38,9 @@ complete -c brindle -n '__fish_seen_subcommand_from strip' -l v2 -d 'The ID3v2 t
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l all -d 'Both'
 
 complete -c brindle -n '__fish_seen_subcommand_from scan listen' -l csv -d 'Comma-separated values'
+complete -c brindle -n '__fish_seen_subcommand_from scan' -x -l columns -d 'Only these columns'
+complete -c brindle -n '__fish_seen_subcommand_from scan' -l spreadsheet -d 'A quote before what looks like a formula'
+complete -c brindle -n '__fish_seen_subcommand_from scan' -l utf8-names -d 'Names of files as UTF-8 with escapes'
 complete -c brindle -n '__fish_seen_subcommand_from check' -l notes -d 'Print notes, too'
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l only -a 'warn bad' -d 'Files of this verdict or a worse one'
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l ignore -d 'Leave a reason out'

@@ -1,25 +1,20 @@
-// The facts of a file as a row of a table.
+// Comma-separated values by RFC 4180.
 #pragma once
 
 #include <string>
 
-#include <brindle/cMPEGHeader.h>
-
 namespace brindle::host {
 
-// One cell, in quotes where it needs them.
+// One cell, in quotes where it needs them: with a comma, a quote or a line end, and quotes inside
+// are doubled.
 [[nodiscard]] std::string csv_cell(const std::string& text);
 inline constexpr char kCsvComma = ',';
 inline constexpr const char* kCsvLineEnd = "\r\n";
 
-// Comma-separated values by RFC 4180: a header, then a row a file, each ended by CR and LF; a cell
-// with a comma, a quote or a line end is quoted, and quotes inside are doubled.
-//
-// The columns: "file", the keys of the JSON object of a file, "error". Of "v2Frames" the ids are
-// separated by blanks. Names of files keep their bytes.
-[[nodiscard]] std::string csv_header();
-[[nodiscard]] std::string csv_row(const std::string& name, const cMPEGHeader& header);
-// Nothing but name and error.
-[[nodiscard]] std::string csv_failure(const std::string& name, const std::string& reason);
+// Spreadsheets take a cell that begins with one of a few characters for a formula, and leave out a
+// single quote in front of it.
+[[nodiscard]] std::string for_spreadsheet(const std::string& text);
+// The text that for_spreadsheet() was given.
+[[nodiscard]] std::string from_spreadsheet(const std::string& cell);
 
 }  // namespace brindle::host
