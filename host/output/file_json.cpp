@@ -132,6 +132,8 @@ Json pictures(const TagFacts& facts) {
         object["mime_type"] = to_json(picture.mime_type);
         object["description"] = to_json(picture.description);
         object["bytes"] = picture.size;
+        object["width"] = picture.width != 0 ? Json(picture.width) : Json();
+        object["height"] = picture.height != 0 ? Json(picture.height) : Json();
         list.push_back(std::move(object));
     }
     return list;

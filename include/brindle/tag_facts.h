@@ -34,6 +34,9 @@ struct TagPicture {
     String mime_type;
     String description;
     std::int64_t size = 0;  // bytes of the image
+    // Where the image's own header tells (PNG, JPEG, GIF, BMP, WebP); 0 otherwise.
+    std::int32_t width = 0;
+    std::int32_t height = 0;
 };
 
 struct TagFacts {

@@ -6,10 +6,12 @@
 #include <utility>
 
 #include "id3v2/frame_fields.h"
+#include "id3v2/image_size.h"
 #include "id3v2/imported_frame.h"
 #include "id3v2/public_tag_reader.h"
 #include "id3v2/tag_layout.h"
 #include "id3v2/text_encoding.h"
+#include "util/file_content.h"
 
 namespace brindle {
 
@@ -150,10 +152,13 @@ private:
         constexpr std::size_t kMaxHead = 4'096;  // type and description come first
         const std::vector<std::uint8_t> content = frame.head(kMaxHead);
         FrameText read(frame.id(), content);
-        const std::int64_t size = frame.body.size() - frame.prefix;
+        const ByteRange image{frame.prefix + static_cast<std::int64_t>(read.data_begin),
+                              frame.body.size()};
+        ContentFile body(frame.body);
+        const ImageSize size = read_image_size(body, image).value_or(ImageSize());
         facts_.pictures.push_back({read.type, std::move(read.latin1_strings.front()),
-                                   std::move(read.strings.front()),
-                                   size - static_cast<std::int64_t>(read.data_begin)});
+                                   std::move(read.strings.front()), image.length(), size.width,
+                                   size.height});
     }
 
     BinaryFile& file_;

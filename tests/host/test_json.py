@@ -3,6 +3,7 @@
 import json
 import os
 import pathlib
+import subprocess
 
 import jsonschema
 import pytest
@@ -74,7 +75,27 @@ def test_tag_equals_what_mutagen_reads(tmp_path, shown, version, encoding, title
     assert of_tag["custom"] == {"Cue In": "200"}
     assert of_tag["lyrics"] == title * 3
     assert of_tag["pictures"] == [{"type": 3, "mime_type": "image/jpeg", "description": "front",
-                                   "bytes": len(COVER)}]
+                                   "bytes": len(COVER), "width": None, "height": None}]
+
+
+@pytest.mark.parametrize("encoder, ending", [
+    (["-c:v", "png"], "png"), (["-c:v", "mjpeg"], "jpg"), (["-c:v", "gif"], "gif"),
+    (["-c:v", "bmp"], "bmp"), (["-c:v", "libwebp"], "webp"),
+    (["-c:v", "libwebp", "-lossless", "1"], "webp")])
+@pytest.mark.parametrize("version", [3, 4])
+def test_picture_has_the_size_of_its_image(tmp_path, shown, encoder, ending, version):
+    image = tmp_path / f"cover.{ending}"
+    subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=size=302x208",
+                    "-frames:v", "1", *encoder, image], check=True)
+    path = tmp_path / "song.mp3"
+    path.write_bytes(AUDIO)
+    frames = ID3()
+    frames.add(APIC(encoding=0, mime="image/x", type=3, desc="a", data=image.read_bytes()))
+    frames.add(APIC(encoding=1, mime="", type=4, desc="b", data=b"no image"))
+    frames.save(path, v2_version=version, v1=0)
+    first, second = sorted(shown(path)["tag"]["pictures"], key=lambda picture: picture["type"])
+    assert (first["width"], first["height"]) == (302, 208)
+    assert (second["width"], second["height"]) == (None, None)
 
 
 def test_file_facts(tmp_path, shown):
