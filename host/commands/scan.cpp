@@ -3,19 +3,23 @@
 #include <optional>
 
 #include <brindle/cMPEGHeader.h>
+#include <brindle/error.h>
 #include <brindle/text.h>
 
 #include "batch/batch.h"
 #include "commands/command_line.h"
 #include "commands/csv_reader.h"
 #include "commands/scan_summary.h"
+#include "output/audio_hash.h"
 #include "output/csv.h"
 #include "output/file_columns.h"
 #include "output/file_json.h"
 #include "output/printable_text.h"
 #include "output/standard_streams.h"
 #include "output/stream_text.h"
+#include "system/file_change.h"
 #include "system/input_file.h"
+#include "system/sha256.h"
 
 namespace brindle::host {
 
@@ -26,6 +30,7 @@ struct ScanOptions {
     bool json = false;
     bool csv = false;
     std::optional<std::string> columns;
+    bool hash = false;
     TableForm form;
 };
 
@@ -35,7 +40,9 @@ std::string padded(std::string text, std::size_t width) {
 }
 
 // Names have any length, so they come last.
-std::string scan_line(const std::string& name, const cMPEGHeader& header) {
+std::string scan_line(const std::string& name, const cMPEGHeader& header,
+                      const std::optional<std::string>& hash) {
+    constexpr std::size_t kHash = 64;
     constexpr std::size_t kTime = 9;
     constexpr std::size_t kRate = 14;
     constexpr std::size_t kTags = 15;
@@ -46,7 +53,9 @@ std::string scan_line(const std::string& name, const cMPEGHeader& header) {
         rate =
             std::to_string(kilobits_per_second(header)) + " kbit/s" + (header.VBR() ? " VBR" : "");
     }
-    return padded(time, kTime) + "  " + padded(rate, kRate) + "  " +
+    const std::string beginning =
+        hash ? padded(hash->empty() ? "-" : *hash, kHash) + "  " : std::string();
+    return beginning + padded(time, kTime) + "  " + padded(rate, kRate) + "  " +
            padded(tag_type_text(header.TagType()), kTags) + "  " + printable(name) + "\n";
 }
 
@@ -69,13 +78,27 @@ std::vector<Column> columns_in(const std::string& list) {
     return columns;
 }
 
+std::vector<Column> columns_for(const ScanOptions& options) {
+    std::vector<Column> columns = options.columns ? columns_in(*options.columns) : all_columns();
+    if (options.hash) {
+        add_hash_column(columns);
+    }
+    return columns;
+}
+
 class Scan {
 public:
     explicit Scan(const ScanOptions& options)
         : options_(options),
-          table_(options.columns ? columns_in(*options.columns) : all_columns(), options.form) {}
+          columns_(columns_for(options)),
+          table_(columns_, options.form),
+          hashes_(options.hash || has_hash_column(columns_)) {}
 
     ExitStatus run() {
+        if (const auto reason = reason_against_hashing(); hashes_ && reason) {
+            write_error("scan --hash: " + *reason);
+            return ExitStatus::WrongUsage;
+        }
         if (options_.csv) {
             write_output(table_.csv_header());
         }
@@ -97,25 +120,34 @@ private:
         Answer answer;
         cMPEGHeader header;
         answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
+        std::optional<std::string> hash;
+        if (hashes_ && !answer.error) {
+            try {
+                hash = audio_hash(found.name, header);
+            } catch (const Error& error) {
+                answer.error = reason_of(error);
+            }
+        }
         if (answer.error) {
             answer.output = text_of_failure(found.name, *answer.error);
         } else {
-            answer.output = text_of(found.name, answer.bytes, header);
+            answer.output = text_of(found.name, answer.bytes, header, hash);
             summary_.add(header);
         }
         return answer;
     }
 
     [[nodiscard]] std::string text_of(const std::string& name, std::int64_t size,
-                                      const cMPEGHeader& header) const {
+                                      const cMPEGHeader& header,
+                                      const std::optional<std::string>& hash) const {
         if (options_.json) {
-            return file_json_line(name, size, header, FrameValues::LeftOut);
+            return file_json_line(name, size, header, FrameValues::LeftOut, hash);
         }
-        const TableFile file{name, &header, ""};
+        const TableFile file{name, &header, hash.value_or("")};
         if (options_.csv) {
             return table_.csv_row(file);
         }
-        return options_.columns ? table_.line(file) : scan_line(name, header);
+        return options_.columns ? table_.line(file) : scan_line(name, header, hash);
     }
 
     [[nodiscard]] std::string text_of_failure(const std::string& name,
@@ -123,11 +155,13 @@ private:
         if (options_.json) {
             return failure_json_line(name, reason);
         }
-        return options_.csv ? table_.csv_row({name, nullptr, reason}) : std::string();
+        return options_.csv ? table_.csv_row({.name = name, .error = reason}) : std::string();
     }
 
     const ScanOptions& options_;
+    const std::vector<Column> columns_;
     const FileTable table_;
+    const bool hashes_;
     ScanSummary summary_;
 };
 
@@ -154,8 +188,10 @@ void add_scan(CommandLine& program) {
     command.text(
         "--columns", "LIST", [options](const std::string& list) { options->columns = list; },
         "These columns, with commas between them: file, error, keys of the JSON object, "
-        "field:NAME. Without --csv a line a file, with tabs between them");
+        "audio_sha256, field:NAME. Without --csv a line a file, with tabs between them");
     command.exclusive("--columns", "--json");
+    command.flag("--hash", options->hash,
+                 "Also SHA-256 of the audio, which is the same whatever the tags say");
     command.flag("--spreadsheet", options->form.spreadsheet,
                  "In CSV: a single quote before cells that a spreadsheet takes for a formula");
     command.flag("--utf8-names", options->form.utf8_names,

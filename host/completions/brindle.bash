@@ -36,7 +36,8 @@ _brindle() {
             ;;
         strip) options="--v1 --v2 --all --dry-run --preserve --force" ;;
         scan)
-            options="--json --csv --columns --spreadsheet --utf8-names -0 --null --jobs --quiet"
+            options="--json --csv --columns --hash --spreadsheet --utf8-names -0 --null --jobs
+                --quiet"
             ;;
         check)
             options="--json --notes --only --ignore --fail-on -0 --null --jobs --quiet"

@@ -39,6 +39,7 @@ complete -c brindle -n '__fish_seen_subcommand_from strip' -l all -d 'Both'
 
 complete -c brindle -n '__fish_seen_subcommand_from scan listen' -l csv -d 'Comma-separated values'
 complete -c brindle -n '__fish_seen_subcommand_from scan' -x -l columns -d 'Only these columns'
+complete -c brindle -n '__fish_seen_subcommand_from scan' -l hash -d 'Also SHA-256 of the audio'
 complete -c brindle -n '__fish_seen_subcommand_from scan' -l spreadsheet -d 'A quote before what looks like a formula'
 complete -c brindle -n '__fish_seen_subcommand_from scan' -l utf8-names -d 'Names of files as UTF-8 with escapes'
 complete -c brindle -n '__fish_seen_subcommand_from check' -l notes -d 'Print notes, too'

@@ -18,6 +18,7 @@ namespace {
 
 constexpr const char* kName = "file";
 constexpr const char* kIsNameEscaped = "file_escaped";
+constexpr const char* kAudioHash = "audio_sha256";
 constexpr const char* kError = "error";
 constexpr std::string_view kCustomPrefix = "field:";
 
@@ -60,6 +61,8 @@ std::string Column::title() const {
             return field->key;
         case ColumnKind::CustomField:
             return std::string(kCustomPrefix) + to_utf8(custom_name);
+        case ColumnKind::AudioHash:
+            return kAudioHash;
         case ColumnKind::Error:
             break;
     }
@@ -76,6 +79,8 @@ std::string Column::text(const TableFile& file) const {
             return file.header != nullptr ? field_text(*field, *file.header) : "";
         case ColumnKind::CustomField:
             return file.header != nullptr ? custom_text(custom_name, *file.header) : "";
+        case ColumnKind::AudioHash:
+            return file.audio_hash;
         case ColumnKind::Error:
             break;
     }
@@ -85,6 +90,9 @@ std::string Column::text(const TableFile& file) const {
 std::optional<Column> column_of(const std::string& title) {
     if (title == kName) {
         return Column{.kind = ColumnKind::Name};
+    }
+    if (title == kAudioHash) {
+        return Column{.kind = ColumnKind::AudioHash};
     }
     if (title == kError) {
         return Column{.kind = ColumnKind::Error};
@@ -109,6 +117,19 @@ std::vector<Column> all_columns() {
     }
     columns.push_back({.kind = ColumnKind::Error});
     return columns;
+}
+
+bool has_hash_column(const std::vector<Column>& columns) {
+    return std::any_of(columns.begin(), columns.end(),
+                       [](const Column& column) { return column.kind == ColumnKind::AudioHash; });
+}
+
+void add_hash_column(std::vector<Column>& columns) {
+    if (has_hash_column(columns)) {
+        return;
+    }
+    const bool ends_with_error = !columns.empty() && columns.back().kind == ColumnKind::Error;
+    columns.insert(columns.end() - (ends_with_error ? 1 : 0), {.kind = ColumnKind::AudioHash});
 }
 
 FileTable::FileTable(const std::vector<Column>& columns, const TableForm& form) : form_(form) {

@@ -15,6 +15,7 @@ namespace brindle::host {
 struct TableFile {
     std::string name;
     const cMPEGHeader* header = nullptr;  // none for one that failed
+    std::string audio_hash = {};
     std::string error = {};
 };
 
@@ -23,6 +24,7 @@ enum class ColumnKind {
     IsNameEscaped,
     Field,
     CustomField,
+    AudioHash,
     Error,
 };
 
@@ -36,11 +38,14 @@ struct Column {
     [[nodiscard]] std::string text(const TableFile& file) const;
 };
 
-// "file", "error", the key of a field, or "field:NAME" for a user-defined one. Nothing for any
-// other text.
+// "file", "audio_sha256", "error", the key of a field, or "field:NAME" for a user-defined one.
+// Nothing for any other text.
 [[nodiscard]] std::optional<Column> column_of(const std::string& title);
 // "file", the keys of the JSON object of a file, "error".
 [[nodiscard]] std::vector<Column> all_columns();
+// Adds that of the audio's hash before "error", or at the end, where it is not there yet.
+void add_hash_column(std::vector<Column>& columns);
+[[nodiscard]] bool has_hash_column(const std::vector<Column>& columns);
 
 struct TableForm {
     bool utf8_names = false;   // "file" by escaped_name(), with a column that says so

@@ -207,12 +207,15 @@ Json file_object(const std::string& name, std::int64_t size, const cMPEGHeader& 
 }  // namespace
 
 std::string file_json_line(const std::string& name, std::int64_t size, const cMPEGHeader& header,
-                           FrameValues values) {
+                           FrameValues values, const std::optional<std::string>& audio_hash) {
     const TagFacts facts = facts_of(header);
     Json object = hosts_object(header, values);
     object["schema"] = kJsonSchema;
     object["tag"] = tag_object(facts);
     object["file_facts"] = file_object(name, size, header, facts);
+    if (audio_hash) {
+        object["file_facts"]["audio_sha256"] = audio_hash->empty() ? Json() : Json(*audio_hash);
+    }
     return json_line(name, object);
 }
 

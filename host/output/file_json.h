@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include <brindle/cMPEGHeader.h>
@@ -12,9 +13,11 @@ enum class FrameValues { Shown, LeftOut };
 
 // The fields as hosts read them under the names of the automation interface, then "schema", "tag"
 // and "file_facts": the tag and the file as they are. "v2Tag", which may be left out, maps the id
-// of each frame to the list of its values.
-[[nodiscard]] std::string file_json_line(const std::string& name, std::int64_t size,
-                                         const cMPEGHeader& header, FrameValues values);
+// of each frame to the list of its values. The audio's hash is among the facts of the file where
+// one is given; "" is that of a file without audio.
+[[nodiscard]] std::string file_json_line(
+    const std::string& name, std::int64_t size, const cMPEGHeader& header, FrameValues values,
+    const std::optional<std::string>& audio_hash = std::nullopt);
 
 // For a file that could not be read: its name and "error".
 [[nodiscard]] std::string failure_json_line(const std::string& name, const std::string& reason);

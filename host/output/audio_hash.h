@@ -1,0 +1,15 @@
+// What tells equal audio, whatever the tags say.
+#pragma once
+
+#include <string>
+
+#include <brindle/cMPEGHeader.h>
+
+namespace brindle::host {
+
+// SHA-256 of all frames that walk_frames() finds, the encoder's header frame and a last frame that
+// is cut included, without what stands between them. "" without a stream.
+// Errors: those of opening and reading.
+[[nodiscard]] std::string audio_hash(const std::string& name, const cMPEGHeader& header);
+
+}  // namespace brindle::host
