@@ -1,9 +1,10 @@
 #include <array>
 #include <stdexcept>
 
-// clang-format off: the second needs the first
-#include <bcrypt.h>
+// bcrypt.h needs windows.h.
+// clang-format off
 #include <windows.h>
+#include <bcrypt.h>
 // clang-format on
 
 #include "system/hexadecimal.h"
