@@ -13,6 +13,7 @@
 #include "fields.h"
 #include "output/json_values.h"
 #include "output/printable_text.h"
+#include "output/stream_text.h"
 
 namespace brindle::host {
 
@@ -200,6 +201,13 @@ Edit edit_of(const Field& field, const Variant& value) {
     return edit;
 }
 
+ShownValue shown_custom_field(const String& name) {
+    return {"Field " + in_quotes(name), [name](const cMPEGHeader& header) {
+                return header.CustomFieldExists(name) ? json_text(header.CustomFieldRetrieve(name))
+                                                      : std::string("null");
+            }};
+}
+
 Edit custom_field(const GivenText& given) {
     const std::string option = "--field";
     const std::size_t equals = given.text.find('=');
@@ -214,11 +222,7 @@ Edit custom_field(const GivenText& given) {
     const String name = from_utf8(given.text.substr(0, equals));
     const String value = from_utf8(given.text.substr(equals + 1));
     Edit edit;
-    edit.shown.label = "Field " + in_quotes(name);
-    edit.shown.text = [name](const cMPEGHeader& header) {
-        return header.CustomFieldExists(name) ? json_text(header.CustomFieldRetrieve(name))
-                                              : std::string("null");
-    };
+    edit.shown = shown_custom_field(name);
     edit.assign = [name, value](cMPEGHeader& header) {
         header.CustomFieldAdd(name, Variant(value));
     };
@@ -226,6 +230,58 @@ Edit custom_field(const GivenText& given) {
     edit.version2_id = kVersion2CustomFrame;
     edit.field_name = name;
     return edit;
+}
+
+// Empties a field of the ID3v1 record, where there is one.
+void empty_record_field(const Field& field, cMPEGHeader& header) {
+    if (has_id3v1(header)) {
+        field.access.set(header, field.access.type == FieldType::Text ? Variant(String())
+                                                                      : Variant(std::int32_t{0}));
+    }
+}
+
+Edit removal_of(const Field& field) {
+    Edit edit = edit_of(field, Variant());
+    const Field* in_record = field.record_option != nullptr ? &field_of(field.record_option)
+                             : field.is_in_record()         ? &field
+                                                            : nullptr;
+    edit.assign = [in_record, &field](cMPEGHeader& header) {
+        const bool is_joined = !field.is_in_record() && !header.Writev1v2Separate();
+        if (in_record != nullptr && (field.is_in_record() || is_joined)) {
+            empty_record_field(*in_record, header);
+        }
+    };
+    edit.removes = true;
+    return edit;
+}
+
+Edit removal_of_custom_field(const String& name) {
+    Edit edit;
+    edit.shown = shown_custom_field(name);
+    edit.assign = [](cMPEGHeader&) {};
+    edit.frame_id = kCustomFrame;
+    edit.version2_id = kVersion2CustomFrame;
+    edit.field_name = name;
+    edit.removes = true;
+    return edit;
+}
+
+// `title`, `cue-in` or `field:Show`
+Edit removal(const std::string& name) {
+    constexpr std::string_view kCustomPrefix = "field:";
+    if (name.starts_with(kCustomPrefix) && name.size() > kCustomPrefix.size()) {
+        return removal_of_custom_field(from_utf8(name.substr(kCustomPrefix.size())));
+    }
+    for (const Field& field : all_fields()) {
+        if (field.option != nullptr && "--" + name == field.option) {
+            return removal_of(field);
+        }
+    }
+    refuse("--remove", "there is no field '" + name + "'");
+}
+
+bool is_same_field(const Edit& one, const Edit& other) {
+    return one.shown.label == other.shown.label;
 }
 
 // `--no-opener`
@@ -253,6 +309,9 @@ void EditOptions::add_to(CommandOptions& command) {
     }
     command.texts("--field", "NAME=VALUE", custom_fields_,
                   "Custom field; may be given several times");
+    command.texts("--remove", "NAME", removed_,
+                  "Take a field out: the name of its option, such as cue-in, or field:NAME; may be "
+                  "given several times");
 }
 
 std::vector<Edit> EditOptions::edits(bool unicode) const {
@@ -272,6 +331,15 @@ std::vector<Edit> EditOptions::edits(bool unicode) const {
     }
     for (const std::string& field : custom_fields_) {
         edits.push_back(custom_field({field, unicode}));
+    }
+    const std::size_t set_count = edits.size();
+    for (const std::string& name : removed_) {
+        edits.push_back(removal(name));
+        const Edit& last = edits.back();
+        if (std::any_of(edits.begin(), edits.begin() + static_cast<std::ptrdiff_t>(set_count),
+                        [&](const Edit& edit) { return is_same_field(edit, last); })) {
+            refuse("--remove", "'" + name + "' is set, too");
+        }
     }
     return edits;
 }

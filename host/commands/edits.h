@@ -29,6 +29,8 @@ struct Edit {
     String frame_id;
     String version2_id;
     String field_name;
+    // It takes the frames out of the tag; what it assigns is the field of the ID3v1 record.
+    bool removes = false;
 };
 
 // All values that the edits change, each once.
@@ -37,7 +39,7 @@ struct Edit {
 
 class EditOptions {
 public:
-    // The options of the fields, and --field. They refer to this object.
+    // The options of the fields, --field and --remove. They refer to this object.
     void add_to(CommandOptions& command);
     // In the order in which they are assigned. Raises UsageError for a value that is none, and
     // unless `unicode` is set for text that the code page of hosts does not hold.
@@ -48,6 +50,7 @@ private:
     std::map<std::string, std::string> values_;
     std::map<std::string, bool> flags_;
     std::vector<std::string> custom_fields_;
+    std::vector<std::string> removed_;
 };
 
 }  // namespace brindle::host

@@ -12,7 +12,7 @@ namespace {
 
 ExitStatus set(const SetOptions& options) {
     if (options.edits.empty()) {
-        throw UsageError("A value to set is required");
+        throw UsageError("A value to set or remove is required");
     }
     const auto set_file = options.host_form ? set_in_host_form : set_with_editor;
     return for_each_file(options.files,
@@ -49,6 +49,7 @@ void add_set(CommandLine& program) {
     command.flag("--host-form", options->host_form,
                  "Write all frames anew, in the form in which hosts save them");
     command.exclusive("--host-form", "--unicode");
+    command.exclusive("--host-form", "--remove");
     command.files(options->files);
 }
 

@@ -83,7 +83,7 @@ public:
         for (const Edit& edit : options_.edits) {
             edit.assign(header_);
         }
-        TagEdit edit(header_, {.unicode = options_.unicode});
+        TagEdit edit(header_, {.unicode = options_.unicode, .removed = removed_fields()});
         if (edit.plan().refusal) {
             return reason_of(*edit.plan().refusal);
         }
@@ -103,6 +103,16 @@ public:
 private:
     [[nodiscard]] std::vector<ShownValue> shown_values() const {
         return values_changed_by(options_.edits, options_.separate);
+    }
+
+    [[nodiscard]] std::vector<FieldName> removed_fields() const {
+        std::vector<FieldName> fields;
+        for (const Edit& edit : options_.edits) {
+            if (edit.removes && !edit.frame_id.empty()) {
+                fields.push_back({edit.frame_id, edit.field_name});
+            }
+        }
+        return fields;
     }
 
     [[nodiscard]] SaveWay way(const EditPlan& plan) const {
@@ -131,6 +141,9 @@ private:
 
     // Hosts or other programs will read what was given; the line tells what the others read.
     [[nodiscard]] bool is_read_back(const Edit& edit, const Reading& promise) const {
+        if (edit.removes) {
+            return true;  // what is gone has nothing to be read
+        }
         if (edit.frame_id.empty() || promise.of_hosts(edit.shown) == edit.shown.text(header_)) {
             return true;
         }
@@ -198,6 +211,9 @@ private:
             return "";
         }
         const std::optional<String> text = reading.of_documents(*edit);
+        if (edit->removes && text == String()) {
+            return "";
+        }
         const bool is_other = text && (*text != reading.frame_text_of_hosts(*edit) ||
                                        reading.of_hosts(value) != value.text(header_));
         return is_other ? " (other programs read " + in_quotes(*text) + ")" : "";
@@ -238,7 +254,9 @@ private:
 
     [[nodiscard]] bool edits_record() const {
         return std::any_of(options_.edits.begin(), options_.edits.end(), [&](const Edit& edit) {
-            return edit.frame_id.empty() || (edit.shown_in_record && !options_.separate);
+            const bool is_in_record =
+                edit.frame_id.empty() || (edit.shown_in_record && !options_.separate);
+            return is_in_record && (had_record_ || !edit.removes);
         });
     }
 

@@ -26,7 +26,7 @@ _brindle() {
             options="--title --artist --album --year --track --genre --comment --composer
                 --publisher --copyright --url --cue-in --intro --outro --sectone --speed --volume
                 --opener --no-opener --category --category-level --end-style --no-fade --agency
-                --account-exec --copy --v1-title --v1-artist --v1-year --v1-comment --field
+                --account-exec --copy --v1-title --v1-artist --v1-year --v1-comment --field --remove
                 --separate --dry-run --preserve --force --atomic --unicode --host-form"
             case $before in
                 --opener | --no-opener | --separate | --dry-run | --preserve | --force | --atomic) ;;

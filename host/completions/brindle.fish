@@ -20,7 +20,8 @@ complete -c brindle -n '__fish_seen_subcommand_from show scan check listen' -l j
 
 for option in title artist album year track genre comment composer publisher copyright url cue-in \
         intro outro sectone speed volume category category-level end-style no-fade agency \
-        account-exec copy v1-title v1-artist v1-year v1-comment field
+        account-exec copy v1-title v1-artist v1-year v1-comment field \
+        remove
     complete -c brindle -n '__fish_seen_subcommand_from set' -x -l $option
 end
 complete -c brindle -n '__fish_seen_subcommand_from set' -l opener -d 'It is an opener'

@@ -88,6 +88,8 @@ std::string fate_text(FrameFate fate) {
             return "Would be replaced";
         case FrameFate::Lost:
             return "Would be lost";
+        case FrameFate::Removed:
+            return "Would be removed";
     }
     return {};
 }

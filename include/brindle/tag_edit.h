@@ -25,6 +25,8 @@
 //   UTF-16 with a byte order mark. Of the recording time (TDRC) year, date and time (TYER, TDAT,
 //   TIME) are made where there are none. Frames of version 2.2 get the ids of 2.3.
 // - The frames of a second tag directly after the first join it.
+// - A field that is to be removed goes with all frames that a value for it would take the place of.
+//   Where there are none, and nothing else was set, the tag stays as it is.
 // - The ID3v1 record is written only where the host has set one of its fields.
 // - Where nothing but the record was set, the tag stays as it is.
 //
@@ -53,6 +55,7 @@ enum class FrameFate {
     Converted,  // in the form of version 2.3; the same value
     Changed,    // replaced by a value that was set
     Lost,       // see EditLoss
+    Removed,    // as EditOptions asks
 };
 
 // What the documents' own rules make unreadable.
@@ -92,10 +95,18 @@ struct EditPlan {
     [[nodiscard]] BRINDLE_EXPORT std::vector<EditedFrame> losses() const;
 };
 
+// A field of the tag: the id of its frame in version 2.3, and of user-defined text (TXXX) its name.
+struct FieldName {
+    String id;
+    String custom_name = {};
+};
+
 struct EditOptions {
     // Values that the code page of hosts does not hold are written as UTF-16, which other programs
     // read; otherwise each such character is written as "?".
     bool unicode = false;
+    // Fields to take out of the tag. One that was set as well is written.
+    std::vector<FieldName> removed = {};
 };
 
 // One edit of the file that is open in a header. The header must live as long; what is set in it

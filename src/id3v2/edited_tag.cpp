@@ -132,6 +132,12 @@ public:
             }
         }
         placed_.resize(fields.size());
+        for (const FieldName& field : options.removed) {
+            std::string id;
+            std::transform(field.id.begin(), field.id.end(), std::back_inserter(id),
+                           [](char16_t unit) { return static_cast<char>(narrow(unit)); });
+            removed_.emplace(std::move(id), field.custom_name);
+        }
     }
 
     void read(const ByteRange& area) {
@@ -164,6 +170,8 @@ public:
     }
 
 private:
+    using Key = std::pair<std::string, String>;  // id, name
+
     EditedFrame& planned(const Entry& entry) { return plan_.frames[entry.place]; }
 
     void lose(EditedFrame frame, EditLoss loss) {
@@ -215,21 +223,31 @@ private:
         }
     }
 
-    // Finds the field that replaces the frame.
+    // Finds the field that replaces the frame, or whose frames are to go.
     void match(Entry& entry, Bytes head) {
         const String& name = planned(entry).name;
         std::optional<String> hosts_name;
+        std::vector<Key> keys;
         if (entry.id == kCustomId) {
             hosts_name = name_for_hosts(head);
-            entry.field = find_field(entry.id, name);
-            if (!entry.field && hosts_name) {
-                entry.field = find_field(entry.id, *hosts_name);
+            keys.emplace_back(entry.id, name);
+            if (hosts_name) {
+                keys.emplace_back(entry.id, *hosts_name);
             }
         } else if (!has_description(entry.id) || is_without_description(head)) {
-            entry.field = find_field(entry.id == kRecordingTime ? kYear : entry.id, {});
+            keys.emplace_back(entry.id == kRecordingTime ? kYear : entry.id, String());
+        }
+        for (const Key& key : keys) {
+            entry.field = entry.field ? entry.field : find_field(key.first, key.second);
         }
         if (entry.field) {
             return replace(entry);
+        }
+        if (std::any_of(keys.begin(), keys.end(),
+                        [this](const Key& key) { return removed_.contains(key); })) {
+            planned(entry).fate = FrameFate::Removed;
+            entry.is_dropped = true;
+            return;
         }
         if (entry.id == kCustomId) {
             if (folded_names_.contains(folded(name))) {
@@ -259,7 +277,8 @@ private:
     // Programs of version 2.3 look for the parts.
     void split_recording_time() {
         const auto whole = std::find_if(entries_.begin(), entries_.end(), [](const Entry& entry) {
-            return entry.id == kRecordingTime && entry.version == kNewestVersion && !entry.field;
+            return entry.id == kRecordingTime && entry.version == kNewestVersion && !entry.field &&
+                   !entry.is_dropped;
         });
         if (whole == entries_.end() || find_field(kYear, {})) {
             return;
@@ -347,6 +366,7 @@ private:
     std::span<const EditedField> fields_;
     EditPlan& plan_;
     std::map<std::pair<std::string_view, std::u16string_view>, std::size_t> field_of_key_;
+    std::set<Key> removed_;
     std::set<String> folded_names_;
     std::vector<ByteVector> frames_;  // of the fields
     std::vector<bool> placed_;        // of the fields: they have a place among the entries

@@ -7,6 +7,7 @@
 
 #include <brindle/text.h>
 
+#include "id3v2/custom_field_names.h"
 #include "id3v2/custom_fields.h"
 #include "id3v2/tag_layout.h"
 #include "id3v2/text_encoding.h"
@@ -69,6 +70,10 @@ ByteVector with_header(std::string_view id, std::span<const std::uint8_t> body) 
 
 bool has_description(std::string_view id) noexcept {
     return id == "COMM" || id == "USLT" || id == "TXXX";
+}
+
+EditedField saved_stamp() {
+    return {"TXXX", kSavedStampName, kSavedStampName + kSeparator + kSavedStampValue};
 }
 
 std::vector<std::uint8_t> frame_of(const EditedField& field, bool unicode) {

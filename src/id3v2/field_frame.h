@@ -15,6 +15,9 @@ struct EditedField {
     String held;         // what the component would write after an encoding byte
 };
 
+// What every saved tag bears.
+[[nodiscard]] EditedField saved_stamp();
+
 // Header and body. Text that the code page does not hold becomes UTF-16 if `unicode` is set.
 [[nodiscard]] std::vector<std::uint8_t> frame_of(const EditedField& field, bool unicode);
 

@@ -24,6 +24,11 @@ namespace brindle {
 FileEdit::FileEdit(FileToEdit file, const FindAccepted& find_accepted, const cMP3ID3v1& record,
                    std::vector<EditedField> fields, const EditOptions& options)
     : subject_(std::move(file)), fields_(std::move(fields)), options_(options) {
+    only_removes_ = fields_.empty() && !options_.removed.empty();
+    if (only_removes_) {
+        // Every edit leaves it, and a tag needs a frame.
+        fields_.push_back(saved_stamp());
+    }
     as_writer([&] {
         plan_step(plan_.refusal, [&] {
             require_addressable_length(subject_.state.length);
@@ -60,6 +65,11 @@ void FileEdit::plan_tag(const FindAccepted& find_accepted) {
     }
     const FileContent tag = tag_of(edited_frames(
         *subject_.file, window, old_tag.value_or(ByteRange()), fields_, options_, plan_));
+    if (only_removes_ && removes_nothing()) {
+        fields_.clear();
+        plan_ = EditPlan();
+        return;
+    }
     plan_.needed_length = tag.size();
     lay_out_tag(old_tag, tag);
     require_tag_length(layout_.tag.size());
@@ -67,6 +77,11 @@ void FileEdit::plan_tag(const FindAccepted& find_accepted) {
     patches_ = layout_.keeps_length ? patches_in_place() : std::vector<Patch>();
     plan_.fits = layout_.keeps_length && patches_;
     plan_.loses_stream = loses_stream(subject_.environment, subject_.name, layout_, accepted);
+}
+
+bool FileEdit::removes_nothing() const {
+    return std::none_of(plan_.frames.begin(), plan_.frames.end(),
+                        [](const EditedFrame& frame) { return frame.fate == FrameFate::Removed; });
 }
 
 // What is no part of the old tag stays: in its place where the new tag fits into the old one's,

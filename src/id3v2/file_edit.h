@@ -38,7 +38,8 @@ using FindAccepted = std::function<std::optional<AcceptedFrame>(FileWindow& file
 
 class FileEdit {
 public:
-    // Without fields the tag stays as it is. `record` is written where the host has set some of it.
+    // Without fields, and without any frame to remove, the tag stays as it is. `record` is written
+    // where the host has set some of it.
     FileEdit(FileToEdit file, const FindAccepted& find_accepted, const cMP3ID3v1& record,
              std::vector<EditedField> fields, const EditOptions& options);
 
@@ -60,6 +61,7 @@ private:
 
     void plan_record(const cMP3ID3v1& record);
     void plan_tag(const FindAccepted& find_accepted);
+    [[nodiscard]] bool removes_nothing() const;
     void lay_out_tag(const std::optional<ByteRange>& old_tag, const FileContent& tag);
     // Nothing where too much would have to be held in memory.
     [[nodiscard]] std::optional<std::vector<Patch>> patches_in_place() const;
@@ -68,6 +70,7 @@ private:
     FileToEdit subject_;
     std::vector<EditedField> fields_;
     EditOptions options_;
+    bool only_removes_ = false;
     EditPlan plan_;
     Id3v1Change record_;
     FileContent old_content_;  // with the new record

@@ -243,8 +243,7 @@ std::vector<EditedField> TagContents::edited_fields() const {
         std::any_of(set_values_.begin(), set_values_.end(),
                     [](const SetValue& value) { return value.custom_name == kSavedStampName; });
     if (!fields.empty() && !has_stamp) {
-        add({String(kCustomFrame), kSavedStampName,
-             custom_frame(kSavedStampName, kSavedStampValue)});
+        fields.push_back(saved_stamp());
     }
     return fields;
 }

@@ -80,7 +80,8 @@ Words labels(const std::vector<TagFrame>& frames) {
 Words fates(const EditPlan& plan) {
     Words words;
     for (const EditedFrame& frame : plan.frames) {
-        constexpr std::string_view kFates[] = {"kept", "moved", "converted", "changed", "lost"};
+        constexpr std::string_view kFates[] = {"kept",    "moved", "converted",
+                                               "changed", "lost",  "removed"};
         words.push_back(label(frame) + " " +
                         std::string(kFates[static_cast<std::size_t>(frame.fate)]));
     }
@@ -206,6 +207,88 @@ TEST_P(TagEdits, ShowBeforeWhatHostsWillRead) {
 
 INSTANTIATE_TEST_SUITE_P(, TagEdits, ::testing::ValuesIn(edit_cases()),
                          [](const auto& instance) { return instance.param.name; });
+
+// --- What is removed
+
+struct RemovalCase {
+    const char* name;
+    Bytes tag;
+    FieldName removed;
+    Words frames;  // afterwards
+};
+
+void PrintTo(const RemovalCase& removal_case, std::ostream* out) {
+    *out << removal_case.name;
+}
+
+std::vector<RemovalCase> removal_cases() {
+    const std::string stamp(kStamp);
+    const std::string album("TALB=\0A"sv);
+    return {
+        // clang-format off
+        {"EveryFrameOfTheId", Tag(3).text("TIT2", "1").text("TALB", "A").text("TIT2", "2").bytes(), {u"TIT2"}, {album, stamp}},
+        {"TheOnlyFrame", Tag(3).text("TIT2", "1").padding(99).bytes(), {u"TIT2"}, {stamp}},
+        {"UserTextOfTheName", Tag(3).field("Show", "1").field("Other", "2").field("Show", "3").bytes(), {u"TXXX", u"Show"}, {std::string("TXXX=\0Other\0002"sv), stamp}},
+        {"UserTextInUtf16", Tag(3).frame("TXXX", "\1\xFF\xFE\x41\0\0\0\xFF\xFE\x37\0"sv).text("TALB", "A").bytes(), {u"TXXX", u"A"}, {album, stamp}},
+        {"UserTextOfAnotherCaseStays", Tag(3).field("SHOW", "1").field("Show", "2").bytes(), {u"TXXX", u"Show"}, {std::string("TXXX=\0SHOW\0001"sv), stamp}},
+        {"CommentWithoutDescription", Tag(3).comment("eng", "x", "1").comment("deu", "", "2").lyrics("eng", "", "3").bytes(), {u"COMM"}, {std::string("COMM=\0engx\0001"sv), std::string("USLT=\0eng\0003"sv), stamp}},
+        {"YearAndRecordingTime", Tag(4).text("TDRC", "2003-05-06").text("TALB", "A").text("TYER", "2003").bytes(), {u"TYER"}, {album, stamp}},
+        {"OfVersion2", Tag(2).text("TT2", "Old").text("TAL", "A").bytes(), {u"TIT2"}, {album, stamp}},
+        {"Link", Tag(3).frame("WOAR", "http://a"sv).text("TALB", "A").bytes(), {u"WOAR"}, {album, stamp}},
+        // clang-format on
+    };
+}
+
+class TagRemovals : public ::testing::TestWithParam<RemovalCase> {};
+
+TEST_P(TagRemovals, TakeOutWhatWasAskedForAndNothingElse) {
+    OpenedFile file(GetParam().tag + long_audio());
+    const EditPlan plan = file.edit({.removed = {GetParam().removed}});
+    EXPECT_THAT(plan.losses(), IsEmpty());
+    EXPECT_EQ(frames_of(file.content()), GetParam().frames);
+    EXPECT_EQ(file.content().last(long_audio().size()), long_audio());
+    const Bytes once = file.content();
+    EXPECT_TRUE(file.edit({.removed = {GetParam().removed}}).changes_nothing);
+    EXPECT_EQ(file.content(), once);
+}
+
+INSTANTIATE_TEST_SUITE_P(, TagRemovals, ::testing::ValuesIn(removal_cases()),
+                         [](const auto& instance) { return instance.param.name; });
+
+TEST(TagRemoval, OfWhatIsNotThereLeavesTheTagAlone) {
+    const Bytes content = Tag(4).utf8_text("TALB", "A").padding(50).bytes() + long_audio();
+    OpenedFile file(content);
+    const EditPlan plan = file.edit({.removed = {{u"TIT2"}, {u"TXXX", u"Show"}}});
+    EXPECT_TRUE(plan.changes_nothing);
+    EXPECT_EQ(plan.needed_length, 0);
+    EXPECT_EQ(file.content(), content);
+}
+
+TEST(TagRemoval, FromAFileWithoutATagWritesNone) {
+    OpenedFile file(long_audio());
+    EXPECT_TRUE(file.edit({.removed = {{u"TIT2"}}}).changes_nothing);
+    EXPECT_EQ(file.content(), long_audio());
+}
+
+TEST(TagRemoval, BesideAValueThatIsSet) {
+    OpenedFile file(Tag(3).text("TIT2", "Old").text("TALB", "A").field("Show", "1").bytes() +
+                    long_audio());
+    file.header.Song(u"New");
+    const EditPlan plan = file.edit({.removed = {{u"TALB"}, {u"TXXX", u"Show"}, {u"TIT2"}}});
+    EXPECT_THAT(fates(plan), ElementsAre("TIT2:1 changed", "TALB:1 removed", "TXXX:1 removed"));
+    EXPECT_EQ(frames_of(file.content()), (Words{title(), std::string(kStamp)}));
+}
+
+TEST(TagRemoval, IsSeenInThePreview) {
+    OpenedFile file(Tag(3).text("TIT2", "Old").text("TALB", "A").padding(99) + long_audio());
+    MemoryEnvironment elsewhere;
+    cMPEGHeader preview(elsewhere.environment);
+    const TagEdit edit(file.header, {.removed = {{u"TALB"}}});
+    edit.preview(preview);
+    EXPECT_EQ(preview.Album(), u"");
+    EXPECT_EQ(preview.Title(), u"Old");
+    EXPECT_EQ(edit.facts().text(u"TALB"), std::nullopt);
+}
 
 // --- What the plan tells
 

@@ -12,7 +12,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 COMPLETIONS = ROOT / "host" / "completions"
 
 # Options of `set` that assign no field of the table.
-OTHER_OPTIONS = {"-h", "--help", "--version", "--field", "--separate", "--dry-run", "--preserve",
+OTHER_OPTIONS = {"-h", "--help", "--version", "--field", "--remove", "--separate", "--dry-run", "--preserve",
                  "--force", "--atomic", "--unicode", "--host-form"}
 
 SETTABLE_ROW = re.compile(r'^    \{(\d+),\s*"(\w+)",\s*"(--[a-z0-9-]+)",\s*"([^"]+)",\s*"([^"]+)",',
