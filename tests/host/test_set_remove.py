@@ -28,18 +28,18 @@ def song(tmp_path):
     return path
 
 
-ALL = {"TIT2", "TPE1", "TALB", "TDRC", "WOAR", "COMM::eng", "COMM:kept:eng", "TXXX:Cue In",
+ALL = {"TIT2", "TPE1", "TALB", "TDRC", "WOAR:http://a", "COMM::eng", "COMM:kept:eng", "TXXX:Cue In",
        "TXXX:Show"}
 
 
 def frames_of(path):
-    return set(ID3(path, translate=False)) - {STAMP, "TYER", "TDAT"}
+    return set(ID3(path, translate=False, load_v1=False)) - {STAMP, "TYER", "TDAT"}
 
 
 @pytest.mark.parametrize("names, gone", [
     (["album"], {"TALB"}),
     (["title"], {"TIT2"}),
-    (["url"], {"WOAR"}),
+    (["url"], {"WOAR:http://a"}),
     (["comment"], {"COMM::eng"}),
     (["cue-in"], {"TXXX:Cue In"}),
     (["field:Cue In"], {"TXXX:Cue In"}),
@@ -59,7 +59,7 @@ def test_field_is_gone_and_all_others_stay(brindle, song, names, gone):
 
 def test_year_goes_with_the_recording_time(brindle, song):
     assert brindle("set", "--remove", "year", "song.mp3").returncode == 0
-    assert not {"TDRC", "TYER"} & set(ID3(song, translate=False))
+    assert not {"TDRC", "TYER"} & set(ID3(song, translate=False, load_v1=False))
     assert b"1998" not in song.read_bytes()[-128:]
 
 
@@ -116,7 +116,7 @@ def test_dry_run_tells(brindle, song):
     (["--remove", "field:"], "--remove: there is no field 'field:'"),
     (["--remove", "title", "--title", "x"], "--remove: 'title' is set, too"),
     (["--remove", "field:A", "--field", "A=1"], "--remove: 'field:A' is set, too"),
-    (["--remove", "title", "--host-form"], "--host-form excludes --remove"),
+    (["--remove", "title", "--host-form"], "--remove excludes --host-form"),
     ([], "A value to set or remove is required"),
 ])
 def test_usage(brindle, song, arguments, message):
