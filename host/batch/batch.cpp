@@ -10,7 +10,6 @@
 #include <thread>
 #include <utility>
 
-#include "batch/name_source.h"
 #include "batch/progress_bar.h"
 #include "output/standard_streams.h"
 #include "system/interruption.h"
@@ -28,7 +27,7 @@ class Batch {
 public:
     Batch(const BatchOptions& options, const Job& job)
         : job_(job),
-          names_(options.paths, options.null_separated),
+          names_(options),
           progress_(!options.quiet && is_terminal(Stream::Error), options.paths) {}
 
     BatchOutcome run(unsigned jobs) {

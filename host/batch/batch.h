@@ -7,16 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "batch/folder_walk.h"
+#include "batch/name_source.h"
 #include "system/exit_status.h"
 
 namespace brindle::host {
 
 inline constexpr unsigned kMaxJobs = 256;
 
-struct BatchOptions {
-    std::vector<std::string> paths;
-    bool null_separated = false;
+struct BatchOptions : PathOptions {
     bool quiet = false;
     unsigned jobs = 0;  // 0: one a processor
 };

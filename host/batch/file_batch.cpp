@@ -1,12 +1,21 @@
 #include "batch/file_batch.h"
 
+#include <algorithm>
+#include <iterator>
 #include <new>
+#include <system_error>
+#include <vector>
 
 #include <brindle/error.h>
 
+#include "batch/folder_walk.h"
+#include "output/printable_text.h"
 #include "output/standard_streams.h"
 #include "system/file_change.h"
+#include "system/file_path.h"
 #include "system/interruption.h"
+#include "system/process.h"
+#include "system/terminal.h"
 
 namespace brindle::host {
 
@@ -23,25 +32,80 @@ std::optional<std::string> outcome_of(const FileStep& step, const std::string& n
     }
 }
 
+bool is_folder(const std::string& path) {
+    std::error_code error;
+    return path != kStandardInput && std::filesystem::is_directory(path_of(path), error);
+}
+
+std::size_t count_files(const std::vector<std::string>& folders) {
+    std::size_t count = 0;
+    for (const std::string& folder : folders) {
+        FolderWalk walk(folder);
+        while (walk.next()) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+bool is_yes(std::string answer) {
+    while (!answer.empty() && (answer.back() == '\n' || answer.back() == '\r')) {
+        answer.pop_back();
+    }
+    return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+// `3 of 12 files`, or `3 files` where nobody knows how many there are.
+std::string progress(std::size_t done, const PathOptions& options) {
+    const bool is_counted = std::none_of(
+        options.paths.begin(), options.paths.end(),
+        [](const std::string& path) { return path == kStandardInput || is_folder(path); });
+    return std::to_string(done) +
+           (is_counted ? " of " + std::to_string(options.paths.size()) : "") + " files";
+}
+
 }  // namespace
 
-ExitStatus for_each_file(const std::vector<std::string>& names, const FileStep& step) {
+Consent ask_for_folders(const ChangeOptions& options) {
+    std::vector<std::string> folders;
+    std::copy_if(options.paths.begin(), options.paths.end(), std::back_inserter(folders),
+                 is_folder);
+    if (folders.empty() || options.yes || options.dry_run) {
+        return Consent::Given;
+    }
+    if (!can_ask()) {
+        return Consent::NobodyToAsk;
+    }
+    constexpr std::size_t kLongestAnswer = 256;
+    write_note("Change " + std::to_string(count_files(folders)) + " files in " +
+               comma_list(folders, [](const std::string& folder) { return printable(folder); }) +
+               "? [y/N] ");
+    std::string answer;
+    const bool has_failed = read_input(answer, kLongestAnswer).has_value();
+    return !has_failed && is_yes(answer) ? Consent::Given : Consent::Refused;
+}
+
+ExitStatus for_each_file(const ChangeOptions& options, const FileStep& step) {
     watch_for_interruption(SecondSignal::Ignored);
+    NameSource names(options,
+                     options.yes || options.dry_run ? NamedFolders::Walked : NamedFolders::Refused);
     std::size_t done = 0;
     std::size_t failed = 0;
-    for (const std::string& name : names) {
-        if (is_interrupted()) {
+    while (!is_interrupted()) {
+        const std::optional<FoundName> found = names.next();
+        if (!found) {
             break;
         }
-        if (const std::optional<std::string> reason = outcome_of(step, name)) {
+        const auto reason = found->failure ? found->failure : outcome_of(step, found->name);
+        if (reason) {
             ++failed;
-            write_error(name, *reason);
+            write_error(found->name, *reason);
         }
         ++done;
     }
     if (is_interrupted()) {
-        write_error("interrupted after " + std::to_string(done) + " of " +
-                    std::to_string(names.size()) + " files, " + std::to_string(failed) + " failed");
+        write_error("interrupted after " + progress(done, options) + ", " + std::to_string(failed) +
+                    " failed");
         return interrupted_status();
     }
     return failed > 0 ? ExitStatus::SomeFileFailed : ExitStatus::AllFine;

@@ -4,8 +4,8 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
+#include "batch/name_source.h"
 #include "system/exit_status.h"
 
 namespace brindle::host {
@@ -13,8 +13,18 @@ namespace brindle::host {
 // What is done to each file; the answer is why it failed, or nothing.
 using FileStep = std::function<std::optional<std::string>(const std::string& name)>;
 
+struct ChangeOptions : PathOptions {
+    bool yes = false;      // changes files in folders without asking
+    bool dry_run = false;  // changes nothing
+};
+
+// Whether the files in folders among the paths may be changed: a person at the terminal is asked.
+enum class Consent { Given, Refused, NobodyToAsk };
+[[nodiscard]] Consent ask_for_folders(const ChangeOptions& options);
+
 // A file that fails does not stop the others. SIGINT does: the file at hand is finished, the rest
-// is not touched, and the number of files done is printed.
-[[nodiscard]] ExitStatus for_each_file(const std::vector<std::string>& names, const FileStep& step);
+// is not touched, and the number of files done is printed. Folders are entered without asking, but
+// those that standard input names need `yes`.
+[[nodiscard]] ExitStatus for_each_file(const ChangeOptions& options, const FileStep& step);
 
 }  // namespace brindle::host

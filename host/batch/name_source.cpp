@@ -58,8 +58,8 @@ bool NameInput::fill() {
     return !block_.empty();
 }
 
-NameSource::NameSource(std::vector<std::string> paths, bool null_separated)
-    : paths_(std::move(paths)), null_separated_(null_separated) {}
+NameSource::NameSource(PathOptions options, NamedFolders folders)
+    : options_(std::move(options)), folders_(folders) {}
 
 std::optional<FoundName> NameSource::next() {
     while (true) {
@@ -76,14 +76,14 @@ std::optional<FoundName> NameSource::next() {
                 input_.reset();
                 continue;
             }
-        } else if (next_path_ == paths_.size()) {
+        } else if (next_path_ == options_.paths.size()) {
             return std::nullopt;
-        } else if (paths_[next_path_] == kStandardInput) {
+        } else if (options_.paths[next_path_] == kStandardInput) {
             ++next_path_;
-            input_.emplace(null_separated_);
+            input_.emplace(options_.null_separated);
             continue;
         } else {
-            found = FoundName{std::move(paths_[next_path_])};
+            found = FoundName{std::move(options_.paths[next_path_])};
             ++next_path_;
         }
         if (auto file = enter(*std::move(found))) {
@@ -95,6 +95,10 @@ std::optional<FoundName> NameSource::next() {
 std::optional<FoundName> NameSource::enter(FoundName found) {
     std::error_code error;
     if (!found.failure && std::filesystem::is_directory(path_of(found.name), error)) {
+        if (input_ && folders_ == NamedFolders::Refused) {
+            found.failure = "Is a folder; --yes changes all files in it";
+            return found;
+        }
         folder_.emplace(found.name);
         return std::nullopt;
     }

@@ -37,11 +37,19 @@ private:
 // The path that means the names from standard input.
 inline constexpr const char* kStandardInput = "-";
 
+struct PathOptions {
+    std::vector<std::string> paths;
+    bool null_separated = false;  // names from standard input end with a NUL
+};
+
+// What is done with a folder among the names from standard input.
+enum class NamedFolders { Walked, Refused };
+
 // One name after the other: of each path in turn, and of the names from standard input, the file or
 // all files below the folder. A path that is a link to a folder stands for the folder.
 class NameSource {
 public:
-    NameSource(std::vector<std::string> paths, bool null_separated);
+    explicit NameSource(PathOptions options, NamedFolders folders = NamedFolders::Walked);
 
     [[nodiscard]] std::optional<FoundName> next();
 
@@ -49,9 +57,9 @@ private:
     // The name of a file; none when a folder is entered.
     std::optional<FoundName> enter(FoundName found);
 
-    std::vector<std::string> paths_;
+    PathOptions options_;
+    NamedFolders folders_;
     std::size_t next_path_ = 0;
-    bool null_separated_;
     std::optional<NameInput> input_;
     std::optional<FolderWalk> folder_;
 };

@@ -64,7 +64,7 @@ void ProgressBar::draw() {
 }
 
 void ProgressBar::count(const std::vector<std::string>& paths) {
-    NameSource names(paths, false);
+    NameSource names({paths});
     while (const auto found = names.next()) {
         if (is_ending_) {
             return;

@@ -77,6 +77,19 @@ CLI::Option* add_texts(CLI::App& app, const std::string& name, std::vector<std::
 
 }  // namespace
 
+ExitStatus change_files(const ChangeOptions& options, const FileStep& step) {
+    switch (ask_for_folders(options)) {
+        case Consent::Given:
+            break;
+        case Consent::Refused:
+            write_error("nothing was changed");
+            return ExitStatus::SomeFileFailed;
+        case Consent::NobodyToAsk:
+            throw UsageError("Changing all files in a folder takes --yes");
+    }
+    return for_each_file(options, step);
+}
+
 void CommandOptions::flag(const std::string& names, bool& value, const std::string& help,
                           bool takes_value) {
     CLI::Option* flag = app_.add_flag(names, value, help);
@@ -164,19 +177,24 @@ void CommandOptions::operands(const std::string& name, std::vector<std::string>&
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
-void CommandOptions::files(std::vector<std::string>& values) {
-    operands("FILE", values,
-             "Files whose names end in mp3 or mp2; after -- they may begin with a dash");
+void CommandOptions::paths(PathOptions& options) {
+    flag("-0,--null", options.null_separated,
+         "Names from standard input end with a NUL, not with the line");
+    operands("PATH", options.paths, "Files, folders, and - for names from standard input");
+}
+
+void CommandOptions::changed_paths(ChangeOptions& options, const std::string& help_of_dry_run) {
+    flag("--dry-run", options.dry_run, help_of_dry_run);
+    flag("--yes", options.yes, "Change all files in folders without asking");
+    paths(options);
 }
 
 void CommandOptions::batch(BatchOptions& options) {
-    flag("-0,--null", options.null_separated,
-         "Names from standard input end with a NUL, not with the line");
     app_.add_option("--jobs", options.jobs, "Files looked at at once; one a processor otherwise")
         ->type_name("N")
         ->check(CLI::Range(1U, kMaxJobs).description(""));
     flag("--quiet", options.quiet, "No progress bar and no summary");
-    operands("PATH", options.paths, "Files, folders, and - for names from standard input");
+    paths(options);
 }
 
 void CommandOptions::explanation(const std::string& text) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "batch/batch.h"
+#include "batch/file_batch.h"
 #include "system/exit_status.h"
 
 // A source that includes CLI11 takes twelve seconds to compile, so command_line.cpp alone does.
@@ -16,6 +17,10 @@ class App;
 }
 
 namespace brindle::host {
+
+// Does each file; asks before if there are folders among them. Raises UsageError when that would
+// take --yes.
+[[nodiscard]] ExitStatus change_files(const ChangeOptions& options, const FileStep& step);
 
 // The command that the command line asks for, ready to run.
 using Command = std::function<ExitStatus()>;
@@ -66,9 +71,11 @@ public:
     // At least one, each taken letter for letter. After `--` they may begin with "-".
     void operands(const std::string& name, std::vector<std::string>& values,
                   const std::string& help);
-    // The operands FILE of commands that take files one by one.
-    void files(std::vector<std::string>& values);
-    // The options of commands that take folders, and their operands PATH.
+    // The operands PATH, and the option that belongs to names from standard input.
+    void paths(PathOptions& options);
+    // The same of commands that change files, with --yes and --dry-run.
+    void changed_paths(ChangeOptions& options, const std::string& help_of_dry_run);
+    // The same of commands that do several files at once.
     void batch(BatchOptions& options);
 
     // Stands in the help before the example.

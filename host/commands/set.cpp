@@ -1,7 +1,6 @@
 // brindle set: assigns values and saves.
 #include <memory>
 
-#include "batch/file_batch.h"
 #include "commands/command_line.h"
 #include "commands/edits.h"
 #include "commands/set_file.h"
@@ -15,8 +14,7 @@ ExitStatus set(const SetOptions& options) {
         throw UsageError("A value to set or remove is required");
     }
     const auto set_file = options.host_form ? set_in_host_form : set_with_editor;
-    return for_each_file(options.files,
-                         [&](const std::string& name) { return set_file(name, options); });
+    return change_files(options, [&](const std::string& name) { return set_file(name, options); });
 }
 
 }  // namespace
@@ -35,8 +33,6 @@ void add_set(CommandLine& program) {
     edits->add_to(command);
     command.flag("--separate", options->separate,
                  "Title, artist and year leave the ID3v1 record alone");
-    command.flag("--dry-run", options->dry_run,
-                 "Show old and new values and what a save would do; touch nothing");
     command.flag("--preserve", options->preserve, "Keep the modification time");
     command.flag("--force", options->force,
                  "Save also when frames would be lost, or hosts would find no stream afterwards");
@@ -50,7 +46,8 @@ void add_set(CommandLine& program) {
                  "Write all frames anew, in the form in which hosts save them");
     command.exclusive("--host-form", "--unicode");
     command.exclusive("--host-form", "--remove");
-    command.files(options->files);
+    command.changed_paths(*options,
+                          "Show old and new values and what a save would do; touch nothing");
 }
 
 }  // namespace brindle::host

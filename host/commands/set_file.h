@@ -5,20 +5,19 @@
 #include <string>
 #include <vector>
 
+#include "batch/file_batch.h"
 #include "commands/edits.h"
 
 namespace brindle::host {
 
-struct SetOptions {
+struct SetOptions : ChangeOptions {
     std::vector<Edit> edits;
     bool separate = false;
-    bool dry_run = false;
     bool preserve = false;
     bool force = false;
     bool atomic = false;
     bool unicode = false;
     bool host_form = false;
-    std::vector<std::string> files;
 };
 
 // Sets values of one file and leaves all other frames as they stand.

@@ -4,6 +4,7 @@
 
 #include <brindle/cMPEGHeader.h>
 
+#include "batch/name_source.h"
 #include "commands/command_line.h"
 #include "output/file_json.h"
 #include "output/file_report.h"
@@ -14,18 +15,20 @@ namespace brindle::host {
 
 namespace {
 
-struct ShowOptions {
+struct ShowOptions : PathOptions {
     bool json = false;
-    std::vector<std::string> files;
 };
 
 ExitStatus show(const ShowOptions& options) {
     ExitStatus status = ExitStatus::AllFine;
     bool blank_line = false;
-    for (const std::string& name : options.files) {
+    NameSource names(options);
+    while (const std::optional<FoundName> found = names.next()) {
+        const std::string& name = found->name;
         cMPEGHeader header;
         std::int64_t size = 0;
-        if (const std::optional<std::string> reason = open_file(header, name, size)) {
+        const auto reason = found->failure ? found->failure : open_file(header, name, size);
+        if (reason) {
             status = ExitStatus::SomeFileFailed;
             write_error(name, *reason);
             if (options.json) {
@@ -50,7 +53,7 @@ void add_show(CommandLine& program) {
         "brindle show --json jingle.mp3 spot.mp3", [options] { return show(*options); });
     command.flag("--json", options->json,
                  "One JSON object a line and file, with every value in full", true);
-    command.files(options->files);
+    command.paths(*options);
 }
 
 }  // namespace brindle::host

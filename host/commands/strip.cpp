@@ -6,7 +6,6 @@
 #include <brindle/cMPEGHeader.h>
 #include <brindle/save_plan.h>
 
-#include "batch/file_batch.h"
 #include "commands/command_line.h"
 #include "output/printable_text.h"
 #include "output/save_text.h"
@@ -18,14 +17,12 @@ namespace brindle::host {
 
 namespace {
 
-struct StripOptions {
+struct StripOptions : ChangeOptions {
     bool v1 = false;
     bool v2 = false;
     bool all = false;
-    bool dry_run = false;
     bool preserve = false;
     bool force = false;
-    std::vector<std::string> files;
 
     [[nodiscard]] eTagType tags() const {
         return all ? v1andv2TagsBothPresent : v1 ? v1TagOnly : v2TagOnly;
@@ -89,8 +86,8 @@ std::optional<std::string> strip_file(const std::string& name, const StripOption
 }
 
 ExitStatus strip(const StripOptions& options) {
-    return for_each_file(options.files,
-                         [&](const std::string& name) { return strip_file(name, options); });
+    return change_files(options,
+                        [&](const std::string& name) { return strip_file(name, options); });
 }
 
 }  // namespace
@@ -104,11 +101,10 @@ void add_strip(CommandLine& program) {
     tags.flag("--v1", options->v1, "The ID3v1 record at the end");
     tags.flag("--v2", options->v2, "The ID3v2 tag at the start");
     tags.flag("--all", options->all, "Both");
-    command.flag("--dry-run", options->dry_run, "Show what would go; touch nothing");
     command.flag("--preserve", options->preserve, "Keep the modification time");
     command.flag("--force", options->force,
                  "Strip also when hosts would find no stream afterwards");
-    command.files(options->files);
+    command.changed_paths(*options, "Show what would go; touch nothing");
 }
 
 }  // namespace brindle::host

@@ -21,20 +21,21 @@ _brindle() {
         return
     fi
     case $command in
-        show) options="--json" ;;
+        show) options="--json -0 --null" ;;
         set)
             options="--title --artist --album --year --track --genre --comment --composer
                 --publisher --copyright --url --cue-in --intro --outro --sectone --speed --volume
                 --opener --no-opener --category --category-level --end-style --no-fade --agency
                 --account-exec --copy --v1-title --v1-artist --v1-year --v1-comment --field --remove
-                --separate --dry-run --preserve --force --atomic --unicode --host-form"
+                --separate --dry-run --preserve --force --atomic --unicode --host-form
+                --yes -0 --null"
             case $before in
                 --opener | --no-opener | --separate | --dry-run | --preserve | --force | --atomic) ;;
-                --unicode | --host-form) ;;
+                --unicode | --host-form | --yes | --null) ;;
                 --*) return ;; # a value, which nobody can guess
             esac
             ;;
-        strip) options="--v1 --v2 --all --dry-run --preserve --force" ;;
+        strip) options="--v1 --v2 --all --dry-run --preserve --force --yes -0 --null" ;;
         scan)
             options="--json --csv --columns --hash --spreadsheet --utf8-names -0 --null --jobs
                 --quiet"

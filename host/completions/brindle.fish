@@ -34,6 +34,8 @@ complete -c brindle -n '__fish_seen_subcommand_from set strip' -l force -d 'Also
 complete -c brindle -n '__fish_seen_subcommand_from set strip' -l dry-run -d 'Touch nothing'
 complete -c brindle -n '__fish_seen_subcommand_from set strip' -l preserve -d 'Keep the modification time'
 
+complete -c brindle -n '__fish_seen_subcommand_from set strip' -l yes -d 'Change files in folders without asking'
+
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l v1 -d 'The ID3v1 record'
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l v2 -d 'The ID3v2 tag'
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l all -d 'Both'
@@ -47,7 +49,7 @@ complete -c brindle -n '__fish_seen_subcommand_from check' -l notes -d 'Print no
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l only -a 'warn bad' -d 'Files of this verdict or a worse one'
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l ignore -d 'Leave a reason out'
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l fail-on -a 'warn bad never' -d 'From which verdict on the status is 1'
-complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -s 0 -l null -d 'Names from standard input end with a NUL'
+complete -c brindle -n '__fish_seen_subcommand_from show set strip scan check listen' -s 0 -l null -d 'Names from standard input end with a NUL'
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -x -l jobs -d 'Files at once'
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -l quiet -d 'No progress bar and no summary'
 

@@ -23,6 +23,10 @@ bool is_terminal(Stream stream) {
     return isatty(descriptor) == 1 && environment("TERM") != "dumb";
 }
 
+bool can_ask() {
+    return isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1;
+}
+
 bool wants_colours(Stream stream) {
     return is_terminal(stream) && environment("NO_COLOR").empty();
 }

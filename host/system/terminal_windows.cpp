@@ -22,6 +22,12 @@ bool is_terminal(Stream stream) {
            SetConsoleMode(handle, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+bool can_ask() {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0 &&
+           GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+}
+
 bool wants_colours(Stream stream) {
     const char* forbidden = std::getenv("NO_COLOR");
     return is_terminal(stream) && (forbidden == nullptr || *forbidden == '\0');
