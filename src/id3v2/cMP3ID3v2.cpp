@@ -217,10 +217,14 @@ std::unique_ptr<FileEdit> cMP3ID3v2::begin_edit(const EditOptions& options) cons
     }
     reading_.require_whole(kWriterSource);
     const FileState state = as_writer([&] { return file->state(); });
+    EditOptions all = options;
+    for (const String& name : reading_.tag().removed_custom_fields()) {
+        all.removed.push_back({String(kCustomFrame), name});
+    }
     const auto find_accepted = [this](FileWindow& window) { return reading_.accepted_in(window); };
     return std::make_unique<FileEdit>(
         FileToEdit{reading_.environment(), reading_.name(), Owner, std::move(file), state},
-        find_accepted, reading_.record, reading_.tag().edited_fields(), options);
+        find_accepted, reading_.record, reading_.tag().edited_fields(), all);
 }
 
 TagFacts cMP3ID3v2::read_tag_facts() const {

@@ -40,8 +40,8 @@ bool has(Bytes bytes, std::size_t offset, std::string_view text) {
 }
 
 std::optional<ImageSize> size_of(std::uint32_t width, std::uint32_t height) {
-    constexpr auto kMost = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
-    if (width == 0 || height == 0 || width > kMost || height > kMost) {
+    constexpr auto kMax = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
+    if (width == 0 || height == 0 || width > kMax || height > kMax) {
         return std::nullopt;
     }
     return ImageSize{static_cast<std::int32_t>(width), static_cast<std::int32_t>(height)};

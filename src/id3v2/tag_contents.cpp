@@ -124,7 +124,7 @@ void TagContents::file_standard(StandardField field, StoredText text) {
 
 bool TagContents::is_new() const noexcept {
     return frames.is_new() && custom_.empty() && fields_.empty() && genre_ == 0 &&
-           set_values_.empty();
+           set_values_.empty() && removed_.empty();
 }
 
 void TagContents::take_lasting(const TagContents& from) {
@@ -155,6 +155,7 @@ void TagContents::set_custom(const String& name, const String& value) {
     }
     replace(frame, name, custom_frame(name, value));
     custom_.set(name, value);
+    removed_.erase(name);
 }
 
 std::vector<CustomField> TagContents::custom_fields() const {
@@ -184,6 +185,7 @@ void TagContents::remove_custom(const String& name) {
     std::erase_if(set_values_, [&](const SetValue& value) {
         return value.id == kCustomFrame && value.custom_name == name;
     });
+    removed_.insert(name);
 }
 
 void TagContents::set_saved_stamp() {

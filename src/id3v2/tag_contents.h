@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -68,6 +69,10 @@ public:
     // What was set since the file was read, each id, and each name of user-defined text, once, as
     // it stands now; with the stamp when there is any.
     [[nodiscard]] std::vector<EditedField> edited_fields() const;
+    // The names of custom fields that were removed since then and not set again.
+    [[nodiscard]] const std::set<String>& removed_custom_fields() const noexcept {
+        return removed_;
+    }
     // A value was removed and memory ran out before the new one stood in its place. Saved like
     // this the value would be missing in the file, too.
     [[nodiscard]] bool is_incomplete() const noexcept { return is_incomplete_; }
@@ -86,6 +91,7 @@ private:
     StandardFieldTexts fields_;
     std::uint8_t genre_ = 0;
     std::vector<SetValue> set_values_;
+    std::set<String> removed_;
     bool is_incomplete_ = false;
 };
 

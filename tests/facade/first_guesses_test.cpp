@@ -9,7 +9,6 @@
 
 #include <brindle/cMPEGHeader.h>
 #include <brindle/path.h>
-#include <brindle/save_plan.h>
 #include <brindle/tag_edit.h>
 
 #include "facade/loaded_header.h"
@@ -200,6 +199,15 @@ TEST_F(FirstGuesses, ARemovedCustomFieldCanBeSetAgain) {
     header.CustomFieldAdd("Mood", "wild");
     header.SaveAllInfo();
     EXPECT_EQ(reopened().CustomFieldRetrieve("Mood"), Variant(u"wild"));
+}
+
+TEST_F(FirstGuesses, AnEditTakesARemovedFieldOutToo) {
+    loaded.load(test::Tag().field("Mood", "calm").field("Key", "Am").bytes() + audio());
+    header.CustomFieldRemove("Mood");
+    TagEdit(header).save();
+    const cMPEGHeader again = reopened();
+    EXPECT_FALSE(again.CustomFieldExists("Mood"));
+    EXPECT_EQ(again.CustomFieldRetrieve("Key"), Variant(u"Am"));
 }
 
 TEST_F(FirstGuesses, RemovingWhatIsNotThereChangesNothing) {
