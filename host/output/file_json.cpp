@@ -15,6 +15,7 @@
 #include "output/json_values.h"
 #include "output/stream_text.h"
 #include "output/tag_reading.h"
+#include "system/file_access.h"
 #include "system/file_state.h"
 
 namespace brindle::host {
@@ -174,7 +175,8 @@ Json file_object(const std::string& name, std::int64_t size, const cMPEGHeader& 
     constexpr std::int64_t kBitsPerKilobit = 1'000;
     constexpr std::int64_t kRecord = 128;
     const bool has_record = has_id3v1(header);
-    const ForeignTags foreign = find_foreign_tags(name, size - (has_record ? kRecord : 0));
+    ReadOnlyFile file(name);
+    const ForeignTags foreign = find_foreign_tags(file, size - (has_record ? kRecord : 0));
     Json tags = Json::array();
     const auto add = [&](const std::string& kind, std::int64_t bytes) {
         Json tag;

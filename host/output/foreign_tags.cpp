@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <string>
 #include <string_view>
-
-#include "system/file_access.h"
 
 namespace brindle::host {
 
@@ -22,14 +21,14 @@ std::uint32_t little_endian(std::string_view bytes, std::size_t offset) {
     return number;
 }
 
-std::int64_t ape_bytes(const std::string& name, std::int64_t end) {
+std::int64_t ape_bytes(ReadOnlyFile& file, std::int64_t end) {
     constexpr std::size_t kSize = 12;
     constexpr std::size_t kFlags = 20;
     constexpr std::uint32_t kHasHeader = 0x8000'0000;
     if (end < kApeFooter) {
         return 0;
     }
-    const std::string footer = read_bytes(name, end - kApeFooter, kApeFooter);
+    const std::string footer = file.read(end - kApeFooter, kApeFooter);
     if (footer.size() < static_cast<std::size_t>(kApeFooter) || !footer.starts_with(kApe)) {
         return 0;
     }
@@ -40,14 +39,14 @@ std::int64_t ape_bytes(const std::string& name, std::int64_t end) {
 }
 
 // "Lyrics3 v2.00": the size in six digits, without these and the mark.
-std::int64_t lyrics3_bytes(const std::string& name, std::int64_t end) {
+std::int64_t lyrics3_bytes(ReadOnlyFile& file, std::int64_t end) {
     constexpr std::string_view kMark = "LYRICS200";
     constexpr std::size_t kDigits = 6;
     constexpr auto kTail = static_cast<std::int64_t>(kDigits + kMark.size());
     if (end < kTail) {
         return 0;
     }
-    const std::string tail = read_bytes(name, end - kTail, static_cast<std::size_t>(kTail));
+    const std::string tail = file.read(end - kTail, static_cast<std::size_t>(kTail));
     if (!tail.ends_with(kMark)) {
         return 0;
     }
@@ -59,12 +58,12 @@ std::int64_t lyrics3_bytes(const std::string& name, std::int64_t end) {
 
 }  // namespace
 
-ForeignTags find_foreign_tags(const std::string& name, std::int64_t end) {
+ForeignTags find_foreign_tags(ReadOnlyFile& file, std::int64_t end) {
     ForeignTags tags;
-    tags.lyrics3_bytes = lyrics3_bytes(name, end);
-    tags.ape_bytes = ape_bytes(name, end - tags.lyrics3_bytes);
+    tags.lyrics3_bytes = lyrics3_bytes(file, end);
+    tags.ape_bytes = ape_bytes(file, end - tags.lyrics3_bytes);
     if (tags.lyrics3_bytes == 0 && tags.ape_bytes != 0) {
-        tags.lyrics3_bytes = lyrics3_bytes(name, end - tags.ape_bytes);
+        tags.lyrics3_bytes = lyrics3_bytes(file, end - tags.ape_bytes);
     }
     return tags;
 }

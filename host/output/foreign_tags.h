@@ -2,7 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+
+#include "system/file_access.h"
 
 namespace brindle::host {
 
@@ -12,6 +13,6 @@ struct ForeignTags {
 };
 
 // Those that end at `end`: where the file ends, or its ID3v1 record begins.
-[[nodiscard]] ForeignTags find_foreign_tags(const std::string& name, std::int64_t end);
+[[nodiscard]] ForeignTags find_foreign_tags(ReadOnlyFile& file, std::int64_t end);
 
 }  // namespace brindle::host

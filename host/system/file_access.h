@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -20,7 +21,24 @@ namespace brindle::host {
 [[nodiscard]] std::optional<std::string> reason_against_writing(const std::string& name);
 [[nodiscard]] std::optional<std::string> reason_against_replacing(const std::string& name);
 
-// `count` bytes of a file from an offset on, fewer where it ends or can't be read.
+// A file's bytes. It is opened by the first read, and then stays open.
+class ReadOnlyFile {
+public:
+    explicit ReadOnlyFile(std::string name);
+    ~ReadOnlyFile();
+    ReadOnlyFile(const ReadOnlyFile&) = delete;
+    ReadOnlyFile& operator=(const ReadOnlyFile&) = delete;
+
+    // `count` bytes from an offset on, fewer where the file ends or can't be read.
+    [[nodiscard]] std::string read(std::int64_t offset, std::size_t count);
+
+private:
+    struct Handle;
+    std::string name_;
+    std::unique_ptr<Handle> handle_;
+};
+
+// The same of a file that is read once.
 [[nodiscard]] std::string read_bytes(const std::string& name, std::int64_t offset,
                                      std::size_t count);
 

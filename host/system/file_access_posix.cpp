@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -68,16 +69,35 @@ std::optional<std::string> reason_against_replacing(const std::string& name) {
     return std::nullopt;
 }
 
-std::string read_bytes(const std::string& name, std::int64_t offset, std::size_t count) {
-    const int file = open_to_read(name);
-    if (file == -1) {
-        return {};
+struct ReadOnlyFile::Handle {
+    explicit Handle(const std::string& name) : file(open_to_read(name)) {}
+    ~Handle() {
+        if (file != -1) {
+            close(file);
+        }
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    int file;
+};
+
+ReadOnlyFile::ReadOnlyFile(std::string name) : name_(std::move(name)) {}
+
+ReadOnlyFile::~ReadOnlyFile() = default;
+
+std::string ReadOnlyFile::read(std::int64_t offset, std::size_t count) {
+    if (!handle_) {
+        handle_ = std::make_unique<Handle>(name_);
     }
     std::string bytes(count, '\0');
-    const ssize_t done = pread(file, bytes.data(), bytes.size(), offset);
-    close(file);
+    const ssize_t done = pread(handle_->file, bytes.data(), bytes.size(), offset);
     bytes.resize(done > 0 ? static_cast<std::size_t>(done) : 0);
     return bytes;
+}
+
+std::string read_bytes(const std::string& name, std::int64_t offset, std::size_t count) {
+    return ReadOnlyFile(name).read(offset, count);
 }
 
 }  // namespace brindle::host

@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include "system/file_access.h"
 #include "system/windows_handle.h"
@@ -63,8 +64,21 @@ std::optional<std::string> reason_against_replacing(const std::string& name) {
     return reason_against_writing(name);
 }
 
-std::string read_bytes(const std::string& name, std::int64_t offset, std::size_t count) {
-    const WindowsHandle file(name, GENERIC_READ);
+struct ReadOnlyFile::Handle {
+    explicit Handle(const std::string& name) : file(name, GENERIC_READ) {}
+
+    WindowsHandle file;
+};
+
+ReadOnlyFile::ReadOnlyFile(std::string name) : name_(std::move(name)) {}
+
+ReadOnlyFile::~ReadOnlyFile() = default;
+
+std::string ReadOnlyFile::read(std::int64_t offset, std::size_t count) {
+    if (!handle_) {
+        handle_ = std::make_unique<Handle>(name_);
+    }
+    const WindowsHandle& file = handle_->file;
     LARGE_INTEGER place{};
     place.QuadPart = offset;
     DWORD done = 0;
@@ -75,6 +89,10 @@ std::string read_bytes(const std::string& name, std::int64_t offset, std::size_t
     }
     bytes.resize(done);
     return bytes;
+}
+
+std::string read_bytes(const std::string& name, std::int64_t offset, std::size_t count) {
+    return ReadOnlyFile(name).read(offset, count);
 }
 
 }  // namespace brindle::host
