@@ -37,6 +37,7 @@ struct TagPicture {
     // Where the image's own header tells (PNG, JPEG, GIF, BMP, WebP); 0 otherwise.
     std::int32_t width = 0;
     std::int32_t height = 0;
+    std::vector<std::uint8_t> first_bytes;  // of the image the first 16, which tell its format
 };
 
 struct TagFacts {

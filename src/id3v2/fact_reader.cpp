@@ -150,15 +150,22 @@ private:
 
     void take_picture(const ImportedFrame& frame) {
         constexpr std::size_t kMaxHead = 4'096;  // type and description come first
+        constexpr std::size_t kFirstBytes = 16;
         const std::vector<std::uint8_t> content = frame.head(kMaxHead);
         FrameText read(frame.id(), content);
         const ByteRange image{frame.prefix + static_cast<std::int64_t>(read.data_begin),
                               frame.body.size()};
         ContentFile body(frame.body);
         const ImageSize size = read_image_size(body, image).value_or(ImageSize());
-        facts_.pictures.push_back({read.type, std::move(read.latin1_strings.front()),
-                                   std::move(read.strings.front()), image.length(), size.width,
-                                   size.height});
+        const Bytes held = Bytes(content).subspan(read.data_begin);
+        const Bytes first_bytes = held.first(std::min(held.size(), kFirstBytes));
+        facts_.pictures.push_back({read.type,
+                                   std::move(read.latin1_strings.front()),
+                                   std::move(read.strings.front()),
+                                   image.length(),
+                                   size.width,
+                                   size.height,
+                                   {first_bytes.begin(), first_bytes.end()}});
     }
 
     BinaryFile& file_;
