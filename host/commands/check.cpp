@@ -132,7 +132,9 @@ ExitStatus check_all(const CheckOptions& options) {
 std::vector<std::string> codes() {
     std::vector<std::string> list;
     for (const ReasonRow& row : reason_table()) {
-        list.emplace_back(row.code);
+        if (std::find(list.begin(), list.end(), row.code) == list.end()) {
+            list.emplace_back(row.code);
+        }
     }
     return list;
 }

@@ -14,28 +14,37 @@ enum class Verdict { Ok, Note, Warn, Bad };
 
 enum class Reason {
     NoStream,
+    NotPlayableByHosts,
+    FreeFormat,
     DeadAir,
     AudioMissing,
     EndCutOff,
+    FrameCrc,
+    ChangingFormat,
     CueInBeyondEnd,
     IntroBeyondEnd,
     OutroBeyondEnd,
     CorruptTag,
     PointsOutOfOrder,
+    PointsDisagree,
     JunkBeforeAudio,
     JunkBetweenFrames,
     JunkAfterAudio,
     CutLastFrame,
+    FewFrameCrc,
     Wrapped,
     TagLargerThanFile,
     MisreadText,
     UnreadText,
     LargePicture,
+    Mojibake,
     HeaderMismatch,
     ChangingMode,
     DuplicateTag,
     NoTitle,
     NoArtist,
+    TagsDisagree,
+    BadPicture,
     ApeTag,
     Lyrics3Tag,
     SecondRecord,
@@ -45,7 +54,7 @@ enum class Reason {
 struct ReasonRow {
     Reason reason;
     Verdict verdict;      // of a file with nothing worse; a note leaves it ok
-    const char* code;     // never changes: programs compare it
+    const char* code;     // never changes: programs compare it; some have two verdicts
     const char* meaning;  // for the list of codes
 };
 

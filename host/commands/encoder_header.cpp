@@ -22,15 +22,24 @@ constexpr std::size_t kNumber = 4;
 std::optional<EncoderHeader> xing_header(std::string_view frame) {
     constexpr std::array<std::size_t, 4> kOffsets{4 + 9, 4 + 17, 4 + 32, 4 + 19};
     constexpr std::int64_t kHasFrames = 1;
+    constexpr std::int64_t kHasBytes = 2;
     for (const std::size_t offset : kOffsets) {
         const std::string_view rest = frame.substr(std::min(offset, frame.size()));
         if (!rest.starts_with("Xing") && !rest.starts_with("Info")) {
             continue;
         }
         EncoderHeader header;
-        if (rest.size() >= kMark + 2 * kNumber &&
-            (big_endian(rest.substr(kMark, kNumber)) & kHasFrames) != 0) {
-            header.frames = big_endian(rest.substr(kMark + kNumber, kNumber));
+        if (rest.size() < kMark + 3 * kNumber) {
+            return header;
+        }
+        const std::int64_t flags = big_endian(rest.substr(kMark, kNumber));
+        std::size_t place = kMark + kNumber;
+        if ((flags & kHasFrames) != 0) {
+            header.frames = big_endian(rest.substr(place, kNumber));
+            place += kNumber;
+        }
+        if ((flags & kHasBytes) != 0) {
+            header.bytes = big_endian(rest.substr(place, kNumber));
         }
         return header;
     }
@@ -39,6 +48,7 @@ std::optional<EncoderHeader> xing_header(std::string_view frame) {
 
 std::optional<EncoderHeader> vbri_header(std::string_view frame) {
     constexpr std::size_t kOffset = 4 + 32;
+    constexpr std::size_t kBytes = 10;
     constexpr std::size_t kFrames = 14;
     const std::string_view rest = frame.substr(std::min(kOffset, frame.size()));
     if (!rest.starts_with("VBRI")) {
@@ -46,6 +56,7 @@ std::optional<EncoderHeader> vbri_header(std::string_view frame) {
     }
     EncoderHeader header;
     if (rest.size() >= kFrames + kNumber) {
+        header.bytes = big_endian(rest.substr(kBytes, kNumber));
         header.frames = big_endian(rest.substr(kFrames, kNumber));
     }
     return header;

@@ -10,6 +10,7 @@ namespace brindle::host {
 // "Xing", "Info" or "VBRI".
 struct EncoderHeader {
     std::optional<std::int64_t> frames;  // of sound, where it counts them
+    std::optional<std::int64_t> bytes;   // of the audio, where it counts them
 };
 
 // Of a frame's bytes from its own header on; none where there is no such header.

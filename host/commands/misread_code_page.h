@@ -1,0 +1,22 @@
+// Text in one encoding that a tagger has labelled as another.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include <brindle/values.h>
+
+namespace brindle::host {
+
+enum class MeantEncoding { Utf8, CyrillicOrGreek };
+
+struct MisreadText {
+    MeantEncoding encoding;
+    String meant;  // of UTF-8; which of several code pages was meant is not known
+};
+
+// Whether a text as it is read makes sense only in another encoding. A guess: it takes no text of
+// a language that is written with Latin letters for another.
+[[nodiscard]] std::optional<MisreadText> find_misread_encoding(const String& text);
+
+}  // namespace brindle::host
