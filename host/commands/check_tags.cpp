@@ -94,7 +94,9 @@ void check_mojibake(const CheckedFile& file, Findings& findings) {
     for (const TagText& text : file.facts.texts) {
         // Addresses are ASCII.
         if (!text.id.starts_with(u'W')) {
-            add_mojibake(printable(text.id), text.text(), labels);
+            const std::string name =
+                text.description.empty() ? "" : " " + in_quotes(text.description);
+            add_mojibake(printable(text.id) + name, text.text(), labels);
         }
     }
     if (is_blank(file.facts.text(u"TIT2").value_or(String()))) {

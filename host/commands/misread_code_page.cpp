@@ -70,10 +70,10 @@ bool is_in_use(char32_t point) {
     };
     constexpr std::array kRanges{
         Range{0x00A0, 0x017F},  // Latin
-        Range{0x0192, 0x0192},   Range{0x01CD, 0x01DC}, Range{0x0218, 0x021B},
-        Range{0x02BB, 0x02BC},   Range{0x02C6, 0x02DC}, Range{0x0300, 0x030C},
-        Range{0x0384, 0x03CE},  // Greek
-        Range{0x0400, 0x045F},  // Cyrillic
+        Range{0x018F, 0x01B0},   Range{0x01CD, 0x01DC}, Range{0x0218, 0x021B},
+        Range{0x0259, 0x0259},   Range{0x02BB, 0x02BC}, Range{0x02C6, 0x02DC},
+        Range{0x0300, 0x0331},   Range{0x0384, 0x03CE},  // Greek
+        Range{0x0400, 0x045F},                           // Cyrillic
         Range{0x0490, 0x0493},   Range{0x0531, 0x0587}, Range{0x05D0, 0x05EA},
         Range{0x060C, 0x064A},  // Arabic
         Range{0x066A, 0x06D2},   Range{0x0901, 0x0D7F}, Range{0x0E01, 0x0E5B},
@@ -126,19 +126,26 @@ std::optional<Sequence> sequence_at(std::string_view bytes) {
 
 // Latin text in which a letter and the marks next to it happen to be UTF-8: "PÅ»", "é »".
 bool may_be_chance(std::string_view bytes, std::size_t place, std::size_t length) {
-    const auto byte_at = [&](std::size_t i) { return static_cast<Byte>(bytes[i]); };
+    constexpr Byte kApostrophe = 0x92;
+    constexpr Byte kTildeA = 0xC3;  // no word on its own, but the lead of most letters in UTF-8
+    const auto byte_at = [&](std::size_t i) {
+        return i < bytes.size() ? static_cast<Byte>(bytes[i]) : Byte{' '};
+    };
     const std::size_t end = place + length;
     for (std::size_t i = place + 1; i < end; ++i) {
         if (!is_typographic(byte_at(i))) {
             return false;
         }
     }
-    if (end < bytes.size() && is_letter(byte_at(end))) {
+    const bool has_s = (byte_at(end) == 'S' || byte_at(end) == 's') && !is_letter(byte_at(end + 1));
+    if (is_letter(byte_at(end)) && !(byte_at(end - 1) == kApostrophe && has_s)) {
         return false;
     }
+    const bool begins_word = place == 0 || byte_at(place - 1) == ' ';
     const bool follows_capital_or_mark =
         place > 0 && (is_upper(byte_at(place - 1)) || is_typographic(byte_at(place - 1)));
-    return !is_upper(byte_at(place)) || follows_capital_or_mark;
+    return !is_upper(byte_at(place)) || follows_capital_or_mark ||
+           (begins_word && byte_at(place) != kTildeA);
 }
 
 bool is_utf8(std::string_view bytes) {
@@ -169,7 +176,7 @@ bool is_utf8(std::string_view bytes) {
 
 // --- code pages whose letters are where Latin has letters with accents
 
-// Marks of Latin text, letters of these code pages: neither end a word nor count.
+// Marks of Latin text, letters of these code pages.
 bool is_letter_elsewhere(Byte byte) {
     constexpr std::string_view kLetters =
         "\xA2\xA3\xA5\xA8\xAA\xAF\xB2\xB3\xB4\xB8\xB9\xBA\xBC\xBE\xBF";
@@ -186,7 +193,9 @@ public:
                 ++letters_;
                 word_has_ascii_ = word_has_ascii_ || is_ascii_letter(byte);
                 word_ += c;
-            } else if (!is_letter_elsewhere(byte)) {
+            } else if (is_letter_elsewhere(byte)) {
+                word_ += c;
+            } else {
                 end_word();
             }
         }
@@ -206,11 +215,15 @@ public:
 private:
     void end_word() {
         constexpr std::size_t kLong = 4;
-        constexpr std::size_t kDistinct = 3;
+        constexpr std::size_t kDistinct = 2;
         constexpr Byte kLowerCase = 0x20;
         // "ÄÖÜ", "Öö": letters of their own in languages that have few others with accents.
         constexpr std::string_view kOrdinary = "\xE4\xF6\xFC\xDF\xE5\xE6\xF8\xE9\xFF";
-        if (!word_.empty() && !word_has_ascii_) {
+        // Latin text has such marks next to one letter: "¿Ó".
+        const auto letters = std::count_if(word_.begin(), word_.end(), [](char c) {
+            return static_cast<Byte>(c) >= kFirstLetter;
+        });
+        if (letters > (word_.size() == 1 ? 0 : 1) && !word_has_ascii_) {
             std::set<Byte> distinct;
             bool is_ordinary = true;
             for (const char c : word_) {
