@@ -64,6 +64,42 @@ void check_frame_count(const EncoderHeader& header, std::int64_t frames, Finding
     }
 }
 
+// Some count their own frame, some the tags at the end.
+void check_byte_count(const EncoderHeader& header, std::int64_t header_frame, std::int64_t audio,
+                      std::int64_t tags, Findings& findings) {
+    if (!header.bytes) {
+        return;
+    }
+    const std::int64_t counted = *header.bytes;
+    const bool fits = counted == audio || counted == audio - header_frame ||
+                      counted == audio + tags || counted == audio - header_frame + tags;
+    if (!fits) {
+        findings.push_back(
+            {Reason::HeaderMismatch, "the encoder counted " + std::to_string(counted) +
+                                         " bytes, there are " + std::to_string(audio)});
+    }
+}
+
+Finding junk_between_frames(std::int64_t bytes, std::int64_t places, std::int64_t first) {
+    return {Reason::JunkBetweenFrames, std::to_string(bytes) + " bytes that are no audio, at " +
+                                           counted(places, "place") + " from byte " +
+                                           std::to_string(first)};
+}
+
+Finding junk_after_audio(std::int64_t begin, std::int64_t end) {
+    return {Reason::JunkAfterAudio, std::to_string(end - begin) +
+                                        " bytes that are no audio from byte " +
+                                        std::to_string(begin)};
+}
+
+Finding cut_last_frame(std::int64_t bytes) {
+    return {Reason::CutLastFrame, "the last frame ends after " + std::to_string(bytes) + " bytes"};
+}
+
+Finding junk_before_audio() {
+    return {Reason::JunkBeforeAudio, "audio does not begin where the tag ends"};
+}
+
 Finding changing_format(const MpegFrame& from, const MpegFrame& to, const std::string& where) {
     return {Reason::ChangingFormat, from.text() + " changes to " + to.text() + where +
                                         ": encode the file again in one format"};
@@ -86,6 +122,7 @@ public:
         end_ = frame.offset + static_cast<std::int64_t>(bytes.size());
         if (frame.is_header_frame) {
             encoder_header_ = encoder_header_in(bytes);
+            header_frame_ = {frame.offset, end_};
             return;
         }
         constexpr std::size_t kModeByte = 3;
@@ -121,6 +158,7 @@ public:
             const auto length = std::min(bytes.size(), static_cast<std::size_t>(frame->length));
             if (const auto header = encoder_header_in(std::string_view(bytes).substr(0, length))) {
                 encoder_header_ = header;
+                header_frame_ = {begin, begin + static_cast<std::int64_t>(length)};
                 begin += static_cast<std::int64_t>(length);
             }
         }
@@ -151,12 +189,9 @@ public:
         return std::llround(other_seconds_ * kMillisecondsPerSecond);
     }
 
-    void tell(const FrameWalk& walk, Findings& findings) const {
+    void tell(const FrameWalk& walk, std::int64_t size, Findings& findings) const {
         if (junk_places_ > 0) {
-            findings.push_back({Reason::JunkBetweenFrames,
-                                std::to_string(junk_bytes_) + " bytes that are no audio, at " +
-                                    counted(junk_places_, "place") + " from byte " +
-                                    std::to_string(first_junk_)});
+            findings.push_back(junk_between_frames(junk_bytes_, junk_places_, first_junk_));
         }
         if (other_frame_) {
             findings.push_back(changing_format(*first_frame_, *other_frame_,
@@ -168,7 +203,13 @@ public:
                                 "the channel mode changes " + counted(mode_changes_, "time")});
         }
         if (encoder_header_) {
+            const std::size_t before = findings.size();
             check_frame_count(*encoder_header_, walk.frames + other_frames_, findings);
+            if (findings.size() == before) {
+                check_byte_count(*encoder_header_, header_frame_.end - header_frame_.begin,
+                                 walk.end - header_frame_.begin - junk_bytes_, size - walk.end,
+                                 findings);
+            }
         }
         tell_crc(walk.frames, findings);
     }
@@ -189,7 +230,13 @@ private:
     ReadOnlyFile& file_;
     std::optional<MpegFrame> first_frame_;
     std::int64_t end_ = 0;  // of the frame before
+    struct Place {
+        std::int64_t begin = 0;
+        std::int64_t end = 0;
+    };
+
     std::optional<EncoderHeader> encoder_header_;
+    Place header_frame_;
     std::optional<unsigned> last_mode_;
     std::int64_t mode_changes_ = 0;
     std::int64_t wrong_crcs_ = 0;
@@ -212,7 +259,7 @@ void check_beginning(CheckedFile& file, const FrameWalk& walk, AudioOnTheWay& au
     }
     const std::int64_t begin = has_id3v2(file.header) ? file.header.ID3TagSizeIncludingHeader() : 0;
     if (begin > walk.first_frame || !audio.take_beginning(begin, walk.first_frame)) {
-        findings.push_back({Reason::JunkBeforeAudio, "audio does not begin where the tag ends"});
+        findings.push_back(junk_before_audio());
     }
 }
 
@@ -221,15 +268,11 @@ void check_end(CheckedFile& file, const FrameWalk& walk, AudioOnTheWay& audio, F
     const std::int64_t end =
         walk.end < file.size - record ? check_tags_at_end(file, findings) : walk.end;
     if (walk.last_frame_is_cut) {
-        findings.push_back(
-            {Reason::CutLastFrame,
-             "the last frame ends after " + std::to_string(walk.bytes_behind) + " bytes"});
+        findings.push_back(cut_last_frame(walk.bytes_behind));
     } else if (walk.end < end) {
         const std::int64_t junk = end - walk.end - audio.take_other_frames(walk.end, end).bytes;
         if (junk > 0) {
-            findings.push_back({Reason::JunkAfterAudio, std::to_string(junk) +
-                                                            " bytes that are no audio from byte " +
-                                                            std::to_string(end - junk)});
+            findings.push_back(junk_after_audio(end - junk, end));
         }
     }
 }
@@ -237,7 +280,8 @@ void check_end(CheckedFile& file, const FrameWalk& walk, AudioOnTheWay& audio, F
 // --- no stream
 
 struct Playable {
-    std::int64_t begin;  // where the search began
+    std::int64_t begin = 0;  // of the range that was searched
+    std::int64_t end = 0;
     FoundFrames found;
     std::optional<EncoderHeader> encoder_header;
 };
@@ -270,14 +314,35 @@ std::string reason_against_hosts(const CheckedFile& file, const Playable& playab
         return bytes(junk) + " before the first frame, hosts give up after " +
                std::to_string(kMostPositions) + ": take them out";
     }
+    if (playable.found.runs > 1) {
+        return "bytes that are no audio break the run of frames that hosts look for: take them out";
+    }
     return "hosts find no run of frames that agree: encode the file again";
+}
+
+void check_surroundings(CheckedFile& file, const Playable& playable, Findings& findings) {
+    const FoundFrames& found = playable.found;
+    if (found.first > playable.begin) {
+        findings.push_back(junk_before_audio());
+    }
+    if (found.runs > 1) {
+        const std::int64_t junk = found.end - found.first - found.bytes;
+        findings.push_back(junk_between_frames(junk, found.runs - 1, found.first_run_end));
+    }
+    if (found.end < playable.end) {
+        const auto next = mpeg_frame_in(file.bytes.read(found.end, MpegFrame::kHeaderBytes));
+        const bool is_cut = next && is_same_kind(*next, *found.first_frame) &&
+                            found.end + next->length > playable.end;
+        findings.push_back(is_cut ? cut_last_frame(playable.end - found.end)
+                                  : junk_after_audio(found.end, playable.end));
+    }
 }
 
 void check_without_stream(CheckedFile& file, Findings& findings) {
     constexpr std::int64_t kCertain = 3;
     const std::int64_t tag = file.header.ID3TagSizeIncludingHeader();
     const std::int64_t end = check_tags_at_end(file, findings);
-    Playable playable{has_id3v2(file.header) && tag < end ? tag : 0, {}, {}};
+    Playable playable{has_id3v2(file.header) && tag < end ? tag : 0, end, {}, {}};
     playable.found = find_frames(file.bytes, playable.begin, end);
     const FoundFrames& found = playable.found;
     if (found.frames < kCertain) {
@@ -295,6 +360,7 @@ void check_without_stream(CheckedFile& file, Findings& findings) {
     const auto first_length = static_cast<std::size_t>(found.first_frame->length);
     playable.encoder_header = encoder_header_in(file.bytes.read(found.first, first_length));
     findings.push_back({Reason::NotPlayableByHosts, reason_against_hosts(file, playable)});
+    check_surroundings(file, playable, findings);
     if (playable.encoder_header) {
         check_frame_count(*playable.encoder_header, found.frames - 1, findings);
     }
@@ -315,7 +381,7 @@ std::optional<std::int64_t> check_audio(CheckedFile& file, Findings& findings) {
     }
     check_beginning(file, walk, audio, findings);
     check_end(file, walk, audio, findings);
-    audio.tell(walk, findings);
+    audio.tell(walk, file.size, findings);
     const std::int64_t exact = walk.milliseconds + audio.other_milliseconds();
     check_length(file.header.Duration(), exact, findings);
     return exact;

@@ -32,8 +32,6 @@ private:
 class ProtectedBits {
 public:
     explicit ProtectedBits(std::string_view frame) : frame_(frame) {
-        constexpr std::size_t kFirstProtected = 2;
-        position_ = kFirstProtected * kBitsPerByte;
         take((MpegFrame::kHeaderBytes - kFirstProtected) * kBitsPerByte);
         position_ = kBehindCrc * kBitsPerByte;
     }
@@ -54,8 +52,10 @@ public:
     [[nodiscard]] unsigned crc() const { return crc_.value(); }
 
 private:
+    static constexpr std::size_t kFirstProtected = 2;  // the sync is not
+
     std::string_view frame_;
-    std::size_t position_ = 0;
+    std::size_t position_ = kFirstProtected * kBitsPerByte;
     bool is_cut_ = false;
     Crc16 crc_;
 };

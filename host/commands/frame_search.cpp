@@ -100,6 +100,8 @@ private:
             found_.seconds += static_cast<double>(frame->samples()) / frame->frequency;
             position_ += frame->length;
         }
+        found_.end = position_;
+        found_.first_run_end = found_.runs == 1 ? position_ : found_.first_run_end;
     }
 
     BlockReader reader_;

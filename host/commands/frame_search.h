@@ -15,6 +15,8 @@ struct FoundFrames {
     std::int64_t runs = 0;   // of frames that follow each other
     double seconds = 0;
     std::int64_t first = 0;  // offset of the first one
+    std::int64_t first_run_end = 0;
+    std::int64_t end = 0;  // of the last one
     std::optional<MpegFrame> first_frame;
     std::optional<MpegFrame> other_kind;  // the first that is not of the kind of the first one
 };

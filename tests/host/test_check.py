@@ -135,10 +135,18 @@ FILES = {
     "xing-promises-more-bytes-than-the-file-has": (
         GOOD + audio_with_xing(60, 240, 100_080), ["not-playable-by-hosts", "audio-missing"]),
     "xing-promises-as-many-bytes-as-the-file-has": (
-        GOOD + audio_with_xing(121, 120, 39 + 121 * FRAME_LENGTH), []),
+        GOOD + audio_with_xing(121, 120, 39 + 121 * FRAME_LENGTH), ["header-mismatch"]),
     "tag-of-more-than-half": (tag(*NAMES, padding=60_000) + AUDIO, ["not-playable-by-hosts"]),
     "tag-of-less-than-half": (tag(*NAMES, padding=40_000) + AUDIO, []),
-    "20000-bytes-before-audio": (bytes(20_000) + AUDIO + RECORD, ["not-playable-by-hosts"]),
+    "20000-bytes-before-audio": (bytes(20_000) + AUDIO + RECORD,
+                                 ["not-playable-by-hosts", "junk-before-audio"]),
+    # Neither part has the hundred frames that hosts want of a file of this length.
+    "junk-among-the-first-frames": (GOOD + audio(98) + b"junk" * 5 + audio(20),
+                                    ["not-playable-by-hosts", "junk-between-frames"]),
+    "few-frames-and-junk": (audio(5) + b"junk" * 5 + RECORD,
+                            ["not-playable-by-hosts", "junk-after-audio"]),
+    "few-frames-of-which-the-last-is-cut": (audio(5) + AUDIO[:200] + RECORD,
+                                            ["not-playable-by-hosts", "cut-last-frame"]),
     "modes-alternate": (GOOD + (AUDIO[:FRAME_LENGTH] + OTHER_MODE) * 60, ["not-playable-by-hosts"]),
     "kinds-alternate": (GOOD + (audio(8) + OTHER_FREQUENCY * 8) * 10,
                         ["not-playable-by-hosts", "changing-format:bad"]),
@@ -298,6 +306,12 @@ FILES = {
     "encoder-header-in-another-mode": (
         GOOD + (lambda first: first[:3] + b"\xc4" + first[4:17 + 4] + first[36:FRAME_LENGTH] + bytes(15))(
             audio_with_xing()[:FRAME_LENGTH]) + AUDIO, []),
+    "bytes-of-the-audio-with-its-header-frame": (
+        GOOD + audio_with_xing(121, 120, 121 * FRAME_LENGTH), []),
+    "bytes-of-the-audio-and-the-record": (
+        GOOD + audio_with_xing(121, 120, 121 * FRAME_LENGTH + 128) + RECORD, []),
+    "fewer-bytes-promised": (GOOD + audio_with_xing(121, 120, 119 * FRAME_LENGTH),
+                             ["header-mismatch"]),
     "junk-after-audio": (GOOD + AUDIO + b"junk" * 5, ["junk-after-audio"]),
     "junk-after-audio-and-a-record": (GOOD + AUDIO + b"junk" * 5 + RECORD, ["junk-after-audio"]),
     "riff": (b"RIFF\0\0\0\0WAVEfmt " + bytes(40) + AUDIO + RECORD,
