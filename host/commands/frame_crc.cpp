@@ -33,7 +33,7 @@ class ProtectedBits {
 public:
     explicit ProtectedBits(std::string_view frame) : frame_(frame) {
         take((MpegFrame::kHeaderBytes - kFirstProtected) * kBitsPerByte);
-        position_ = kBehindCrc * kBitsPerByte;
+        skip_crc();
     }
 
     unsigned take(std::size_t count) {
@@ -52,6 +52,8 @@ public:
     [[nodiscard]] unsigned crc() const { return crc_.value(); }
 
 private:
+    void skip_crc() { position_ = kBehindCrc * kBitsPerByte; }
+
     static constexpr std::size_t kFirstProtected = 2;  // the sync is not
 
     std::string_view frame_;

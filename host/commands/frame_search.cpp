@@ -118,6 +118,7 @@ FoundFrames find_frames(ReadOnlyFile& file, std::int64_t begin, std::int64_t end
 
 std::optional<MpegFrame> find_free_format(ReadOnlyFile& file, std::int64_t begin) {
     constexpr std::size_t kSearched = 65'536;
+    constexpr std::size_t kMinDistance = 24;
     constexpr std::size_t kMaxDistance = 8'192;
     constexpr int kMaxAttempts = 64;
     constexpr std::size_t kIdentical = 2;  // bytes of all headers: sync to protection
@@ -140,7 +141,7 @@ std::optional<MpegFrame> find_free_format(ReadOnlyFile& file, std::int64_t begin
             return other && other->is_free_format() && is_same_kind(*other, *frame) &&
                    other->mode() == frame->mode();
         };
-        for (std::size_t second = bytes.find(mark, first + MpegFrame::kHeaderBytes);
+        for (std::size_t second = bytes.find(mark, first + kMinDistance);
              second < first + kMaxDistance; second = bytes.find(mark, second + 1)) {
             const std::size_t distance = second - first;
             // One more or less by padding.

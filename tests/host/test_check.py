@@ -130,6 +130,7 @@ FILES = {
 
     # --- played by others
     "ten-frames": (audio(10) + RECORD, ["not-playable-by-hosts"]),
+    "ok-of-eleven-frames": (audio(11) + RECORD, []),
     "one-frame": (audio(1) + RECORD, ["not-playable-by-hosts"]),
     # Hosts want to divide by the frames of a header that they do not believe.
     "xing-promises-more-bytes-than-the-file-has": (
@@ -253,6 +254,12 @@ FILES = {
                                         ["changing-format:bad"]),
     "junk-and-another-frequency": (GOOD + AUDIO + b"junk" * 5 + OTHER_FREQUENCY * 20 + AUDIO,
                                    ["changing-format:bad", "junk-between-frames"]),
+    "three-frames-among-junk": (
+        GOOD + AUDIO + b"junk" + OTHER_FREQUENCY * 3 + b"junk" + AUDIO,
+        ["changing-format:bad", "junk-between-frames"]),
+    # Two headers are chance.
+    "two-frames-among-junk": (
+        GOOD + AUDIO + b"junk" + OTHER_FREQUENCY * 2 + b"junk" + AUDIO, ["junk-between-frames"]),
     "another-frequency-and-junk": (GOOD + AUDIO + OTHER_FREQUENCY * 20 + b"junk" * 5,
                                    ["changing-format:bad", "junk-after-audio"]),
     # Hosts begin with the run of one mode; three frames are 78 ms.
@@ -368,6 +375,8 @@ FILES = {
     "other-cue-in-in-seconds": (seconds(liq_cue_in="1.52") + AUDIO, ["points-disagree"]),
     "other-cue-in-of-another-program": (seconds(cue_in="0") + AUDIO, ["points-disagree"]),
     "other-start-of-the-next": (seconds(liq_cross_start_next="3.0") + AUDIO, ["points-disagree"]),
+    "cue-in-of-10-ms-more": (seconds(liq_cue_in="1.51") + AUDIO, []),
+    "cue-in-of-11-ms-more": (seconds(liq_cue_in="1.511") + AUDIO, ["points-disagree"]),
     "no-number-of-seconds": (seconds(cue_in="1:05", cross_start_next="-2") + AUDIO, []),
     "point-in-seconds-alone": (named(user_frame("cue_in", "1.5")) + AUDIO, []),
     "intro-before-cue-in": (points(500, 499, 3000) + AUDIO, ["points-out-of-order"]),

@@ -133,6 +133,7 @@ CASES = {
     **{f"{name}-as-it-is": Case(encoding, as_it_is, ()) for name, encoding in {
         "constant": CONSTANT, "variable": VARIABLE, "mono": MONO, "protected": PROTECTED,
         "version-2": PROTECTED_VERSION2, "version-2.5": PROTECTED_VERSION25, "layer-2": LAYER2,
+        "layer-2-80-a-channel": encoders.Encoding("twolame", 1, 2, 44100, "s", ("-b", "160", "-p")),
         "layer-2-low": LAYER2_LOW, "layer-2-version-2": LAYER2_VERSION2}.items()},
 
     "junk-inserted": Case(CONSTANT, inserted(JUNK, 120), ("junk-between-frames",), RESYNCHRONISED,
