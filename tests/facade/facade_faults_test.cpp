@@ -1,20 +1,20 @@
 #include <cstdint>
-#include <new>
 
 #include <gtest/gtest.h>
 
 #include <brindle/cMPEGHeader.h>
-#include <brindle/error.h>
 
 #include "facade/loaded_header.h"
-#include "support/counting_allocator.h"
+#include "support/failing_allocation.h"
 
 namespace brindle {
 namespace {
 
-using test::AllocationFault;
 using test::audio;
 using test::Bytes;
+using test::FailingAllocation;
+using test::FaultyRun;
+using test::for_each_failing_allocation;
 using test::Id3v1;
 using test::kSong;
 using test::LoadedHeader;
@@ -117,29 +117,19 @@ void assign_everything(cMPEGHeader& header, const Arguments& with) {
     header.Yearv1Tag(-12345);
 }
 
-template <typename Step>
-void expect_no_exception_when_memory_runs_out(Step step) {
-    for (const bool from_then_on : {false, true}) {
-        bool failed = true;
-        std::uint64_t nth = 1;
-        for (; failed; ++nth) {
-            ASSERT_LT(nth, 3000U);
-            failed = step(nth, from_then_on);
-        }
-        EXPECT_GT(nth, 3U) << "nothing was allocated, so nothing was tested";
-    }
+// Whether an allocation of a statement failed, which must run to its end all the same.
+template <typename Statement>
+bool fails_silently(FailingAllocation failing, Statement&& statement) {
+    const FaultyRun run = failing.run(statement);
+    EXPECT_TRUE(run.completed);
+    return run.has_failed;
 }
 
 TEST(FacadeFaults, MemoryThatRunsOutWhileAFileIsLoadedReachesNobody) {
-    expect_no_exception_when_memory_runs_out([](std::uint64_t nth, bool from_then_on) {
+    for_each_failing_allocation(2, 3000, [](FailingAllocation failing) {
         LoadedHeader loaded;
         loaded.world.files.put(kSong, song());
-        bool failed = false;
-        {
-            const AllocationFault fault(nth, from_then_on);
-            EXPECT_NO_THROW(loaded.header.FileName(kSong)) << nth;
-            failed = fault.has_failed();
-        }
+        const bool failed = fails_silently(failing, [&] { loaded.header.FileName(kSong); });
         EXPECT_TRUE(loaded.header.g_InUse());
         read_everything(loaded.header);
         return failed;
@@ -147,45 +137,33 @@ TEST(FacadeFaults, MemoryThatRunsOutWhileAFileIsLoadedReachesNobody) {
 }
 
 TEST(FacadeFaults, MemoryThatRunsOutNeverShowsTheFileBefore) {
-    expect_no_exception_when_memory_runs_out([](std::uint64_t nth, bool from_then_on) {
+    for_each_failing_allocation(2, 3000, [](FailingAllocation failing) {
         LoadedHeader loaded(song());
         loaded.world.files.put(kOther, Tag(3).text("TPE1", "x").padded_to(300) + audio());
-        bool failed = false;
-        {
-            const AllocationFault fault(nth, from_then_on);
-            EXPECT_NO_THROW(loaded.header.FileName(kOther)) << nth;
-            failed = fault.has_failed();
-        }
+        const bool failed = fails_silently(failing, [&] { loaded.header.FileName(kOther); });
         // A frame that there is no memory for counts as corrupt, which the title then tells.
         EXPECT_TRUE(loaded.header.Title().empty() ||
-                    loaded.header.Title().starts_with(u"Corrupt ID3v2 Tag"))
-            << nth;
-        EXPECT_EQ(loaded.header.Agency(), u"") << nth;
-        EXPECT_EQ(loaded.header.Comments(), u"") << nth;
-        EXPECT_NE(loaded.header.FileName(), kSong) << nth;
+                    loaded.header.Title().starts_with(u"Corrupt ID3v2 Tag"));
+        EXPECT_EQ(loaded.header.Agency(), u"");
+        EXPECT_EQ(loaded.header.Comments(), u"");
+        EXPECT_NE(loaded.header.FileName(), kSong);
         return failed;
     });
 }
 
 TEST(FacadeFaults, MemoryThatRunsOutWhilePropertiesAreReadReachesNobody) {
     const LoadedHeader loaded(song());
-    expect_no_exception_when_memory_runs_out([&](std::uint64_t nth, bool from_then_on) {
-        const AllocationFault fault(nth, from_then_on);
-        EXPECT_NO_THROW(read_everything(loaded.header)) << nth;
-        return fault.has_failed();
+    for_each_failing_allocation(2, 3000, [&](FailingAllocation failing) {
+        return fails_silently(failing, [&] { read_everything(loaded.header); });
     });
 }
 
 TEST(FacadeFaults, MemoryThatRunsOutWhilePropertiesAreAssignedReachesNobody) {
     const Arguments arguments;
-    expect_no_exception_when_memory_runs_out([&](std::uint64_t nth, bool from_then_on) {
+    for_each_failing_allocation(2, 3000, [&](FailingAllocation failing) {
         LoadedHeader loaded(song());
-        bool failed = false;
-        {
-            const AllocationFault fault(nth, from_then_on);
-            EXPECT_NO_THROW(assign_everything(loaded.header, arguments)) << nth;
-            failed = fault.has_failed();
-        }
+        const bool failed =
+            fails_silently(failing, [&] { assign_everything(loaded.header, arguments); });
         read_everything(loaded.header);
         return failed;
     });

@@ -12,6 +12,7 @@
 #include "support/frames.h"
 #include "support/id3v1.h"
 #include "support/memory_environment.h"
+#include "support/raised_error.h"
 #include "support/tags.h"
 #include "support/written_files.h"
 
@@ -44,12 +45,7 @@ protected:
     }
     [[nodiscard]] const Bytes& content() const { return world_.files.content(kName); }
     std::optional<Error> error_of_saving() {
-        try {
-            header_.SaveAllInfo();
-        } catch (const Error& error) {
-            return error;
-        }
-        return std::nullopt;
+        return test::raised_error([&] { header_.SaveAllInfo(); });
     }
 
     test::MemoryEnvironment world_;

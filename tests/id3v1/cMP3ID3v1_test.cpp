@@ -1,7 +1,6 @@
 #include "id3v1/cMP3ID3v1.h"
 
 #include <algorithm>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "support/frames.h"
 #include "support/id3v1.h"
 #include "support/memory_environment.h"
+#include "support/raised_error.h"
 
 namespace brindle {
 namespace {
@@ -23,6 +23,7 @@ using test::Fault;
 using test::FileCall;
 using test::Id3v1;
 using test::LoggedCall;
+using test::required_error;
 
 const String kName = u"song.mp3";
 const String kSource = u"BrindleId3v1Tagger";
@@ -35,15 +36,6 @@ protected:
         record_.MP3File(kName);
     }
     [[nodiscard]] const Bytes& content() const { return world_.files.content(kName); }
-    Error error_of(const std::function<void()>& call) {
-        try {
-            call();
-        } catch (const Error& error) {
-            return error;
-        }
-        ADD_FAILURE() << "no error was raised";
-        return Error(0, u"");
-    }
 
     test::MemoryEnvironment world_;
     cMP3ID3v1 record_{world_.environment};
@@ -157,7 +149,7 @@ TEST_F(ReadingTheRecord, AnotherFileReplacesWhatWasReadAndWhatWasSet) {
 
 TEST_F(ReadingTheRecord, MissingFileRaises53FromTheTaggerAndLeavesResetFields) {
     open(kAudio + Id3v1{.title = "Song", .genre = 2}.bytes());
-    const Error error = error_of([&] { record_.MP3File(u"missing.mp3"); });
+    const Error error = required_error([&] { record_.MP3File(u"missing.mp3"); });
     EXPECT_EQ(error.number(), 53);
     EXPECT_EQ(error.description(), Error(RuntimeError::FileNotFound).description());
     EXPECT_EQ(error.source(), kSource);
@@ -170,7 +162,7 @@ TEST_F(ReadingTheRecord, MissingFileRaises53FromTheTaggerAndLeavesResetFields) {
 TEST_F(ReadingTheRecord, OpenFailureKeepsItsNumberAndDescription) {
     world_.files.put(kName, kAudio);
     world_.files.fail({.call = FileCall::Open, .error = Error(70, u"Somebody else has it")});
-    const Error error = error_of([&] { record_.MP3File(kName); });
+    const Error error = required_error([&] { record_.MP3File(kName); });
     EXPECT_EQ(error.number(), 70);
     EXPECT_EQ(error.description(), u"Somebody else has it");
     EXPECT_EQ(error.source(), kSource);
@@ -179,7 +171,7 @@ TEST_F(ReadingTheRecord, OpenFailureKeepsItsNumberAndDescription) {
 TEST_F(ReadingTheRecord, ReadFailureIsRaisedAndLeavesResetFields) {
     world_.files.put(kName, kAudio + Id3v1{.title = "Song"}.bytes());
     world_.files.fail({.call = FileCall::Read});
-    EXPECT_EQ(error_of([&] { record_.MP3File(kName); }).number(), 57);
+    EXPECT_EQ(required_error([&] { record_.MP3File(kName); }).number(), 57);
     EXPECT_FALSE(record_.HasID3v1Tag());
     EXPECT_EQ(record_.Title(), u"");
 }
@@ -370,7 +362,7 @@ TEST_F(WritingTheRecord, FilesOfUpTo128BytesAreLeftAlone) {
 
 TEST_F(WritingTheRecord, EmptyFileRaisesThatItIsNoMp3FileAndStaysEmpty) {
     open({});
-    const Error error = error_of([&] { record_.Update(); });
+    const Error error = required_error([&] { record_.Update(); });
     EXPECT_EQ(error.number(), -2147217407);
     EXPECT_EQ(error.description(), u"song.mp3 is not a valid MP3 file.");
     EXPECT_EQ(error.source(), kSource);
@@ -381,7 +373,7 @@ TEST_F(WritingTheRecord, EmptyFileRaisesThatItIsNoMp3FileAndStaysEmpty) {
 TEST_F(WritingTheRecord, MissingFileIsCreatedEmptyAndRaisesTheSame) {
     open(kAudio);
     world_.files.remove(kName);
-    EXPECT_EQ(error_of([&] { record_.Update(); }).number(), -2147217407);
+    EXPECT_EQ(required_error([&] { record_.Update(); }).number(), -2147217407);
     EXPECT_EQ(content(), Bytes());
 }
 
@@ -421,7 +413,7 @@ TEST_F(WritingTheRecord, EachFailingCallIsRaisedFromTheTaggerAndTheAudioStays) {
                 world_.files.fail({.nth = nth,
                                    .from_then_on = from_then_on,
                                    .error = Error(RuntimeError::DiskFull)});
-                const Error error = error_of([&] { record_.Update(); });
+                const Error error = required_error([&] { record_.Update(); });
                 world_.files.fail_nothing();
                 // After the write only the flush and the close can fail.
                 const bool is_written = nth > 5;
@@ -439,7 +431,7 @@ TEST_F(WritingTheRecord, DiskThatIsFullAmidAnAppendedRecordLeavesTheOldFile) {
     open(kAudio);
     world_.files.fail(
         {.call = FileCall::Write, .error = Error(RuntimeError::DiskFull), .bytes_before = 50});
-    EXPECT_EQ(error_of([&] { record_.Update(); }).number(), 61);
+    EXPECT_EQ(required_error([&] { record_.Update(); }).number(), 61);
     EXPECT_EQ(content(), kAudio);
 }
 
@@ -448,7 +440,7 @@ TEST_F(WritingTheRecord, ErrorOfAnAppendIsRaisedAlsoWhenItCannotBeUndone) {
     const Error full(RuntimeError::DiskFull);
     // What comes before the write works.
     world_.files.fail({.nth = 5, .from_then_on = true, .error = full, .bytes_before = 50});
-    const Error error = error_of([&] { record_.Update(); });
+    const Error error = required_error([&] { record_.Update(); });
     EXPECT_EQ(error.number(), 61);
     EXPECT_NE(error.description().find(u"could not be restored"), String::npos);
     EXPECT_EQ(content().first(kAudio.size()), kAudio);
@@ -457,14 +449,14 @@ TEST_F(WritingTheRecord, ErrorOfAnAppendIsRaisedAlsoWhenItCannotBeUndone) {
 TEST_F(WritingTheRecord, FileThatBecameShorterMeanwhileIsNotWritten) {
     open(kAudio);
     world_.files.fail({.call = FileCall::Read, .kind = Fault::Kind::Shorten});
-    EXPECT_EQ(error_of([&] { record_.Update(); }).number(), 62);
+    EXPECT_EQ(required_error([&] { record_.Update(); }).number(), 62);
     EXPECT_EQ(content(), kAudio);
 }
 
 TEST_F(WritingTheRecord, ReadOnlyFileRaises75FromTheTagger) {
     open(kAudio);
     world_.files.make_read_only(kName);
-    const Error error = error_of([&] { record_.Update(); });
+    const Error error = required_error([&] { record_.Update(); });
     EXPECT_EQ(error.number(), 75);
     EXPECT_EQ(error.source(), kSource);
     EXPECT_EQ(content(), kAudio);

@@ -1,21 +1,22 @@
 // The store by itself: what no single edit of a host shows.
 #include "id3v2/frame_store.h"
 
-#include <new>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "support/bytes.h"
-#include "support/counting_allocator.h"
+#include "support/failing_allocation.h"
 #include "util/numeric_text.h"
 
 namespace brindle {
 namespace {
 
-using test::AllocationFault;
 using test::Bytes;
+using test::FailingAllocation;
+using test::FaultyRun;
+using test::for_each_failing_allocation;
 
 const Bytes kOld = "old";
 const Bytes kNew = "new";
@@ -52,62 +53,40 @@ TEST(FrameStore, CopyListsAnIdOnce) {
 
 TEST(FrameStore, FramesWaitWhileThereIsNoMemoryToSortThem) {
     constexpr int kIds = 200;
-    bool failed = true;
-    std::uint64_t nth = 1;
-    for (; failed; ++nth) {
-        ASSERT_LT(nth, 1000U);
+    for_each_failing_allocation(9, 1000, [&](FailingAllocation failing) {
         FrameStore store;
         for (int number = 0; number < kIds; ++number) {
             store.append(frame_id(id_of(number)), kOld);
             store.append(frame_id(id_of(number)), kNew);
         }
-        {
-            const AllocationFault fault(nth);
-            try {
-                EXPECT_EQ(store.value_count(), 2 * kIds);
-            } catch (const std::bad_alloc&) {
-                EXPECT_TRUE(fault.has_failed());
-            }
-            failed = fault.has_failed();
-        }
-        EXPECT_EQ(store.value_count(), 2 * kIds) << nth;
-        ASSERT_EQ(store.frame_list()->Count(), kIds) << nth;
+        const FaultyRun run = failing.run([&] { EXPECT_EQ(store.value_count(), 2 * kIds); });
+        EXPECT_EQ(store.value_count(), 2 * kIds);
+        EXPECT_EQ(store.frame_list()->Count(), kIds);
         for (int number = 0; number < kIds; ++number) {
             const std::string digits = id_of(number);
             const String id(digits.begin(), digits.end());
-            ASSERT_EQ(store.frame_list()->Item(number + 1), Variant(id)) << nth;
-            ASSERT_EQ(store.value(id, 1)->wide(), u"old") << nth;
-            ASSERT_EQ(store.value(id, 2)->wide(), u"new") << nth;
+            EXPECT_EQ(store.frame_list()->Item(number + 1), Variant(id));
+            EXPECT_EQ(store.value(id, 1)->wide(), u"old");
+            EXPECT_EQ(store.value(id, 2)->wide(), u"new");
         }
-    }
-    EXPECT_GT(nth, 10U);
+        return run.has_failed;
+    });
 }
 
 // The host had taken the id out of the list; its value is still there and keeps its number.
 TEST(FrameStore, ValueThatThereIsNoMemoryForLeavesItsIdUnlisted) {
-    bool added = false;
-    std::uint64_t nth = 1;
-    for (; !added; ++nth) {
-        ASSERT_LT(nth, 100U);
+    for_each_failing_allocation(1, 100, [](FailingAllocation failing) {
         FrameStore store;
         store.append(frame_id("TIT2"), kOld);
         store.frame_list()->Remove(u"TIT2");
         const String id = u"TIT2";
-        {
-            const AllocationFault fault(nth);
-            try {
-                store.add(id, u"new", 0);
-                added = true;
-            } catch (const std::bad_alloc&) {
-                EXPECT_TRUE(fault.has_failed());
-            }
-        }
-        EXPECT_EQ(store.is_listed(id), added) << nth;
-        EXPECT_EQ(store.count(id), 1) << nth;
-        EXPECT_EQ(store.value(id, 1)->wide(), u"old") << nth;
-        EXPECT_EQ(store.value_count(), 1) << nth;
-    }
-    EXPECT_GT(nth, 2U);
+        const FaultyRun run = failing.run([&] { store.add(id, u"new", 0); });
+        EXPECT_EQ(store.is_listed(id), run.completed);
+        EXPECT_EQ(store.count(id), 1);
+        EXPECT_EQ(store.value(id, 1)->wide(), u"old");
+        EXPECT_EQ(store.value_count(), 1);
+        return run.has_failed;
+    });
 }
 
 }  // namespace

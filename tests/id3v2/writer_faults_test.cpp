@@ -16,10 +16,11 @@
 
 #include "id3v2/cMP3ID3v2.h"
 #include "support/bytes.h"
-#include "support/counting_allocator.h"
+#include "support/failing_allocation.h"
 #include "support/frames.h"
 #include "support/id3v1.h"
 #include "support/memory_environment.h"
+#include "support/raised_error.h"
 #include "support/tags.h"
 #include "support/written_files.h"
 
@@ -193,26 +194,18 @@ std::size_t place_of(const std::vector<LoggedCall>& calls, FileCall call, std::s
 // once with none that fails.
 template <typename Check>
 void attempt_without_each_allocation(const Scenario& scenario, Check check) {
-    for (const bool from_then_on : {false, true}) {
-        std::uint64_t nth = 1;
-        for (bool has_failed = true; has_failed; ++nth) {
-            SCOPED_TRACE(std::to_string(nth) + (from_then_on ? " from then on" : " once"));
-            World world(scenario);
-            Outcome outcome;
-            {
-                const test::AllocationFault fault(nth, from_then_on);
-                outcome = world.attempt();
-                has_failed = fault.has_failed();
-            }
-            EXPECT_EQ(world.files().open_files(), 0U);
-            if (!from_then_on) {
-                EXPECT_TRUE(world.holds_only_the_file());
-            }
-            check(world, outcome, has_failed);
-            ASSERT_LT(nth, 5000U);
+    test::for_each_failing_allocation(4, 5000, [&](test::FailingAllocation failing) {
+        World world(scenario);
+        Outcome outcome;
+        const test::FaultyRun run = failing.run([&] { outcome = world.attempt(); });
+        EXPECT_TRUE(run.completed) << "an attempt catches what a save raises";
+        EXPECT_EQ(world.files().open_files(), 0U);
+        if (!failing.from_then_on) {
+            EXPECT_TRUE(world.holds_only_the_file());
         }
-        EXPECT_GT(nth, 5U);
-    }
+        check(world, outcome, run.has_failed);
+        return run.has_failed;
+    });
 }
 
 class Faults : public ::testing::TestWithParam<Scenario> {};
@@ -416,36 +409,23 @@ TEST(OpeningWithoutMemory, IsNeverSavedShort) {
     model.FileName(kName);
     model.Update();
     const Bytes result = good.files.content(kName);
-    for (const bool from_then_on : {false, true}) {
-        bool has_failed = true;
-        for (std::uint64_t nth = 1; has_failed; ++nth) {
-            SCOPED_TRACE(std::to_string(nth) + (from_then_on ? " from then on" : " once"));
-            test::MemoryEnvironment world;
-            world.files.put(kName, old);
-            cMP3ID3v2 poor(world.environment);
-            {
-                const test::AllocationFault fault(nth, from_then_on);
-                try {
-                    poor.FileName(kName);
-                } catch (const std::bad_alloc&) {
-                    has_failed = true;
-                } catch (const Error&) {
-                    has_failed = true;
-                }
-                has_failed = fault.has_failed();
-            }
-            try {
-                poor.Update();
-                // Nothing was missing; or there was not even a name.
-                EXPECT_TRUE(world.files.content(kName) == result ||
-                            (poor.FileName().empty() && world.files.content(kName) == old));
-            } catch (const Error& error) {
-                EXPECT_EQ(error.number(), 7);
-                EXPECT_EQ(world.files.content(kName), old);
-            }
-            ASSERT_LT(nth, 5000U);
+    test::for_each_failing_allocation(4, 5000, [&](test::FailingAllocation failing) {
+        test::MemoryEnvironment world;
+        world.files.put(kName, old);
+        cMP3ID3v2 poor(world.environment);
+        const test::FaultyRun run = failing.run(
+            [&] { static_cast<void>(test::error_number([&] { poor.FileName(kName); })); });
+        const std::int32_t number = test::error_number([&] { poor.Update(); });
+        if (number == 0) {
+            // Nothing was missing; or there was not even a name.
+            EXPECT_TRUE(world.files.content(kName) == result ||
+                        (poor.FileName().empty() && world.files.content(kName) == old));
+        } else {
+            EXPECT_EQ(number, 7);
+            EXPECT_EQ(world.files.content(kName), old);
         }
-    }
+        return run.has_failed;
+    });
 }
 
 const auto name_of_scenario = [](const auto& run) { return std::string(run.param.name); };

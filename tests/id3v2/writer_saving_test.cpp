@@ -16,6 +16,7 @@
 #include "support/frames.h"
 #include "support/id3v1.h"
 #include "support/memory_environment.h"
+#include "support/raised_error.h"
 #include "support/tags.h"
 #include "support/written_files.h"
 
@@ -76,13 +77,7 @@ protected:
     }
     [[nodiscard]] const Bytes& content() const { return world_.files.content(kName); }
     Error error_of_saving() {
-        try {
-            model_.Update();
-        } catch (const Error& error) {
-            return error;
-        }
-        ADD_FAILURE() << "no error was raised";
-        return {0, u""};
+        return test::required_error([&] { model_.Update(); });
     }
 
     test::MemoryEnvironment world_;

@@ -1,12 +1,9 @@
 #include "mpeg/duration.h"
 
-#include <optional>
-
 #include <gtest/gtest.h>
 
-#include <brindle/error.h>
-
 #include "mpeg/clsMPEG.h"
+#include "support/raised_error.h"
 
 namespace brindle::test {
 namespace {
@@ -27,15 +24,6 @@ StreamState variable_stream_of(std::int16_t version, std::int16_t layer, std::in
     state.header.VBR = true;
     state.frame_counter = frames;
     return state;
-}
-
-std::int32_t error_of(StreamState& state, std::int32_t audio_bytes) {
-    try {
-        CalcDuration(state, audio_bytes);
-    } catch (const Error& error) {
-        return error.number();
-    }
-    return 0;
 }
 
 TEST(Duration, ConstantStreamPlaysItsBitsAtItsRate) {
@@ -117,17 +105,17 @@ TEST(Duration, WithoutAudioBytesTheAverageStays) {
 
 TEST(Duration, NoFramesToDivideByIsAnErrorWithTheDurationSet) {
     StreamState state = variable_stream_of(1, 3, 44100, 0);
-    EXPECT_EQ(error_of(state, 1000), 11);
+    EXPECT_EQ(test::error_number([&] { CalcDuration(state, 1000); }), 11);
     EXPECT_EQ(state.duration_ms, 0);
 }
 
 TEST(Duration, MoreSamplesThan32BitsIsAnOverflow) {
     // 1152 x 1,864,135 = 2,147,483,520
     StreamState state = variable_stream_of(1, 3, 44100, 1'864'135);
-    EXPECT_EQ(error_of(state, 0), 0);
+    EXPECT_EQ(test::error_number([&] { CalcDuration(state, 0); }), 0);
     EXPECT_EQ(state.duration_ms, 48'695'771);  // 48,695.7714 s
     state = variable_stream_of(1, 3, 44100, 1'864'136);
-    EXPECT_EQ(error_of(state, 0), 6);
+    EXPECT_EQ(test::error_number([&] { CalcDuration(state, 0); }), 6);
 }
 
 TEST(SecsToTimeString, IsMinutesAndTwoDigitsOfSeconds) {

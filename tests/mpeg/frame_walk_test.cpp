@@ -15,6 +15,7 @@
 #include "support/frames.h"
 #include "support/id3v1.h"
 #include "support/memory_environment.h"
+#include "support/raised_error.h"
 #include "support/shrunk_file.h"
 #include "support/tags.h"
 
@@ -456,24 +457,20 @@ TEST(WalkFrames, RaisesNoEvent) {
     EXPECT_EQ(file.walk().frames, 150);
 }
 
-std::int32_t error_of_walk(const Opened& file) {
-    try {
-        static_cast<void>(file.walk());
-    } catch (const Error& error) {
-        EXPECT_EQ(error.source(), u"BrindleId3v1Tagger");
-        return error.number();
-    }
-    return 0;
+std::int32_t number_of_walk_error(const Opened& file) {
+    const Error error = test::required_error([&] { static_cast<void>(file.walk()); });
+    EXPECT_EQ(error.source(), u"BrindleId3v1Tagger");
+    return error.number();
 }
 
 TEST(WalkFrames, RaisesWhatKeepsTheFileFromBeingRead) {
     Opened file(stream(Frame{}, 12'000));
     for (const FileCall call : {FileCall::Open, FileCall::Length, FileCall::Read}) {
         file.world.files.fail({.call = call, .from_then_on = true});
-        EXPECT_EQ(error_of_walk(file), 57) << name_of(call);
+        EXPECT_EQ(number_of_walk_error(file), 57) << name_of(call);
     }
     file.world.files.fail({.nth = 20, .call = FileCall::Read});
-    EXPECT_EQ(error_of_walk(file), 57);
+    EXPECT_EQ(number_of_walk_error(file), 57);
 }
 
 TEST(WalkFrames, FileThatCouldNotBeReadIsNotCalledEmpty) {
@@ -482,7 +479,7 @@ TEST(WalkFrames, FileThatCouldNotBeReadIsNotCalledEmpty) {
     file.world.files.fail({.call = FileCall::Read, .from_then_on = true});
     file.header.FileName(kName);
     file.world.files.fail_nothing();
-    EXPECT_EQ(error_of_walk(file), 57);
+    EXPECT_EQ(number_of_walk_error(file), 57);
 }
 
 // --- the public function

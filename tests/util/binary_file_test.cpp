@@ -13,10 +13,10 @@
 #include <rapidcheck/gtest.h>
 #include <sys/resource.h>
 
+#include "support/raised_error.h"
 #include "support/read_only_file.h"
 #include "support/temporary_folder.h"
 #include "util/environment.h"
-#include "util/error_number.h"
 #include "util/system_calls.h"
 
 namespace brindle {

@@ -14,10 +14,10 @@
 #include <brindle/text.h>
 
 #include "support/bytes.h"
+#include "support/raised_error.h"
 #include "support/temporary_folder.h"
 #include "util/binary_file.h"
 #include "util/environment.h"
-#include "util/error_number.h"
 #include "util/replace_file.h"
 
 namespace brindle {

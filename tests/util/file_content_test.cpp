@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "support/memory_files.h"
-#include "util/error_number.h"
+#include "support/raised_error.h"
 
 namespace brindle {
 namespace {

@@ -17,10 +17,10 @@
 
 #include <brindle/text.h>
 
+#include "support/raised_error.h"
 #include "support/temporary_folder.h"
 #include "util/binary_file.h"
 #include "util/environment.h"
-#include "util/error_number.h"
 #include "util/file_exists.h"
 #include "util/system_calls.h"
 

@@ -8,8 +8,8 @@
 
 #include <brindle/error.h>
 
+#include "support/raised_error.h"
 #include "support/read_only_file.h"
-#include "util/error_number.h"
 
 namespace brindle {
 namespace {

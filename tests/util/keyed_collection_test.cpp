@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdint>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,7 +10,8 @@
 #include <brindle/keyed_collection.h>
 
 #include "support/counting_allocator.h"
-#include "util/error_number.h"
+#include "support/failing_allocation.h"
+#include "support/raised_error.h"
 #include "util/numeric_text.h"
 
 namespace brindle {
@@ -104,15 +104,7 @@ void add_when_memory_allows(KeyedCollection& collection, const String& key, Add 
     bool added = false;
     for (std::uint64_t nth = 1; !added; ++nth) {
         ASSERT_LT(nth, 20U);
-        {
-            const test::AllocationFault fault(nth);
-            try {
-                add();
-                added = true;
-            } catch (const std::bad_alloc&) {
-                EXPECT_TRUE(fault.has_failed());
-            }
-        }
+        added = test::FailingAllocation{.nth = nth}.run(add).completed;
         ASSERT_EQ(collection.Count(), before + (added ? 1 : 0));
         ASSERT_EQ(collection.Exists(key), added);
     }
@@ -141,26 +133,16 @@ TEST(KeyedCollection, MemoryThatRunsOutLeavesItAsItWas) {
 
 // Keys and items stand in tables of their own, either of which may be the one without room.
 TEST(KeyedCollection, KeyWithoutRoomForItsItemIsNotAdded) {
-    bool added = false;
-    std::uint64_t nth = 1;
-    for (; !added; ++nth) {
-        ASSERT_LT(nth, 20U);
+    constexpr std::uint64_t kTables = 2;
+    test::for_each_failing_allocation(kTables, 20, [](test::FailingAllocation failing) {
         KeyedCollection collection;
         collection.Add(7, u"host");
-        {
-            const test::AllocationFault fault(nth);
-            try {
-                collection.AddKey(u"TIT2");
-                added = true;
-            } catch (const std::bad_alloc&) {
-                EXPECT_TRUE(fault.has_failed());
-            }
-        }
-        EXPECT_EQ(collection.Count(), added ? 2 : 1) << nth;
-        EXPECT_EQ(collection.Exists(u"TIT2"), added) << nth;
-        EXPECT_EQ(collection.Item(u"host"), Variant(7)) << nth;
-    }
-    EXPECT_GT(nth, 3U) << "both tables grow";
+        const test::FaultyRun run = failing.run([&] { collection.AddKey(u"TIT2"); });
+        EXPECT_EQ(collection.Count(), run.completed ? 2 : 1);
+        EXPECT_EQ(collection.Exists(u"TIT2"), run.completed);
+        EXPECT_EQ(collection.Item(u"host"), Variant(7));
+        return run.has_failed;
+    });
 }
 
 TEST(KeyedCollection, KeysAreFoundWithoutMemoryForAnIndex) {

@@ -11,6 +11,7 @@
 
 #include "support/bytes.h"
 #include "support/memory_files.h"
+#include "support/raised_error.h"
 
 namespace brindle {
 namespace {
@@ -36,12 +37,8 @@ protected:
         const Bytes tag = "TAG";
         const Bytes old_tag = "tag";
         const std::vector<Overwrite> pieces{{25, record, {}}, {0, tag, old_tag}};
-        try {
-            overwrite_file(*files_.open(kName, OpenMode::ReadWrite), state_, pieces);
-        } catch (const Error& error) {
-            return error;
-        }
-        return std::nullopt;
+        return test::raised_error(
+            [&] { overwrite_file(*files_.open(kName, OpenMode::ReadWrite), state_, pieces); });
     }
 
     test::MemoryFiles files_;

@@ -11,6 +11,7 @@
 
 #include "support/bytes.h"
 #include "support/memory_files.h"
+#include "support/raised_error.h"
 
 namespace brindle {
 namespace {
@@ -36,12 +37,7 @@ protected:
                files_.open_files() == 0;
     }
     std::int32_t number_of_error(const String& target = kName) {
-        try {
-            replace_file(files_, target, write_new);
-        } catch (const Error& error) {
-            return error.number();
-        }
-        return 0;
+        return test::error_number([&] { replace_file(files_, target, write_new); });
     }
 
     test::MemoryFiles files_;
