@@ -1,4 +1,8 @@
-# Debian packages: `cpack -G DEB` in a build with BUILD_SHARED_LIBS and CMAKE_INSTALL_PREFIX=/usr.
+# Debian packages: `cpack` in a build with BUILD_SHARED_LIBS and CMAKE_INSTALL_PREFIX=/usr.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_LIST_DIR}/packages-check.cmake)
+# CPack hands on only variables of its own.
+set(CPACK_BRINDLE_SHARED ${BUILD_SHARED_LIBS})
 set(CPACK_PACKAGE_NAME brindle)
 set(CPACK_PACKAGE_VENDOR "the Brindle authors")
 set(CPACK_PACKAGE_CONTACT "the Brindle authors <maintainers@users.noreply.c-seed-1a2d2f39.example>")
@@ -21,7 +25,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 set(library_package libbrindle${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_SOURCE_DIR}/cmake/debian/triggers
+    ${PROJECT_BINARY_DIR}/debian/symbols)
 set(CPACK_DEBIAN_HEADERS_PACKAGE_NAME libbrindle-dev)
 set(CPACK_DEBIAN_HEADERS_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_HEADERS_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})")
@@ -46,27 +52,25 @@ ${about}
 This package holds the program brindle, which shows, checks and
 changes files.")
 
-# Every Debian package has its licence and its changes beside it.
-find_program(GZIP gzip)
-if(GZIP)
-    set(changes ${PROJECT_BINARY_DIR}/changelog.gz)
-    add_custom_command(OUTPUT ${changes}
-        COMMAND ${GZIP} -9nc ${PROJECT_SOURCE_DIR}/CHANGELOG.md > ${changes}
-        DEPENDS ${PROJECT_SOURCE_DIR}/CHANGELOG.md
-        VERBATIM)
-    add_custom_target(brindle_changelog ALL DEPENDS ${changes})
-    foreach(pair library:${library_package} headers:libbrindle-dev program:brindle)
-        string(REPLACE ":" ";" pair ${pair})
-        list(GET pair 0 component)
-        list(GET pair 1 package)
-        install(FILES ${PROJECT_SOURCE_DIR}/LICENSE
-            RENAME copyright
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
-            COMPONENT ${component})
-        install(FILES ${changes}
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
-            COMPONENT ${component})
-    endforeach()
-endif()
+# Every Debian package has its licence beside it.
+foreach(pair library:${library_package} headers:libbrindle-dev program:brindle)
+    string(REPLACE ":" ";" pair ${pair})
+    list(GET pair 0 component)
+    list(GET pair 1 package)
+    install(FILES ${PROJECT_SOURCE_DIR}/LICENSE
+        RENAME copyright
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
+        COMPONENT ${component})
+endforeach()
+install(FILES ${PROJECT_SOURCE_DIR}/cmake/debian/lintian-overrides
+    RENAME ${library_package}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
+    COMPONENT library)
 
+# Makes what can be made only when all files are in place.
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian-package-files.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian-package-scripts.cmake)
+set(CPACK_BRINDLE_SOURCE_DIR ${PROJECT_SOURCE_DIR})
+set(CPACK_BRINDLE_BINARY_DIR ${PROJECT_BINARY_DIR})
+set(CPACK_BRINDLE_LIBRARY_PACKAGE ${library_package})
 include(CPack)

@@ -4,6 +4,18 @@ get_filename_component(root ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
 file(STRINGS ${root}/CMakeLists.txt project REGEX "^project\\(")
 string(REGEX MATCH "[0-9]+\\.[0-9]+\\.[0-9]+" CPACK_PACKAGE_VERSION "${project}")
 
+# Without this CPack says of a missing build only that it cannot read a file.
+set(missing "")
+foreach(preset windows-x86 windows-x64)
+    set(build ${root}/build/${preset})
+    if(NOT EXISTS ${build}/src/facade/com/Brindle.dll OR NOT EXISTS ${build}/host/brindle.exe)
+        string(APPEND missing "\n  cmake --preset ${preset} && cmake --build --preset ${preset}")
+    endif()
+endforeach()
+if(missing)
+    message(FATAL_ERROR "The package for Windows needs builds that are not there. Build first:${missing}")
+endif()
+
 set(CPACK_GENERATOR ZIP)
 set(CPACK_CMAKE_GENERATOR Ninja)
 set(CPACK_PACKAGE_NAME brindle)
