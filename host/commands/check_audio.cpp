@@ -289,7 +289,7 @@ struct Playable {
 // What keeps hosts from the stream, and the remedy.
 std::string reason_against_hosts(const CheckedFile& file, const Playable& playable) {
     constexpr std::int64_t kFewestFrames = 11;
-    constexpr std::int64_t kMostPositions = 16'384;
+    constexpr std::int64_t kMaxPositions = 16'384;
     constexpr std::int64_t kLongestFile = std::numeric_limits<std::int32_t>::max();
     const auto bytes = [](std::int64_t count) { return std::to_string(count) + " bytes"; };
     const std::int64_t tag = file.header.ID3TagSizeIncludingHeader();
@@ -310,9 +310,9 @@ std::string reason_against_hosts(const CheckedFile& file, const Playable& playab
         return counted(playable.found.frames, "frame") + " of audio, hosts need " +
                std::to_string(kFewestFrames) + ": lengthen the sound with silence";
     }
-    if (const std::int64_t junk = playable.found.first - playable.begin; junk > kMostPositions) {
+    if (const std::int64_t junk = playable.found.first - playable.begin; junk > kMaxPositions) {
         return bytes(junk) + " before the first frame, hosts give up after " +
-               std::to_string(kMostPositions) + ": take them out";
+               std::to_string(kMaxPositions) + ": take them out";
     }
     if (playable.found.runs > 1) {
         return "bytes that are no audio break the run of frames that hosts look for: take them out";

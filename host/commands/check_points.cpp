@@ -44,12 +44,12 @@ constexpr std::array<OtherPoint, 4> kOtherPoints{{
 // Not negative: that counts from the end in some programs and is out of range in others.
 std::optional<std::int64_t> milliseconds_in(const String& seconds) {
     constexpr double kMillisecondsPerSecond = 1'000;
-    constexpr double kMost = 1'000'000;
+    constexpr double kMax = 1'000'000;
     const std::string text = to_utf8(seconds);
     double number = 0;
     const char* const end = text.data() + text.size();
     const auto [last, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
-    if (error != std::errc() || last != end || !(number >= 0 && number <= kMost)) {
+    if (error != std::errc() || last != end || !(number >= 0 && number <= kMax)) {
         return std::nullopt;
     }
     return std::llround(number * kMillisecondsPerSecond);

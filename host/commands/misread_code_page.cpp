@@ -204,8 +204,8 @@ public:
 
     [[nodiscard]] bool are_of_another_script() const {
         constexpr std::size_t kFewLetters = 3;
-        constexpr std::size_t kMostOfTen = 6;
-        const bool is_most_of_text = accented_letters_ * 10 >= letters_ * kMostOfTen;
+        constexpr std::size_t kMaxOfTen = 6;
+        const bool is_most_of_text = accented_letters_ * 10 >= letters_ * kMaxOfTen;
         return has_long_word_ ||
                (is_most_of_text && distinct_.size() >= kFewLetters && longest_word_ >= 2 &&
                 accented_letters_ > kFewLetters) ||

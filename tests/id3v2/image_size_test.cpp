@@ -38,9 +38,9 @@ void PrintTo(const ImageCase& image_case, std::ostream* out) {
 
 Bytes segment(std::uint8_t marker, std::size_t contents) {
     const std::size_t length = contents + 2;
-    return Bytes("\xFF"sv) + repeated(1, static_cast<char>(marker)) +
-           repeated(1, static_cast<char>(length >> 8U)) +
-           repeated(1, static_cast<char>(length & 0xFFU)) + zeros(contents);
+    return Bytes("\xFF"sv) + repeated(1, static_cast<std::uint8_t>(marker)) +
+           repeated(1, static_cast<std::uint8_t>(length >> 8U)) +
+           repeated(1, static_cast<std::uint8_t>(length & 0xFFU)) + zeros(contents);
 }
 
 Bytes times(std::size_t count, const Bytes& bytes) {
