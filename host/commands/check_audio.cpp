@@ -268,7 +268,7 @@ void check_end(CheckedFile& file, const FrameWalk& walk, AudioOnTheWay& audio, F
     const std::int64_t end =
         walk.end < file.size - record ? check_tags_at_end(file, findings) : walk.end;
     if (walk.last_frame_is_cut) {
-        findings.push_back(cut_last_frame(walk.bytes_behind));
+        findings.push_back(cut_last_frame(walk.bytes_after));
     } else if (walk.end < end) {
         const std::int64_t junk = end - walk.end - audio.take_other_frames(walk.end, end).bytes;
         if (junk > 0) {

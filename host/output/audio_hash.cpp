@@ -20,7 +20,7 @@ std::string audio_hash(const std::string& name, const cMPEGHeader& header) {
     }
     if (walk.last_frame_is_cut) {
         // Shorter than a frame.
-        const auto count = static_cast<std::size_t>(walk.bytes_behind);
+        const auto count = static_cast<std::size_t>(walk.bytes_after);
         const std::string rest = read_bytes(name, walk.end, count);
         if (rest.size() < count) {
             throw Error(RuntimeError::InputPastEnd, u"brindle");

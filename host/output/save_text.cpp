@@ -11,8 +11,8 @@ std::string reason_text(LossReason reason) {
     switch (reason) {
         case LossReason::TooLarge:
             return "too large to be read";
-        case LossReason::BehindCorrupt:
-            return "behind a corrupt frame";
+        case LossReason::AfterCorrupt:
+            return "after a corrupt frame";
         case LossReason::NotReached:
             return "not reached when the tag was read";
         case LossReason::Misread:

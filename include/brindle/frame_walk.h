@@ -47,7 +47,7 @@ struct FrameWalk {
 
     // Bytes after the last whole frame: the beginning of a frame that is cut, or anything else,
     // such as tags of other programs.
-    std::int64_t bytes_behind = 0;
+    std::int64_t bytes_after = 0;
     bool last_frame_is_cut = false;
 
     friend bool operator==(const FrameWalk&, const FrameWalk&) = default;

@@ -46,7 +46,7 @@ class cMPEGHeader;
 
 enum class LossReason {
     TooLarge,       // over the size that is read of such a frame
-    BehindCorrupt,  // the reading ended at a frame before it that can't be right
+    AfterCorrupt,  // the reading ended at a frame before it that can't be right
     NotReached,     // the reading never came to it, or took it for part of another frame
     Misread,        // compressed, encrypted, unsynchronised, or of another size than was read
     Version2,       // the tag is of version 2; of those only artist, title and year go on

@@ -232,7 +232,7 @@ private:
         if (size > (frame.id() == kPictureId ? kLargestPictureSize : kLargestTextSize)) {
             lose(entry, LossReason::TooLarge);
         } else {
-            lose(entry, known_.corrupt ? LossReason::BehindCorrupt : LossReason::NotReached);
+            lose(entry, known_.corrupt ? LossReason::AfterCorrupt : LossReason::NotReached);
         }
     }
 

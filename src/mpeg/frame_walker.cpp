@@ -51,7 +51,7 @@ FrameWalk FrameWalker::run(std::int64_t first_frame) {
         walk_.last_frame_is_cut = is_frame_cut_at(position_);
     }
     walk_.end = position_;
-    walk_.bytes_behind = audio_end_ - position_;
+    walk_.bytes_after = audio_end_ - position_;
     walk_.frames -= walk_.has_header_frame ? 1 : 0;
     walk_.milliseconds = divide_half_even(
         walk_.frames * walk_.samples_per_frame * kMillisecondsPerSecond, walk_.frequency);

@@ -154,7 +154,7 @@ TEST(AttackFile, HostileTagsHaveKnownAnswers) {
                        {"ids that read alike with their number", 2, 1, u"", 44100},
                        {"id of ones", 2, 1, u"", 44100},
                        // The second joins the first.
-                       {"tags one behind the other", 2, 1, u"2", 44100},
+                       {"tags one after the other", 2, 1, u"2", 44100},
                    });
 }
 

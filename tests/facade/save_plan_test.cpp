@@ -30,7 +30,7 @@ std::string word(LossReason reason) {
     switch (reason) {
         case LossReason::TooLarge:
             return "too large";
-        case LossReason::BehindCorrupt:
+        case LossReason::AfterCorrupt:
             return "behind corrupt";
         case LossReason::NotReached:
             return "not reached";

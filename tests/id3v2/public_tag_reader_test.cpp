@@ -157,7 +157,7 @@ TEST(PublicTagReader, TagThatWasCutSinceEndsWithTheFile) {
     EXPECT_EQ(tag->frames[0].id(), "TIT2");
 }
 
-// Whatever stands there: frames lie in the file, one behind the other.
+// Whatever stands there: frames lie in the file, one after the other.
 RC_GTEST_PROP(PublicTagReader, FramesOfAnyBytesLieInTheFileInOrder, ()) {
     const auto version = *rc::gen::inRange(2, 5);
     const auto flags = *rc::gen::arbitrary<std::uint8_t>();

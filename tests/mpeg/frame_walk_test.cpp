@@ -52,7 +52,7 @@ Visits visit(const Bytes& file, std::int64_t first_frame = 0) {
     return visits;
 }
 
-// A visitor sees what is counted: each frame where it stands, one behind the other but for the
+// A visitor sees what is counted: each frame where it stands, one after the other but for the
 // gaps.
 void check_visits(const Bytes& file, const FrameWalk& plain, const Visits& visits) {
     EXPECT_EQ(visits.walk, plain);
@@ -105,7 +105,7 @@ TEST(FrameWalk, CountsEveryFrameToTheEnd) {
     EXPECT_EQ(found.first_frame, 0);
     EXPECT_EQ(found.end, 120 * 417);
     EXPECT_EQ(found.gaps, 0);
-    EXPECT_EQ(found.bytes_behind, 0);
+    EXPECT_EQ(found.bytes_after, 0);
     EXPECT_FALSE(found.has_header_frame);
     EXPECT_FALSE(found.last_frame_is_cut);
 }
@@ -228,7 +228,7 @@ TEST(FrameWalk, GoesOnWhenBitRateModeFlagsAndPaddingChange) {
                                  stream(Frame{}.padded(), 10) + stream(Frame{.crc = true}, 10));
     EXPECT_EQ(found.frames, 40);
     EXPECT_EQ(found.gaps, 0);
-    EXPECT_EQ(found.bytes_behind, 0);
+    EXPECT_EQ(found.bytes_after, 0);
 }
 
 TEST(FrameWalk, FramesOfAnotherKindAreNotHeard) {
@@ -251,7 +251,7 @@ TEST(FrameWalk, JunkBetweenFramesIsSteppedOver) {
     EXPECT_EQ(found.first_gap, 30 * 417);
     EXPECT_EQ(found.bytes_in_gaps, 154);
     EXPECT_EQ(found.end, 60 * 417 + 154);
-    EXPECT_EQ(found.bytes_behind, 0);
+    EXPECT_EQ(found.bytes_after, 0);
 }
 
 TEST(FrameWalk, HeaderInJunkNeedsAnotherBehindIt) {
@@ -266,7 +266,7 @@ TEST(FrameWalk, LastFrameBehindJunkEndsTheAudio) {
     const FrameWalk found = walk(stream(Frame{}, 10) + zeros(7) + Frame{}.bytes());
     EXPECT_EQ(found.frames, 11);
     EXPECT_EQ(found.gaps, 1);
-    EXPECT_EQ(found.bytes_behind, 0);
+    EXPECT_EQ(found.bytes_after, 0);
 }
 
 // A spliced file: the eleventh frame has lost its end, so the twelfth begins inside it.
@@ -285,7 +285,7 @@ TEST(FrameWalk, CutLastFrameIsNotHeard) {
         const FrameWalk found = walk(stream(Frame{}, 20) + Frame{}.bytes().first(kept));
         EXPECT_EQ(found.frames, 20);
         EXPECT_TRUE(found.last_frame_is_cut) << kept;
-        EXPECT_EQ(found.bytes_behind, kept);
+        EXPECT_EQ(found.bytes_after, kept);
         EXPECT_EQ(found.end, 20 * 417);
         EXPECT_EQ(found.gaps, 0);
     }
@@ -296,7 +296,7 @@ TEST(FrameWalk, CutHeaderIsNoFrame) {
         const FrameWalk found = walk(stream(Frame{}, 20) + Frame{}.bytes().first(kept));
         EXPECT_EQ(found.frames, 20);
         EXPECT_FALSE(found.last_frame_is_cut);
-        EXPECT_EQ(found.bytes_behind, kept);
+        EXPECT_EQ(found.bytes_after, kept);
     }
 }
 
@@ -304,7 +304,7 @@ TEST(FrameWalk, OtherBytesBehindTheLastFrameAreNoCutFrame) {
     const FrameWalk found = walk(stream(Frame{}, 20) + Bytes("APETAGEX") + zeros(92));
     EXPECT_EQ(found.frames, 20);
     EXPECT_FALSE(found.last_frame_is_cut);
-    EXPECT_EQ(found.bytes_behind, 100);
+    EXPECT_EQ(found.bytes_after, 100);
     EXPECT_EQ(found.gaps, 0);
 }
 
@@ -370,7 +370,7 @@ TEST(WalkFrames, BeginsBehindTheTagAndEndsAtTheRecord) {
     const FrameWalk found = file.walk();
     EXPECT_EQ(found.first_frame, 1000);
     EXPECT_EQ(found.frames, 120);
-    EXPECT_EQ(found.bytes_behind, 0);
+    EXPECT_EQ(found.bytes_after, 0);
 }
 
 TEST(WalkFrames, FrameCutByTheRecordIsCut) {
@@ -378,7 +378,7 @@ TEST(WalkFrames, FrameCutByTheRecordIsCut) {
                       Id3v1{.title = "Song"}.bytes());
     const FrameWalk found = file.walk();
     EXPECT_TRUE(found.last_frame_is_cut);
-    EXPECT_EQ(found.bytes_behind, 300);
+    EXPECT_EQ(found.bytes_after, 300);
 }
 
 // The duration that hosts read counts frames up to the change only: 110 of 320 kbit/s and 110 of
@@ -401,7 +401,7 @@ TEST(WalkFrames, FollowsTheAudioThatASaveHasMoved) {
     const FrameWalk found = file.walk();
     EXPECT_GT(found.first_frame, 0);
     EXPECT_EQ(found.frames, 120);
-    EXPECT_EQ(found.bytes_behind, 0);
+    EXPECT_EQ(found.bytes_after, 0);
 }
 
 TEST(WalkFrames, LooksAgainInAFileThatSomebodyElseHasChanged) {
@@ -431,7 +431,7 @@ TEST(FrameWalk, FileThatWasCutSinceEndsWithItsLastFrame) {
         EXPECT_EQ(found.frames, 20) << c.name;
         EXPECT_EQ(found.end, 20 * 417) << c.name;
         EXPECT_EQ(found.gaps, 0) << c.name;
-        EXPECT_EQ(found.bytes_behind, 1'000) << c.name;
+        EXPECT_EQ(found.bytes_after, 1'000) << c.name;
         EXPECT_FALSE(found.last_frame_is_cut) << c.name;
     }
 }

@@ -250,7 +250,7 @@ std::vector<AttackFile> hostile_tags() {
         {"id of ones", Tag(3).frame("\xFF\xFF\xFF\xFF"sv, "\0a"sv).padding(30) + audio, audio},
         {"comments that grow",
          many_frames("COMM", Bytes("\0eng\0"sv) + repeated(4'900, 'c'), 100) + audio, audio},
-        {"tags one behind the other",
+        {"tags one after the other",
          Tag(3).text("TIT2", "1") + Tag(3).text("TIT2", "2").bytes() +
              Tag(4).text("TIT2", "3").bytes() + audio,
          audio},

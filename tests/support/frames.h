@@ -92,7 +92,7 @@ struct Xing {
     std::size_t offset = kXingStereo1;
 };
 
-// A frame of silence that carries a VBR header. Fields stand one behind the other whatever the
+// A frame of silence that carries a VBR header. Fields stand one after the other whatever the
 // flags say.
 [[nodiscard]] Bytes xing_frame(const Frame& frame, const Xing& xing);
 
