@@ -107,6 +107,7 @@ def test_reuse_finds_a_licence_for_every_file():
     run("reuse", "--root", ROOT, "lint")
 
 
+@pytest.mark.slow
 def test_another_build_makes_the_same_packages(packages, tmp_path):
     """In another folder, at another time, in another language, and by another user's mask."""
     tree = tmp_path / "a folder of some other length"
