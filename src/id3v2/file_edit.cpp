@@ -22,9 +22,11 @@
 namespace brindle {
 
 FileEdit::FileEdit(FileToEdit file, const FindAccepted& find_accepted, const cMP3ID3v1& record,
-                   std::vector<EditedField> fields, const EditOptions& options)
-    : subject_(std::move(file)), fields_(std::move(fields)), options_(options) {
-    only_removes_ = fields_.empty() && !options_.removed.empty();
+                   std::vector<EditedField> fields, EditOptions options)
+    : subject_(std::move(file)),
+      fields_(std::move(fields)),
+      options_(std::move(options)),
+      only_removes_(fields_.empty() && !options_.removed.empty()) {
     if (only_removes_) {
         // Every edit leaves it, and a tag needs a frame.
         fields_.push_back(saved_stamp());

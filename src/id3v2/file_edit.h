@@ -41,7 +41,7 @@ public:
     // Without fields, and without any frame to remove, the tag stays as it is. `record` is written
     // where the host has set some of it.
     FileEdit(FileToEdit file, const FindAccepted& find_accepted, const cMP3ID3v1& record,
-             std::vector<EditedField> fields, const EditOptions& options);
+             std::vector<EditedField> fields, EditOptions options);
 
     [[nodiscard]] const String& name() const noexcept { return subject_.name; }
     [[nodiscard]] const EditPlan& plan() const noexcept { return plan_; }

@@ -44,7 +44,7 @@ void FrameStore::sort_rest() const {
 
 // The first frames, up to `end`, are of one id. The number of their record; `guess` is that of the
 // frames before, which are often of the same id.
-std::size_t FrameStore::sort_run(FrameQueue::const_iterator end, std::size_t guess) const {
+std::size_t FrameStore::sort_run(const FrameQueue::const_iterator& end, std::size_t guess) const {
     const auto begin = unsorted_.cbegin();
     const auto count = static_cast<std::size_t>(end - begin);
     const PackedKey key = packed(begin->id);
@@ -120,8 +120,7 @@ FrameStore FrameStore::copy() const {
             copied.frame_list_->AddKey(id);
         }
     }
-    for (std::size_t entry = 0; entry < records_.size(); ++entry) {
-        const Record& record = records_[entry];
+    for (const Record& record : records_) {
         FrameValues& twins = copied.find_or_add(packer_.text(record.id)).values;
         for (std::size_t place = 0; place < record.values.size(); ++place) {
             const FrameValues::SlotView slot = record.values.slot(place);

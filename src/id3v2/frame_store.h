@@ -95,7 +95,7 @@ private:
         }
     }
     void sort_rest() const;
-    std::size_t sort_run(FrameQueue::const_iterator end, std::size_t guess) const;
+    std::size_t sort_run(const FrameQueue::const_iterator& end, std::size_t guess) const;
     [[nodiscard]] std::size_t find_sorted(PackedKey id) const;
     [[nodiscard]] Record* find(std::u16string_view id) const;
     Record& find_or_add(std::u16string_view id);

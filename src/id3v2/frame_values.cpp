@@ -90,7 +90,7 @@ void FrameValues::make_room(std::size_t more) {
 }
 
 void FrameValues::append(FrameQueue::const_iterator first,
-                         FrameQueue::const_iterator last) noexcept {
+                         const FrameQueue::const_iterator& last) noexcept {
     if (needs_no_list_for(static_cast<std::size_t>(last - first))) {
         only_ = first->text();
         return;

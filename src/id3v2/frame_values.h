@@ -55,7 +55,7 @@ public:
     void make_room(std::size_t more);
     // Adds the values that the reader found after those that are counted, and counts them. Room
     // for them has been made; no value may have a higher number than the count yet.
-    void append(FrameQueue::const_iterator first, FrameQueue::const_iterator last) noexcept;
+    void append(FrameQueue::const_iterator first, const FrameQueue::const_iterator& last) noexcept;
     // False when the number is taken; the count is set in any case. All or nothing.
     bool add(std::int32_t index, StoredText text, std::optional<std::int32_t> count);
     // The same, and leaves the count as it is.

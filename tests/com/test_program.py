@@ -79,7 +79,7 @@ def test_tells_of_a_missing_file(brindle, folder):
     assert printed == f"brindle: {windows_name(folder / 'gone.mp3')}: No such file or directory\n"
 
 
-def test_tells_of_a_folder(brindle, folder):
-    status, printed = brindle("show", windows_name(folder))
-    assert status == 1
-    assert printed.endswith(": Is a directory\n")
+def test_shows_the_files_of_a_folder(brindle, song):
+    status, printed = brindle("show", windows_name(song.parent))
+    assert status == 0
+    assert NAME in printed

@@ -1,0 +1,51 @@
+// The members of cMP3ID3v2 for plans, edits and facts. In a file of their own, as a program that
+// calls none of them, such as the automation server, is then linked without the editor (90 KB).
+#include <memory>
+#include <utility>
+
+#include "id3v2/cMP3ID3v2.h"
+#include "id3v2/error_sources.h"
+#include "id3v2/fact_reader.h"
+#include "id3v2/save_planning.h"
+#include "id3v2/tag_range.h"
+
+namespace brindle {
+
+SavePlan cMP3ID3v2::plan_save() const {
+    return brindle::plan_save(reading_);
+}
+
+StripPlan cMP3ID3v2::plan_strip(std::int32_t tags) const {
+    return brindle::plan_strip(reading_, tags);
+}
+
+std::unique_ptr<FileEdit> cMP3ID3v2::begin_edit(const EditOptions& options) const {
+    std::unique_ptr<BinaryFile> file = reading_.open_to_save();
+    if (!file) {
+        throw Error(RuntimeError::FileNotFound, kReaderSource);
+    }
+    reading_.require_whole(kWriterSource);
+    const FileState state = as_writer([&] { return file->state(); });
+    EditOptions all = options;
+    for (const String& name : reading_.tag().removed_custom_fields()) {
+        all.removed.push_back({String(kCustomFrame), name});
+    }
+    const auto find_accepted = [this](FileWindow& window) { return reading_.accepted_in(window); };
+    return std::make_unique<FileEdit>(
+        FileToEdit{reading_.environment(), reading_.name(), Owner, std::move(file), state},
+        find_accepted, reading_.record, reading_.tag().edited_fields(), std::move(all));
+}
+
+TagFacts cMP3ID3v2::read_tag_facts() const {
+    const std::unique_ptr<BinaryFile> file = reading_.open_to_look();
+    if (!file) {
+        return {};
+    }
+    return as_writer([&] {
+        FileWindow window(*file);
+        const auto range = find_tag_range(window, reading_.accepted_in(window));
+        return read_facts(*file, window, range.value_or(ByteRange()));
+    });
+}
+
+}  // namespace brindle
