@@ -87,7 +87,8 @@ Consent ask_for_folders(const ChangeOptions& options) {
 
 ExitStatus for_each_file(const ChangeOptions& options, const FileStep& step) {
     watch_for_interruption(SecondSignal::Ignored);
-    NameSource names(options,
+    const PathOptions& paths = options;
+    NameSource names(paths,
                      options.yes || options.dry_run ? NamedFolders::Walked : NamedFolders::Refused);
     std::size_t done = 0;
     std::size_t failed = 0;

@@ -88,7 +88,7 @@ std::optional<ImageSize> webp_size(Bytes head) {
         return size_of(little<2>(head, 26) & k14Bits, little<2>(head, 28) & k14Bits);
     }
     // A signature, then 14 bits each of the size less 1.
-    if (has(head, 12, "VP8L") && has(head, 20, "\x2F")) {
+    if (has(head, 12, "VP8L") && has(head, 20, "/")) {
         const std::uint32_t bits = little<4>(head, 21);
         return size_of((bits & k14Bits) + 1, (bits >> 14U & k14Bits) + 1);
     }
