@@ -14,7 +14,7 @@ import pytest
 
 import encoders
 from mpeg_frames import frame_at
-from tools import ENVIRONMENT
+from commands import ENVIRONMENT
 
 pytestmark = pytest.mark.skipif(shutil.which("mp3val") is None, reason="needs mp3val")
 
