@@ -205,7 +205,7 @@ std::string BatchOutcome::files_text() const {
 }
 
 BatchOutcome run_batch(const BatchOptions& options, const Job& job) {
-    watch_for_interruption(SecondSignal::Ends);
+    watch_for_interruption(options.changes_files ? SecondSignal::Ignored : SecondSignal::Ends);
     const unsigned jobs =
         options.jobs > 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
     return Batch(options, job).run(jobs);

@@ -208,19 +208,16 @@ ShownValue shown_custom_field(const String& name) {
             }};
 }
 
-Edit custom_field(const GivenText& given) {
+Edit custom_field(const std::string& given_name, const GivenText& given) {
     const std::string option = "--field";
-    const std::size_t equals = given.text.find('=');
-    if (equals == std::string::npos) {
-        refuse(option, "'" + given.text + "' is not of the form NAME=VALUE");
-    }
-    if (equals == 0) {
+    if (given_name.empty()) {
         refuse(option, "the field has no name");
     }
     // Name and value share one frame, and one encoding.
-    static_cast<void>(checked_text(option, given, {.strings = 2}));
-    const String name = from_utf8(given.text.substr(0, equals));
-    const String value = from_utf8(given.text.substr(equals + 1));
+    static_cast<void>(
+        checked_text(option, {given_name + "=" + given.text, given.unicode}, {.strings = 2}));
+    const String name = from_utf8(given_name);
+    const String value = from_utf8(given.text);
     Edit edit;
     edit.shown = shown_custom_field(name);
     edit.assign = [name, value](cMPEGHeader& header) {
@@ -230,6 +227,16 @@ Edit custom_field(const GivenText& given) {
     edit.version2_id = kVersion2CustomFrame;
     edit.field_name = name;
     return edit;
+}
+
+// NAME=VALUE
+Edit custom_field(const GivenText& given) {
+    const std::size_t equals = given.text.find('=');
+    if (equals == std::string::npos) {
+        refuse("--field", "'" + given.text + "' is not of the form NAME=VALUE");
+    }
+    return custom_field(given.text.substr(0, equals),
+                        {given.text.substr(equals + 1), given.unicode});
 }
 
 // Empties a field of the ID3v1 record, where there is one.
@@ -266,18 +273,19 @@ Edit removal_of_custom_field(const String& name) {
     return edit;
 }
 
-// `title`, `cue-in` or `field:Show`
-Edit removal(const std::string& name) {
-    constexpr std::string_view kCustomPrefix = "field:";
-    if (name.starts_with(kCustomPrefix) && name.size() > kCustomPrefix.size()) {
-        return removal_of_custom_field(from_utf8(name.substr(kCustomPrefix.size())));
-    }
-    for (const Field& field : all_fields()) {
-        if (field.option != nullptr && "--" + name == field.option) {
-            return removal_of(field);
+// What `scan` prints for one, and what people write.
+bool checked_yes_or_no(const Field& field, const std::string& given) {
+    for (const char* yes : {"1", "-1", "yes", "true"}) {
+        if (given == yes) {
+            return true;
         }
     }
-    refuse("--remove", "there is no field '" + name + "'");
+    for (const char* no : {"0", "no", "false"}) {
+        if (given == no) {
+            return false;
+        }
+    }
+    refuse(field.option, "'" + given + "' is neither yes nor no");
 }
 
 bool is_same_field(const Edit& one, const Edit& other) {
@@ -290,6 +298,30 @@ std::string opposite(const Field& field) {
 }
 
 }  // namespace
+
+Edit removal_of(const std::string& name) {
+    constexpr std::string_view kCustomPrefix = "field:";
+    if (name.starts_with(kCustomPrefix) && name.size() > kCustomPrefix.size()) {
+        return removal_of_custom_field(from_utf8(name.substr(kCustomPrefix.size())));
+    }
+    for (const Field& field : all_fields()) {
+        if (field.option != nullptr && "--" + name == field.option) {
+            return removal_of(field);
+        }
+    }
+    refuse("--remove", "there is no field '" + name + "'");
+}
+
+Edit edit_for(const Field& field, const std::string& text, bool unicode) {
+    if (field.access.type == FieldType::YesNo) {
+        return edit_of(field, checked_yes_or_no(field, text));
+    }
+    return edit_of(field, checked_value(field, {text, unicode}));
+}
+
+Edit edit_for_custom_field(const std::string& name, const std::string& text, bool unicode) {
+    return custom_field(name, {text, unicode});
+}
 
 void EditOptions::add_to(CommandOptions& command) {
     for (const Field& field : all_fields()) {
@@ -334,7 +366,7 @@ std::vector<Edit> EditOptions::edits(bool unicode) const {
     }
     const std::size_t set_count = edits.size();
     for (const std::string& name : removed_) {
-        edits.push_back(removal(name));
+        edits.push_back(removal_of(name));
         const Edit& last = edits.back();
         if (std::any_of(edits.begin(), edits.begin() + static_cast<std::ptrdiff_t>(set_count),
                         [&](const Edit& edit) { return is_same_field(edit, last); })) {

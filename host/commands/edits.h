@@ -10,6 +10,7 @@
 #include <brindle/cMPEGHeader.h>
 
 #include "commands/command_line.h"
+#include "fields.h"
 
 namespace brindle::host {
 
@@ -32,6 +33,13 @@ struct Edit {
     // It takes the frames out of the tag; what it assigns is the field of the ID3v1 record.
     bool removes = false;
 };
+
+// Edits one by one. Raise UsageError as EditOptions::edits() does.
+[[nodiscard]] Edit edit_for(const Field& field, const std::string& text, bool unicode);
+[[nodiscard]] Edit edit_for_custom_field(const std::string& name, const std::string& text,
+                                         bool unicode);
+// Of `title`, `cue-in` or `field:Show`
+[[nodiscard]] Edit removal_of(const std::string& name);
 
 // All values that the edits change, each once.
 [[nodiscard]] std::vector<ShownValue> values_changed_by(const std::vector<Edit>& edits,

@@ -4,6 +4,7 @@
 #include "commands/command_line.h"
 #include "commands/edits.h"
 #include "commands/set_file.h"
+#include "output/standard_streams.h"
 
 namespace brindle::host {
 
@@ -13,8 +14,16 @@ ExitStatus set(const SetOptions& options) {
     if (options.edits.empty()) {
         throw UsageError("A value to set or remove is required");
     }
-    const auto set_file = options.host_form ? set_in_host_form : set_with_editor;
-    return change_files(options, [&](const std::string& name) { return set_file(name, options); });
+    const auto set_file = [&](const std::string& name) {
+        if (options.host_form) {
+            return set_in_host_form(name, options);
+        }
+        std::string output;
+        auto reason = set_with_editor(name, options, output);
+        write_output(output);
+        return reason;
+    };
+    return change_files(options, set_file);
 }
 
 }  // namespace

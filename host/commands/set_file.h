@@ -20,9 +20,11 @@ struct SetOptions : ChangeOptions {
     bool host_form = false;
 };
 
-// Sets values of one file and leaves all other frames as they stand.
+// Sets values of one file and leaves all other frames as they stand. What is to be printed goes to
+// `output`. Files may be done on several threads.
 [[nodiscard]] std::optional<std::string> set_with_editor(const std::string& name,
-                                                         const SetOptions& options);
+                                                         const SetOptions& options,
+                                                         std::string& output);
 
 // Sets and saves one file as hosts do it with SaveAllInfo.
 [[nodiscard]] std::optional<std::string> set_in_host_form(const std::string& name,

@@ -10,7 +10,6 @@
 #include "commands/set_file.h"
 #include "output/printable_text.h"
 #include "output/save_text.h"
-#include "output/standard_streams.h"
 #include "output/stream_text.h"
 #include "system/file_change.h"
 
@@ -65,8 +64,8 @@ private:
 // One file on its way. Its members return why the file failed, or nothing.
 class FileToSet {
 public:
-    FileToSet(const std::string& name, const SetOptions& options)
-        : change_(name), options_(options) {}
+    FileToSet(const std::string& name, const SetOptions& options, std::string& output)
+        : change_(name), options_(options), output_(output) {}
 
     Failure run() {
         if (Failure reason = change_.open(header_)) {
@@ -172,8 +171,8 @@ private:
         if (Failure reason = broken_promise(promise, reading)) {
             return reason;
         }
-        write_output(printable(change_.name()) + ": " + outcome(plan, now) + values_text(reading) +
-                     remarks_text(remarks_on(plan)) + remarks_text(*remarks) + "\n");
+        output_ += printable(change_.name()) + ": " + outcome(plan, now) + values_text(reading) +
+                   remarks_text(remarks_on(plan)) + remarks_text(*remarks) + "\n";
         return std::nullopt;
     }
 
@@ -239,7 +238,7 @@ private:
         for (const std::string& remark : remarks_on(plan)) {
             text += "  " + remark + "\n";
         }
-        write_output(text);
+        output_ += text;
     }
 
     [[nodiscard]] static std::string how_it_fits(const EditPlan& plan) {
@@ -290,14 +289,16 @@ private:
 
     FileChange change_;
     const SetOptions& options_;
+    std::string& output_;
     cMPEGHeader header_;
     bool had_record_ = false;
 };
 
 }  // namespace
 
-std::optional<std::string> set_with_editor(const std::string& name, const SetOptions& options) {
-    return FileToSet(name, options).run();
+std::optional<std::string> set_with_editor(const std::string& name, const SetOptions& options,
+                                           std::string& output) {
+    return FileToSet(name, options, output).run();
 }
 
 }  // namespace brindle::host
