@@ -21,17 +21,6 @@ namespace brindle::host {
 
 namespace {
 
-// Whatever goes wrong with one file is that file's: the next ones are done all the same.
-std::optional<std::string> outcome_of(const FileStep& step, const std::string& name) {
-    try {
-        return step(name);
-    } catch (const Error& error) {
-        return reason_of(error);
-    } catch (const std::bad_alloc&) {
-        return "Out of memory";
-    }
-}
-
 bool is_folder(const std::string& path) {
     std::error_code error;
     return path != kStandardInput && std::filesystem::is_directory(path_of(path), error);
@@ -65,6 +54,17 @@ std::string progress(std::size_t done, const PathOptions& options) {
 }
 
 }  // namespace
+
+// Whatever goes wrong with one file is that file's: the next ones are done all the same.
+std::optional<std::string> outcome_of(const FileStep& step, const std::string& name) {
+    try {
+        return step(name);
+    } catch (const Error& error) {
+        return reason_of(error);
+    } catch (const std::bad_alloc&) {
+        return "Out of memory";
+    }
+}
 
 Consent ask_for_folders(const ChangeOptions& options) {
     std::vector<std::string> folders;

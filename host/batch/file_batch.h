@@ -13,6 +13,9 @@ namespace brindle::host {
 // What is done to each file; the answer is why it failed, or nothing.
 using FileStep = std::function<std::optional<std::string>(const std::string& name)>;
 
+// Runs the step; what it raises is the reason, too.
+[[nodiscard]] std::optional<std::string> outcome_of(const FileStep& step, const std::string& name);
+
 struct ChangeOptions : PathOptions {
     bool yes = false;      // changes files in folders without asking
     bool dry_run = false;  // changes nothing

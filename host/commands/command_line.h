@@ -111,6 +111,7 @@ using AddCommand = void (*)(CommandLine& program);
 // The commands of the program. Each has a file of its own.
 void add_show(CommandLine& program);
 void add_set(CommandLine& program);
+void add_apply(CommandLine& program);
 void add_strip(CommandLine& program);
 void add_scan(CommandLine& program);
 void add_check(CommandLine& program);

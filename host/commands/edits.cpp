@@ -275,12 +275,12 @@ Edit removal_of_custom_field(const String& name) {
 
 // What `scan` prints for one, and what people write.
 bool checked_yes_or_no(const Field& field, const std::string& given) {
-    for (const char* yes : {"1", "-1", "yes", "true"}) {
+    for (const char* yes : {"1", "-1", "yes", "true", "TRUE"}) {
         if (given == yes) {
             return true;
         }
     }
-    for (const char* no : {"0", "no", "false"}) {
+    for (const char* no : {"0", "no", "false", "FALSE"}) {
         if (given == no) {
             return false;
         }

@@ -18,9 +18,9 @@ ExitStatus set(const SetOptions& options) {
         if (options.host_form) {
             return set_in_host_form(name, options);
         }
-        std::string output;
-        auto reason = set_with_editor(name, options, output);
-        write_output(output);
+        SetReport report;
+        auto reason = set_with_editor(name, options, report);
+        write_output(report.lines);
         return reason;
     };
     return change_files(options, set_file);

@@ -1,14 +1,24 @@
 // What `brindle set` does to one file, in two ways. The answer is why it failed, or nothing.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <brindle/cMPEGHeader.h>
+#include <brindle/tag_facts.h>
 
 #include "batch/file_batch.h"
 #include "commands/edits.h"
 
 namespace brindle::host {
+
+// A value that a save may not change for hosts.
+struct KeptValue {
+    ShownValue shown;
+    std::function<bool(const cMPEGHeader& header, const TagFacts& facts)> is_kept;
+};
 
 struct SetOptions : ChangeOptions {
     std::vector<Edit> edits;
@@ -18,13 +28,21 @@ struct SetOptions : ChangeOptions {
     bool atomic = false;
     bool unicode = false;
     bool host_form = false;
+    std::vector<KeptValue> kept;
+    // What saves a file that is refused.
+    std::string way_to_force = "--force";
 };
 
-// Sets values of one file and leaves all other frames as they stand. What is to be printed goes to
-// `output`. Files may be done on several threads.
+struct SetReport {
+    std::string lines;  // to be printed
+    bool is_written = false;
+};
+
+// Sets values of one file and leaves all other frames as they stand. Several
+// files may be done at once.
 [[nodiscard]] std::optional<std::string> set_with_editor(const std::string& name,
                                                          const SetOptions& options,
-                                                         std::string& output);
+                                                         SetReport& report);
 
 // Sets and saves one file as hosts do it with SaveAllInfo.
 [[nodiscard]] std::optional<std::string> set_in_host_form(const std::string& name,

@@ -64,8 +64,8 @@ private:
 // One file on its way. Its members return why the file failed, or nothing.
 class FileToSet {
 public:
-    FileToSet(const std::string& name, const SetOptions& options, std::string& output)
-        : change_(name), options_(options), output_(output) {}
+    FileToSet(const std::string& name, const SetOptions& options, SetReport& report)
+        : change_(name), options_(options), report_(report) {}
 
     Failure run() {
         if (Failure reason = change_.open(header_)) {
@@ -96,6 +96,14 @@ public:
         if (Failure reason = refusal(edit.plan(), promise)) {
             return reason;
         }
+        for (const KeptValue& value : options_.kept) {
+            if (!value.is_kept(promised, promised_facts)) {
+                return "Hosts would then read '" + printable(value.shown.text(promised)) + "' as " +
+                       printable(value.shown.label) + ", not '" +
+                       printable(value.shown.text(header_)) +
+                       "', which the next run would write; leave the cell empty";
+            }
+        }
         return options_.dry_run ? change_.reason_against(way(edit.plan())) : save(edit, promise);
     }
 
@@ -124,18 +132,22 @@ private:
             return std::nullopt;
         }
         if (const auto losses = plan.losses(); !losses.empty()) {
-            return "Saving would lose " + losses_text(losses) + "; --force saves all the same";
+            return "Saving would lose " + losses_text(losses) + way_to_force();
         }
         if (plan.loses_stream) {
-            return lost_stream_text();
+            return lost_stream_text(options_.way_to_force);
         }
         for (const Edit& edit : options_.edits) {
             if (!is_read_back(edit, promise)) {
                 return "Hosts would read " + promise.of_hosts(edit.shown) + " as " +
-                       edit.shown.label + "; --force saves all the same";
+                       edit.shown.label + way_to_force();
             }
         }
         return std::nullopt;
+    }
+
+    [[nodiscard]] std::string way_to_force() const {
+        return "; " + options_.way_to_force + " saves all the same";
     }
 
     // Hosts or other programs will read what was given; the line tells what the others read.
@@ -154,6 +166,7 @@ private:
         const EditPlan& plan = edit.plan();
         if (!plan.changes_nothing) {
             edit.save(change_.save_options(options_.atomic));
+            report_.is_written = true;
         }
         const auto remarks = change_.remarks();
         if (!remarks) {
@@ -171,8 +184,9 @@ private:
         if (Failure reason = broken_promise(promise, reading)) {
             return reason;
         }
-        output_ += printable(change_.name()) + ": " + outcome(plan, now) + values_text(reading) +
-                   remarks_text(remarks_on(plan)) + remarks_text(*remarks) + "\n";
+        report_.lines += printable(change_.name()) + ": " + outcome(plan, now) +
+                         values_text(reading) + remarks_text(remarks_on(plan)) +
+                         remarks_text(*remarks) + "\n";
         return std::nullopt;
     }
 
@@ -238,7 +252,7 @@ private:
         for (const std::string& remark : remarks_on(plan)) {
             text += "  " + remark + "\n";
         }
-        output_ += text;
+        report_.lines += text;
     }
 
     [[nodiscard]] static std::string how_it_fits(const EditPlan& plan) {
@@ -289,7 +303,7 @@ private:
 
     FileChange change_;
     const SetOptions& options_;
-    std::string& output_;
+    SetReport& report_;
     cMPEGHeader header_;
     bool had_record_ = false;
 };
@@ -297,8 +311,8 @@ private:
 }  // namespace
 
 std::optional<std::string> set_with_editor(const std::string& name, const SetOptions& options,
-                                           std::string& output) {
-    return FileToSet(name, options, output).run();
+                                           SetReport& report) {
+    return FileToSet(name, options, report).run();
 }
 
 }  // namespace brindle::host

@@ -17,7 +17,7 @@ _brindle() {
 
     if [[ $COMP_CWORD -eq 1 ]]; then
         mapfile -t COMPREPLY < <(
-            compgen -W "show set strip scan check listen time genres -h --help --version" -- "$word")
+            compgen -W "show set apply strip scan check listen time genres -h --help --version" -- "$word")
         return
     fi
     case $command in
@@ -35,6 +35,7 @@ _brindle() {
                 --*) return ;; # a value, which nobody can guess
             esac
             ;;
+        apply) options="--dry-run --keep-going --unicode --spreadsheet" ;;
         strip) options="--v1 --v2 --all --dry-run --preserve --force --yes -0 --null" ;;
         scan)
             options="--json --csv --columns --hash --spreadsheet --utf8-names -0 --null --jobs
@@ -62,6 +63,9 @@ _brindle() {
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options -h --help --version" -- "$word")
+    elif [[ $command == apply ]]; then
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
     elif [[ $command != time && $command != genres ]]; then
         _brindle_files
     fi

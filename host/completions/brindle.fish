@@ -1,12 +1,13 @@
 # Completion of brindle for fish.
 
-set -l commands show set strip scan check listen time genres
+set -l commands show set apply strip scan check listen time genres
 
 complete -c brindle -f
 complete -c brindle -s h -l help -d 'Print help and exit'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -l version -d 'Print the version'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a show -d 'Show what is known of each file'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a set -d 'Set values and save them'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a apply -d 'Set what a table says, a row a file'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a strip -d 'Take tags off'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a scan -d 'List the files of folders and sum them up'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a check -d 'Tell whether files can go on air'
@@ -14,7 +15,7 @@ complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a listen -d 
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a time -d 'Print milliseconds as minutes and seconds'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a genres -d 'Print the genre numbers and their names'
 
-complete -c brindle -n '__fish_seen_subcommand_from show set strip scan check listen' -F
+complete -c brindle -n '__fish_seen_subcommand_from show set apply strip scan check listen' -F
 
 complete -c brindle -n '__fish_seen_subcommand_from show scan check listen' -l json -d 'One JSON object a line and file'
 
@@ -35,6 +36,11 @@ complete -c brindle -n '__fish_seen_subcommand_from set strip' -l dry-run -d 'To
 complete -c brindle -n '__fish_seen_subcommand_from set strip' -l preserve -d 'Keep the modification time'
 
 complete -c brindle -n '__fish_seen_subcommand_from set strip' -l yes -d 'Change files in folders without asking'
+
+complete -c brindle -n '__fish_seen_subcommand_from apply' -l dry-run -d 'Touch nothing'
+complete -c brindle -n '__fish_seen_subcommand_from apply' -l keep-going -d 'Write the good rows also when others have an error'
+complete -c brindle -n '__fish_seen_subcommand_from apply' -l unicode -d 'Write text outside the code page as UTF-16'
+complete -c brindle -n '__fish_seen_subcommand_from apply' -l spreadsheet -d 'Take off the quotes that scan --spreadsheet puts'
 
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l v1 -d 'The ID3v1 record'
 complete -c brindle -n '__fish_seen_subcommand_from strip' -l v2 -d 'The ID3v2 tag'

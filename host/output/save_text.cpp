@@ -120,9 +120,11 @@ std::vector<std::string> remarks_on(const EditPlan& plan) {
     return remarks;
 }
 
-std::string lost_stream_text() {
+std::string lost_stream_text(const std::string& way_to_force) {
     return "Hosts would find no stream in it afterwards: they look at 16,384 positions after the "
-           "tag, or from the start where the tag is more than half of the file; --force does it all "
+           "tag, or from the start where the tag is more than half of the file; " +
+           way_to_force +
+           " does it all "
            "the same";
 }
 

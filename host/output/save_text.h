@@ -39,7 +39,7 @@ template <class Frame>
 [[nodiscard]] std::vector<std::string> remarks_on(const EditPlan& plan);
 
 // Why a change is refused after which hosts would find no stream.
-[[nodiscard]] std::string lost_stream_text();
+[[nodiscard]] std::string lost_stream_text(const std::string& way_to_force = "--force");
 
 // A tag that is to be written: whether it fits, how many bytes it needs, and how many the old tag's
 // space has, 0 without one. `Fits in place: the tag needs 96 bytes of 2040`

@@ -21,6 +21,10 @@ bool is_corrupt(const cMPEGHeader& header) {
            (titles == 0 || header.v2Tag(u"TIT2", titles) != title);
 }
 
+bool is_stamp(std::string_view text) {
+    return from_utf8(text) == kStamp;
+}
+
 String title_of(const cMPEGHeader& header) {
     return is_corrupt(header) ? String(kStamp) : header.Title();
 }

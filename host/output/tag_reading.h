@@ -14,6 +14,8 @@ namespace brindle::host {
 // Hosts cannot read the tag to its end. The library puts a stamp in the place of title and artist;
 // a title that merely says the same is in its frame.
 [[nodiscard]] bool is_corrupt(const cMPEGHeader& header);
+// That title, as title_of() has it.
+[[nodiscard]] bool is_stamp(std::string_view text);
 
 // As hosts read them. The stamp has no date and time, so that two runs say the same.
 [[nodiscard]] String title_of(const cMPEGHeader& header);

@@ -1,0 +1,27 @@
+// What a row of a table of edits changes in its file.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <brindle/cMPEGHeader.h>
+
+#include "commands/edit_table.h"
+#include "commands/edits.h"
+#include "commands/set_file.h"
+
+namespace brindle::host {
+
+struct RowEdits {
+    std::vector<Edit> edits;
+    std::vector<KeptValue> kept;      // of the cells that say what the file says already
+    std::vector<std::string> errors;  // "column Year: ..."
+};
+
+// Whether cells may stand under this title.
+[[nodiscard]] bool is_edit_column(const std::string& title);
+
+// `header` has read the row's file.
+[[nodiscard]] RowEdits edits_of(const EditRow& row, const cMPEGHeader& header, bool unicode);
+
+}  // namespace brindle::host
