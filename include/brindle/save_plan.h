@@ -45,12 +45,12 @@ namespace brindle {
 class cMPEGHeader;
 
 enum class LossReason {
-    TooLarge,       // over the size that is read of such a frame
+    TooLarge,      // over the size that is read of such a frame
     AfterCorrupt,  // the reading ended at a frame before it that can't be right
-    NotReached,     // the reading never came to it, or took it for part of another frame
-    Misread,        // compressed, encrypted, unsynchronised, or of another size than was read
-    Version2,       // the tag is of version 2; of those only artist, title and year go on
-    NotWritten,     // read, but left out when the tag is written: TXXX after an empty one
+    NotReached,    // the reading never came to it, or took it for part of another frame
+    Misread,       // compressed, encrypted, unsynchronised, or of another size than was read
+    Version2,      // the tag is of version 2; of those only artist, title and year go on
+    NotWritten,    // read, but left out when the tag is written: TXXX after an empty one
 };
 
 // A frame of the file's tag. Ids are those of its version: TT2 in version 2, TIT2 in later ones.
