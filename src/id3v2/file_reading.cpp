@@ -58,7 +58,7 @@ void FileReading::open(const String& name, Host* host) {
     try {
         start_over(host);
         const std::unique_ptr<BinaryFile> file = open_existing(name);
-        is_missing_ = !file && !name.empty();
+        is_missing_ = !file && !(name.empty() && name_.empty());
         if (file) {
             // Once it is open nothing is raised: the members answer from what was read.
             try {

@@ -7,6 +7,7 @@
 
 #include "id3v2/opened_model.h"
 #include "support/id3v1.h"
+#include "support/raised_error.h"
 
 namespace brindle {
 namespace {
@@ -14,6 +15,7 @@ namespace {
 using namespace std::string_view_literals;
 using test::audio;
 using test::Bytes;
+using test::error_number;
 using test::kSong;
 using test::OpenedModel;
 using test::repeated;
@@ -223,6 +225,15 @@ TEST(Opening, AMissingFileLeavesTheNameAndTagLengthOfTheOneBefore) {
     EXPECT_FALSE(opened.model.CustomFieldExists(u"Intro"));
     EXPECT_EQ(opened.model.Duration(), -1);
     EXPECT_EQ(frames->Count(), 4) << "what was handed out stays as it was";
+}
+
+// The name of the file before stays, but nothing is known of it that could be written.
+TEST(Opening, AnEmptyNameAfterAFileKeepsThatFileFromBeingSaved) {
+    OpenedModel opened(tagged(Tag(3).text("TIT2", "Song").padded_to(600)));
+    const auto before = opened.world.files.content(kSong);
+    opened.model.FileName(u"");
+    EXPECT_EQ(error_number([&] { opened.model.Update(); }), 53);
+    EXPECT_EQ(opened.world.files.content(kSong), before);
 }
 
 TEST(Opening, LyricsAndGenreNumberOutliveTheirFile) {
