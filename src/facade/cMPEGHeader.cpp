@@ -127,7 +127,9 @@ void cMPEGHeader::FileName(const String& NewFileName) {
     });
     in_use_ = true;
     refusal_.reset();
-    if (is_opened(NewFileName) || NewFileName.empty()) {
+    if (!model_) {
+        refusal_ = kOutOfMemory;
+    } else if (is_opened(NewFileName) || NewFileName.empty()) {
         try_modify(model_, [&](cMP3ID3v2& model) { model.FileName(NewFileName); });
     } else {
         refusal_ = kOtherName;

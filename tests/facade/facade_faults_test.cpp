@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <optional>
 
 #include <gtest/gtest.h>
 
@@ -117,7 +118,7 @@ void assign_everything(cMPEGHeader& header, const Arguments& with) {
     header.Yearv1Tag(-12345);
 }
 
-// Whether an allocation of a statement failed, which must run to its end all the same.
+// Whether an allocation of a statement failed. The statement must still complete.
 template <typename Statement>
 bool fails_silently(FailingAllocation failing, Statement&& statement) {
     const FaultyRun run = failing.run(statement);
@@ -131,6 +132,10 @@ TEST(FacadeFaults, MemoryThatRunsOutWhileAFileIsLoadedReachesNobody) {
         loaded.world.files.put(kSong, song());
         const bool failed = fails_silently(failing, [&] { loaded.header.FileName(kSong); });
         EXPECT_TRUE(loaded.header.g_InUse());
+        if (loaded.header.FileName().empty()) {
+            const std::optional<Error> error = loaded.header.OpeningError();
+            EXPECT_TRUE(error && error->number() == 7);
+        }
         read_everything(loaded.header);
         return failed;
     });
