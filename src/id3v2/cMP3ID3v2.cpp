@@ -195,7 +195,7 @@ void cMP3ID3v2::RemoveTags(std::int32_t tags, const SaveOptions& options) {
     if (strips_record(tags) || strips_tag(tags)) {
         as_writer([&] { TagWriter(reading_, Owner).strip(tags, options); });
     }
-    skip_errors([&] { FileName(String(FileName())); });
+    skip_errors([&] { FileName(FileName()); });
 }
 
 void cMP3ID3v2::read_content(const String& name, const FileContent& content) {

@@ -58,4 +58,9 @@ private:
 // A tag's values are split at this character: a custom field's name from its value.
 inline constexpr char16_t kSeparator = u'\0';
 
+// A custom frame without its encoding byte.
+[[nodiscard]] inline String custom_frame(const String& name, const String& value) {
+    return name + kSeparator + value;
+}
+
 }  // namespace brindle

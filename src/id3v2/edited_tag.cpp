@@ -27,7 +27,6 @@ namespace {
 using ByteVector = std::vector<std::uint8_t>;
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr std::string_view kCustomId = "TXXX";
 constexpr std::string_view kPicture = "APIC";
 constexpr std::string_view kYear = "TYER";
 constexpr std::string_view kDate = "TDAT";
@@ -133,10 +132,7 @@ public:
         }
         placed_.resize(fields.size());
         for (const FieldName& field : options.removed) {
-            std::string id;
-            std::transform(field.id.begin(), field.id.end(), std::back_inserter(id),
-                           [](char16_t unit) { return static_cast<char>(narrow(unit)); });
-            removed_.emplace(std::move(id), field.custom_name);
+            removed_.emplace(id_of_text(field.id), field.custom_name);
         }
     }
 

@@ -156,8 +156,8 @@ private:
         const ByteRange image{frame.prefix + static_cast<std::int64_t>(read.data_begin),
                               frame.body.size()};
         ContentFile body(frame.body);
-        const ImageSize size = read_image_size(body, image).value_or(ImageSize());
         const Bytes held = Bytes(content).subspan(read.data_begin);
+        const ImageSize size = read_image_size(body, image, held).value_or(ImageSize());
         const Bytes first_bytes = held.first(std::min(held.size(), kFirstBytes));
         facts_.pictures.push_back({read.type,
                                    std::move(read.latin1_strings.front()),

@@ -41,7 +41,7 @@ std::u16string_view without_prefix(std::u16string_view held) {
 ByteVector unicode_body(const EditedField& field) {
     ByteVector body{static_cast<std::uint8_t>(TextEncoding::Utf16)};
     ByteVector text;
-    if (has_description(field.id) && field.id != "TXXX") {
+    if (has_description(field.id) && field.id != kCustomId) {
         body.insert(body.end(), kNoLanguage.begin(), kNoLanguage.end());
         text = marked_utf16(kSeparator + String(without_prefix(field.held)));
     } else {
@@ -69,11 +69,12 @@ ByteVector with_header(std::string_view id, std::span<const std::uint8_t> body) 
 }  // namespace
 
 bool has_description(std::string_view id) noexcept {
-    return id == "COMM" || id == "USLT" || id == "TXXX";
+    return id == "COMM" || id == "USLT" || id == kCustomId;
 }
 
 EditedField saved_stamp() {
-    return {"TXXX", kSavedStampName, kSavedStampName + kSeparator + kSavedStampValue};
+    return {std::string(kCustomId), kSavedStampName,
+            custom_frame(kSavedStampName, kSavedStampValue)};
 }
 
 std::vector<std::uint8_t> frame_of(const EditedField& field, bool unicode) {

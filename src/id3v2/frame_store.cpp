@@ -22,7 +22,7 @@ PackedKey packed(FrameId id) {
                      (last & 0xFF00'0000) << 24U};
 }
 
-bool has_description(const StoredText& text, std::u16string_view description) {
+bool is_described_by(const StoredText& text, std::u16string_view description) {
     const std::size_t nul = text.find_nul();
     return nul < text.size() && text.equals(0, nul, description);
 }
@@ -204,7 +204,7 @@ std::int32_t FrameStore::find_custom(std::u16string_view description) const {
         if (text == nullptr || text->empty()) {
             return 0;
         }
-        if (has_description(*text, description)) {
+        if (is_described_by(*text, description)) {
             return number;
         }
     }
@@ -216,7 +216,7 @@ void FrameStore::remove_custom(std::u16string_view description) {
         return;
     }
     value_count_ -= static_cast<std::int32_t>(record->values.remove_if(
-        [&](const StoredText& text) { return has_description(text, description); }));
+        [&](const StoredText& text) { return is_described_by(text, description); }));
     if (record->values.size() == 0) {
         forget(String(kCustomFrame), *record);
     }

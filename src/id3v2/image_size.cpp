@@ -102,10 +102,17 @@ std::optional<ImageSize> webp_size(Bytes head) {
 // Bytes of the image, in blocks.
 class ImageBytes {
 public:
-    ImageBytes(BinaryFile& file, const ByteRange& image) : file_(file), image_(image) {}
+    ImageBytes(BinaryFile& file, const ByteRange& image, Bytes held)
+        : file_(file), image_(image), held_(held) {}
 
     // `count` bytes, fewer where the image ends. Valid until the next call.
     Bytes at(std::int64_t offset, std::size_t count) {
+        const std::int64_t wanted_end =
+            std::min(image_.length(), offset + static_cast<std::int64_t>(count));
+        if (wanted_end <= static_cast<std::int64_t>(held_.size())) {
+            const auto begin = std::min(held_.size(), static_cast<std::size_t>(offset));
+            return held_.subspan(begin, std::min(count, held_.size() - begin));
+        }
         if (offset < begin_ || offset + static_cast<std::int64_t>(count) > end()) {
             const std::int64_t left = std::max(std::int64_t{0}, image_.length() - offset);
             const auto wanted = std::min(left, static_cast<std::int64_t>(block_.size()));
@@ -125,6 +132,7 @@ private:
 
     BinaryFile& file_;
     ByteRange image_;
+    Bytes held_;
     std::array<std::uint8_t, 1024> block_{};
     std::int64_t begin_ = 0;
     std::size_t size_ = 0;
@@ -172,9 +180,9 @@ std::optional<ImageSize> jpeg_size(ImageBytes& image) {
 
 }  // namespace
 
-std::optional<ImageSize> read_image_size(BinaryFile& file, const ByteRange& image) {
+std::optional<ImageSize> read_image_size(BinaryFile& file, const ByteRange& image, Bytes held) {
     constexpr std::size_t kLongestHead = 30;
-    ImageBytes bytes(file, image);
+    ImageBytes bytes(file, image, held);
     const Bytes head = bytes.at(0, kLongestHead);
     if (has(head, 0, "\x89PNG\r\n\x1A\n")) {
         return png_size(head);

@@ -1,9 +1,9 @@
 #include "id3v2/save_planning.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <span>
+#include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -19,6 +19,7 @@
 #include "id3v2/tag_reader.h"
 #include "id3v2/tag_search.h"
 #include "id3v2/tag_writer.h"
+#include "util/big_endian.h"
 #include "util/code_page.h"
 
 namespace brindle {
@@ -26,7 +27,6 @@ namespace brindle {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
-using FrameId = std::array<char, 4>;
 
 constexpr std::string_view kPictureId = "APIC";
 constexpr std::u16string_view kVersion2Custom = u"TXX";
@@ -34,12 +34,11 @@ constexpr std::u16string_view kVersion2Custom = u"TXX";
 // More than any frame that is taken into memory has; what is longer can't have been kept.
 constexpr std::size_t kMaxCompared = kLargestPictureSize + 1;
 
+// As it stands in a built tag, where an id of version 2.2 ends with a NUL.
 FrameId written_id(const String& id) {
-    FrameId narrow_id{};
-    for (std::size_t i = 0; i < std::min(id.size(), narrow_id.size()); ++i) {
-        narrow_id[i] = static_cast<char>(narrow(id[i]));
-    }
-    return narrow_id;
+    std::string bytes = id_of_text(id);
+    bytes.resize(kFrameLayout.id_width);
+    return frame_id(bytes);
 }
 
 bool same(const StoredText* a, const StoredText* b) {
@@ -106,8 +105,7 @@ public:
         std::size_t position = kTagHeaderSize;
         while (position + kFrameLayout.header_size <= tag_.size()) {
             const Bytes header = tag_.subspan(position, kFrameLayout.header_size);
-            FrameId id{};
-            std::copy_n(header.begin(), id.size(), id.begin());
+            const auto id = FrameId{big_endian<4>(header.data())};
             const auto size = static_cast<std::size_t>(decode_number(
                 header.subspan(kFrameLayout.id_width, kFrameLayout.size_width), kPlainShift));
             position += kFrameLayout.header_size;

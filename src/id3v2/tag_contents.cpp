@@ -80,10 +80,6 @@ constexpr const StandardFieldRow& kGenreRow = row_of(StandardField::OtherGenreNa
 // Left in a tag when it gets its first custom field.
 const String kFirstStampValue = u"CorvaneTagger - Revised Feb 2011";
 
-String custom_frame(const String& name, const String& value) {
-    return name + kSeparator + value;
-}
-
 String in_parentheses(std::uint8_t genre) {
     return u"(" + to_text(std::int32_t{genre}) + u")";
 }
@@ -180,12 +176,12 @@ std::vector<CustomField> TagContents::custom_fields() const {
 }
 
 void TagContents::remove_custom(const String& name) {
+    removed_.insert(name);  // first, since it alone can run out of memory
     frames.remove_custom(name);
     custom_.remove(name);
     std::erase_if(set_values_, [&](const SetValue& value) {
         return value.id == kCustomFrame && value.custom_name == name;
     });
-    removed_.insert(name);
 }
 
 void TagContents::set_saved_stamp() {
@@ -232,13 +228,10 @@ void TagContents::replace(const String& id, const String& custom_name, const Str
 std::vector<EditedField> TagContents::edited_fields() const {
     std::vector<EditedField> fields;
     const auto add = [&](const SetValue& value) {
-        std::string id;
-        std::transform(value.id.begin(), value.id.end(), std::back_inserter(id),
-                       [](char16_t unit) { return static_cast<char>(narrow(unit)); });
         // The name of a genre that was there belongs to the number that was there.
         const bool is_genre = value.id == kGenreRow.frame_id;
-        fields.push_back(
-            {std::move(id), value.custom_name, is_genre ? in_parentheses(genre_) : value.held});
+        fields.push_back({id_of_text(value.id), value.custom_name,
+                          is_genre ? in_parentheses(genre_) : value.held});
     };
     std::for_each(set_values_.begin(), set_values_.end(), add);
     const bool has_stamp =

@@ -50,6 +50,13 @@ String text_of_id(std::string_view id) {
     return text;
 }
 
+std::string id_of_text(std::u16string_view text) {
+    std::string id;
+    std::transform(text.begin(), text.end(), std::back_inserter(id),
+                   [](char16_t unit) { return static_cast<char>(narrow(unit)); });
+    return id;
+}
+
 std::vector<std::uint8_t> frame_header(std::string_view id, std::uint64_t body_size,
                                        const std::array<std::uint8_t, 2>& flags) {
     std::vector<std::uint8_t> header(kFrameLayout.header_size);

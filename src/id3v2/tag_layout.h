@@ -22,6 +22,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -53,9 +54,12 @@ enum class FrameId : std::uint32_t {};
 // As it is kept: each byte a character of the code page.
 [[nodiscard]] String text_of(FrameId id);
 [[nodiscard]] String text_of_id(std::string_view id);
+[[nodiscard]] std::string id_of_text(std::u16string_view text);
 inline constexpr FrameId kNoFrameId = frame_id("");  // NULs: padding
 inline constexpr FrameId kPictureFrameId = frame_id("APIC");
-inline constexpr FrameId kCustomFrameId = frame_id("TXXX");
+// User-defined text, which holds the custom and scheduling fields.
+inline constexpr std::string_view kCustomId = "TXXX";
+inline constexpr FrameId kCustomFrameId = frame_id(kCustomId);
 
 // The header of a frame in one of the two forms.
 struct FrameLayout {
