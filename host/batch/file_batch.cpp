@@ -55,7 +55,7 @@ std::string progress(std::size_t done, const PathOptions& options) {
 
 }  // namespace
 
-// Whatever goes wrong with one file is that file's: the next ones are done all the same.
+// An error is reported for its file, and the next file is processed.
 std::optional<std::string> outcome_of(const FileStep& step, const std::string& name) {
     try {
         return step(name);

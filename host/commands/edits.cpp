@@ -77,7 +77,7 @@ String checked_text(const std::string& option, const GivenText& given,
     const bool needs_unicode = !fits_code_page(text);
     if (needs_unicode && !given.unicode) {
         refuse(option, "hosts read text of " + std::string(kCodePage) + ", which does not hold " +
-                           in_quotes(text) + "; --unicode writes it all the same");
+                           in_quotes(text) + "; --unicode writes it anyway");
     }
     const std::size_t longest = longest_text(around, needs_unicode);
     if (text.size() > longest) {

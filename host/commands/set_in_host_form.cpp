@@ -67,8 +67,7 @@ private:
             return reason_of(*plan_.refusal);
         }
         if (!plan_.losses.empty() && !options_.force) {
-            return "Saving would lose " + losses_text(plan_.losses) +
-                   "; --force saves all the same";
+            return "Saving would lose " + losses_text(plan_.losses) + "; --force saves anyway";
         }
         return plan_.loses_stream && !options_.force ? Failure(lost_stream_text()) : std::nullopt;
     }

@@ -147,7 +147,7 @@ private:
     }
 
     [[nodiscard]] std::string way_to_force() const {
-        return "; " + options_.way_to_force + " saves all the same";
+        return "; " + options_.way_to_force + " saves anyway";
     }
 
     // Hosts or other programs will read what was given; the line tells what the others read.

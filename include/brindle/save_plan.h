@@ -23,7 +23,7 @@
 //   of binary frames such as PRIV or GEOB);
 // - lost otherwise. So is a frame that is there under its id, but was taken over in a form that its
 //   new flags deny: compressed, encrypted, unsynchronised, or with a wrong size, unless its text is
-//   the same all the same.
+//   still the same.
 //
 // <brindle/tag_edit.h> writes a tag in another way, which keeps what it was not told to change.
 //

@@ -15,7 +15,7 @@ namespace {
     raise_last_error(FileAction::Transfer);
 }
 
-// A handle that is not overlapped takes the position from here and waits all the same.
+// A handle that is not overlapped takes the position from here, and waits, too.
 OVERLAPPED at(std::int64_t offset) {
     OVERLAPPED position{};
     position.Offset = static_cast<DWORD>(offset);

@@ -123,7 +123,7 @@ TEST(AttackFile, HostileStreamsHaveKnownAnswers) {
     expect_answers(test::hostile_streams(),
                    {
                        {"ones", -1, 0, u"", 0},
-                       // Each 24 bytes a header: frames of 8 kbit/s for whoever looks.
+                       // Each 24 bytes a header: frames of 8 kbit/s.
                        {"headers without frames", -1, 0, u"", 24000},
                        // No length can be told of it.
                        {"XING of 0 frames", -1, 0, u"", 0},

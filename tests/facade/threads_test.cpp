@@ -161,7 +161,7 @@ TEST(Threads, CancelEndsTheScanOfItsOwnObjectAlone) {
     }
 }
 
-// A button of the host: whoever presses it is on another thread, or inside the event of another.
+// A button of the host, pressed on another thread or inside the event of another header.
 TEST(Threads, CancelOfOneScanComesFromTheHandlerOfAnother) {
     const test::TemporaryFolder folder;
     const String name = folder.put("song.mp3", changing_rates(2'000));

@@ -353,7 +353,7 @@ ERRORS = {
                ["row 2, column opener: 'maybe' is neither yes nor no"]),
     "not in the code page": ("file,Title\na.mp3,Жук\n", (),
                              ["row 2, column Title: hosts read text of Windows-1252, which does "
-                              'not hold "Жук"; --unicode writes it all the same']),
+                              'not hold "Жук"; --unicode writes it anyway']),
     "no UTF-8": (b"file,Title\na.mp3,\xff\n", (), ["row 2, column Title: the text is no UTF-8"]),
     "read-only": ("file,Duration\na.mp3,99\n", (),
                   ["row 2, column Duration: cannot be set; it is '3128'"]),
@@ -401,7 +401,7 @@ ERRORS = {
     "all of them": ("file,cue-in,title\nz.mp3,1,\na.mp3,x,Жук\nb.mp3,5,Good\n", (),
                     ["row 2, column file: z.mp3: No such file or directory",
                      'row 3, column title: hosts read text of Windows-1252, which does not hold '
-                     '"Жук"; --unicode writes it all the same',
+                     '"Жук"; --unicode writes it anyway',
                      "row 3, column cue-in: 'x' is no whole number"]),
 }
 
@@ -429,7 +429,7 @@ def test_what_set_refuses_is_refused(files, apply):
     told = errors(result)
     assert result.returncode == 1 and len(told) == 2
     assert told[0].startswith("row 3, d.mp3: Saving would lose TPE1")
-    assert told[0].endswith("; brindle set --force saves all the same")
+    assert told[0].endswith("; brindle set --force saves anyway")
     assert snapshots(files) == before
 
 

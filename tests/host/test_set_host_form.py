@@ -125,7 +125,7 @@ def test_save_that_loses_frames_is_refused(tmp_path, brindle, name):
     result = brindle("set", "--host-form", "--title", "New", "a.mp3")
     assert (result.returncode, result.stdout) == (1, b"")
     assert one_line(result) == ("brindle: a.mp3: Saving would lose " + ", ".join(lost)
-                                + "; --force saves all the same")
+                                + "; --force saves anyway")
     assert snapshot(path) == before
 
     forced = brindle("set", "--host-form", "--force", "--title", "New", "a.mp3")

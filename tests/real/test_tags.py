@@ -193,7 +193,7 @@ def test_tag_of_a_small_file_is_not_searched(length, seen, encoded, show, tmp_pa
     assert facts["v2Frames"] == (["TIT2"] if seen else [])
     assert facts["TagType"] == (2 if seen else -1)
     assert facts["ID3TagSizeIncludingHeader"] == (room if seen else 0)
-    # The stream is found all the same, and stands behind something that nobody knows.
+    # The stream is still found, after something that nobody knows.
     assert facts["RepairRequired"] == (not seen)
     assert facts["Duration"] == constant_duration(len(audio), 32)
 

@@ -66,7 +66,7 @@ AttackFile tag_and_audio(const std::string& name, const Bytes& tag, const Bytes&
 // What takes most time, most memory or most reading.
 std::vector<AttackFile> greedy_files() {
     const Bytes audio = good_audio();
-    // More than the window holds, so that whoever goes back reads again.
+    // More than the window holds, so that going back means reading again.
     const Bytes rejected = rejected_stream(10'000);
     // Just above a power of two, where tables have just grown.
     constexpr std::size_t kGrown = (std::size_t{1} << 16) + 2;

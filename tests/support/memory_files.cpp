@@ -387,7 +387,7 @@ std::unique_ptr<BinaryFile> MemoryFiles::create_beside(const String& neighbour, 
         name = std::move(unique);
         return created;
     } catch (...) {
-        // Whoever could not be told of a file can't remove it.
+        // A caller that was not told of a file can't remove it.
         files_.erase(unique);
         throw;
     }

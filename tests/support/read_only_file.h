@@ -12,7 +12,7 @@
 
 namespace brindle::test {
 
-// Whoever does anything else with one fails the test, even where the exception is caught.
+// Any other call fails the test, even where the exception is caught.
 class ReadOnlyFile : public BinaryFile {
 public:
     void write_at(std::int64_t, std::span<const std::uint8_t>) final { refuse(); }

@@ -154,7 +154,7 @@ int __wrap_ftruncate64(int file, off64_t length) {
     return __real_ftruncate64(file, length);
 }
 
-// A close that fails has closed the file all the same.
+// A close that fails has closed the file nevertheless.
 int __wrap_close(int file) {
     const CallOutcome outcome = SystemCalls::outcome_of(SystemCall::Close, 0, 0);
     const int result = __real_close(file);

@@ -25,7 +25,7 @@ template <typename Interface>
 }
 
 // Counts references and answers for the interfaces listed. Begins with one reference, which belongs
-// to whoever made it.
+// to the code that made it.
 template <typename First, typename... Others>
 class ComObject : public First, public Others... {
 public:

@@ -23,7 +23,7 @@ void unlock_module() noexcept;
 // Keeps the DLL in the process to the end. The C++ runtime that is linked into it allocates TLS
 // indexes, handles and memory that it never frees: a host that loads and unloads the DLL for each
 // job would run out of TLS indexes at about the thousandth. DllCanUnloadNow answers by the count
-// all the same.
+// nevertheless.
 void pin_module() noexcept;
 
 // The full name of the DLL's file.
