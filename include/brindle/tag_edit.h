@@ -27,6 +27,8 @@
 // - The frames of a second tag directly after the first join it.
 // - A field that is to be removed goes with all frames that a value for it would take the place of.
 //   Where there are none, and nothing else was set, the tag stays as it is.
+// - On demand (EditOptions::common_form) texts get the form that hosts and other programs read
+// alike.
 // - The ID3v1 record is written only where the host has set one of its fields.
 // - Where nothing but the record was set, the tag stays as it is.
 //
@@ -52,7 +54,7 @@ class cMPEGHeader;
 enum class FrameFate {
     Kept,       // byte for byte as it stands
     Moved,      // the same, but after the frames that hosts can step over
-    Converted,  // in the form of version 2.3; the same value
+    Converted,  // in another form; the same value
     Changed,    // replaced by a value that was set
     Lost,       // see EditLoss
     Removed,    // as EditOptions asks
@@ -91,6 +93,11 @@ struct EditPlan {
     std::vector<TagFrame> oversized;
     // Scheduling fields that stay in UTF-16 or UTF-8, in which hosts do not find them.
     std::vector<TagFrame> unseen;
+    // Of EditOptions::common_form: texts of several values, which become one with "/" between them;
+    std::vector<TagFrame> joined;
+    // and what stays as it is, since hosts and other programs read no form of it alike: texts with
+    // a character that the code page has not, or not at its place in ISO-8859-1, and links.
+    std::vector<TagFrame> without_common_form;
 
     [[nodiscard]] BRINDLE_EXPORT std::vector<EditedFrame> losses() const;
 };
@@ -107,6 +114,13 @@ struct EditOptions {
     bool unicode = false;
     // Fields to take out of the tag. One that was set as well is written.
     std::vector<FieldName> removed = {};
+    // Also where nothing was set: the tag becomes one of version 2.3 whose texts (all "T" frames,
+    // COMM, USLT, USER, the description of WXXX, IPLS) are in ISO-8859-1 as far as the code page
+    // has their characters at the same places, several values of one joined with "/". Of version
+    // 2.4 the original release time (TDOR) gives TORY, the lists of people (TIPL, TMCL) become
+    // IPLS, and genres by number get their parentheses. A comment without a description loses its
+    // language, which hosts would read as part of it. A tag that has this form stays as it is.
+    bool common_form = false;
 };
 
 // One edit of the file that is open in a header. The header must live as long; what is set in it

@@ -10,10 +10,12 @@
 #include <utility>
 #include <vector>
 
+#include "id3v2/common_form.h"
 #include "id3v2/custom_field_names.h"
 #include "id3v2/custom_fields.h"
 #include "id3v2/documented_ids.h"
 #include "id3v2/frame_form.h"
+#include "id3v2/frame_text.h"
 #include "id3v2/imported_frame.h"
 #include "id3v2/public_tag_reader.h"
 #include "id3v2/tag_layout.h"
@@ -32,6 +34,10 @@ constexpr std::string_view kYear = "TYER";
 constexpr std::string_view kDate = "TDAT";
 constexpr std::string_view kTime = "TIME";
 constexpr std::string_view kRecordingTime = "TDRC";
+constexpr std::string_view kOriginalYear = "TORY";
+constexpr std::string_view kOriginalTime = "TDOR";
+constexpr std::string_view kPeople = "IPLS";
+constexpr std::string_view kPeopleOfVersion4[] = {"TIPL", "TMCL"};
 
 // Names that are longer are not looked for.
 constexpr std::size_t kMaxNameRead = 8'192;
@@ -120,7 +126,7 @@ class TagEditor {
 public:
     TagEditor(BinaryFile& file, FileWindow& window, std::span<const EditedField> fields,
               const EditOptions& options, EditPlan& plan)
-        : file_(file), window_(window), fields_(fields), plan_(plan) {
+        : file_(file), window_(window), fields_(fields), options_(options), plan_(plan) {
         frames_.reserve(fields.size());
         for (std::size_t i = 0; i < fields.size(); ++i) {
             const EditedField& field = fields[i];
@@ -147,6 +153,12 @@ public:
 
     FileContent write() {
         split_recording_time();
+        if (options_.common_form) {
+            add_original_year();
+            make_list_of_people();
+            std::for_each(entries_.begin(), entries_.end(),
+                          [this](Entry& entry) { recode(entry); });
+        }
         std::size_t last_small = 0;
         for (std::size_t i = 0; i < entries_.size(); ++i) {
             last_small = !entries_[i].is_dropped && is_small(entries_[i]) ? i : last_small;
@@ -270,27 +282,33 @@ private:
         placed_[*entry.field] = true;
     }
 
+    // A frame of version 2.4 that stays.
+    [[nodiscard]] Entry* find_version4(std::string_view id) {
+        const auto entry =
+            std::find_if(entries_.begin(), entries_.end(), [&](const Entry& candidate) {
+                return candidate.id == id && candidate.version == kNewestVersion &&
+                       !candidate.field && !candidate.is_dropped;
+            });
+        return entry == entries_.end() ? nullptr : &*entry;
+    }
+
+    // The time of such a frame; without parts where there is none.
+    [[nodiscard]] RecordingTime time_of(std::string_view id) {
+        constexpr std::size_t kMaxTime = 64;
+        const Entry* const entry = find_version4(id);
+        if (entry == nullptr) {
+            return RecordingTime({});
+        }
+        const FrameText text(id, entry->imported->head(kMaxTime));
+        return RecordingTime(id_of_text(text.values.front()));
+    }
+
     // Programs of version 2.3 look for the parts.
     void split_recording_time() {
-        const auto whole = std::find_if(entries_.begin(), entries_.end(), [](const Entry& entry) {
-            return entry.id == kRecordingTime && entry.version == kNewestVersion && !entry.field &&
-                   !entry.is_dropped;
-        });
-        if (whole == entries_.end() || find_field(kYear, {})) {
+        if (find_field(kYear, {})) {
             return;
         }
-        constexpr std::size_t kMaxTime = 64;
-        ByteVector head = whole->imported->head(kMaxTime);
-        if (head.empty() || head.front() > kLastEncoding) {
-            return;
-        }
-        const auto encoding = static_cast<TextEncoding>(head.front());
-        const Bytes text = Bytes(head).subspan(1);
-        const String value = decoded(encoding, text.first(string_length(encoding, text)));
-        std::string narrow_value;
-        std::transform(value.begin(), value.end(), std::back_inserter(narrow_value),
-                       [](char16_t unit) { return static_cast<char>(narrow(unit)); });
-        const RecordingTime time(narrow_value);
+        const RecordingTime time = time_of(kRecordingTime);
         add_part(kYear, time.year);
         add_part(kDate, time.date);
         add_part(kTime, time.time);
@@ -302,6 +320,69 @@ private:
         if (!text.empty() && !is_there) {
             more_frames_.push_back(text_frame(id, text));
         }
+    }
+
+    void add_original_year() { add_part(kOriginalYear, time_of(kOriginalTime).year); }
+
+    // Version 2.3 has one list for those who were involved and those who played.
+    void make_list_of_people() {
+        const bool has_list = std::any_of(entries_.begin(), entries_.end(),
+                                          [](const Entry& entry) { return entry.id == kPeople; });
+        Entry* list = nullptr;
+        std::vector<String> people;
+        for (const std::string_view id : kPeopleOfVersion4) {
+            Entry* const entry = has_list ? nullptr : find_version4(id);
+            if (entry == nullptr || entry->imported->is_packed) {
+                continue;
+            }
+            const FrameText text(id, entry->imported->head(kMaxBodyInMemory));
+            if (text.values.size() % 2 != 0) {
+                continue;  // no list of pairs
+            }
+            people.insert(people.end(), text.values.begin(), text.values.end());
+            entry->is_dropped = list != nullptr;
+            list = list == nullptr ? entry : list;
+        }
+        if (list != nullptr) {
+            list->id = kPeople;
+            std::copy(kPeople.begin(), kPeople.end(), list->imported->id_bytes.begin());
+            replace_content(*list->imported, list_of_people(people));
+        }
+    }
+
+    static void replace_content(ImportedFrame& frame, ByteVector content) {
+        ByteVector body = frame.body.read({0, frame.prefix});
+        body.insert(body.end(), content.begin(), content.end());
+        frame.body = FileContent();
+        frame.body.append_owned(std::move(body));
+    }
+
+    // What is longer hosts do not read.
+    void recode(Entry& entry) {
+        if (entry.field || entry.is_dropped || entry.source.is_packed ||
+            std::cmp_greater(entry.source.size, kMaxBodyInMemory)) {
+            return;
+        }
+        std::optional<ImportedFrame> frame =
+            entry.imported ? entry.imported : import_frame(file_, entry.version, entry.source);
+        CommonForm form = in_common_form(entry.id, frame->head(kMaxBodyInMemory),
+                                         entry.version == kNewestVersion);
+        if (form.result == CommonFormResult::AsBefore) {
+            return;
+        }
+        if (form.result == CommonFormResult::NoneThere) {
+            plan_.without_common_form.push_back(planned(entry));
+            return;
+        }
+        if (form.result == CommonFormResult::Joined) {
+            plan_.joined.push_back(planned(entry));
+        }
+        planned(entry).fate = FrameFate::Converted;
+        std::erase_if(plan_.unseen, [&](const TagFrame& unseen) {
+            return unseen.id == planned(entry).id && unseen.number == planned(entry).number;
+        });
+        entry.imported = std::move(frame);
+        replace_content(*entry.imported, std::move(form.content));
     }
 
     [[nodiscard]] std::uint64_t body_size(const Entry& entry) const {
@@ -360,6 +441,7 @@ private:
     BinaryFile& file_;
     FileWindow& window_;
     std::span<const EditedField> fields_;
+    const EditOptions& options_;
     EditPlan& plan_;
     std::map<std::pair<std::string_view, std::u16string_view>, std::size_t> field_of_key_;
     std::set<Key> removed_;

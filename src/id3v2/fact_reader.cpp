@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "id3v2/frame_fields.h"
+#include "id3v2/frame_text.h"
 #include "id3v2/image_size.h"
 #include "id3v2/imported_frame.h"
 #include "id3v2/public_tag_reader.h"
@@ -19,95 +20,6 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-// ISO-8859-1: every byte is the code point of its own number. Hosts take the code page instead.
-String from_latin1(Bytes bytes) {
-    return {bytes.begin(), bytes.end()};
-}
-
-String text_in(TextEncoding encoding, Bytes bytes) {
-    return encoding == TextEncoding::Latin1 ? from_latin1(bytes) : decoded(encoding, bytes);
-}
-
-// The fields of one frame, taken one after the other.
-class FrameText {
-public:
-    FrameText(std::string_view id, Bytes content) : content_(content) {
-        for (const FrameField field : fields_of(id)) {
-            take(field);
-        }
-    }
-
-    String language;
-    std::vector<String> latin1_strings;  // the MIME type of a picture
-    std::vector<String> strings;         // descriptions
-    std::vector<String> values;
-    std::uint8_t type = 0;
-    std::size_t data_begin = 0;
-
-private:
-    [[nodiscard]] Bytes ahead() const { return content_.subspan(position_); }
-    Bytes take_bytes(std::size_t count) {
-        const Bytes bytes = ahead().first(std::min(count, ahead().size()));
-        position_ += bytes.size();
-        return bytes;
-    }
-    String take_string(TextEncoding encoding) {
-        const Bytes bytes = take_bytes(string_length(encoding, ahead()));
-        take_bytes(terminator_size(encoding));
-        return text_in(encoding, bytes);
-    }
-
-    void take(FrameField field) {
-        switch (field) {
-            case FrameField::Encoding:
-                if (const Bytes byte = take_bytes(1); !byte.empty() && byte[0] <= kLastEncoding) {
-                    encoding_ = static_cast<TextEncoding>(byte[0]);
-                }
-                return;
-            case FrameField::Language:
-                language = from_latin1(take_bytes(width_of(field)));
-                return;
-            case FrameField::OneByte:
-                if (const Bytes byte = take_bytes(width_of(field)); !byte.empty()) {
-                    type = byte[0];
-                }
-                return;
-            case FrameField::TwoBytes:
-            case FrameField::Date:
-                take_bytes(width_of(field));
-                return;
-            case FrameField::Latin1String:
-                latin1_strings.push_back(take_string(TextEncoding::Latin1));
-                return;
-            case FrameField::EncodedString:
-                strings.push_back(take_string(encoding_));
-                return;
-            case FrameField::Text:
-                take_values();
-                return;
-            case FrameField::SyncedText:
-                return;
-            case FrameField::Data:
-                data_begin = position_;
-                return;
-        }
-    }
-
-    // A terminator at the end begins no other value.
-    void take_values() {
-        do {
-            values.push_back(take_string(encoding_));
-        } while (!ahead().empty());
-        while (values.size() > 1 && values.back().empty()) {
-            values.pop_back();
-        }
-    }
-
-    Bytes content_;
-    std::size_t position_ = 0;
-    TextEncoding encoding_ = TextEncoding::Latin1;
-};
-
 class FactReader {
 public:
     FactReader(BinaryFile& file, TagFacts& facts) : file_(file), facts_(facts) {}
@@ -120,7 +32,7 @@ public:
         }
         if (frame->id() == "APIC") {
             take_picture(*frame);
-        } else if (frame->id().front() == 'W' && frame->id() != "WXXX") {
+        } else if (is_link(frame->id())) {
             take_link(*frame);
         } else if (is_text(frame->id())) {
             take_text(*frame);

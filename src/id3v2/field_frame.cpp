@@ -9,6 +9,7 @@
 
 #include "id3v2/custom_field_names.h"
 #include "id3v2/custom_fields.h"
+#include "id3v2/frame_fields.h"
 #include "id3v2/tag_layout.h"
 #include "id3v2/text_encoding.h"
 #include "util/code_page.h"
@@ -21,11 +22,6 @@ using ByteVector = std::vector<std::uint8_t>;
 
 // "Other": what the documents want where no language is known.
 constexpr std::string_view kNoLanguage = "XXX";
-
-// Links are 8-bit text without an encoding. That of a WXXX frame has a description in front.
-bool is_link(std::string_view id) noexcept {
-    return id.substr(0, 1) == "W" && id != "WXXX";
-}
 
 void append_narrow(std::u16string_view text, ByteVector& bytes) {
     std::transform(text.begin(), text.end(), std::back_inserter(bytes),

@@ -26,8 +26,8 @@ FileEdit::FileEdit(FileToEdit file, const FindAccepted& find_accepted, const cMP
     : subject_(std::move(file)),
       fields_(std::move(fields)),
       options_(std::move(options)),
-      only_removes_(fields_.empty() && !options_.removed.empty()) {
-    if (only_removes_) {
+      sets_nothing_(fields_.empty() && (!options_.removed.empty() || options_.common_form)) {
+    if (sets_nothing_) {
         // Every edit leaves it, and a tag needs a frame.
         fields_.push_back(saved_stamp());
     }
@@ -67,9 +67,9 @@ void FileEdit::plan_tag(const FindAccepted& find_accepted) {
     }
     const FileContent tag = tag_of(edited_frames(
         *subject_.file, window, old_tag.value_or(ByteRange()), fields_, options_, plan_));
-    if (only_removes_ && removes_nothing()) {
+    if (sets_nothing_ && !(old_tag && has_work(window, *old_tag))) {
         fields_.clear();
-        plan_ = EditPlan();
+        plan_ = {.without_common_form = std::move(plan_.without_common_form)};
         return;
     }
     plan_.needed_length = tag.size();
@@ -81,9 +81,21 @@ void FileEdit::plan_tag(const FindAccepted& find_accepted) {
     plan_.loses_stream = loses_stream(subject_.environment, subject_.name, layout_, accepted);
 }
 
-bool FileEdit::removes_nothing() const {
-    return std::none_of(plan_.frames.begin(), plan_.frames.end(),
-                        [](const EditedFrame& frame) { return frame.fate == FrameFate::Removed; });
+bool FileEdit::has_work(FileWindow& window, const ByteRange& old_tag) const {
+    const auto changes = [&](const EditedFrame& frame) {
+        const bool has_other_form =
+            frame.fate == FrameFate::Converted || frame.fate == FrameFate::Moved;
+        return frame.fate == FrameFate::Removed || (options_.common_form && has_other_form);
+    };
+    if (std::any_of(plan_.frames.begin(), plan_.frames.end(), changes)) {
+        return true;
+    }
+    if (!options_.common_form) {
+        return false;
+    }
+    const PublicTagHeader header = *read_public_tag_header(window, old_tag.begin);
+    const bool is_alone = read_public_tags(window, old_tag).size() == 1;
+    return header.version != kWrittenVersion || header.flags != 0 || !is_alone;
 }
 
 // What is no part of the old tag stays: in its place where the new tag fits into the old one's,

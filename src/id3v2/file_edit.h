@@ -61,7 +61,8 @@ private:
 
     void plan_record(const cMP3ID3v1& record);
     void plan_tag(const FindAccepted& find_accepted);
-    [[nodiscard]] bool removes_nothing() const;
+    // Without a field that was set: whether there is anything to remove or to convert.
+    [[nodiscard]] bool has_work(FileWindow& window, const ByteRange& old_tag) const;
     void lay_out_tag(const std::optional<ByteRange>& old_tag, const FileContent& tag);
     // Nothing where too much would have to be held in memory.
     [[nodiscard]] std::optional<std::vector<Patch>> patches_in_place() const;
@@ -70,7 +71,7 @@ private:
     FileToEdit subject_;
     std::vector<EditedField> fields_;
     EditOptions options_;
-    bool only_removes_ = false;
+    bool sets_nothing_ = false;
     EditPlan plan_;
     Id3v1Change record_;
     FileContent old_content_;  // with the new record

@@ -64,6 +64,10 @@ std::size_t width_of(FrameField field) noexcept {
     }
 }
 
+bool is_link(std::string_view id) noexcept {
+    return id.substr(0, 1) == "W" && id != "WXXX";
+}
+
 std::span<const FrameField> fields_of(std::string_view id) noexcept {
     const auto* const row = std::find_if(std::begin(kRows), std::end(kRows),
                                          [id](const Row& candidate) { return candidate.id == id; });

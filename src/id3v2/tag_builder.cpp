@@ -13,7 +13,6 @@ namespace brindle {
 
 namespace {
 
-constexpr std::uint8_t kWrittenVersion = 3;
 constexpr std::uint8_t kLatin1Encoding = 0;
 // Readers stop at an id of zeros; it is there even when the tag fills its area to the brim.
 constexpr std::size_t kEndMark = 4;

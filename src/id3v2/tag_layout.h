@@ -37,6 +37,7 @@ inline constexpr std::size_t kTagSizeOffset = 6;
 inline constexpr std::size_t kTagSizeWidth = 4;
 inline constexpr std::uint8_t kOldestVersion = 2;
 inline constexpr std::uint8_t kNewestVersion = 4;
+inline constexpr std::uint8_t kWrittenVersion = 3;
 
 [[nodiscard]] constexpr bool is_known_version(std::uint8_t version) noexcept {
     return version >= kOldestVersion && version <= kNewestVersion;
