@@ -112,6 +112,7 @@ using AddCommand = void (*)(CommandLine& program);
 void add_show(CommandLine& program);
 void add_set(CommandLine& program);
 void add_apply(CommandLine& program);
+void add_normalize(CommandLine& program);
 void add_strip(CommandLine& program);
 void add_scan(CommandLine& program);
 void add_check(CommandLine& program);

@@ -28,6 +28,15 @@ ExitStatus set(const SetOptions& options) {
 
 }  // namespace
 
+void add_saving_options(CommandOptions& command, SetOptions& options) {
+    command.flag("--preserve", options.preserve, "Keep the modification time");
+    command.flag("--force", options.force,
+                 "Save also when frames would be lost, or hosts would find no stream afterwards");
+    command.flag("--atomic", options.atomic,
+                 "Write a new file also when the tag fits in place: a power cut leaves the old "
+                 "file or the new one");
+}
+
 void add_set(CommandLine& program) {
     const auto options = std::make_shared<SetOptions>();
     const auto edits = std::make_shared<EditOptions>();
@@ -42,12 +51,7 @@ void add_set(CommandLine& program) {
     edits->add_to(command);
     command.flag("--separate", options->separate,
                  "Title, artist and year leave the ID3v1 record alone");
-    command.flag("--preserve", options->preserve, "Keep the modification time");
-    command.flag("--force", options->force,
-                 "Save also when frames would be lost, or hosts would find no stream afterwards");
-    command.flag("--atomic", options->atomic,
-                 "Write a new file also when the tag fits in place: a power cut leaves the old "
-                 "file or the new one");
+    add_saving_options(command, *options);
     command.flag("--unicode", options->unicode,
                  "Write text that hosts' code page does not hold as UTF-16, which other "
                  "programs read");

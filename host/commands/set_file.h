@@ -10,6 +10,7 @@
 #include <brindle/tag_facts.h>
 
 #include "batch/file_batch.h"
+#include "commands/command_line.h"
 #include "commands/edits.h"
 
 namespace brindle::host {
@@ -28,10 +29,14 @@ struct SetOptions : ChangeOptions {
     bool atomic = false;
     bool unicode = false;
     bool host_form = false;
+    bool common_form = false;  // see brindle::EditOptions
     std::vector<KeptValue> kept;
     // What saves a file that is refused.
     std::string way_to_force = "--force";
 };
+
+// --preserve, --force and --atomic.
+void add_saving_options(CommandOptions& command, SetOptions& options);
 
 struct SetReport {
     std::string lines;  // to be printed

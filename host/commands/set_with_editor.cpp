@@ -82,7 +82,9 @@ public:
         for (const Edit& edit : options_.edits) {
             edit.assign(header_);
         }
-        TagEdit edit(header_, {.unicode = options_.unicode, .removed = removed_fields()});
+        TagEdit edit(header_, {.unicode = options_.unicode,
+                               .removed = removed_fields(),
+                               .common_form = options_.common_form});
         if (edit.plan().refusal) {
             return reason_of(*edit.plan().refusal);
         }

@@ -17,7 +17,7 @@ _brindle() {
 
     if [[ $COMP_CWORD -eq 1 ]]; then
         mapfile -t COMPREPLY < <(
-            compgen -W "show set apply strip scan check listen time genres -h --help --version" -- "$word")
+            compgen -W "show set apply normalize strip scan check listen time genres -h --help --version" -- "$word")
         return
     fi
     case $command in
@@ -36,6 +36,9 @@ _brindle() {
             esac
             ;;
         apply) options="--dry-run --keep-going --unicode --spreadsheet" ;;
+        normalize)
+            options="--pictures --dry-run --preserve --force --atomic --yes -0 --null"
+            ;;
         strip) options="--v1 --v2 --all --dry-run --preserve --force --yes -0 --null" ;;
         scan)
             options="--json --csv --columns --hash --spreadsheet --utf8-names -0 --null --jobs
@@ -56,6 +59,10 @@ _brindle() {
         scan:--columns) return ;;
         scan:--jobs | check:--jobs | listen:--jobs) return ;;
         listen:--reference | listen:--sound-range | listen:--overlap-range) return ;;
+        normalize:--pictures)
+            mapfile -t COMPREPLY < <(compgen -W "keep drop" -- "$word")
+            return
+            ;;
         time:--style)
             mapfile -t COMPREPLY < <(compgen -W "none fraction all" -- "$word")
             return

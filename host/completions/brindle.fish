@@ -1,6 +1,6 @@
 # Completion of brindle for fish.
 
-set -l commands show set apply strip scan check listen time genres
+set -l commands show set apply normalize strip scan check listen time genres
 
 complete -c brindle -f
 complete -c brindle -s h -l help -d 'Print help and exit'
@@ -8,6 +8,7 @@ complete -c brindle -n "not __fish_seen_subcommand_from $commands" -l version -d
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a show -d 'Show what is known of each file'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a set -d 'Set values and save them'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a apply -d 'Set what a table says, a row a file'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a normalize -d 'Rewrite tags so that all read the same'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a strip -d 'Take tags off'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a scan -d 'List the files of folders and sum them up'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a check -d 'Tell whether files can go on air'
@@ -15,7 +16,7 @@ complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a listen -d 
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a time -d 'Print milliseconds as minutes and seconds'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a genres -d 'Print the genre numbers and their names'
 
-complete -c brindle -n '__fish_seen_subcommand_from show set apply strip scan check listen' -F
+complete -c brindle -n '__fish_seen_subcommand_from show set apply normalize strip scan check listen' -F
 
 complete -c brindle -n '__fish_seen_subcommand_from show scan check listen' -l json -d 'One JSON object a line and file'
 
@@ -28,14 +29,16 @@ end
 complete -c brindle -n '__fish_seen_subcommand_from set' -l opener -d 'It is an opener'
 complete -c brindle -n '__fish_seen_subcommand_from set' -l no-opener -d 'It is none'
 complete -c brindle -n '__fish_seen_subcommand_from set' -l separate -d 'Leave the ID3v1 record alone'
-complete -c brindle -n '__fish_seen_subcommand_from set' -l atomic -d 'Write a new file also when the tag fits'
+complete -c brindle -n '__fish_seen_subcommand_from set normalize' -l atomic -d 'Write a new file also when the tag fits'
 complete -c brindle -n '__fish_seen_subcommand_from set' -l unicode -d 'Write text outside the code page as UTF-16'
 complete -c brindle -n '__fish_seen_subcommand_from set' -l host-form -d 'Write all frames anew, as hosts do'
-complete -c brindle -n '__fish_seen_subcommand_from set strip' -l force -d 'Also what would cost frames or the stream'
-complete -c brindle -n '__fish_seen_subcommand_from set strip' -l dry-run -d 'Touch nothing'
-complete -c brindle -n '__fish_seen_subcommand_from set strip' -l preserve -d 'Keep the modification time'
+complete -c brindle -n '__fish_seen_subcommand_from set normalize strip' -l force -d 'Also what would cost frames or the stream'
+complete -c brindle -n '__fish_seen_subcommand_from set normalize strip' -l dry-run -d 'Touch nothing'
+complete -c brindle -n '__fish_seen_subcommand_from set normalize strip' -l preserve -d 'Keep the modification time'
 
-complete -c brindle -n '__fish_seen_subcommand_from set strip' -l yes -d 'Change files in folders without asking'
+complete -c brindle -n '__fish_seen_subcommand_from set normalize strip' -l yes -d 'Change files in folders without asking'
+
+complete -c brindle -n '__fish_seen_subcommand_from normalize' -x -l pictures -a 'keep drop' -d 'What becomes of pictures'
 
 complete -c brindle -n '__fish_seen_subcommand_from apply' -l dry-run -d 'Touch nothing'
 complete -c brindle -n '__fish_seen_subcommand_from apply' -l keep-going -d 'Write the good rows also when others have an error'
@@ -55,7 +58,7 @@ complete -c brindle -n '__fish_seen_subcommand_from check' -l notes -d 'Print no
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l only -a 'warn bad' -d 'Files of this verdict or a worse one'
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l ignore -d 'Leave a reason out'
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l fail-on -a 'warn bad never' -d 'From which verdict on the status is 1'
-complete -c brindle -n '__fish_seen_subcommand_from show set strip scan check listen' -s 0 -l null -d 'Names from standard input end with a NUL'
+complete -c brindle -n '__fish_seen_subcommand_from show set normalize strip scan check listen' -s 0 -l null -d 'Names from standard input end with a NUL'
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -x -l jobs -d 'Files at once'
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -l quiet -d 'No progress bar and no summary'
 

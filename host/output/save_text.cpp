@@ -117,15 +117,20 @@ std::vector<std::string> remarks_on(const EditPlan& plan) {
         remarks.push_back("hosts do not see " + labels_text(plan.unseen) +
                           ", which is not in 8-bit text");
     }
+    if (!plan.joined.empty()) {
+        remarks.push_back("joined the values of " + labels_text(plan.joined) + " with \"/\"");
+    }
+    if (!plan.without_common_form.empty()) {
+        remarks.push_back("kept " + labels_text(plan.without_common_form) +
+                          " as it is: hosts and other programs read no form of it alike");
+    }
     return remarks;
 }
 
 std::string lost_stream_text(const std::string& way_to_force) {
     return "Hosts would find no stream in it afterwards: they look at 16,384 positions after the "
            "tag, or from the start where the tag is more than half of the file; " +
-           way_to_force +
-           " does it all "
-           "the same";
+           way_to_force + " does it anyway";
 }
 
 std::string how_it_fits(bool fits, std::int64_t needed, std::int64_t space) {

@@ -1,0 +1,58 @@
+// brindle normalize: tags in the form that hosts and other programs read alike.
+#include <memory>
+#include <string>
+
+#include "commands/command_line.h"
+#include "commands/set_file.h"
+#include "output/standard_streams.h"
+
+namespace brindle::host {
+
+namespace {
+
+constexpr const char16_t* kPictureId = u"APIC";
+
+// Takes all pictures out, also those that hosts do not read.
+Edit removal_of_pictures() {
+    Edit edit;
+    edit.shown = {"Pictures that hosts read", [](const cMPEGHeader& header) {
+                      return std::to_string(header.TagsInFrame(kPictureId));
+                  }};
+    edit.assign = [](cMPEGHeader&) {};
+    edit.frame_id = kPictureId;
+    edit.removes = true;
+    return edit;
+}
+
+ExitStatus normalize(const SetOptions& options) {
+    return change_files(options, [&](const std::string& name) {
+        SetReport report;
+        auto reason = set_with_editor(name, options, report);
+        write_output(report.lines);
+        return reason;
+    });
+}
+
+}  // namespace
+
+void add_normalize(CommandLine& program) {
+    const auto options = std::make_shared<SetOptions>();
+    const auto pictures = std::make_shared<std::string>("keep");
+    options->common_form = true;
+    CommandOptions command = program.add(
+        "normalize", "Rewrite tags so that hosts and other programs read the same; same values",
+        "brindle normalize --dry-run music", [options, pictures] {
+            if (*pictures == "drop") {
+                options->edits.push_back(removal_of_pictures());
+            }
+            return normalize(*options);
+        });
+    command.word(
+        "--pictures", "WHAT", {"keep", "drop"},
+        [pictures](const std::string& given) { *pictures = given; },
+        "What becomes of pictures; keep otherwise");
+    add_saving_options(command, *options);
+    command.changed_paths(*options, "Show what would become of each tag; touch nothing");
+}
+
+}  // namespace brindle::host
