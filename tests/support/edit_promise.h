@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -72,7 +73,8 @@ public:
         if (content().size() < audio_.size() || content().last(audio_.size()) != audio_) {
             return "audio was lost";
         }
-        return check_frames(expected(added));
+        const std::string fault = check_frames(expected(added));
+        return fault.empty() ? check_common_form() : fault;
     }
 
 private:
@@ -298,6 +300,38 @@ private:
             [](const MadeFrame& frame) { return frame.can_be_stepped_over(); });
         frames.insert(large, added.begin(), added.end());
         return frames;
+    }
+
+    // --- The form that hosts and other programs read alike
+
+    // Id, description and value of each text, several values as one.
+    static std::multiset<String> values_of(const TagFacts& facts) {
+        std::multiset<String> values;
+        for (const TagText& text : facts.texts) {
+            values.insert(text.id + u"\n" + text.description + u"\n" + text.text());
+        }
+        return values;
+    }
+
+    [[nodiscard]] std::string check_common_form() {
+        const TagFacts before = model_.begin_edit({})->facts();
+        const EditOptions options{.common_form = true};
+        TagFacts after;
+        {
+            const auto edit = model_.begin_edit(options);
+            if (edit->plan().refusal || !edit->plan().losses().empty()) {
+                return has_noise_ ? "" : "the common form loses a frame";
+            }
+            after = edit->facts();
+            edit->save({});
+        }
+        if (values_of(before) != values_of(after)) {
+            return "other programs read other values in the common form";
+        }
+        if (!model_.begin_edit(options)->plan().changes_nothing) {
+            return "the common form made again would change the file";
+        }
+        return content().last(audio_.size()) == audio_ ? "" : "the common form lost audio";
     }
 
     // --- Reading it
