@@ -5,6 +5,8 @@
 
 namespace brindle {
 
+struct NewContent;  // <brindle/new_content.h>
+
 // How a change reaches the file.
 enum class SaveWay {
     InPlace,  // the tag is written over the old one, the rest of the file is not touched
@@ -19,6 +21,9 @@ struct SaveOptions {
     // Called right before the file is changed: for InPlace before it is opened for writing, for
     // Replace before the rename. An Error that it throws ends the save with the file as it was.
     std::function<void(SaveWay)> before_change = nullptr;
+    // Called before anything is written, with what the file will be. An Error that it throws ends
+    // the save with the file as it was.
+    std::function<void(const NewContent&)> before_write = nullptr;
 };
 
 }  // namespace brindle

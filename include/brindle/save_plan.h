@@ -38,6 +38,7 @@
 
 #include <brindle/error.h>
 #include <brindle/export.h>
+#include <brindle/new_content.h>
 #include <brindle/values.h>
 
 namespace brindle {
@@ -101,6 +102,7 @@ struct StripPlan {
     std::int64_t tag_bytes = 0;     // in front of the audio: the tag, and junk around it
     std::int64_t record_bytes = 0;  // at the end: 128 or 0
     bool loses_stream = false;      // as in SavePlan
+    NewContent content;             // the file as it would be
     // What RemoveTags would raise before it writes: 5, 6 or 62.
     std::optional<Error> refusal;
 };

@@ -42,6 +42,7 @@
 
 #include <brindle/error.h>
 #include <brindle/export.h>
+#include <brindle/new_content.h>
 #include <brindle/save_options.h>
 #include <brindle/save_plan.h>
 #include <brindle/tag_facts.h>
@@ -142,6 +143,9 @@ public:
     void preview(cMPEGHeader& preview) const;
     // What other programs will read then.
     [[nodiscard]] TagFacts facts() const;
+    // What save() will make of the file. Reads the file, and holds the new tag in memory.
+    // Errors: those of reading (7, 57, 62).
+    [[nodiscard]] NewContent content() const;
     // Writes the file, also when frames are lost by it. Once only.
     // Errors: plan().refusal; those of SaveAllInfo.
     void save(const SaveOptions& options = {});

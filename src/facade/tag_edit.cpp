@@ -47,6 +47,10 @@ TagFacts TagEdit::facts() const {
     return with_writer_memory([&] { return state_->edit->facts(); });
 }
 
+NewContent TagEdit::content() const {
+    return with_writer_memory([&] { return state_->edit->new_content(); });
+}
+
 void TagEdit::save(const SaveOptions& options) {
     with_writer_memory([&] { state_->edit->save(options); });
 }

@@ -171,6 +171,10 @@ TagFacts FileEdit::facts() const {
     return read_facts(file, window, {layout_.tag_position, end});
 }
 
+NewContent FileEdit::new_content() const {
+    return as_writer([&] { return content().around_last_range_of(*subject_.file); });
+}
+
 void FileEdit::save(const SaveOptions& options) {
     if (plan_.refusal) {
         throw Error(*plan_.refusal);
@@ -185,6 +189,7 @@ void FileEdit::save(const SaveOptions& options) {
     const bool is_in_place = patches_ && (fields_.empty() || layout_.keeps_length);
     const std::vector<Overwrite> changes = is_in_place ? overwrites() : std::vector<Overwrite>();
     if (is_in_place && !options.atomic) {
+        target.announce_content(layout_.content);
         target.announce(SaveWay::InPlace);
         const auto writable =
             as_reader([&] { return files.open(subject_.name, OpenMode::ReadWrite); });

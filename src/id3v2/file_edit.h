@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include <brindle/new_content.h>
 #include <brindle/save_options.h>
 #include <brindle/tag_edit.h>
 #include <brindle/tag_facts.h>
@@ -47,6 +48,8 @@ public:
     [[nodiscard]] const EditPlan& plan() const noexcept { return plan_; }
     // The file as it will be. Its bytes are read from the old one, as long as this object lives.
     [[nodiscard]] const FileContent& content() const noexcept { return layout_.content; }
+    // The same for the caller of the library.
+    [[nodiscard]] NewContent new_content() const;
     // What the tag will say by the public documents.
     [[nodiscard]] TagFacts facts() const;
     void save(const SaveOptions& options);

@@ -5,6 +5,7 @@
 #include <span>
 
 #include <brindle/error.h>
+#include <brindle/new_content.h>
 
 #include "id3v2/stream_finder.h"
 #include "id3v2/tag_builder.h"
@@ -107,8 +108,15 @@ void FileToChange::announce(SaveWay way) const {
     }
 }
 
+void FileToChange::announce_content(const FileContent& content) const {
+    if (options.before_write) {
+        options.before_write(content.around_last_range_of(file));
+    }
+}
+
 void replace_with(const FileToChange& target, const FileContent& content,
                   std::span<const Overwrite> changes) {
+    target.announce_content(content);
     const auto fill = [&](BinaryFile& new_file) {
         if (!changes.empty() && target.files.clone(target.file, new_file)) {
             for (const Overwrite& change : changes) {

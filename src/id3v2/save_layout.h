@@ -64,6 +64,8 @@ struct FileToChange {
 
     // Tells the host that the file is about to be changed; it may refuse by raising an error.
     void announce(SaveWay way) const;
+    // Tells it what the file will be, before anything is written.
+    void announce_content(const FileContent& content) const;
 };
 
 // Puts `content` in the file's place, and closes the file. Where the content keeps the length of

@@ -346,6 +346,7 @@ void plan(const FileReading& reading, BinaryFile& file, std::int32_t tags, Strip
     const StrippedFile stripped = strip_tags(file, length, tags, area);
     plan.record_bytes = length - stripped.end;
     plan.tag_bytes = stripped.end - stripped.content.size();
+    plan.content = stripped.content.around_last_range_of(file);
     plan.loses_stream = accepted && stripped.content.size() != length &&
                         !has_stream(reading.environment(), reading.name(), stripped.content);
 }

@@ -139,6 +139,7 @@ void TagWriter::save_in_area(const FileToChange& target, const SaveLayout& layou
         replace_with_layout(target, layout, changes);
         return;
     }
+    as_writer([&] { target.announce_content(layout.content); });
     target.announce(SaveWay::InPlace);
     const auto writable = as_reader(
         [&] { return reading_.environment().files.open(reading_.name(), OpenMode::ReadWrite); });

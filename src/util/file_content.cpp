@@ -108,6 +108,21 @@ std::vector<std::uint8_t> FileContent::read(const ByteRange& range) const {
     return bytes;
 }
 
+NewContent FileContent::around_last_range_of(const BinaryFile& file) const {
+    NewContent content;
+    const auto last = std::find_if(pieces_.rbegin(), pieces_.rend(),
+                                   [&](const Piece& piece) { return piece.file == &file; });
+    if (last == pieces_.rend()) {
+        content.front = read_all();
+        return content;
+    }
+    content.front = read({0, last->begin});
+    content.kept_from = last->offset;
+    content.kept_to = last->offset + last->size;
+    content.back = read({last->begin + last->size, size_});
+    return content;
+}
+
 std::vector<FileContent::Part> FileContent::parts_apart_from(const BinaryFile& file,
                                                              std::int64_t offset) const {
     std::vector<Part> parts;

@@ -6,6 +6,8 @@
 #include <span>
 #include <vector>
 
+#include <brindle/new_content.h>
+
 #include "util/binary_file.h"
 #include "util/byte_range.h"
 #include "util/byte_source.h"
@@ -34,6 +36,9 @@ public:
     // All of it in memory.
     [[nodiscard]] std::vector<std::uint8_t> read_all() const { return read({0, size_}); }
     [[nodiscard]] std::vector<std::uint8_t> read(const ByteRange& range) const;
+
+    // All of it, around the last range of the file that it holds.
+    [[nodiscard]] NewContent around_last_range_of(const BinaryFile& file) const;
 
     // What of it, laid at `offset` of the file, is not known to stand there already.
     struct Part {

@@ -32,12 +32,16 @@ Error with_mixed_content(const Error& error) {
                                 u"part of the new tag"};
 }
 
-void write_all(BinaryFile& file, std::span<const Overwrite> pieces, std::int64_t length) {
+void write_all(BinaryFile& file, std::span<const Overwrite> pieces, std::int64_t length,
+               std::optional<std::int64_t> new_length) {
     std::size_t begun = 0;
     try {
         for (const Overwrite& piece : pieces) {
             ++begun;
             file.write_at(piece.offset, piece.bytes);
+        }
+        if (new_length && *new_length < length) {
+            file.set_length(*new_length);
         }
     } catch (const Error& error) {
         if (!write_back(file, pieces.first(begun), length)) {
@@ -54,14 +58,14 @@ void write_all(BinaryFile& file, std::span<const Overwrite> pieces, std::int64_t
 
 }  // namespace
 
-void overwrite_file(BinaryFile& file, const FileState& expected,
-                    std::span<const Overwrite> pieces) {
-    if (pieces.empty()) {
+void overwrite_file(BinaryFile& file, const FileState& expected, std::span<const Overwrite> pieces,
+                    std::optional<std::int64_t> new_length) {
+    if (pieces.empty() && !new_length) {
         file.close();
         return;
     }
     refuse_if_changed(expected, file.state());
-    write_all(file, pieces, expected.length);
+    write_all(file, pieces, expected.length, new_length);
     const bool is_flushed = skip_errors([&] {
         file.flush_data();
         file.close();

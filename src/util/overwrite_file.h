@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "util/binary_file.h"
@@ -25,6 +26,9 @@ struct Overwrite {
 // error is raised as it came. When that fails too, its text says so: the file then holds part of
 // the new bytes. When the flush fails, error 57 says that all is written, but perhaps not on the
 // device.
-void overwrite_file(BinaryFile& file, const FileState& expected, std::span<const Overwrite> pieces);
+//
+// A file that is to become shorter is cut to `new_length` after its pieces.
+void overwrite_file(BinaryFile& file, const FileState& expected, std::span<const Overwrite> pieces,
+                    std::optional<std::int64_t> new_length = std::nullopt);
 
 }  // namespace brindle

@@ -12,6 +12,7 @@
 
 #include "facade/loaded_header.h"
 #include "support/frames.h"
+#include "support/made_content.h"
 #include "support/memory_environment.h"
 #include "support/tags.h"
 
@@ -467,6 +468,7 @@ TEST(StripPlan, TellsWhatGoes) {
         EXPECT_EQ(file.content(), row.content) << row.name;
         const auto size = static_cast<std::int64_t>(row.content.size());
         EXPECT_TRUE(file.header.StripTags(row.tags)) << row.name;
+        EXPECT_EQ(file.content(), made_of(row.content, plan.content)) << row.name;
         EXPECT_EQ(size - static_cast<std::int64_t>(file.content().size()),
                   row.tag_bytes + row.record_bytes)
             << row.name;

@@ -11,6 +11,7 @@
 #include "support/bytes.h"
 #include "support/frames.h"
 #include "support/id3v1.h"
+#include "support/made_content.h"
 #include "support/memory_environment.h"
 #include "support/raised_error.h"
 #include "support/tags.h"
@@ -23,6 +24,7 @@ using test::blank_record;
 using test::Bytes;
 using test::FileCall;
 using test::Id3v1;
+using test::made_of;
 using test::stamped;
 using test::Tag;
 
@@ -40,7 +42,10 @@ protected:
         world_.files.reset_counts();
     }
     const Bytes& saved() {
-        header_.SaveAllInfo();
+        Bytes promised = content();
+        const auto keep = [&](const NewContent& made) { promised = made_of(promised, made); };
+        header_.SaveAllInfo({.before_write = keep});
+        EXPECT_EQ(content(), promised);
         return content();
     }
     [[nodiscard]] const Bytes& content() const { return world_.files.content(kName); }

@@ -13,6 +13,7 @@
 
 #include "facade/loaded_header.h"
 #include "support/frames.h"
+#include "support/made_content.h"
 #include "support/memory_environment.h"
 #include "support/tags.h"
 
@@ -95,7 +96,9 @@ struct OpenedFile : LoadedHeader {
     EditPlan edit(const EditOptions& options = {}) {
         TagEdit edit(header, options);
         EditPlan plan = edit.plan();
+        const Bytes promised = made_of(content(), edit.content());
         edit.save();
+        EXPECT_EQ(content(), promised);
         header.FileName(kSong);
         return plan;
     }
