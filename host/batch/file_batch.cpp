@@ -85,25 +85,35 @@ Consent ask_for_folders(const ChangeOptions& options) {
     return !has_failed && is_yes(answer) ? Consent::Given : Consent::Refused;
 }
 
-ExitStatus for_each_file(const ChangeOptions& options, const FileStep& step) {
+ExitStatus for_each_file(const ChangeOptions& options, const PlanStep& plan,
+                         const GroupRules& rules) {
     watch_for_interruption(SecondSignal::Ignored);
     const PathOptions& paths = options;
     NameSource names(paths,
                      options.yes || options.dry_run ? NamedFolders::Walked : NamedFolders::Refused);
     std::size_t done = 0;
     std::size_t failed = 0;
+    GroupedChanges changes(rules,
+                           [&](const std::string& name, const std::optional<std::string>& reason) {
+                               if (reason) {
+                                   ++failed;
+                                   write_error(name, *reason);
+                               }
+                               ++done;
+                           });
     while (!is_interrupted()) {
+        if (names.may_wait()) {
+            changes.write();
+        }
         const std::optional<FoundName> found = names.next();
         if (!found) {
             break;
         }
-        const auto reason = found->failure ? found->failure : outcome_of(step, found->name);
-        if (reason) {
-            ++failed;
-            write_error(found->name, *reason);
-        }
-        ++done;
+        changes.add(found->name, [&](const std::string& name) {
+            return found->failure ? PlannedChange{found->failure} : plan(name);
+        });
     }
+    changes.write();
     if (is_interrupted()) {
         write_error("interrupted after " + progress(done, options) + ", " + std::to_string(failed) +
                     " failed");

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "batch/grouped_changes.h"
 #include "batch/name_source.h"
 #include "system/exit_status.h"
 
@@ -13,7 +14,7 @@ namespace brindle::host {
 // What is done to each file; the answer is why it failed, or nothing.
 using FileStep = std::function<std::optional<std::string>(const std::string& name)>;
 
-// Runs the step; what it raises is the reason, too.
+// Runs the step; what it raises of one file is the reason, too.
 [[nodiscard]] std::optional<std::string> outcome_of(const FileStep& step, const std::string& name);
 
 struct ChangeOptions : PathOptions {
@@ -25,9 +26,11 @@ struct ChangeOptions : PathOptions {
 enum class Consent { Given, Refused, NobodyToAsk };
 [[nodiscard]] Consent ask_for_folders(const ChangeOptions& options);
 
-// A file that fails does not stop the others. SIGINT does: the file at hand is finished, the rest
-// is not touched, and the number of files done is printed. Folders are entered without asking, but
-// those that standard input names need `yes`.
-[[nodiscard]] ExitStatus for_each_file(const ChangeOptions& options, const FileStep& step);
+// In groups, which end early where the next name has to be waited for. A file that fails does not
+// stop the others. SIGINT does: the file at hand is finished, the rest is not touched, and the
+// number of files done is printed. Folders are entered without asking, but those that standard
+// input names need `yes`.
+[[nodiscard]] ExitStatus for_each_file(const ChangeOptions& options, const PlanStep& plan,
+                                       const GroupRules& rules);
 
 }  // namespace brindle::host

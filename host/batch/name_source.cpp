@@ -1,5 +1,7 @@
 #include "batch/name_source.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <system_error>
 #include <utility>
 
@@ -41,6 +43,11 @@ std::optional<FoundName> NameInput::next() {
         return FoundName{"standard input", std::exchange(failure_, std::nullopt)};
     }
     return std::nullopt;
+}
+
+bool NameInput::has_name() const {
+    return std::any_of(block_.begin() + static_cast<std::ptrdiff_t>(position_), block_.end(),
+                       [this](char c) { return is_separator(c); });
 }
 
 bool NameInput::fill() {
@@ -90,6 +97,13 @@ std::optional<FoundName> NameSource::next() {
             return file;
         }
     }
+}
+
+bool NameSource::may_wait() const {
+    if (input_) {
+        return !input_->has_name();
+    }
+    return next_path_ < options_.paths.size() && options_.paths[next_path_] == kStandardInput;
 }
 
 std::optional<FoundName> NameSource::enter(FoundName found) {

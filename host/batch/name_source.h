@@ -19,6 +19,8 @@ public:
 
     // None at the end, and when the program is interrupted while it waits.
     [[nodiscard]] std::optional<FoundName> next();
+    // Whether next() answers without waiting for more input.
+    [[nodiscard]] bool has_name() const;
 
 private:
     [[nodiscard]] bool is_separator(char c) const;
@@ -52,6 +54,8 @@ public:
     explicit NameSource(PathOptions options, NamedFolders folders = NamedFolders::Walked);
 
     [[nodiscard]] std::optional<FoundName> next();
+    // Whether next() may have to wait for standard input.
+    [[nodiscard]] bool may_wait() const;
 
 private:
     // The name of a file; none when a folder is entered.

@@ -36,6 +36,7 @@ struct ApplyOptions {
     bool keep_going = false;
     bool unicode = false;
     bool spreadsheet = false;
+    JournalOptions journal;
 };
 
 // Standard input to its end. The answer is why it could not be read, or nothing.
@@ -88,7 +89,7 @@ std::string counted(std::size_t count, const std::string& what) {
 class Application {
 public:
     Application(const ApplyOptions& options, EditTable table)
-        : options_(options), table_(std::move(table)) {
+        : options_(options), table_(std::move(table)), journal_(options.journal, "apply") {
         for (const std::string& column : table_.columns) {
             if (!is_edit_column(column)) {
                 table_.errors.push_back(
@@ -113,6 +114,7 @@ public:
         }
         write_errors();
         if (options_.dry_run) {
+            write_note(journal_size_text(journal_));
             return has_errors_ ? ExitStatus::SomeFileFailed : ExitStatus::AllFine;
         }
         if (!table_.is_readable || (has_errors_ && !options_.keep_going)) {
@@ -162,6 +164,11 @@ private:
                 by_name.emplace(task.name, &task);
             }
         }
+        if (changes_files && journal_.is_kept()) {
+            // Threads wait for a flush of the journal together.
+            batch.jobs = static_cast<unsigned>(
+                std::clamp<std::size_t>(batch.paths.size(), 1, kMaxJournalGroup));
+        }
         return run_batch(batch, [&](const FoundName& found) {
             const auto task = by_name.find(found.name);
             // A folder has taken the file's place.
@@ -204,7 +211,9 @@ private:
         SetOptions trial = task.changes;
         trial.dry_run = true;
         SetReport report;
-        auto reason = set_with_editor(name, trial, report);
+        auto reason =
+            plan_with_editor(name, trial, report, options_.dry_run ? journal_ : no_journal_)
+                .failure;
         if (options_.dry_run && !reason) {
             answer.output = report.lines;
         }
@@ -241,7 +250,12 @@ private:
             Answer answer;
             SetReport report;
             const auto save = [&](const std::string& name) {
-                return set_with_editor(name, task.changes, report);
+                const PlannedChange change = plan_with_editor(name, task.changes, report, journal_);
+                if (change.failure) {
+                    return change.failure;
+                }
+                journal_.flush();
+                return change.write();
             };
             answer.error = outcome_of(save, task.name);
             answer.output = report.lines;
@@ -273,6 +287,8 @@ private:
     const ApplyOptions& options_;
     EditTable table_;
     std::vector<RowTask> tasks_;
+    mutable Journal journal_;
+    mutable Journal no_journal_{JournalOptions{.none = true}, ""};
     bool has_errors_ = false;
 };
 
@@ -303,6 +319,7 @@ void add_apply(CommandLine& program) {
                  "programs read");
     command.flag("--spreadsheet", options->spreadsheet,
                  "In CSV: take off the single quote that scan --spreadsheet puts before cells");
+    command.journal(options->journal);
     command.operand(
         "EDITS", [options](const std::string& name) { options->edits = name; },
         "The table, or - for standard input. Its columns: file, remove, options of set without "

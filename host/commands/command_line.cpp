@@ -77,7 +77,7 @@ CLI::Option* add_texts(CLI::App& app, const std::string& name, std::vector<std::
 
 }  // namespace
 
-ExitStatus change_files(const ChangeOptions& options, const FileStep& step) {
+ExitStatus change_files(const ChangeOptions& options, const PlanStep& plan, Journal& journal) {
     switch (ask_for_folders(options)) {
         case Consent::Given:
             break;
@@ -87,7 +87,12 @@ ExitStatus change_files(const ChangeOptions& options, const FileStep& step) {
         case Consent::NobodyToAsk:
             throw UsageError("Changing all files in a folder takes --yes");
     }
-    return for_each_file(options, step);
+    if (!options.dry_run) {
+        return for_each_file(options, plan, journal_groups(journal));
+    }
+    const ExitStatus status = for_each_file(options, plan, {});
+    write_note(journal_size_text(journal));
+    return status;
 }
 
 void CommandOptions::flag(const std::string& names, bool& value, const std::string& help,
@@ -177,6 +182,14 @@ void CommandOptions::operands(const std::string& name, std::vector<std::string>&
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
+void CommandOptions::optional_operands(const std::string& name, std::vector<std::string>& values,
+                                       const std::string& help) {
+    constexpr int kAnyNumber = CLI::detail::expected_max_vector_size;
+    add_texts(app_, name, values, help)
+        ->expected(kAnyNumber, kAnyNumber)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
 void CommandOptions::paths(PathOptions& options) {
     flag("-0,--null", options.null_separated,
          "Names from standard input end with a NUL, not with the line");
@@ -195,6 +208,27 @@ void CommandOptions::batch(BatchOptions& options) {
         ->check(CLI::Range(1U, kMaxJobs).description(""));
     flag("--quiet", options.quiet, "No progress bar and no summary");
     paths(options);
+}
+
+void CommandOptions::journal(JournalOptions& options) {
+    flag("--no-journal", options.none, "Keep no journal: brindle undo cannot take the run back");
+    text(
+        "--journal", "FILE", [&options](const std::string& name) { options.file = name; },
+        "Keep the journal in this new file");
+    exclusive("--journal", "--no-journal");
+    constexpr std::int64_t kMaxDays = 36'500;
+    constexpr std::int64_t kMegabyte = std::int64_t{1024} * 1024;
+    constexpr std::int64_t kMaxMegabytes = std::int64_t{1024} * 1024;
+    app_.add_option("--journal-days", options.limits.days,
+                    "Remove journals older than that; otherwise 90")
+        ->type_name("N")
+        ->check(CLI::Range(std::int64_t{0}, kMaxDays).description(""));
+    app_.add_option_function<std::int64_t>(
+            "--journal-megabytes",
+            [&options](std::int64_t megabytes) { options.limits.bytes = megabytes * kMegabyte; },
+            "Remove the oldest journals until all take no more; otherwise 1024")
+        ->type_name("N")
+        ->check(CLI::Range(std::int64_t{0}, kMaxMegabytes).description(""));
 }
 
 void CommandOptions::explanation(const std::string& text) {

@@ -9,6 +9,7 @@
 
 #include "batch/batch.h"
 #include "batch/file_batch.h"
+#include "journal/journal.h"
 #include "system/exit_status.h"
 
 // A source that includes CLI11 takes twelve seconds to compile, so command_line.cpp alone does.
@@ -18,9 +19,10 @@ class App;
 
 namespace brindle::host {
 
-// Does each file; asks before if there are folders among them. Raises UsageError when that would
-// take --yes.
-[[nodiscard]] ExitStatus change_files(const ChangeOptions& options, const FileStep& step);
+// Does each file, with its entry in the journal before; asks before if there are folders among
+// them. Raises UsageError when that would take --yes.
+[[nodiscard]] ExitStatus change_files(const ChangeOptions& options, const PlanStep& plan,
+                                      Journal& journal);
 
 // The command that the command line asks for, ready to run.
 using Command = std::function<ExitStatus()>;
@@ -71,12 +73,18 @@ public:
     // At least one, each taken letter for letter. After `--` they may begin with "-".
     void operands(const std::string& name, std::vector<std::string>& values,
                   const std::string& help);
+    // Any number of them.
+    void optional_operands(const std::string& name, std::vector<std::string>& values,
+                           const std::string& help);
     // The operands PATH, and the option that belongs to names from standard input.
     void paths(PathOptions& options);
     // The same of commands that change files, with --yes and --dry-run.
     void changed_paths(ChangeOptions& options, const std::string& help_of_dry_run);
     // The same of commands that do several files at once.
     void batch(BatchOptions& options);
+
+    // How a command that changes files keeps its journal.
+    void journal(JournalOptions& options);
 
     // Stands in the help before the example.
     void explanation(const std::string& text);
@@ -119,5 +127,7 @@ void add_check(CommandLine& program);
 void add_listen(CommandLine& program);
 void add_time(CommandLine& program);
 void add_genres(CommandLine& program);
+void add_undo(CommandLine& program);
+void add_journal(CommandLine& program);
 
 }  // namespace brindle::host

@@ -4,7 +4,6 @@
 
 #include "commands/command_line.h"
 #include "commands/set_file.h"
-#include "output/standard_streams.h"
 
 namespace brindle::host {
 
@@ -25,12 +24,10 @@ Edit removal_of_pictures() {
 }
 
 ExitStatus normalize(const SetOptions& options) {
-    return change_files(options, [&](const std::string& name) {
-        SetReport report;
-        auto reason = set_with_editor(name, options, report);
-        write_output(report.lines);
-        return reason;
-    });
+    Journal journal(options.journal, "normalize");
+    return change_files(
+        options, [&](const std::string& name) { return plan_and_print(name, options, journal); },
+        journal);
 }
 
 }  // namespace

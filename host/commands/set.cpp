@@ -1,5 +1,8 @@
 // brindle set: assigns values and saves.
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include "commands/command_line.h"
 #include "commands/edits.h"
@@ -10,23 +13,42 @@ namespace brindle::host {
 
 namespace {
 
+PlannedChange plan_in_host_form(const std::string& name, const SetOptions& options,
+                                Journal& journal) {
+    const auto save = [name, &options, &journal] {
+        return set_in_host_form(name, options, journal);
+    };
+    return options.dry_run ? PlannedChange{save()} : PlannedChange{std::nullopt, save};
+}
+
 ExitStatus set(const SetOptions& options) {
     if (options.edits.empty()) {
         throw UsageError("A value to set or remove is required");
     }
-    const auto set_file = [&](const std::string& name) {
-        if (options.host_form) {
-            return set_in_host_form(name, options);
-        }
-        SetReport report;
-        auto reason = set_with_editor(name, options, report);
-        write_output(report.lines);
-        return reason;
+    Journal journal(options.journal, "set");
+    const auto plan = [&](const std::string& name) {
+        return options.host_form ? plan_in_host_form(name, options, journal)
+                                 : plan_and_print(name, options, journal);
     };
-    return change_files(options, set_file);
+    return change_files(options, plan, journal);
 }
 
 }  // namespace
+
+PlannedChange plan_and_print(const std::string& name, const SetOptions& options, Journal& journal) {
+    const auto report = std::make_shared<SetReport>();
+    PlannedChange change = plan_with_editor(name, options, *report, journal);
+    write_output(report->lines);
+    if (change.write) {
+        report->lines.clear();
+        change.write = [report, save = std::move(change.write)] {
+            auto reason = save();
+            write_output(report->lines);
+            return reason;
+        };
+    }
+    return change;
+}
 
 void add_saving_options(CommandOptions& command, SetOptions& options) {
     command.flag("--preserve", options.preserve, "Keep the modification time");
@@ -35,6 +57,7 @@ void add_saving_options(CommandOptions& command, SetOptions& options) {
     command.flag("--atomic", options.atomic,
                  "Write a new file also when the tag fits in place: a power cut leaves the old "
                  "file or the new one");
+    command.journal(options.journal);
 }
 
 void add_set(CommandLine& program) {

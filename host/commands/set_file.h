@@ -1,4 +1,4 @@
-// What `brindle set` does to one file, in two ways. The answer is why it failed, or nothing.
+// What `brindle set` does to one file, in two ways.
 #pragma once
 
 #include <functional>
@@ -10,8 +10,10 @@
 #include <brindle/tag_facts.h>
 
 #include "batch/file_batch.h"
+#include "batch/grouped_changes.h"
 #include "commands/command_line.h"
 #include "commands/edits.h"
+#include "journal/journal.h"
 
 namespace brindle::host {
 
@@ -22,6 +24,7 @@ struct KeptValue {
 };
 
 struct SetOptions : ChangeOptions {
+    JournalOptions journal;
     std::vector<Edit> edits;
     bool separate = false;
     bool preserve = false;
@@ -35,7 +38,7 @@ struct SetOptions : ChangeOptions {
     std::string way_to_force = "--force";
 };
 
-// --preserve, --force and --atomic.
+// --preserve, --force and --atomic, and those of the journal.
 void add_saving_options(CommandOptions& command, SetOptions& options);
 
 struct SetReport {
@@ -44,13 +47,18 @@ struct SetReport {
 };
 
 // Sets values of one file and leaves all other frames as they stand. Several
-// files may be done at once.
-[[nodiscard]] std::optional<std::string> set_with_editor(const std::string& name,
-                                                         const SetOptions& options,
-                                                         SetReport& report);
+// files may be done at once. What is passed by reference must outlive the change. A dry run is done
+// with the plan.
+[[nodiscard]] PlannedChange plan_with_editor(const std::string& name, const SetOptions& options,
+                                             SetReport& report, Journal& journal);
 
-// Sets and saves one file as hosts do it with SaveAllInfo.
+// The same, with the report on standard output.
+[[nodiscard]] PlannedChange plan_and_print(const std::string& name, const SetOptions& options,
+                                           Journal& journal);
+
+// Sets and saves one file as hosts do it with SaveAllInfo. The answer is why it failed, or nothing.
 [[nodiscard]] std::optional<std::string> set_in_host_form(const std::string& name,
-                                                          const SetOptions& options);
+                                                          const SetOptions& options,
+                                                          Journal& journal);
 
 }  // namespace brindle::host

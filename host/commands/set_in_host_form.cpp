@@ -23,8 +23,8 @@ using Failure = std::optional<std::string>;
 // One file on its way. Its members return why the file failed, or nothing.
 class FileInHostForm {
 public:
-    FileInHostForm(const std::string& name, const SetOptions& options)
-        : change_(name), options_(options) {}
+    FileInHostForm(const std::string& name, const SetOptions& options, Journal& journal)
+        : change_(name), options_(options), journal_(journal) {}
 
     Failure run() {
         if (Failure reason = change_.open(header_)) {
@@ -56,7 +56,7 @@ private:
         if (Failure reason = refusal()) {
             return reason;
         }
-        header_.SaveAllInfo(change_.save_options(options_.atomic));
+        save();
         header_.FileName(from_utf8(change_.name()));
         const std::string changes = assign();
         return finish(changes);
@@ -87,7 +87,7 @@ private:
         if (options_.dry_run) {
             return change_.reason_against(way());
         }
-        header_.SaveAllInfo(change_.save_options(options_.atomic));
+        save();
         const auto remarks = change_.remarks();
         if (!remarks) {
             return "Saved, but another program has removed it since";
@@ -99,6 +99,20 @@ private:
         }
         write_output(printable(change_.name()) + ": " + outcome() + remarks_text(*remarks) + "\n");
         return std::nullopt;
+    }
+
+    // A version 2 tag is saved twice, and the second time by what the first has left: so each save
+    // has its entry in the journal, and its flush.
+    void save() {
+        SaveOptions save = change_.save_options(options_.atomic);
+        const auto before = state_of(change_.name());
+        if (before && journal_.is_kept()) {
+            save.before_write = [this, &before](const NewContent& content) {
+                journal_.add(change_.name(), *before, content);
+                journal_.flush();
+            };
+        }
+        header_.SaveAllInfo(save);
     }
 
     // Old and new values, a line each.
@@ -165,6 +179,7 @@ private:
 
     FileChange change_;
     const SetOptions& options_;
+    Journal& journal_;
     cMPEGHeader header_;
     SavePlan plan_;
     bool had_record_ = false;
@@ -172,8 +187,9 @@ private:
 
 }  // namespace
 
-std::optional<std::string> set_in_host_form(const std::string& name, const SetOptions& options) {
-    return FileInHostForm(name, options).run();
+std::optional<std::string> set_in_host_form(const std::string& name, const SetOptions& options,
+                                            Journal& journal) {
+    return FileInHostForm(name, options, journal).run();
 }
 
 }  // namespace brindle::host

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <memory>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -64,10 +65,12 @@ private:
 // One file on its way. Its members return why the file failed, or nothing.
 class FileToSet {
 public:
-    FileToSet(const std::string& name, const SetOptions& options, SetReport& report)
-        : change_(name), options_(options), report_(report) {}
+    FileToSet(const std::string& name, const SetOptions& options, SetReport& report,
+              Journal& journal)
+        : change_(name), options_(options), report_(report), journal_(journal) {}
 
-    Failure run() {
+    // Works the save out, and hands it to the journal.
+    Failure plan() {
         if (Failure reason = change_.open(header_)) {
             return reason;
         }
@@ -82,31 +85,71 @@ public:
         for (const Edit& edit : options_.edits) {
             edit.assign(header_);
         }
-        TagEdit edit(header_, {.unicode = options_.unicode,
-                               .removed = removed_fields(),
-                               .common_form = options_.common_form});
-        if (edit.plan().refusal) {
-            return reason_of(*edit.plan().refusal);
+        edit_.emplace(header_, brindle::EditOptions{.unicode = options_.unicode,
+                                                    .removed = removed_fields(),
+                                                    .common_form = options_.common_form});
+        const EditPlan& plan = edit_->plan();
+        if (plan.refusal) {
+            return reason_of(*plan.refusal);
         }
-        cMPEGHeader promised;
-        edit.preview(promised);
-        const TagFacts promised_facts = edit.facts();
-        const Reading promise(promised, promised_facts);
+        edit_->preview(promised_);
+        promised_facts_ = edit_->facts();
+        const Reading promise(promised_, promised_facts_);
         if (options_.dry_run) {
-            show_plan(edit.plan(), old_values, promise);
+            show_plan(plan, old_values, promise);
         }
-        if (Failure reason = refusal(edit.plan(), promise)) {
+        if (Failure reason = refusal(plan, promise)) {
             return reason;
         }
         for (const KeptValue& value : options_.kept) {
-            if (!value.is_kept(promised, promised_facts)) {
-                return "Hosts would then read '" + printable(value.shown.text(promised)) + "' as " +
-                       printable(value.shown.label) + ", not '" +
+            if (!value.is_kept(promised_, promised_facts_)) {
+                return "Hosts would then read '" + printable(value.shown.text(promised_)) +
+                       "' as " + printable(value.shown.label) + ", not '" +
                        printable(value.shown.text(header_)) +
                        "', which the next run would write; leave the cell empty";
             }
         }
-        return options_.dry_run ? change_.reason_against(way(edit.plan())) : save(edit, promise);
+        if (options_.dry_run) {
+            if (Failure reason = change_.reason_against(way(plan))) {
+                return reason;
+            }
+        }
+        if (!plan.changes_nothing && change_.before() && journal_.is_kept()) {
+            const NewContent content = edit_->content();
+            options_.dry_run ? journal_.count(change_.name(), *change_.before(), content)
+                             : journal_.add(change_.name(), *change_.before(), content);
+        }
+        return std::nullopt;
+    }
+
+    // When the journal is on the device.
+    Failure save() {
+        const Reading promise(promised_, promised_facts_);
+        const EditPlan& plan = edit_->plan();
+        if (!plan.changes_nothing) {
+            edit_->save(change_.save_options(options_.atomic));
+            report_.is_written = true;
+        }
+        const auto remarks = change_.remarks();
+        if (!remarks) {
+            return "Saved, but another program has removed it since";
+        }
+        if (options_.preserve) {
+            if (Failure reason = change_.restore_modification_time()) {
+                return reason;
+            }
+        }
+        cMPEGHeader now;
+        now.FileName(from_utf8(change_.name()));
+        const TagFacts facts = read_tag_facts(now);
+        const Reading reading(now, facts);
+        if (Failure reason = broken_promise(promise, reading)) {
+            return reason;
+        }
+        report_.lines += printable(change_.name()) + ": " + outcome(plan, now) +
+                         values_text(reading) + remarks_text(remarks_on(plan)) +
+                         remarks_text(*remarks) + "\n";
+        return std::nullopt;
     }
 
 private:
@@ -162,34 +205,6 @@ private:
         }
         const std::optional<String> text = promise.of_documents(edit);
         return text && !text->empty();
-    }
-
-    Failure save(TagEdit& edit, const Reading& promise) {
-        const EditPlan& plan = edit.plan();
-        if (!plan.changes_nothing) {
-            edit.save(change_.save_options(options_.atomic));
-            report_.is_written = true;
-        }
-        const auto remarks = change_.remarks();
-        if (!remarks) {
-            return "Saved, but another program has removed it since";
-        }
-        if (options_.preserve) {
-            if (Failure reason = change_.restore_modification_time()) {
-                return reason;
-            }
-        }
-        cMPEGHeader now;
-        now.FileName(from_utf8(change_.name()));
-        const TagFacts facts = read_tag_facts(now);
-        const Reading reading(now, facts);
-        if (Failure reason = broken_promise(promise, reading)) {
-            return reason;
-        }
-        report_.lines += printable(change_.name()) + ": " + outcome(plan, now) +
-                         values_text(reading) + remarks_text(remarks_on(plan)) +
-                         remarks_text(*remarks) + "\n";
-        return std::nullopt;
     }
 
     [[nodiscard]] Failure broken_promise(const Reading& promise, const Reading& reading) const {
@@ -306,15 +321,26 @@ private:
     FileChange change_;
     const SetOptions& options_;
     SetReport& report_;
+    Journal& journal_;
     cMPEGHeader header_;
+    std::optional<TagEdit> edit_;
+    // What hosts and other programs will read.
+    cMPEGHeader promised_;
+    TagFacts promised_facts_;
     bool had_record_ = false;
 };
 
 }  // namespace
 
-std::optional<std::string> set_with_editor(const std::string& name, const SetOptions& options,
-                                           SetReport& report) {
-    return FileToSet(name, options, report).run();
+PlannedChange plan_with_editor(const std::string& name, const SetOptions& options,
+                               SetReport& report, Journal& journal) {
+    const auto file = std::make_shared<FileToSet>(name, options, report, journal);
+    PlannedChange change;
+    change.failure = file->plan();
+    if (!change.failure && !options.dry_run) {
+        change.write = [file] { return file->save(); };
+    }
+    return change;
 }
 
 }  // namespace brindle::host

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include <brindle/cMPEGHeader.h>
+#include <brindle/error.h>
 #include <brindle/save_plan.h>
 
 #include "commands/command_line.h"
@@ -12,12 +13,14 @@
 #include "output/standard_streams.h"
 #include "system/file_access.h"
 #include "system/file_change.h"
+#include "system/file_state.h"
 
 namespace brindle::host {
 
 namespace {
 
 struct StripOptions : ChangeOptions {
+    JournalOptions journal;
     bool v1 = false;
     bool v2 = false;
     bool all = false;
@@ -44,33 +47,29 @@ bool has_no_tag(const cMPEGHeader& header, const std::string& name, std::int64_t
     return header.TagType() == kUntagged && identifier != "TAG" && identifier != "tag";
 }
 
-// Why the file failed, or nothing.
-std::optional<std::string> strip_file(const std::string& name, const StripOptions& options) {
+struct FileToStrip {
+    explicit FileToStrip(const std::string& name) : change(name) {}
+
+    FileChange change;
     cMPEGHeader header;
-    FileChange change(name);
-    if (auto reason = change.open(header)) {
-        return reason;
-    }
-    const StripPlan plan = plan_strip(header, options.tags());
-    const std::int64_t bytes = plan.tag_bytes + plan.record_bytes;
-    if (plan.refusal && !(change.before() && has_no_tag(header, name, change.before()->size))) {
-        return reason_of(*plan.refusal);
-    }
-    if (bytes == 0) {
-        write_output(printable(name) + ": no tag\n");
-        return std::nullopt;
-    }
-    if (plan.loses_stream && !options.force) {
-        return lost_stream_text();
-    }
-    if (options.dry_run) {
-        if (auto reason = change.reason_against(SaveWay::Replace)) {
-            return reason;
+    StripPlan plan;
+};
+
+// Why the file failed, or nothing.
+std::optional<std::string> strip_file(FileToStrip& file, const StripOptions& options) {
+    FileChange& change = file.change;
+    const StripPlan& plan = file.plan;
+    const std::string& name = change.name();
+    SaveOptions save = change.save_options();
+    // The journal must not bring back what is not in the file any more.
+    save.before_write = [&](const NewContent& content) {
+        const auto now = state_of(name);
+        if (!now || !change.before() || !(content == plan.content) ||
+            !now->is_same_content(*change.before())) {
+            throw Error(RuntimeError::PermissionDenied, u"brindle");
         }
-        write_output(printable(name) + ": dry run, would strip " + tags_text(plan) + "\n");
-        return std::nullopt;
-    }
-    header.RemoveTags(options.tags(), change.save_options());
+    };
+    file.header.RemoveTags(options.tags(), save);
     const auto remarks = change.remarks();
     if (!remarks) {
         return "Stripped, but another program has removed it since";
@@ -80,14 +79,53 @@ std::optional<std::string> strip_file(const std::string& name, const StripOption
             return reason;
         }
     }
-    write_output(printable(name) + ": stripped " + tags_text(plan) + " (" + std::to_string(bytes) +
-                 " bytes)" + remarks_text(*remarks) + "\n");
+    write_output(printable(name) + ": stripped " + tags_text(plan) + " (" +
+                 std::to_string(plan.tag_bytes + plan.record_bytes) + " bytes)" +
+                 remarks_text(*remarks) + "\n");
     return std::nullopt;
 }
 
+PlannedChange plan_file(const std::string& name, const StripOptions& options, Journal& journal) {
+    const auto file = std::make_shared<FileToStrip>(name);
+    auto& [change, header, plan] = *file;
+    if (auto reason = change.open(header)) {
+        return {reason};
+    }
+    plan = plan_strip(header, options.tags());
+    const std::int64_t bytes = plan.tag_bytes + plan.record_bytes;
+    if (plan.refusal && !(change.before() && has_no_tag(header, name, change.before()->size))) {
+        return {reason_of(*plan.refusal)};
+    }
+    if (bytes == 0) {
+        return {.write = [name] {
+            write_output(printable(name) + ": no tag\n");
+            return std::optional<std::string>();
+        }};
+    }
+    if (plan.loses_stream && !options.force) {
+        return {lost_stream_text()};
+    }
+    if (options.dry_run) {
+        if (auto reason = change.reason_against(SaveWay::Replace)) {
+            return {reason};
+        }
+        write_output(printable(name) + ": dry run, would strip " + tags_text(plan) + "\n");
+        if (change.before()) {
+            journal.count(name, *change.before(), plan.content);
+        }
+        return {};
+    }
+    if (change.before()) {
+        journal.add(name, *change.before(), plan.content);
+    }
+    return {.write = [file, &options] { return strip_file(*file, options); }};
+}
+
 ExitStatus strip(const StripOptions& options) {
-    return change_files(options,
-                        [&](const std::string& name) { return strip_file(name, options); });
+    Journal journal(options.journal, "strip");
+    return change_files(
+        options, [&](const std::string& name) { return plan_file(name, options, journal); },
+        journal);
 }
 
 }  // namespace
@@ -104,6 +142,7 @@ void add_strip(CommandLine& program) {
     command.flag("--preserve", options->preserve, "Keep the modification time");
     command.flag("--force", options->force,
                  "Strip also when hosts would find no stream afterwards");
+    command.journal(options->journal);
     command.changed_paths(*options, "Show what would go; touch nothing");
 }
 

@@ -13,11 +13,13 @@ _brindle_files() {
 _brindle() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
     local command=${COMP_WORDS[1]} options=
+    local journal="--no-journal --journal --journal-days --journal-megabytes"
     COMPREPLY=()
 
     if [[ $COMP_CWORD -eq 1 ]]; then
         mapfile -t COMPREPLY < <(
-            compgen -W "show set apply normalize strip scan check listen time genres -h --help --version" -- "$word")
+            compgen -W "show set apply normalize strip undo journal scan check listen time genres -h --help
+                --version" -- "$word")
         return
     fi
     case $command in
@@ -28,18 +30,21 @@ _brindle() {
                 --opener --no-opener --category --category-level --end-style --no-fade --agency
                 --account-exec --copy --v1-title --v1-artist --v1-year --v1-comment --field --remove
                 --separate --dry-run --preserve --force --atomic --unicode --host-form
-                --yes -0 --null"
+                --yes -0 --null $journal"
             case $before in
                 --opener | --no-opener | --separate | --dry-run | --preserve | --force | --atomic) ;;
-                --unicode | --host-form | --yes | --null) ;;
+                --unicode | --host-form | --yes | --null | --no-journal) ;;
+                --journal) ;;
                 --*) return ;; # a value, which nobody can guess
             esac
             ;;
-        apply) options="--dry-run --keep-going --unicode --spreadsheet" ;;
+        apply) options="--dry-run --keep-going --unicode --spreadsheet $journal" ;;
         normalize)
-            options="--pictures --dry-run --preserve --force --atomic --yes -0 --null"
+            options="--pictures --dry-run --preserve --force --atomic --yes -0 --null $journal"
             ;;
-        strip) options="--v1 --v2 --all --dry-run --preserve --force --yes -0 --null" ;;
+        strip) options="--v1 --v2 --all --dry-run --preserve --force --yes -0 --null $journal" ;;
+        undo) options="--dry-run $journal" ;;
+        journal) ;;
         scan)
             options="--json --csv --columns --hash --spreadsheet --utf8-names -0 --null --jobs
                 --quiet"
@@ -56,6 +61,12 @@ _brindle() {
         *) return ;;
     esac
     case $command:$before in
+        *:--journal-days | *:--journal-megabytes) return ;;
+        *:--journal)
+            compopt -o filenames 2>/dev/null
+            mapfile -t COMPREPLY < <(compgen -f -- "$word")
+            return
+            ;;
         scan:--columns) return ;;
         scan:--jobs | check:--jobs | listen:--jobs) return ;;
         listen:--reference | listen:--sound-range | listen:--overlap-range) return ;;
@@ -70,7 +81,7 @@ _brindle() {
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options -h --help --version" -- "$word")
-    elif [[ $command == apply ]]; then
+    elif [[ $command == apply || $command == journal || ($command == undo && $COMP_CWORD -eq 2) ]]; then
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
     elif [[ $command != time && $command != genres ]]; then

@@ -1,6 +1,6 @@
 # Completion of brindle for fish.
 
-set -l commands show set apply normalize strip scan check listen time genres
+set -l commands show set apply normalize strip undo journal scan check listen time genres
 
 complete -c brindle -f
 complete -c brindle -s h -l help -d 'Print help and exit'
@@ -10,13 +10,15 @@ complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a set -d 'Se
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a apply -d 'Set what a table says, a row a file'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a normalize -d 'Rewrite tags so that all read the same'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a strip -d 'Take tags off'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a undo -d 'Take back what the last run changed'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a journal -d 'List the journals, or what one holds'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a scan -d 'List the files of folders and sum them up'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a check -d 'Tell whether files can go on air'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a listen -d 'Measure loudness and find cue points'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a time -d 'Print milliseconds as minutes and seconds'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a genres -d 'Print the genre numbers and their names'
 
-complete -c brindle -n '__fish_seen_subcommand_from show set apply normalize strip scan check listen' -F
+complete -c brindle -n '__fish_seen_subcommand_from show set apply normalize strip undo journal scan check listen' -F
 
 complete -c brindle -n '__fish_seen_subcommand_from show scan check listen' -l json -d 'One JSON object a line and file'
 
@@ -39,6 +41,14 @@ complete -c brindle -n '__fish_seen_subcommand_from set normalize strip' -l pres
 complete -c brindle -n '__fish_seen_subcommand_from set normalize strip' -l yes -d 'Change files in folders without asking'
 
 complete -c brindle -n '__fish_seen_subcommand_from normalize' -x -l pictures -a 'keep drop' -d 'What becomes of pictures'
+
+for command in set strip apply normalize undo
+    complete -c brindle -n "__fish_seen_subcommand_from $command" -l no-journal -d 'Keep no journal'
+    complete -c brindle -n "__fish_seen_subcommand_from $command" -r -l journal -d 'Keep the journal in this new file'
+    complete -c brindle -n "__fish_seen_subcommand_from $command" -x -l journal-days -d 'Remove older journals'
+    complete -c brindle -n "__fish_seen_subcommand_from $command" -x -l journal-megabytes -d 'Remove the oldest journals beyond that'
+end
+complete -c brindle -n '__fish_seen_subcommand_from undo' -l dry-run -d 'Touch nothing'
 
 complete -c brindle -n '__fish_seen_subcommand_from apply' -l dry-run -d 'Touch nothing'
 complete -c brindle -n '__fish_seen_subcommand_from apply' -l keep-going -d 'Write the good rows also when others have an error'

@@ -56,11 +56,8 @@ std::optional<std::string> FileChange::open(cMPEGHeader& header) {
     if (auto reason = guard_.acquire(name_)) {
         return reason;
     }
-    if (auto reason = open_file(header, name_)) {
-        return reason;
-    }
     before_ = state_of(name_);
-    return std::nullopt;
+    return open_file(header, name_);
 }
 
 std::optional<std::string> FileChange::reason_against(SaveWay way) const {

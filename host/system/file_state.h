@@ -14,6 +14,7 @@ struct FileState {
     std::uint64_t number = 0;
     std::int64_t size = 0;
     std::int64_t modified = 0;  // in the system's own unit
+    std::int64_t accessed = 0;  // in the same
     // Where the system has them.
     std::uint32_t mode = 0;
     std::uint32_t owner = 0;
@@ -21,6 +22,10 @@ struct FileState {
     std::uint64_t links = 1;                             // names of the file
     std::map<std::string, std::string> user_attributes;  // those of "user.", by name
 
+    // As far as the system tells.
+    [[nodiscard]] bool is_same_content(const FileState& other) const {
+        return is_same_file(other) && size == other.size && modified == other.modified;
+    }
     [[nodiscard]] bool is_same_file(const FileState& other) const {
         return volume == other.volume && number == other.number;
     }
@@ -33,6 +38,12 @@ struct FileState {
 // nothing.
 [[nodiscard]] std::optional<std::string> restore_modification_time(const std::string& name,
                                                                    const FileState& before);
+
+// Gives a file back the times, the access rights and the user attributes that it had. Attributes
+// that it has got since stay, and so do its set-id bits. The answer is why that could not be done,
+// or nothing.
+[[nodiscard]] std::optional<std::string> restore_state(const std::string& name,
+                                                       const FileState& before);
 
 // When the file was changed last, by ISO 8601: `2026-11-22T05:09:54Z`. Nothing when the system does
 // not tell.

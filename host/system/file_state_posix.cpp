@@ -17,11 +17,33 @@ namespace brindle::host {
 namespace {
 
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
+constexpr mode_t kSetIds = S_ISUID | S_ISGID | S_ISVTX;
+constexpr mode_t kAccessBits = S_IRWXU | S_IRWXG | S_IRWXO;
+
+std::int64_t nanoseconds(const timespec& time) {
+    return time.tv_sec * kNanoseconds + time.tv_nsec;
+}
+
+// Before 1970 the rest is counted down from the second; the system wants it counted up.
+timespec time_of(std::int64_t nanoseconds) {
+    std::int64_t seconds = nanoseconds / kNanoseconds;
+    std::int64_t rest = nanoseconds % kNanoseconds;
+    if (rest < 0) {
+        --seconds;
+        rest += kNanoseconds;
+    }
+    return {seconds, rest};
+}
+
+#ifdef __linux__
+bool is_user_attribute(std::string_view attribute) {
+    return attribute.starts_with("user.");
+}
+#endif
 
 std::map<std::string, std::string> user_attributes_of(const std::string& name) {
     std::map<std::string, std::string> attributes;
 #ifdef __linux__
-    constexpr std::string_view kPrefix = "user.";
     const ssize_t size = listxattr(name.c_str(), nullptr, 0);
     std::string names(static_cast<std::size_t>(std::max<ssize_t>(size, 0)), '\0');
     const ssize_t listed = listxattr(name.c_str(), names.data(), names.size());
@@ -29,7 +51,7 @@ std::map<std::string, std::string> user_attributes_of(const std::string& name) {
     for (std::size_t begin = 0; begin < names.size();) {
         const std::string attribute = names.c_str() + begin;
         begin += attribute.size() + 1;
-        if (std::string_view(attribute).substr(0, kPrefix.size()) != kPrefix) {
+        if (!is_user_attribute(attribute)) {
             continue;
         }
         const ssize_t length = getxattr(name.c_str(), attribute.c_str(), nullptr, 0);
@@ -54,7 +76,8 @@ std::optional<FileState> state_of(const std::string& name) {
     return FileState{.volume = status.st_dev,
                      .number = status.st_ino,
                      .size = status.st_size,
-                     .modified = status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec,
+                     .modified = nanoseconds(status.st_mtim),
+                     .accessed = nanoseconds(status.st_atim),
                      .mode = status.st_mode,
                      .owner = status.st_uid,
                      .group = status.st_gid,
@@ -64,17 +87,40 @@ std::optional<FileState> state_of(const std::string& name) {
 
 std::optional<std::string> restore_modification_time(const std::string& name,
                                                      const FileState& before) {
-    // Before 1970 the rest is counted down from the second; the system wants it counted up.
-    std::int64_t seconds = before.modified / kNanoseconds;
-    std::int64_t rest = before.modified % kNanoseconds;
-    if (rest < 0) {
-        --seconds;
-        rest += kNanoseconds;
-    }
-    const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, timespec{seconds, rest}};
+    const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, time_of(before.modified)};
     if (utimensat(AT_FDCWD, name.c_str(), times.data(), 0) != 0) {
         return "Saved, but the modification time could not be put back: " +
                std::generic_category().message(errno);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> restore_state(const std::string& name, const FileState& before) {
+    const auto reason = [](const std::string& what) {
+        return what + " could not be put back: " + std::generic_category().message(errno);
+    };
+    const std::optional<FileState> now = state_of(name);
+    if (!now) {
+        return reason("Its times");
+    }
+    const mode_t rights = before.mode & kAccessBits;
+    if ((now->mode & kAccessBits) != rights &&
+        chmod(name.c_str(), (now->mode & kSetIds) | rights) != 0) {
+        return reason("Its access rights");
+    }
+#ifdef __linux__
+    for (const auto& [attribute, value] : before.user_attributes) {
+        const auto kept = now->user_attributes.find(attribute);
+        const bool is_same = kept != now->user_attributes.end() && kept->second == value;
+        if (is_user_attribute(attribute) && !is_same &&
+            setxattr(name.c_str(), attribute.c_str(), value.data(), value.size(), 0) != 0) {
+            return reason("Its attribute " + attribute);
+        }
+    }
+#endif
+    const std::array<timespec, 2> times{time_of(before.accessed), time_of(before.modified)};
+    if (utimensat(AT_FDCWD, name.c_str(), times.data(), 0) != 0) {
+        return reason("Its times");
     }
     return std::nullopt;
 }

@@ -19,17 +19,6 @@ char ascii_lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-// The same test as the header's own: no dot is asked for.
-bool ends_in_mp3_or_mp2(std::string_view name) {
-    constexpr std::size_t kLength = 3;
-    if (name.size() < kLength) {
-        return false;
-    }
-    const std::string_view end = name.substr(name.size() - kLength);
-    return ascii_lower(end[0]) == 'm' && ascii_lower(end[1]) == 'p' &&
-           (end[2] == '3' || end[2] == '2');
-}
-
 std::optional<std::string> reason_against(const std::string& name, std::int64_t& size) {
     if (auto reason = reason_against_file(name, size)) {
         return reason;
@@ -41,6 +30,16 @@ std::optional<std::string> reason_against(const std::string& name, std::int64_t&
 }
 
 }  // namespace
+
+bool ends_in_mp3_or_mp2(std::string_view name) {
+    constexpr std::size_t kLength = 3;
+    if (name.size() < kLength) {
+        return false;
+    }
+    const std::string_view end = name.substr(name.size() - kLength);
+    return ascii_lower(end[0]) == 'm' && ascii_lower(end[1]) == 'p' &&
+           (end[2] == '3' || end[2] == '2');
+}
 
 std::optional<std::string> open_file(cMPEGHeader& header, const std::string& name) {
     std::int64_t size = 0;

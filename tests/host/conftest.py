@@ -19,6 +19,14 @@ def program():
     return _program()
 
 
+@pytest.fixture(autouse=True)
+def state_folder(tmp_path_factory, monkeypatch):
+    """Where the program keeps its journals: none of the user's."""
+    folder = tmp_path_factory.mktemp("state")
+    monkeypatch.setenv("XDG_STATE_HOME", str(folder))
+    return folder
+
+
 @pytest.fixture
 def brindle(program, tmp_path):
     """Runs the program in the test's own folder. Nothing that it does may wait for anybody."""

@@ -3,6 +3,7 @@
 import os
 import shutil
 import subprocess
+import tempfile
 
 import pytest
 
@@ -13,6 +14,9 @@ needs_root = pytest.mark.skipif(os.geteuid() != 0 or shutil.which("setpriv") is 
 
 
 def as_nobody(*command, cwd):
-    return subprocess.run(["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups",
-                           *command], cwd=cwd, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                          stderr=subprocess.PIPE, timeout=60, check=False)
+    with tempfile.TemporaryDirectory() as state:
+        os.chown(state, NOBODY, NOBODY)
+        return subprocess.run(["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}",
+                               "--clear-groups", *command], cwd=cwd, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60,
+                              check=False, env={**os.environ, "XDG_STATE_HOME": state})

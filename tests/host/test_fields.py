@@ -14,6 +14,8 @@ COMPLETIONS = ROOT / "host" / "completions"
 # Options of `set` that assign no field of the table.
 OTHER_OPTIONS = {"-h", "--help", "--version", "--field", "--remove", "--separate", "--dry-run",
                  "--preserve", "--force", "--atomic", "--unicode", "--host-form", "--yes"}
+# Of all commands that change files; completions list them once.
+JOURNAL_OPTIONS = {"--no-journal", "--journal", "--journal-days", "--journal-megabytes"}
 
 SETTABLE_ROW = re.compile(r'^    \{(\d+),\s*"(\w+)",\s*"(--[a-z0-9-]+)",\s*"([^"]+)",\s*"([^"]+)",',
                           re.MULTILINE)
@@ -100,7 +102,7 @@ def test_columns_of_csv_are_the_table_in_its_order(brindle, full_file):
 
 def test_options_of_set_are_the_table(help_lines):
     assert {option for option in help_lines if option.startswith("--")} == (
-        table_options() | OTHER_OPTIONS) - {"-h", "--help"}
+        table_options() | OTHER_OPTIONS | JOURNAL_OPTIONS) - {"-h", "--help"}
 
 
 @each_settable_row
@@ -141,6 +143,13 @@ def test_completion_of_fish_lists_the_table():
     assert taking_values | flags == table_options() | OTHER_OPTIONS - {"-h", "--help", "--version"}
 
 
+@pytest.mark.parametrize("name", ["brindle.bash", "brindle.fish", "_brindle"])
+def test_completions_know_the_options_of_journals(name):
+    text = (COMPLETIONS / name).read_text(encoding="utf-8")
+    options = options_in(text) | {"--" + word for word in re.findall(r"-l ([a-z-]+) ", text)}
+    assert JOURNAL_OPTIONS <= options
+
+
 @each_settable_row
 def test_completion_of_zsh_has_the_option_with_its_help(help_lines, row):
     text = (COMPLETIONS / "_brindle").read_text(encoding="utf-8").split("        set)")[1]
@@ -174,4 +183,4 @@ def test_manual_has_no_other_options():
     section = text.split("# BRINDLE SET\n")[1].split("\n# ")[0]
     entries = "\n".join(line for line in section.split("\n") if line.startswith("*--"))
     assert set(re.findall(r"\*(--[a-z0-9-]+)\*", entries)) == (
-        table_options() | OTHER_OPTIONS - {"-h", "--help", "--version"})
+        table_options() | JOURNAL_OPTIONS | OTHER_OPTIONS - {"-h", "--help", "--version"})

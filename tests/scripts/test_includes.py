@@ -22,7 +22,8 @@ ROOMS = {
     "output": {"system"},
     "batch": {"output", "system"},
     "listen": {"output", "batch", "system"},
-    "commands": {"listen", "batch", "output", "system"},
+    "journal": {"batch", "output", "system"},
+    "commands": {"listen", "journal", "batch", "output", "system"},
 }
 
 

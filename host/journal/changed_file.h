@@ -1,0 +1,35 @@
+// A file against what a journal says of it.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include <brindle/new_content.h>
+
+#include "journal/journal_entry.h"
+
+namespace brindle::host {
+
+enum class Hashing { Done, LeftOut };
+
+// The entry of a change that makes `content` of the file, which stands as `before` says.
+// Errors: those of reading; 6 where the entry would exceed kMaxRecord.
+[[nodiscard]] JournalEntry entry_of(const std::string& name, const FileState& before,
+                                    const NewContent& content, Hashing hashing);
+
+enum class StandsAs {
+    After,    // the change has been made
+    Before,   // as the change found it
+    Between,  // part of it is as before: a change in place was cut off
+    Other,
+};
+
+// The whole file is read.
+struct Comparison {
+    StandsAs state = StandsAs::Other;
+    NewContent restored;  // what brings the file back; for After and Between
+};
+[[nodiscard]] Comparison compared(const std::string& name, std::int64_t size,
+                                  const JournalEntry& entry);
+
+}  // namespace brindle::host

@@ -1,0 +1,30 @@
+// The folder of the user's journals: ${XDG_STATE_HOME:-~/.local/state}/brindle.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace brindle::host {
+
+// Nothing where neither variable names an absolute path.
+[[nodiscard]] std::optional<std::string> journal_folder();
+
+// Of a journal that is begun now. Names are in the order of time.
+[[nodiscard]] std::string new_journal_name();
+
+// Paths of all journals in the folder, in the order of time.
+[[nodiscard]] std::vector<std::string> journals_in(const std::string& folder);
+
+// What may stay when a new journal is begun.
+struct JournalLimits {
+    std::int64_t days = 90;
+    std::int64_t bytes = std::int64_t{1024} * 1024 * 1024;
+};
+
+// Removes journals of the user that are older, and then the oldest until the rest takes no more
+// space. Those of runs that go on stay.
+void remove_old_journals(const std::string& folder, const JournalLimits& limits);
+
+}  // namespace brindle::host

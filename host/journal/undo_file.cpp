@@ -1,0 +1,144 @@
+#include "journal/undo_file.h"
+
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include <brindle/error.h>
+#include <brindle/new_content.h>
+#include <brindle/text.h>
+
+#include "journal/changed_file.h"
+#include "output/printable_text.h"
+#include "system/file_access.h"
+#include "system/file_guard.h"
+#include "system/file_state.h"
+#include "system/input_file.h"
+
+namespace brindle::host {
+
+namespace {
+
+using Failure = std::optional<std::string>;
+
+// As a run records names: absolute, every folder by its own name.
+bool is_recorded_name(const std::string& name) {
+    const std::filesystem::path path(name);
+    return path.is_absolute() && name.find('\0') == std::string::npos &&
+           path.lexically_normal() == path && path.has_filename() && ends_in_mp3_or_mp2(name);
+}
+
+std::string size_text(std::int64_t size) {
+    return std::to_string(size) + " bytes";
+}
+
+// One file on its way back.
+class FileToRestore {
+public:
+    FileToRestore(const JournalEntry& entry, UndoReport& report)
+        : name_(entry.name), before_(entry.before), report_(report) {}
+
+    // Why it is not brought back, or nothing. It may be so already.
+    Failure plan(const JournalEntry& entry, bool dry_run, Journal& journal) {
+        if (!is_recorded_name(name_)) {
+            return "The journal names no MP3 file";
+        }
+        std::int64_t size = 0;
+        if (Failure reason = reason_against_file(name_, size)) {
+            return reason;
+        }
+        if (Failure reason = reason_against_target(entry.target)) {
+            return reason;
+        }
+        if (Failure reason = guard_.acquire(name_)) {
+            return reason;
+        }
+        if (Failure reason = reason_against_reading(name_)) {
+            return reason;
+        }
+        now_ = state_of(name_);
+        if (!now_) {
+            return "The file is gone";
+        }
+        const Comparison comparison = compared(name_, now_->size, entry);
+        if (comparison.state == StandsAs::Before) {
+            report_ = {UndoOutcome::WasSo, printable(name_) + ": is as it was before the run\n"};
+            return std::nullopt;
+        }
+        if (comparison.state == StandsAs::Other) {
+            return "It has been changed since: " +
+                   (now_->size == entry.length_after()
+                        ? "other bytes"
+                        : size_text(now_->size) + ", not " + size_text(entry.length_after()));
+        }
+        content_ = comparison.restored;
+        if (dry_run) {
+            if (Failure reason = reason_against_writing(name_)) {
+                return reason;
+            }
+            journal.count(name_, *now_, content_);
+            report_ = {UndoOutcome::Restored, printable(name_) + ": would be brought back, " +
+                                                  size_text(before_.size) + "\n"};
+            return std::nullopt;
+        }
+        journal.add(name_, *now_, content_);
+        is_to_be_written_ = true;
+        return std::nullopt;
+    }
+
+    [[nodiscard]] bool is_to_be_written() const { return is_to_be_written_; }
+
+    // When the journal of the undo is on the device.
+    Failure write() {
+        SaveOptions options = guard_.save_options();
+        options.before_write = [this](const NewContent&) {
+            const auto state = state_of(name_);
+            if (!state || !state->is_same_content(*now_)) {
+                throw Error(RuntimeError::PermissionDenied, u"brindle");
+            }
+        };
+        write_content(from_utf8(name_), content_, options);
+        if (Failure reason = restore_state(name_, before_)) {
+            return "Its bytes are back; " + *reason;
+        }
+        report_ = {UndoOutcome::Restored,
+                   printable(name_) + ": brought back, " + size_text(before_.size) + "\n"};
+        return std::nullopt;
+    }
+
+private:
+    [[nodiscard]] Failure reason_against_target(const std::string& target) const {
+        std::error_code error;
+        const auto now = std::filesystem::canonical(name_, error);
+        if (error) {
+            return error.message();
+        }
+        return now.string() == target ? std::nullopt
+                                      : Failure("The name stands for another file now");
+    }
+
+    std::string name_;
+    FileState before_;
+    UndoReport& report_;
+    FileGuard guard_;
+    std::optional<FileState> now_;
+    NewContent content_;
+    bool is_to_be_written_ = false;
+};
+
+}  // namespace
+
+PlannedChange plan_undo(const JournalEntry& entry, bool dry_run, Journal& journal,
+                        UndoReport& report) {
+    const auto file = std::make_shared<FileToRestore>(entry, report);
+    PlannedChange change;
+    change.failure = file->plan(entry, dry_run, journal);
+    if (file->is_to_be_written()) {
+        change.write = [file] { return file->write(); };
+    }
+    return change;
+}
+
+}  // namespace brindle::host

@@ -1,0 +1,155 @@
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include "system/private_file.h"
+
+namespace brindle::host {
+
+namespace {
+
+constexpr mode_t kOwnerReadsAndWrites = S_IRUSR | S_IWUSR;
+constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
+
+std::string system_reason() {
+    return std::generic_category().message(errno);
+}
+
+// As reason of a file that is no journal to trust, or nothing.
+std::optional<std::string> reason_against_trusting(const struct stat& status) {
+    if (!S_ISREG(status.st_mode)) {
+        return "Not a regular file";
+    }
+    if (status.st_uid != geteuid()) {
+        return "It belongs to another user";
+    }
+    if ((status.st_mode & kOthersWrite) != 0) {
+        return "Others may write it";
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::string> PrivateFile::create(const std::string& name) {
+    close();
+    descriptor_ = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                         kOwnerReadsAndWrites);
+    if (descriptor_ == kNone) {
+        return system_reason();
+    }
+    // Where the system has no locks for it, old files are never removed while they are written
+    // either: they are new.
+    static_cast<void>(flock(descriptor_, LOCK_EX | LOCK_NB));
+    size_ = 0;
+    return std::nullopt;
+}
+
+std::optional<std::string> PrivateFile::open(const std::string& name) {
+    close();
+    const int file =
+        ::open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (file == kNone) {
+        return errno == ELOOP ? "It is a symbolic link" : system_reason();
+    }
+    struct stat status {};
+    std::optional<std::string> reason;
+    if (fstat(file, &status) != 0) {
+        reason = system_reason();
+    } else {
+        reason = reason_against_trusting(status);
+    }
+    if (reason) {
+        ::close(file);
+        return reason;
+    }
+    descriptor_ = file;
+    is_being_written_ = flock(file, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    size_ = status.st_size;
+    modified_ = status.st_mtim.tv_sec;
+    return std::nullopt;
+}
+
+void PrivateFile::close() {
+    if (is_open()) {
+        ::close(std::exchange(descriptor_, kNone));
+    }
+}
+
+std::optional<std::string> PrivateFile::append(std::span<const std::uint8_t> bytes) const {
+    while (!bytes.empty()) {
+        const ssize_t done = ::write(descriptor_, bytes.data(), bytes.size());
+        if (done < 0 && errno == EINTR) {
+            continue;
+        }
+        if (done <= 0) {
+            return system_reason();
+        }
+        bytes = bytes.subspan(static_cast<std::size_t>(done));
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> PrivateFile::flush() const {
+    return fdatasync(descriptor_) == 0 ? std::nullopt : std::optional(system_reason());
+}
+
+std::vector<std::uint8_t> PrivateFile::read(std::int64_t offset, std::size_t count) const {
+    std::vector<std::uint8_t> bytes(count);
+    std::size_t filled = 0;
+    while (filled < count) {
+        const ssize_t done = pread(descriptor_, bytes.data() + filled, count - filled,
+                                   offset + static_cast<std::int64_t>(filled));
+        if (done < 0 && errno == EINTR) {
+            continue;
+        }
+        if (done <= 0) {
+            break;
+        }
+        filled += static_cast<std::size_t>(done);
+    }
+    bytes.resize(filled);
+    return bytes;
+}
+
+bool PrivateFile::is_in_use() const {
+    return flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
+std::optional<std::string> make_private_folder(const std::string& name) {
+    std::error_code error;
+    if (std::filesystem::is_directory(name, error)) {
+        return std::nullopt;
+    }
+    const std::string above = std::filesystem::path(name).parent_path();
+    if (!above.empty() && above != name) {
+        if (auto reason = make_private_folder(above)) {
+            return reason;
+        }
+    }
+    if (mkdir(name.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+        return system_reason();
+    }
+    return above.empty() ? std::nullopt : flush_folder(above);
+}
+
+std::optional<std::string> flush_folder(const std::string& name) {
+    const int folder = ::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder == -1) {
+        // A folder that may be entered and not be read.
+        return errno == EACCES ? std::nullopt : std::optional(system_reason());
+    }
+    // Some file systems flush no folders.
+    const bool is_flushed = fsync(folder) == 0 || errno == EINVAL;
+    const auto reason = is_flushed ? std::nullopt : std::optional(system_reason());
+    ::close(folder);
+    return reason;
+}
+
+}  // namespace brindle::host
