@@ -114,7 +114,9 @@ public:
         }
         write_errors();
         if (options_.dry_run) {
-            write_note(journal_size_text(journal_));
+            if (!has_errors_ || options_.keep_going) {
+                write_note(journal_size_text(journal_));
+            }
             return has_errors_ ? ExitStatus::SomeFileFailed : ExitStatus::AllFine;
         }
         if (!table_.is_readable || (has_errors_ && !options_.keep_going)) {

@@ -27,7 +27,8 @@ using Failure = std::optional<std::string>;
 bool is_recorded_name(const std::string& name) {
     const std::filesystem::path path(name);
     return path.is_absolute() && name.find('\0') == std::string::npos &&
-           path.lexically_normal() == path && path.has_filename() && ends_in_mp3_or_mp2(name);
+           path.lexically_normal().native() == path.native() && path.has_filename() &&
+           ends_in_mp3_or_mp2(name);
 }
 
 std::string size_text(std::int64_t size) {

@@ -10,6 +10,12 @@ sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "host"))
 import requirements  # noqa: E402
 
 
+@pytest.fixture(scope="session", autouse=True)
+def state_folder(tmp_path_factory):
+    """Where the program keeps its journals: neither the user's, nor on the device of a test."""
+    os.environ["XDG_STATE_HOME"] = str(tmp_path_factory.mktemp("state"))
+
+
 @pytest.fixture(scope="session")
 def program():
     path = os.environ.get("BRINDLE_PROGRAM")

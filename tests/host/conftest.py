@@ -19,6 +19,12 @@ def program():
     return _program()
 
 
+@pytest.fixture(scope="session", autouse=True)
+def shared_state_folder(tmp_path_factory):
+    """For what fixtures of modules and sessions run."""
+    os.environ["XDG_STATE_HOME"] = str(tmp_path_factory.mktemp("state"))
+
+
 @pytest.fixture(autouse=True)
 def state_folder(tmp_path_factory, monkeypatch):
     """Where the program keeps its journals: none of the user's."""

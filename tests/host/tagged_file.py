@@ -2,6 +2,7 @@
 
 import hashlib
 import os
+import re
 
 from mp3_bytes import audio, id3v1
 
@@ -30,3 +31,11 @@ def one_line(result):
     text = result.stderr.decode("utf-8")
     assert text.endswith("\n") and text.count("\n") == 1, text
     return text[:-1]
+
+
+def errors_of_dry_run(result):
+    """Standard error without the note on the journal, which stands there if anything would change."""
+    note, rest = re.match(rb"(The journal would have about \d+ bytes\n)?(.*)", result.stderr,
+                          re.DOTALL).groups()
+    assert (note is not None) == (b"dry run" in result.stdout)
+    return rest

@@ -46,6 +46,7 @@ CHANGES = {
     "field": ("set", "--field", "Show=Breakfast"),
     "remove": ("set", "--remove", "album", "--remove", "title"),
     "preserve": ("set", "--title", "New", "--preserve"),
+    "normalize": ("normalize",),
     "host_form": ("set", "--title", "New", "--host-form", "--force"),
     "strip_v1": ("strip", "--v1"),
     "strip_v2": ("strip", "--v2"),

@@ -19,6 +19,12 @@ def pytest_collection_modifyitems(items):
         item.add_marker(pytest.mark.deep)
 
 
+@pytest.fixture(scope="session", autouse=True)
+def state_folder(tmp_path_factory):
+    """Where the program keeps its journals: none of the user's."""
+    os.environ["XDG_STATE_HOME"] = str(tmp_path_factory.mktemp("state"))
+
+
 @pytest.fixture(scope="session")
 def folder(tmp_path_factory):
     return tmp_path_factory.mktemp("real")
