@@ -1,6 +1,7 @@
 """What was changed comes back byte for byte, and nothing else is touched."""
 
 import os
+import signal
 import subprocess
 
 import pytest
@@ -323,3 +324,27 @@ def test_names_that_come_slowly_are_done_at_once(program, tmp_path):
             assert run.stdout.readline().startswith(name)
         run.stdin.close()
         assert run.wait(timeout=30) == 0
+
+
+@pytest.mark.parametrize("first", [("set", "--title", "New", "--yes", "."), ("apply", "edits.csv"),
+                                   ("undo",)], ids=lambda words: words[0])
+def test_run_that_is_interrupted_is_taken_back(program, brindle, tmp_path, state_folder, first):
+    names = [f"{number:04}.mp3" for number in range(800)]
+    for name in names:
+        (tmp_path / name).write_bytes(ROOM + AUDIO)
+    (tmp_path / "edits.csv").write_text("file,title\n" + "".join(f"{name},New\n" for name in names))
+    if first == ("undo",):
+        assert brindle("strip", "--v2", "--yes", ".").returncode == 0
+    with subprocess.Popen([program, *first], cwd=tmp_path, stdin=subprocess.DEVNULL,
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE) as run:
+        run.stdout.readline()
+        run.send_signal(signal.SIGINT)
+        run.stdout.read()
+        assert run.wait(timeout=30) == 130
+        assert b"brindle: interrupted after " in run.stderr.read()
+    as_before = [name for name in names if (tmp_path / name).read_bytes() == ROOM + AUDIO]
+    assert 0 < len(as_before) < len(names)
+    # The rest of an undo, or what the run has done.
+    journal = journals(state_folder)[0]
+    assert brindle("undo", str(journal)).returncode == 0
+    assert all((tmp_path / name).read_bytes() == ROOM + AUDIO for name in names)
