@@ -87,7 +87,7 @@ struct Journal::State {
     }
 
     // Nothing has been changed that the file could bring back.
-    [[noreturn]] void remove_and_refuse(const std::string& reason) {
+    [[noreturn]] void remove_and_refuse(const std::string& reason) const {
         std::error_code error;
         std::filesystem::remove(name, error);
         refuse(name, reason);
