@@ -20,7 +20,7 @@ struct PlannedChange {
 };
 using PlanStep = std::function<PlannedChange(const std::string& name)>;
 
-// What a group is kept for; the default is none, with groups of one.
+// How groups are formed. By default each file is one, and nothing is flushed.
 struct GroupRules {
     std::size_t size = 1;
     // Before the changes of a group are written. What it raises ends the run.
@@ -37,8 +37,9 @@ public:
     GroupedChanges(GroupRules rules, Done done)
         : rules_(std::move(rules)), done_(std::move(done)) {}
 
-    // Writes the group before where it has the same file, and this one's when it is complete. What
-    // the step raises is the file's failure, but for errors of the run.
+    // Plans the change of a file. The group is written before that if the file is in it already,
+    // and after it when the group is complete. An Error of the step is the file's failure; what
+    // else it raises ends the run.
     void add(const std::string& name, const PlanStep& plan);
     // Writes what is left. After SIGINT the rest of a group is not touched.
     void write();

@@ -31,8 +31,9 @@ inline constexpr std::int64_t kMaxRecord = std::int64_t{256} * 1024 * 1024;
 // Goes from record to record.
 class RecordReader {
 public:
-    // The file must stay where it is. False where it is no journal.
+    // The file must stay where it is.
     explicit RecordReader(const PrivateFile& file) : file_(file) {}
+    // From a record on.
     RecordReader(const PrivateFile& file, std::int64_t position)
         : file_(file), position_(position) {}
     [[nodiscard]] bool is_journal() const;
@@ -46,7 +47,7 @@ public:
 
     enum class End {
         Whole,    // the last record ends with the file
-        Torn,     // the file ends within a record: its file had not been changed
+        Torn,     // the file ends within a record
         Damaged,  // the bytes are not those that were written
     };
     [[nodiscard]] End end() const { return end_; }

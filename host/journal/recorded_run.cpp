@@ -85,7 +85,7 @@ std::optional<std::string> RecordedRun::fault() const {
         case RecordReader::End::Whole:
             break;
         case RecordReader::End::Torn:
-            return "its last entry is not whole; that file had not been changed yet";
+            return "its last entry is not whole and is left out";
         case RecordReader::End::Damaged:
             return "it is damaged; what follows the damage cannot be taken back";
     }

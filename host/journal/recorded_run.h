@@ -41,7 +41,7 @@ public:
 
     // After one of these: what the journal lacks, a sentence, or nothing.
     [[nodiscard]] std::optional<std::string> fault() const;
-    // The last entry is cut, whose file had not been changed then.
+    // The last entry is cut. Where the run was killed while it wrote it, its file is as before.
     [[nodiscard]] bool is_torn() const { return end_ == RecordReader::End::Torn; }
 
 private:

@@ -21,7 +21,7 @@ std::string system_reason() {
     return std::generic_category().message(errno);
 }
 
-// As reason of a file that is no journal to trust, or nothing.
+// Why others may have written the file, or nothing.
 std::optional<std::string> reason_against_trusting(const struct stat& status) {
     if (!S_ISREG(status.st_mode)) {
         return "Not a regular file";
@@ -44,8 +44,8 @@ std::optional<std::string> PrivateFile::create(const std::string& name) {
     if (descriptor_ == kNone) {
         return system_reason();
     }
-    // Where the system has no locks for it, old files are never removed while they are written
-    // either: they are new.
+    // Some file systems have no locks. Then a journal that is being written is taken for an old
+    // one, and stays because it is new.
     static_cast<void>(flock(descriptor_, LOCK_EX | LOCK_NB));
     size_ = 0;
     return std::nullopt;
