@@ -1,6 +1,7 @@
 // What an encoder has put around the sound, as its header in the first frame tells.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <span>
 
@@ -18,5 +19,11 @@ struct EncoderDelay {
 // `frame` is the first of a Layer III stream, and holds a header ("Xing" or "Info"), in which
 // encoders of the LAME kind tell both.
 [[nodiscard]] EncoderDelay read_encoder_delay(std::span<const std::uint8_t> frame);
+
+// To the nearest whole number.
+[[nodiscard]] inline std::int64_t milliseconds_of(std::int64_t samples, std::int32_t frequency) {
+    constexpr double kMillisecondsPerSecond = 1'000;
+    return std::llround(static_cast<double>(samples) * kMillisecondsPerSecond / frequency);
+}
 
 }  // namespace brindle::host

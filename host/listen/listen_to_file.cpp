@@ -15,12 +15,10 @@
 
 namespace brindle::host {
 
-namespace {
-
 // Decodes frames as they are walked over, and keeps the books about those that can't be.
-class FileListening {
+class FileListening::State {
 public:
-    FileListening(std::int64_t bytes, bool is_quick) : bytes_(bytes), is_quick_(is_quick) {}
+    State(std::int64_t bytes, const ListenOptions& options) : bytes_(bytes), options_(options) {}
 
     void visit(const WalkedFrame& frame) {
         if (frame.is_header_frame) {
@@ -31,15 +29,14 @@ public:
             begin(frame);
         }
         ++walked_;
-        if (is_quick_ && walked_ > most_at_ends_) {
+        if (options_.quick && walked_ > most_at_ends_) {
             keep(frame);
         } else {
             listen(frame.bytes, frame.offset, frame.follows_gap);
         }
     }
 
-    std::optional<Listening> conclude(const FrameWalk& walk, const ListenOptions& options,
-                                      std::optional<double> gain_loudness) {
+    std::optional<Listening> conclude(const cMPEGHeader& header, const FrameWalk& walk) {
         if (!format_) {
             return std::nullopt;
         }
@@ -48,7 +45,8 @@ public:
             undecoded_.count += frames_cut_off_;
             frames_cut_off_ = 0;
         }
-        Listening heard = listener_->conclude(options, gain_loudness);
+        Listening heard = listener_->conclude(
+            options_, options_.quick ? loudness_by_replay_gain(header) : std::nullopt);
         heard.milliseconds = walk.milliseconds;
         heard.delay = format_->layer == 3 ? delay_ : EncoderDelay();
         heard.undecoded = undecoded_;
@@ -72,7 +70,7 @@ private:
         format_ = stream_format(frame.bytes);
         most_at_ends_ = kSecondsAtEnds * format_->frequency / format_->samples_per_frame;
         decoder_.emplace(*format_);
-        listener_.emplace(*format_, is_quick_ ? MeterMode::Quick : MeterMode::Whole,
+        listener_.emplace(*format_, options_.quick ? MeterMode::Quick : MeterMode::Whole,
                           longest_milliseconds());
     }
 
@@ -152,7 +150,7 @@ private:
     }
 
     const std::int64_t bytes_;
-    const bool is_quick_;
+    const ListenOptions options_;
     EncoderDelay delay_;
     std::optional<StreamFormat> format_;
     std::int64_t most_at_ends_ = 0;  // frames
@@ -166,7 +164,18 @@ private:
     std::deque<KeptFrame> kept_;
 };
 
-}  // namespace
+FileListening::FileListening(std::int64_t bytes, const ListenOptions& options)
+    : state_(std::make_unique<State>(bytes, options)) {}
+
+FileListening::~FileListening() = default;
+
+void FileListening::visit(const WalkedFrame& frame) {
+    state_->visit(frame);
+}
+
+std::optional<Listening> FileListening::conclude(const cMPEGHeader& header, const FrameWalk& walk) {
+    return state_->conclude(header, walk);
+}
 
 std::optional<std::string> reason_against_listening() {
     return std::nullopt;
@@ -174,11 +183,10 @@ std::optional<std::string> reason_against_listening() {
 
 std::optional<Listening> listen_to_file(const cMPEGHeader& header, std::int64_t bytes,
                                         const ListenOptions& options) {
-    FileListening listening(bytes, options.quick);
+    FileListening listening(bytes, options);
     const FrameWalk walk =
         walk_frames(header, [&](const WalkedFrame& frame) { listening.visit(frame); });
-    return listening.conclude(walk, options,
-                              options.quick ? loudness_by_replay_gain(header) : std::nullopt);
+    return listening.conclude(header, walk);
 }
 
 }  // namespace brindle::host

@@ -178,7 +178,6 @@ Listening Listener::conclude(const ListenOptions& options, std::optional<double>
 }
 
 void Listener::find_points(double reference, const ListenOptions& options, Listening& heard) const {
-    constexpr std::int64_t kShortestSilence = 2'000;
     constexpr std::size_t kMaxSilences = 1'000;
     const double threshold = reference - options.sound_range;
     const std::int64_t smear = millisecond_of(kTransformWindow) + 1;
@@ -187,7 +186,7 @@ void Listener::find_points(double reference, const ListenOptions& options, Liste
         return;
     }
     auto silences =
-        curve_.quiet(energy_of(threshold), *heard.sound, kShortestSilence, kMaxSilences);
+        curve_.quiet(energy_of(threshold), *heard.sound, options.shortest_silence, kMaxSilences);
     heard.silences = std::move(silences.ranges);
     heard.silence_count = silences.count;
     if (const auto fall = curve_.last_fall(energy_of(reference - options.overlap_range))) {

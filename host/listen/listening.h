@@ -67,8 +67,9 @@ struct Listening {
 
 struct ListenOptions {
     bool quick = false;
-    double sound_range = 40;    // LU below the loudness that are still sound
-    double overlap_range = 12;  // LU below the loudness at which the next may begin
+    double sound_range = 40;                // LU below the loudness that are still sound
+    double overlap_range = 12;              // LU below the loudness at which the next may begin
+    std::int64_t shortest_silence = 2'000;  // ms that a silence inside must exceed
 };
 
 }  // namespace brindle::host

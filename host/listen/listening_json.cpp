@@ -19,9 +19,10 @@ namespace {
 class TrimmedClock {
 public:
     explicit TrimmedClock(const Listening& heard)
-        : before_(in_ms(heard.delay.before, heard.frequency)),
+        : before_(milliseconds_of(heard.delay.before, heard.frequency)),
           length_(std::max<std::int64_t>(
-              heard.milliseconds - in_ms(heard.delay.before + heard.delay.after, heard.frequency),
+              heard.milliseconds -
+                  milliseconds_of(heard.delay.before + heard.delay.after, heard.frequency),
               0)) {}
 
     [[nodiscard]] std::int64_t operator()(std::int64_t point) const {
@@ -29,11 +30,6 @@ public:
     }
 
 private:
-    static std::int64_t in_ms(std::int64_t samples, std::int32_t frequency) {
-        constexpr double kMillisecondsPerSecond = 1'000;
-        return std::llround(static_cast<double>(samples) * kMillisecondsPerSecond / frequency);
-    }
-
     std::int64_t before_;
     std::int64_t length_;
 };

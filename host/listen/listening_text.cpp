@@ -32,7 +32,7 @@ std::string loudness_text(const Listening& heard, double reference) {
     if (!heard.loudness) {
         return "no loudness";
     }
-    std::string text = tenths(*heard.loudness) + " LUFS";
+    std::string text = lufs_text(*heard.loudness);
     if (heard.reference != Reference::Whole) {
         text += std::string(" (") + word(heard.reference) + ")";
     }
@@ -52,6 +52,10 @@ std::string silences_text(const Listening& heard) {
 }
 
 }  // namespace
+
+std::string lufs_text(double loudness) {
+    return tenths(loudness) + " LUFS";
+}
 
 const char* word(Reference reference) {
     switch (reference) {
@@ -94,15 +98,18 @@ std::string listening_text(const Listening& heard, double reference) {
     return text;
 }
 
-std::optional<std::string> failure_of(const Listening& heard) {
-    const UndecodedFrames& frames = heard.undecoded;
-    if (frames.count == 0) {
-        return std::nullopt;
-    }
+std::string undecoded_text(const UndecodedFrames& frames, const std::string& time) {
     return std::to_string(frames.count) +
            (frames.count == 1 ? " frame can't be decoded" : " frames can't be decoded, the first") +
-           " at byte " + std::to_string(frames.offset) + " (" +
-           std::to_string(frames.milliseconds) + " ms): " + reason_of(frames.fault);
+           " at byte " + std::to_string(frames.offset) + " (" + time +
+           "): " + reason_of(frames.fault);
+}
+
+std::optional<std::string> failure_of(const Listening& heard) {
+    if (heard.undecoded.count == 0) {
+        return std::nullopt;
+    }
+    return undecoded_text(heard.undecoded, std::to_string(heard.undecoded.milliseconds) + " ms");
 }
 
 }  // namespace brindle::host

@@ -12,6 +12,12 @@ namespace brindle::host {
 // `reference` LUFS.
 [[nodiscard]] std::string listening_text(const Listening& heard, double reference);
 
+// `-12.2 LUFS`
+[[nodiscard]] std::string lufs_text(double loudness);
+
+// What can't be decoded, the first of it at `time`; there are such frames.
+[[nodiscard]] std::string undecoded_text(const UndecodedFrames& frames, const std::string& time);
+
 // Why the file has failed although it was listened to, or nothing.
 [[nodiscard]] std::optional<std::string> failure_of(const Listening& heard);
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <ostream>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -131,6 +132,14 @@ TEST(Listener, NoiseBelowTheGateIsNoSound) {
 }
 
 // --- silences inside
+
+TEST(Listener, SilencesAreLongerThanAsked) {
+    const Stereo sound = Stereo().tone(3, -20).silence(1).tone(3, -20).silence(3).tone(3, -20);
+    const std::pair<std::int64_t, std::int64_t> kCounts[] = {{500, 2}, {1'500, 1}, {3'500, 0}};
+    for (const auto& [shortest, count] : kCounts) {
+        EXPECT_EQ(heard(sound, {.shortest_silence = shortest}).silence_count, count) << shortest;
+    }
+}
 
 TEST(Listener, SilencesInsideAreLongerThanTwoSeconds) {
     const Listening found = heard(Stereo()
