@@ -16,7 +16,9 @@
 #include "batch/batch.h"
 #include "commands/check_file.h"
 #include "commands/check_reasons.h"
+#include "commands/check_sound.h"
 #include "commands/command_line.h"
+#include "listen/listen_to_file.h"
 #include "output/file_json.h"
 #include "output/json_values.h"
 #include "output/printable_text.h"
@@ -36,6 +38,8 @@ struct CheckOptions {
     std::vector<std::string> ignored;  // codes
     Verdict fails = Verdict::Bad;      // from which the status is 1
     bool never_fails = false;
+    bool listen = false;
+    SoundLimits limits;
 };
 
 using Counts = std::array<std::atomic<std::int64_t>, 4>;  // by verdict
@@ -80,7 +84,8 @@ Answer check(const FoundName& found, const CheckOptions& options, Counts& counts
     std::vector<Finding> findings;
     if (!answer.error) {
         try {
-            findings = check_file(header, found.name, answer.bytes);
+            findings = check_file(header, found.name, answer.bytes,
+                                  options.listen ? &options.limits : nullptr);
         } catch (const Error& error) {
             answer.error = error.what();
         }
@@ -112,6 +117,10 @@ std::string summary_of(const Counts& counts, const BatchOutcome& outcome) {
 }
 
 ExitStatus check_all(const CheckOptions& options) {
+    if (const auto reason = reason_against_listening(); options.listen && reason) {
+        write_error("check --listen: " + *reason);
+        return ExitStatus::WrongUsage;
+    }
     Counts counts{};
     const BatchOutcome outcome = run_batch(
         options.batch, [&](const FoundName& found) { return check(found, options, counts); });
@@ -153,6 +162,25 @@ std::string list_of_codes() {
     return list + "\n";
 }
 
+void add_limits(CommandOptions& command, SoundLimits& limits) {
+    constexpr double kLongest = 3'600;
+    constexpr double kSoftest = -70;
+    const auto seconds = [&](const std::string& name, double& limit, const std::string& what) {
+        command.number(name, "S", limit, 0, kLongest,
+                       "With --listen: longest silence " + what + ", in seconds; 2 otherwise");
+        command.needs(name, "--listen");
+    };
+    seconds("--silent-start", limits.silent_start, "at the beginning");
+    seconds("--silence-inside", limits.silence_inside, "inside");
+    seconds("--silent-end", limits.silent_end, "at the end");
+    command.number("--too-loud", "LUFS", limits.too_loud, kSoftest, 0,
+                   "With --listen: greatest loudness; -7 otherwise");
+    command.needs("--too-loud", "--listen");
+    command.number("--too-quiet", "LUFS", limits.too_quiet, kSoftest, 0,
+                   "With --listen: least loudness; -30 otherwise");
+    command.needs("--too-quiet", "--listen");
+}
+
 }  // namespace
 
 void add_check(CommandLine& program) {
@@ -177,6 +205,9 @@ void add_check(CommandLine& program) {
             options->fails = value == "warn" ? Verdict::Warn : Verdict::Bad;
         },
         "From which verdict on the status is 1; bad is the default");
+    command.flag("--listen", options->listen,
+                 "Decode the audio, too, and tell what is wrong with its sound");
+    add_limits(command, options->limits);
     command.batch(options->batch);
 }
 

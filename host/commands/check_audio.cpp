@@ -14,6 +14,7 @@
 #include "commands/frame_crc.h"
 #include "commands/frame_search.h"
 #include "commands/mpeg_frame.h"
+#include "listen/encoder_delay.h"
 #include "output/stream_text.h"
 
 namespace brindle::host {
@@ -122,6 +123,7 @@ public:
         end_ = frame.offset + static_cast<std::int64_t>(bytes.size());
         if (frame.is_header_frame) {
             encoder_header_ = encoder_header_in(bytes);
+            delay_ = read_encoder_delay(frame.bytes);
             header_frame_ = {frame.offset, end_};
             return;
         }
@@ -184,6 +186,9 @@ public:
         return found;
     }
 
+    // Samples that the encoder has put before the sound.
+    [[nodiscard]] std::int64_t delay() const { return delay_.before; }
+
     [[nodiscard]] std::int64_t other_milliseconds() const {
         constexpr double kMillisecondsPerSecond = 1'000;
         return std::llround(other_seconds_ * kMillisecondsPerSecond);
@@ -236,6 +241,7 @@ private:
     };
 
     std::optional<EncoderHeader> encoder_header_;
+    EncoderDelay delay_;
     Place header_frame_;
     std::optional<unsigned> last_mode_;
     std::int64_t mode_changes_ = 0;
@@ -371,10 +377,15 @@ void check_without_stream(CheckedFile& file, Findings& findings) {
 
 }  // namespace
 
-std::optional<std::int64_t> check_audio(CheckedFile& file, Findings& findings) {
+std::optional<CheckedAudio> check_audio(CheckedFile& file, FileListening* listening,
+                                        Findings& findings) {
     AudioOnTheWay audio(file.bytes);
-    const FrameWalk walk =
-        walk_frames(file.header, [&](const WalkedFrame& frame) { audio(frame); });
+    const FrameWalk walk = walk_frames(file.header, [&](const WalkedFrame& frame) {
+        audio(frame);
+        if (listening != nullptr) {
+            listening->visit(frame);
+        }
+    });
     if (walk.frequency == 0) {
         check_without_stream(file, findings);
         return std::nullopt;
@@ -384,7 +395,11 @@ std::optional<std::int64_t> check_audio(CheckedFile& file, Findings& findings) {
     audio.tell(walk, file.size, findings);
     const std::int64_t exact = walk.milliseconds + audio.other_milliseconds();
     check_length(file.header.Duration(), exact, findings);
-    return exact;
+    CheckedAudio checked{exact, milliseconds_of(audio.delay(), walk.frequency)};
+    if (listening != nullptr) {
+        checked.heard = listening->conclude(file.header, walk);
+    }
+    return checked;
 }
 
 }  // namespace brindle::host

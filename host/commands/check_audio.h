@@ -7,11 +7,19 @@
 
 #include "commands/check_reasons.h"
 #include "commands/checked_file.h"
+#include "listen/listen_to_file.h"
 
 namespace brindle::host {
 
-// Walks over every frame. Returns the milliseconds that the file plays; none where hosts find no
+struct CheckedAudio {
+    std::int64_t milliseconds = 0;  // that the file plays
+    std::int64_t delay = 0;         // of these the encoder's, which some players leave out
+    std::optional<Listening> heard = {};
+};
+
+// Walks over every frame, and decodes it where there is a `listening`. Nothing where hosts find no
 // stream. Raises Error when the file can't be read.
-std::optional<std::int64_t> check_audio(CheckedFile& file, std::vector<Finding>& findings);
+std::optional<CheckedAudio> check_audio(CheckedFile& file, FileListening* listening,
+                                        std::vector<Finding>& findings);
 
 }  // namespace brindle::host

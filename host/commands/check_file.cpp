@@ -5,8 +5,10 @@
 
 #include "commands/check_audio.h"
 #include "commands/check_points.h"
+#include "commands/check_sound.h"
 #include "commands/check_tags.h"
 #include "commands/checked_file.h"
+#include "listen/listen_to_file.h"
 #include "output/stream_text.h"
 
 namespace brindle::host {
@@ -32,13 +34,21 @@ bool is_riff(CheckedFile& file) {
 }  // namespace
 
 std::vector<Finding> check_file(const cMPEGHeader& header, const std::string& name,
-                                std::int64_t size) {
+                                std::int64_t size, const SoundLimits* limits) {
     std::vector<Finding> findings;
     CheckedFile file{header, name, size, ReadOnlyFile(name), read_tag_facts(header)};
-    if (const std::optional<std::int64_t> milliseconds = check_audio(file, findings)) {
-        check_points(header, *milliseconds, findings);
+    std::optional<FileListening> listening;
+    if (limits != nullptr) {
+        listening.emplace(size, listen_options(*limits));
     }
-    check_points_of_others(file, findings);
+    const auto audio = check_audio(file, listening ? &*listening : nullptr, findings);
+    if (audio) {
+        check_points(header, audio->milliseconds, findings);
+        if (audio->heard) {
+            check_sound(header, *audio->heard, *limits, findings);
+        }
+    }
+    check_points_of_others(file, audio ? audio->delay : 0, findings);
     if (is_riff(file)) {
         findings.push_back({Reason::Wrapped, "a RIFF file"});
     }

@@ -1,5 +1,6 @@
 #include "commands/check_points.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -83,15 +84,20 @@ void check_points(const cMPEGHeader& header, std::int64_t exact, std::vector<Fin
     }
 }
 
-void check_points_of_others(const CheckedFile& file, std::vector<Finding>& findings) {
+void check_points_of_others(const CheckedFile& file, std::int64_t delay,
+                            std::vector<Finding>& findings) {
     constexpr std::int64_t kRounding = 10;  // two places are usual
+    const auto agree = [](std::int64_t one, std::int64_t other) {
+        return std::abs(one - other) <= kRounding;
+    };
     std::string texts;
     for (const OtherPoint& other : kOtherPoints) {
         const std::int32_t ours = (file.header.*other.at)();
         const auto field = file.facts.custom(other.field);
         const auto theirs = field ? milliseconds_in(*field) : std::nullopt;
         // A point of 0 is none.
-        if (ours == 0 || !theirs || std::abs(*theirs - ours) <= kRounding) {
+        if (ours == 0 || !theirs || agree(*theirs, ours) ||
+            agree(*theirs, std::max<std::int64_t>(ours - delay, 0))) {
             continue;
         }
         texts += (texts.empty() ? "" : ", ") + std::string(other.name) + " at " + ms(ours) + ", " +

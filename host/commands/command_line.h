@@ -47,6 +47,9 @@ public:
     // Two options that exclude each other.
     void exclusive(const std::string& one, const std::string& other);
 
+    // The first one means nothing without the other.
+    void needs(const std::string& one, const std::string& other);
+
     using Take = std::function<void(const std::string& given)>;
     void text(const std::string& name, const std::string& placeholder, Take take,
               const std::string& help);

@@ -50,7 +50,8 @@ _brindle() {
                 --quiet"
             ;;
         check)
-            options="--json --notes --only --ignore --fail-on -0 --null --jobs --quiet"
+            options="--json --notes --only --ignore --fail-on --listen --silent-start
+                --silence-inside --silent-end --too-loud --too-quiet -0 --null --jobs --quiet"
             ;;
         listen)
             options="--json --csv --quick --reference --sound-range --overlap-range -0 --null --jobs
@@ -69,6 +70,8 @@ _brindle() {
             ;;
         scan:--columns) return ;;
         scan:--jobs | check:--jobs | listen:--jobs) return ;;
+        check:--silent-start | check:--silence-inside | check:--silent-end) return ;;
+        check:--too-loud | check:--too-quiet) return ;;
         listen:--reference | listen:--sound-range | listen:--overlap-range) return ;;
         normalize:--pictures)
             mapfile -t COMPREPLY < <(compgen -W "keep drop" -- "$word")

@@ -394,6 +394,10 @@ WARN = {"corrupt-tag", "points-out-of-order", "points-disagree", "junk-before-au
         "tag-larger-than-file", "misread-text", "unread-text", "large-picture", "mojibake"}
 NOTE = {"header-mismatch", "changing-format:note", "duplicate-tag", "no-title", "no-artist",
         "tags-disagree", "bad-picture", "apev2-tag", "lyrics3-tag", "second-id3v1", "leftover"}
+# With --listen, of whatever real encoders make: tests/real/test_check_listen.py.
+HEARD_WARN = {"decode-error", "channel-missing", "cue-in-in-silence", "silent-start",
+              "silence-inside", "silent-end"}
+HEARD_NOTE = {"clipped", "too-loud", "too-quiet"}
 WITH_TWO_VERDICTS = {"frame-crc", "changing-format"}
 
 
@@ -444,8 +448,8 @@ def test_every_code_has_a_file():
 def test_help_lists_every_code_once(brindle):
     text = brindle("check", "--help").stdout.decode()
     rows = re.findall(r"^  ([a-z0-9-]+) +(bad|warn|note) +[A-Z]", text, re.MULTILINE)
-    assert len(rows) == len(BAD | WARN | NOTE)
-    for level, codes in (("bad", BAD), ("warn", WARN), ("note", NOTE)):
+    assert len(rows) == len(BAD | WARN | NOTE | HEARD_WARN | HEARD_NOTE)
+    for level, codes in (("bad", BAD), ("warn", WARN | HEARD_WARN), ("note", NOTE | HEARD_NOTE)):
         assert {named_code(code, verdict) for code, verdict in rows if verdict == level} == codes
     assert text.splitlines()[-2:] == ["Example:", "  brindle check --quiet /music/new"]
 
@@ -507,6 +511,89 @@ def test_text_tells_the_numbers(tmp_path, brindle, name):
     assert plain.startswith(f"a.mp3: {facts['verdict']}: {facts['reasons'][0]['code']} (")
     assert plain.count("\n") == 1
     assert all(reason["text"] in plain for reason in facts["reasons"])
+
+
+# --- listening
+
+def with_bad_frames():
+    """big_values of the first granule, 9 bits from bit 32 of the side information on, above 288."""
+    bad = bytearray(audio(1))
+    bad[8:10] = b"\xff\x80"
+    return GOOD + audio(110) + bytes(bad) + audio(5) + bytes(bad) + audio(5)
+
+
+def test_frames_that_cannot_be_decoded_are_a_warning(tmp_path, brindle):
+    (tmp_path / "a.mp3").write_bytes(with_bad_frames())
+    assert brindle("check", "--quiet", "a.mp3").stdout == b"a.mp3: ok\n"
+    result = brindle("check", "--listen", "--json", "--quiet", "a.mp3")
+    assert (result.returncode, result.stderr) == (0, b"")
+    (facts,) = checked(result)
+    assert facts["verdict"] == "warn"
+    # The first after 110 frames, 2,873.47 ms, and 39 bytes of the tag.
+    assert facts["reasons"] == [{
+        "code": "decode-error", "verdict": "warn",
+        "text": f"2 frames can't be decoded, the first at byte {39 + 110 * 417} (0:02.873): its side "
+                "information is not valid: fetch the file again from its source"}]
+
+
+def test_silent_file_is_a_warning(tmp_path, brindle):
+    """120 frames of NULs are 3.135 s of silence, 70 are 1.829 s."""
+    (tmp_path / "a.mp3").write_bytes(GOOD + AUDIO)
+    line = (b"a.mp3: warn: silent-start (silent from beginning to end, 0:03.135: fetch the file "
+            b"again)\n")
+    assert brindle("check", "--listen", "--quiet", "a.mp3").stdout == line
+    assert brindle("check", "--listen", "--silent-start", "3.2", "--quiet",
+                   "a.mp3").stdout == b"a.mp3: ok\n"
+    (tmp_path / "a.mp3").write_bytes(GOOD + audio(70))
+    assert brindle("check", "--listen", "--quiet", "a.mp3").stdout == b"a.mp3: ok\n"
+
+
+def test_file_without_a_stream_is_not_listened_to(tmp_path, brindle):
+    for name in ("no-stream", "ten-frames", "free-format", "empty"):
+        content, codes = FILES[name]
+        (tmp_path / "a.mp3").write_bytes(content)
+        (facts,) = checked(brindle("check", "--listen", "--json", "a.mp3"))
+        assert codes_of(facts) == codes
+
+
+def test_listening_adds_reasons_and_takes_none_away(tmp_path, brindle):
+    for name, (content, _) in FILES.items():
+        (tmp_path / f"{name}.mp3").write_bytes(content)
+    without, heard = (checked(brindle("check", "--json", "--quiet", *options, "."))
+                      for options in ([], ["--listen"]))
+    assert [facts["file"] for facts in heard] == [facts["file"] for facts in without]
+    for one, other in zip(without, heard):
+        codes = HEARD_WARN | HEARD_NOTE
+        assert [reason for reason in other["reasons"] if reason["code"] not in codes] == one[
+            "reasons"]
+
+
+@pytest.mark.parametrize("option", ["--silent-start", "--silence-inside", "--silent-end",
+                                    "--too-loud", "--too-quiet"])
+def test_limits_are_numbers_and_need_to_listen(tmp_path, brindle, option):
+    (tmp_path / "a.mp3").write_bytes(GOOD + AUDIO)
+    value = "-10" if "too" in option else "1"
+    assert brindle("check", "--listen", option, value, "a.mp3").returncode == 0
+    for wrong in ([option, value], ["--listen", option, "x"], ["--listen", option, "3601"],
+                  ["--listen", option, "-71"]):
+        result = brindle("check", *wrong, "a.mp3")
+        assert result.returncode == 2
+        assert result.stdout == b""
+
+
+@pytest.mark.plain_build
+def test_file_is_read_once(program, tmp_path):
+    """As many bytes as without listening."""
+    (tmp_path / "a.mp3").write_bytes(GOOD + audio(1000))
+
+    def bytes_read(*options):
+        trace = tmp_path / "trace"
+        subprocess.run(["strace", "-qq", "-f", "-o", trace, "-e", "trace=pread64", program, "check",
+                        "--quiet", *options, "a.mp3"], cwd=tmp_path, capture_output=True, timeout=60,
+                       check=True)
+        return sum(int(line.rsplit("=", 1)[1]) for line in trace.read_text().splitlines())
+
+    assert bytes_read("--listen") == bytes_read() > 417 * 1000
 
 
 # --- many files

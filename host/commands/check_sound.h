@@ -1,0 +1,32 @@
+// What is wrong with the sound of a file.
+#pragma once
+
+#include <vector>
+
+#include <brindle/cMPEGHeader.h>
+
+#include "commands/check_reasons.h"
+#include "listen/listening.h"
+
+namespace brindle::host {
+
+// What a file may do without a warning or a note.
+struct SoundLimits {
+    // Seconds without sound.
+    double silence_inside = 2;
+    double silent_start = 2;
+    double silent_end = 2;
+    // LUFS
+    double too_loud = -7;
+    double too_quiet = -30;
+};
+
+// How a file is to be listened to.
+[[nodiscard]] ListenOptions listen_options(const SoundLimits& limits);
+
+// `header` has the file open in which so much was heard. Silence that the cue-in or the secondary
+// tone leave out is none that anybody hears.
+void check_sound(const cMPEGHeader& header, const Listening& heard, const SoundLimits& limits,
+                 std::vector<Finding>& findings);
+
+}  // namespace brindle::host
