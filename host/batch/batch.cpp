@@ -27,7 +27,7 @@ class Batch {
 public:
     Batch(const BatchOptions& options, const Job& job)
         : job_(job),
-          names_(options),
+          names_(static_cast<const PathOptions&>(options), options.named_folders),
           progress_(!options.quiet && is_terminal(Stream::Error), options.paths) {}
 
     BatchOutcome run(unsigned jobs) {

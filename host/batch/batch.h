@@ -17,7 +17,8 @@ inline constexpr unsigned kMaxJobs = 256;
 struct BatchOptions : PathOptions {
     bool quiet = false;
     bool changes_files = false;  // each file that is begun is finished
-    unsigned jobs = 0;           // 0: one a processor
+    NamedFolders named_folders = NamedFolders::Walked;
+    unsigned jobs = 0;  // 0: one a processor
 };
 
 // What a file brings.

@@ -85,12 +85,15 @@ Consent ask_for_folders(const ChangeOptions& options) {
     return !has_failed && is_yes(answer) ? Consent::Given : Consent::Refused;
 }
 
+NamedFolders folders_named_by_input(const ChangeOptions& options) {
+    return options.yes || options.dry_run ? NamedFolders::Walked : NamedFolders::Refused;
+}
+
 ExitStatus for_each_file(const ChangeOptions& options, const PlanStep& plan,
                          const GroupRules& rules) {
     watch_for_interruption(SecondSignal::Ignored);
     const PathOptions& paths = options;
-    NameSource names(paths,
-                     options.yes || options.dry_run ? NamedFolders::Walked : NamedFolders::Refused);
+    NameSource names(paths, folders_named_by_input(options));
     std::size_t done = 0;
     std::size_t failed = 0;
     GroupedChanges changes(rules,

@@ -26,6 +26,9 @@ struct ChangeOptions : PathOptions {
 enum class Consent { Given, Refused, NobodyToAsk };
 [[nodiscard]] Consent ask_for_folders(const ChangeOptions& options);
 
+// They are walked only where that needs no consent, as nobody can count them before.
+[[nodiscard]] NamedFolders folders_named_by_input(const ChangeOptions& options);
+
 // In groups, which end early where the next name has to be waited for. A file that fails does not
 // stop the others. SIGINT does: the file at hand is finished, the rest is not touched, and the
 // number of files done is printed. Folders are entered without asking, but those that standard

@@ -206,16 +206,12 @@ private:
         if (!task.errors.empty() || row.edits.empty()) {
             return std::nullopt;
         }
-        task.changes.unicode = options_.unicode;
-        task.changes.edits = std::move(row.edits);
-        task.changes.kept = std::move(row.kept);
-        task.changes.way_to_force = "brindle set --force";
+        task.changes = changes_of(std::move(row), options_.unicode);
         SetOptions trial = task.changes;
         trial.dry_run = true;
         SetReport report;
         auto reason =
-            plan_with_editor(name, trial, report, options_.dry_run ? journal_ : no_journal_)
-                .failure;
+            set_with_editor(name, trial, report, options_.dry_run ? journal_ : no_journal_);
         if (options_.dry_run && !reason) {
             answer.output = report.lines;
         }
@@ -252,12 +248,7 @@ private:
             Answer answer;
             SetReport report;
             const auto save = [&](const std::string& name) {
-                const PlannedChange change = plan_with_editor(name, task.changes, report, journal_);
-                if (change.failure) {
-                    return change.failure;
-                }
-                journal_.flush();
-                return change.write();
+                return set_with_editor(name, task.changes, report, journal_);
             };
             answer.error = outcome_of(save, task.name);
             answer.output = report.lines;

@@ -77,15 +77,22 @@ CLI::Option* add_texts(CLI::App& app, const std::string& name, std::vector<std::
 
 }  // namespace
 
-ExitStatus change_files(const ChangeOptions& options, const PlanStep& plan, Journal& journal) {
+bool may_change_files(const ChangeOptions& options) {
     switch (ask_for_folders(options)) {
         case Consent::Given:
             break;
         case Consent::Refused:
             write_error("nothing was changed");
-            return ExitStatus::SomeFileFailed;
+            return false;
         case Consent::NobodyToAsk:
             throw UsageError("Changing all files in a folder takes --yes");
+    }
+    return true;
+}
+
+ExitStatus change_files(const ChangeOptions& options, const PlanStep& plan, Journal& journal) {
+    if (!may_change_files(options)) {
+        return ExitStatus::SomeFileFailed;
     }
     if (!options.dry_run) {
         return for_each_file(options, plan, journal_groups(journal));

@@ -19,8 +19,11 @@ class App;
 
 namespace brindle::host {
 
-// Does each file, with its entry in the journal before; asks before if there are folders among
-// them. Raises UsageError when that would take --yes.
+// Asks before files in folders are changed, if there are any, and tells when that is refused.
+// Raises UsageError when it would take --yes.
+[[nodiscard]] bool may_change_files(const ChangeOptions& options);
+
+// Does each file, with its entry in the journal before, if that may be.
 [[nodiscard]] ExitStatus change_files(const ChangeOptions& options, const PlanStep& plan,
                                       Journal& journal);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 #include <string_view>
+#include <utility>
 
 #include <brindle/text.h>
 
@@ -29,19 +30,6 @@ bool is_ignored(std::string_view title) {
     return std::find(std::begin(kIgnored), std::end(kIgnored), title) != std::end(kIgnored);
 }
 
-// A custom field, or a field of the table by its key or its option.
-std::optional<Column> value_column(const std::string& title) {
-    for (const Field& field : all_fields()) {
-        if (field.option != nullptr && field.option == "--" + title) {
-            return Column{.field = &field};
-        }
-    }
-    const std::optional<Column> column = column_of(title);
-    const bool is_value =
-        column && (column->kind == ColumnKind::Field || column->kind == ColumnKind::CustomField);
-    return is_value ? column : std::nullopt;
-}
-
 std::string custom_title(const String& name) {
     return std::string(kCustomPrefix) + to_utf8(name);
 }
@@ -56,7 +44,7 @@ std::string identity_of(const Column& column) {
 }
 
 std::string identity_of_removed(const std::string& name) {
-    const std::optional<Column> column = value_column(name);
+    const std::optional<Column> column = edit_column(name);
     return column ? identity_of(*column) : name;
 }
 
@@ -162,7 +150,7 @@ private:
         if (is_ignored(cell.column)) {
             return;
         }
-        const std::optional<Column> column = value_column(cell.column);
+        const std::optional<Column> column = edit_column(cell.column);
         if (!column) {
             refuse(cell.column, "there is no such column");
             return;
@@ -307,12 +295,34 @@ private:
 
 }  // namespace
 
+// A custom field, or a field of the table by its key or its option.
+std::optional<Column> edit_column(const std::string& title) {
+    for (const Field& field : all_fields()) {
+        if (field.option != nullptr && field.option == "--" + title) {
+            return Column{.field = &field};
+        }
+    }
+    const std::optional<Column> column = column_of(title);
+    const bool is_value =
+        column && (column->kind == ColumnKind::Field || column->kind == ColumnKind::CustomField);
+    return is_value ? column : std::nullopt;
+}
+
 bool is_edit_column(const std::string& title) {
-    return is_ignored(title) || value_column(title);
+    return is_ignored(title) || edit_column(title);
 }
 
 RowEdits edits_of(const EditRow& row, const cMPEGHeader& header, bool unicode) {
     return RowReader(row, header, unicode).read();
+}
+
+SetOptions changes_of(RowEdits row, bool unicode) {
+    SetOptions changes;
+    changes.unicode = unicode;
+    changes.edits = std::move(row.edits);
+    changes.kept = std::move(row.kept);
+    changes.way_to_force = "brindle set --force";
+    return changes;
 }
 
 }  // namespace brindle::host

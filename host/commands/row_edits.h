@@ -1,6 +1,7 @@
 // What a row of a table of edits changes in its file.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "commands/edit_table.h"
 #include "commands/edits.h"
 #include "commands/set_file.h"
+#include "output/file_columns.h"
 
 namespace brindle::host {
 
@@ -18,10 +20,16 @@ struct RowEdits {
     std::vector<std::string> errors;  // "column Year: ..."
 };
 
+// The value of a file that cells under this title set, or nothing.
+[[nodiscard]] std::optional<Column> edit_column(const std::string& title);
+
 // Whether cells may stand under this title.
 [[nodiscard]] bool is_edit_column(const std::string& title);
 
 // `header` has read the row's file.
 [[nodiscard]] RowEdits edits_of(const EditRow& row, const cMPEGHeader& header, bool unicode);
+
+// What is to be saved of a row without errors.
+[[nodiscard]] SetOptions changes_of(RowEdits row, bool unicode);
 
 }  // namespace brindle::host

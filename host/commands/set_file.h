@@ -14,6 +14,7 @@
 #include "commands/command_line.h"
 #include "commands/edits.h"
 #include "journal/journal.h"
+#include "system/file_state.h"
 
 namespace brindle::host {
 
@@ -34,6 +35,8 @@ struct SetOptions : ChangeOptions {
     bool host_form = false;
     bool common_form = false;  // see brindle::EditOptions
     std::vector<KeptValue> kept;
+    // Where the values depend on the file's content: how it was when they were found.
+    std::optional<FileState> expected_state;
     // What saves a file that is refused.
     std::string way_to_force = "--force";
 };
@@ -44,6 +47,7 @@ void add_saving_options(CommandOptions& command, SetOptions& options);
 struct SetReport {
     std::string lines;  // to be printed
     bool is_written = false;
+    bool is_outdated = false;  // the file is in another state than was expected
 };
 
 // Sets values of one file and leaves all other frames as they stand. Several
@@ -52,7 +56,13 @@ struct SetReport {
 [[nodiscard]] PlannedChange plan_with_editor(const std::string& name, const SetOptions& options,
                                              SetReport& report, Journal& journal);
 
-// The same, with the report on standard output.
+// Plans and writes, with a flush of the journal in between. The answer is why the file failed, or
+// nothing.
+[[nodiscard]] std::optional<std::string> set_with_editor(const std::string& name,
+                                                         const SetOptions& options,
+                                                         SetReport& report, Journal& journal);
+
+// As plan_with_editor(), with the report on standard output.
 [[nodiscard]] PlannedChange plan_and_print(const std::string& name, const SetOptions& options,
                                            Journal& journal);
 

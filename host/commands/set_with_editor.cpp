@@ -74,6 +74,10 @@ public:
         if (Failure reason = change_.open(header_)) {
             return reason;
         }
+        if (is_outdated()) {
+            report_.is_outdated = true;
+            return "Another program has changed the file in the meantime";
+        }
         had_record_ = has_id3v1(header_);
         const std::vector<ShownValue> values = shown_values();
         std::vector<std::string> old_values;
@@ -153,6 +157,11 @@ public:
     }
 
 private:
+    [[nodiscard]] bool is_outdated() const {
+        return options_.expected_state && change_.before() &&
+               !options_.expected_state->has_same_content(*change_.before());
+    }
+
     [[nodiscard]] std::vector<ShownValue> shown_values() const {
         return values_changed_by(options_.edits, options_.separate);
     }
@@ -341,6 +350,16 @@ PlannedChange plan_with_editor(const std::string& name, const SetOptions& option
         change.write = [file] { return file->save(); };
     }
     return change;
+}
+
+std::optional<std::string> set_with_editor(const std::string& name, const SetOptions& options,
+                                           SetReport& report, Journal& journal) {
+    const PlannedChange change = plan_with_editor(name, options, report, journal);
+    if (change.failure || !change.write) {
+        return change.failure;
+    }
+    journal.flush();
+    return change.write();
 }
 
 }  // namespace brindle::host

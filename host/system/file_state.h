@@ -29,6 +29,10 @@ struct FileState {
     [[nodiscard]] bool is_same_file(const FileState& other) const {
         return volume == other.volume && number == other.number;
     }
+    // As far as that can be told without reading it.
+    [[nodiscard]] bool has_same_content(const FileState& other) const {
+        return is_same_file(other) && size == other.size && modified == other.modified;
+    }
 };
 
 // Nothing when the system does not tell.
