@@ -54,8 +54,8 @@ _brindle() {
                 --silence-inside --silent-end --too-loud --too-quiet -0 --null --jobs --quiet"
             ;;
         listen)
-            options="--json --csv --quick --reference --sound-range --overlap-range -0 --null --jobs
-                --quiet"
+            options="--json --csv --set --overwrite --dry-run --yes --end-style-texts --quick
+                --reference --sound-range --overlap-range -0 --null --jobs --quiet $journal"
             ;;
         time) options="--style" ;;
         genres) ;;
@@ -72,6 +72,12 @@ _brindle() {
         scan:--jobs | check:--jobs | listen:--jobs) return ;;
         check:--silent-start | check:--silence-inside | check:--silent-end) return ;;
         check:--too-loud | check:--too-quiet) return ;;
+        listen:--set)
+            mapfile -t COMPREPLY < <(
+                compgen -W "cue-in sectone loudness end-style cue-in,sectone,loudness" -- "$word")
+            return
+            ;;
+        listen:--end-style-texts) return ;;
         listen:--reference | listen:--sound-range | listen:--overlap-range) return ;;
         normalize:--pictures)
             mapfile -t COMPREPLY < <(compgen -W "keep drop" -- "$word")

@@ -35,14 +35,14 @@ complete -c brindle -n '__fish_seen_subcommand_from set normalize' -l atomic -d 
 complete -c brindle -n '__fish_seen_subcommand_from set' -l unicode -d 'Write text outside the code page as UTF-16'
 complete -c brindle -n '__fish_seen_subcommand_from set' -l host-form -d 'Write all frames anew, as hosts do'
 complete -c brindle -n '__fish_seen_subcommand_from set normalize strip' -l force -d 'Also what would cost frames or the stream'
-complete -c brindle -n '__fish_seen_subcommand_from set normalize strip' -l dry-run -d 'Touch nothing'
+complete -c brindle -n '__fish_seen_subcommand_from set normalize strip listen' -l dry-run -d 'Touch nothing'
 complete -c brindle -n '__fish_seen_subcommand_from set normalize strip' -l preserve -d 'Keep the modification time'
 
-complete -c brindle -n '__fish_seen_subcommand_from set normalize strip' -l yes -d 'Change files in folders without asking'
+complete -c brindle -n '__fish_seen_subcommand_from set normalize strip listen' -l yes -d 'Change files in folders without asking'
 
 complete -c brindle -n '__fish_seen_subcommand_from normalize' -x -l pictures -a 'keep drop' -d 'What becomes of pictures'
 
-for command in set strip apply normalize undo
+for command in set strip apply normalize undo listen
     complete -c brindle -n "__fish_seen_subcommand_from $command" -l no-journal -d 'Keep no journal'
     complete -c brindle -n "__fish_seen_subcommand_from $command" -r -l journal -d 'Keep the journal in this new file'
     complete -c brindle -n "__fish_seen_subcommand_from $command" -x -l journal-days -d 'Remove older journals'
@@ -78,6 +78,9 @@ complete -c brindle -n '__fish_seen_subcommand_from show set normalize strip sca
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -x -l jobs -d 'Files at once'
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -l quiet -d 'No progress bar and no summary'
 
+complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l set -a 'cue-in sectone loudness end-style' -d 'Set what is suggested'
+complete -c brindle -n '__fish_seen_subcommand_from listen' -l overwrite -d 'Also where something is set'
+complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l end-style-texts -d 'Words for how files end'
 complete -c brindle -n '__fish_seen_subcommand_from listen' -l quick -d 'First and last minute only'
 complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l reference -d 'Loudness for gains'
 complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l sound-range -d 'LU below that are sound'

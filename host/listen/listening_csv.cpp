@@ -1,8 +1,6 @@
 #include "listening_csv.h"
 
-#include <algorithm>
-#include <array>
-#include <cstdint>
+#include <vector>
 
 #include "output/csv.h"
 
@@ -10,13 +8,7 @@ namespace brindle::host {
 
 namespace {
 
-constexpr std::array kColumns{"file", "cue-in", "sectone", "error"};
-
-std::string point_cell(std::int64_t point) {
-    return point > 0 ? std::to_string(point) : "";
-}
-
-std::string row(const std::array<std::string, kColumns.size()>& cells) {
+std::string row(const std::vector<std::string>& cells) {
     std::string text;
     for (const std::string& cell : cells) {
         text += (&cell == cells.data() ? "" : std::string(1, kCsvComma)) + csv_cell(cell);
@@ -26,20 +18,28 @@ std::string row(const std::array<std::string, kColumns.size()>& cells) {
 
 }  // namespace
 
-std::string listening_csv_header() {
-    std::array<std::string, kColumns.size()> names;
-    std::copy(kColumns.begin(), kColumns.end(), names.begin());
+std::string listening_csv_header(const EndStyleTexts& texts) {
+    std::vector<std::string> names{"file"};
+    for (const Suggestion& suggestion : suggestions({}, texts)) {
+        names.push_back(suggestion.column);
+    }
+    names.emplace_back("error");
     return row(names);
 }
 
 std::string listening_csv_row(const std::string& name, const Listening& heard,
-                              const std::string& error) {
-    return row({name, point_cell(heard.sound.value_or(TimeRange()).begin),
-                point_cell(heard.next_start.value_or(0)), error});
+                              const EndStyleTexts& texts, const std::string& error) {
+    std::vector<std::string> cells{name};
+    for (const Suggestion& suggestion : suggestions(heard, texts)) {
+        cells.push_back(suggestion.text == "0" ? "" : suggestion.text);
+    }
+    cells.push_back(error);
+    return row(cells);
 }
 
-std::string listening_csv_failure(const std::string& name, const std::string& error) {
-    return row({name, "", "", error});
+std::string listening_csv_failure(const std::string& name, const EndStyleTexts& texts,
+                                  const std::string& error) {
+    return listening_csv_row(name, {}, texts, error);
 }
 
 }  // namespace brindle::host

@@ -8,6 +8,8 @@
 
 #include <brindle/text.h>
 
+#include "suggestions.h"
+
 namespace brindle::host {
 
 std::optional<double> gain_in(std::string_view text) {

@@ -8,9 +8,6 @@
 
 namespace brindle::host {
 
-// What ReplayGain 2.0 brings every programme to, LUFS.
-inline constexpr double kReplayGainReference = -18;
-
 // LUFS by the field REPLAYGAIN_TRACK_GAIN. Nothing without it, or when it is no gain.
 [[nodiscard]] std::optional<double> loudness_by_replay_gain(const cMPEGHeader& header);
 

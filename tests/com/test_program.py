@@ -67,6 +67,9 @@ def test_says_what_it_was_built_without(brindle, song):
     status, printed = brindle("undo")
     assert (status, printed) == (2, "brindle: undo: built without zlib and libcrypto, "
                                     "which journals need\n")
+    status, printed = brindle("check", "--listen", windows_name(song))
+    assert (status, printed) == (2, "brindle: check --listen: built without libmpg123 and "
+                                    "libebur128, which listening needs\n")
 
 
 def test_scans_a_folder(brindle, song):

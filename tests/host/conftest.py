@@ -63,3 +63,15 @@ def reachable(open_folder, program):
     if result.returncode != 0:
         pytest.skip("another user cannot run the program where it was built")
     return open_folder
+
+
+@pytest.fixture(scope="session")
+def tone(tmp_path_factory):
+    """A second of silence, ten of a tone at -20 dBFS, a second of silence."""
+    folder = tmp_path_factory.mktemp("tone")
+    subprocess.run(["sox", "-R", "-n", "-r", "44100", "-c", "2", "-b", "16", folder / "a.wav",
+                    "synth", "10", "sine", "1000", "vol", "0.1", "pad", "1", "1"], check=True)
+    # At lower bit rates lame makes it softer.
+    subprocess.run(["lame", "--quiet", "--noreplaygain", "-b", "320", folder / "a.wav",
+                    folder / "a.mp3"], check=True)
+    return (folder / "a.mp3").read_bytes()

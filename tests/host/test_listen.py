@@ -24,18 +24,6 @@ KEYS = ["file", "duration_ms", "loudness_lufs", "reference", "gain_db", "range_l
         "clipped_at_ms", "end", "suggest", "undecoded", "frames_cut_off"]
 
 
-@pytest.fixture(scope="module")
-def tone(tmp_path_factory):
-    """A second of silence, ten of a tone at -20 dBFS, a second of silence."""
-    folder = tmp_path_factory.mktemp("tone")
-    subprocess.run(["sox", "-R", "-n", "-r", "44100", "-c", "2", "-b", "16", folder / "a.wav",
-                    "synth", "10", "sine", "1000", "vol", "0.1", "pad", "1", "1"], check=True)
-    # At lower bit rates lame makes it softer.
-    subprocess.run(["lame", "--quiet", "--noreplaygain", "-b", "320", folder / "a.wav",
-                    folder / "a.mp3"], check=True)
-    return (folder / "a.mp3").read_bytes()
-
-
 def facts_of(result):
     (line,) = result.stdout.decode().splitlines()
     return json.loads(line)
@@ -113,12 +101,14 @@ def test_csv_has_the_points_to_set(tmp_path, brindle, tone):
     result = brindle("listen", "--csv", ".")
     assert result.stdout.endswith(b"\r\n")
     rows = list(csv.DictReader(io.StringIO(result.stdout.decode(), newline="")))
-    assert list(rows[0]) == ["file", "cue-in", "sectone", "error"]
+    assert list(rows[0]) == ["file", "cue-in", "sectone", "field:REPLAYGAIN_TRACK_GAIN",
+                             "field:REPLAYGAIN_TRACK_PEAK", "error"]
     facts = facts_of(brindle("listen", "--json", "--quiet", "a,b.mp3"))
     assert list(rows[0].values()) == ["./a,b.mp3", str(facts["suggest"]["cue-in"]),
-                                      str(facts["suggest"]["sectone"]), ""]
-    assert list(rows[1].values()) == ["./none.mp3", "", "", "no MPEG audio found"]
-    assert list(rows[2].values()) == ["./silent.mp3", "", "", ""]
+                                      str(facts["suggest"]["sectone"]),
+                                      f"{facts['gain_db']:.2f} dB", f"{facts['sample_peak']:.6f}", ""]
+    assert list(rows[1].values()) == ["./none.mp3", "", "", "", "", "no MPEG audio found"]
+    assert list(rows[2].values()) == ["./silent.mp3", "", "", "", "", ""]
     assert result.stderr == b"brindle: ./none.mp3: no MPEG audio found\n3 files: 1 failed\n"
 
 

@@ -33,8 +33,9 @@ def test_the_dry_run_begins_as_really_printed(brindle):
 
 @pytest.mark.parametrize("arguments", [
     ["strip", "--all", "--dry-run", SAMPLE], ["scan", "examples"], ["check", "examples"],
-    ["listen", "examples"]],
-    ids=lambda arguments: arguments[0])
+    ["listen", "examples"],
+    ["listen", "--set", "cue-in,loudness", "--dry-run", "examples"]],
+    ids=lambda arguments: " ".join(arguments[:2]))
 def test_the_command_is_shown_as_really_printed(brindle, arguments):
     printed = brindle(*arguments, cwd=ROOT, text=True).stdout
     assert SAMPLE in printed
