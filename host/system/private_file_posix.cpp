@@ -147,7 +147,7 @@ std::optional<std::string> flush_folder(const std::string& name) {
     }
     // Some file systems flush no folders.
     const bool is_flushed = fsync(folder) == 0 || errno == EINVAL;
-    const auto reason = is_flushed ? std::nullopt : std::optional(system_reason());
+    auto reason = is_flushed ? std::nullopt : std::optional(system_reason());
     ::close(folder);
     return reason;
 }
