@@ -21,8 +21,8 @@ namespace brindle::host {
 
 struct JournalOptions {
     bool none = false;
-    std::optional<std::string> file;  // not the user's folder
-    JournalLimits limits;
+    std::optional<std::string> file = {};  // not the user's folder
+    JournalLimits limits = {};
 };
 
 // No journal can be kept, so nothing may be changed. Its text tells the user what to do.

@@ -69,7 +69,9 @@ void FileEdit::plan_tag(const FindAccepted& find_accepted) {
         *subject_.file, window, old_tag.value_or(ByteRange()), fields_, options_, plan_));
     if (sets_nothing_ && !(old_tag && has_work(window, *old_tag))) {
         fields_.clear();
-        plan_ = {.without_common_form = std::move(plan_.without_common_form)};
+        EditPlan without_tag;
+        without_tag.without_common_form = std::move(plan_.without_common_form);
+        plan_ = std::move(without_tag);
         return;
     }
     plan_.needed_length = tag.size();
