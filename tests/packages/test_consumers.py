@@ -95,3 +95,14 @@ def test_code_of_the_guide_is_that_of_the_tour():
     assert len(blocks) >= 8
     for block in blocks:
         assert block in tour
+
+
+@pytest.mark.slow
+@pytest.mark.parametrize("compiler", ["g++-11", "clang++-16"])
+def test_older_and_newer_compilers_build_it(compiler, song, environment, tmp_path):
+    """g++ 12 and clang 14 are those of the other builds."""
+    run("cmake", "--preset", "release", "-B", tmp_path, f"-DCMAKE_CXX_COMPILER={compiler}",
+        "-DCMAKE_CXX_FLAGS_RELEASE=-O0", cwd=ROOT)
+    run("cmake", "--build", tmp_path)
+    printed = run(tmp_path / "host" / "brindle", "show", song, env=environment)
+    assert "Good Morning" in printed
