@@ -22,7 +22,8 @@ struct ShowOptions : PathOptions {
 ExitStatus show(const ShowOptions& options) {
     ExitStatus status = ExitStatus::AllFine;
     bool blank_line = false;
-    NameSource names(options);
+    const PathOptions& paths = options;
+    NameSource names(paths);
     while (const std::optional<FoundName> found = names.next()) {
         const std::string& name = found->name;
         cMPEGHeader header;
