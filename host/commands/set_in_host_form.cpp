@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <brindle/cMPEGHeader.h>
 #include <brindle/save_plan.h>
@@ -88,16 +90,11 @@ private:
             return change_.reason_against(way());
         }
         save();
-        const auto remarks = change_.remarks();
-        if (!remarks) {
-            return "Saved, but another program has removed it since";
+        std::vector<std::string> remarks;
+        if (Failure reason = change_.conclude("Saved", options_.preserve, remarks)) {
+            return reason;
         }
-        if (options_.preserve) {
-            if (Failure reason = change_.restore_modification_time()) {
-                return reason;
-            }
-        }
-        write_output(printable(change_.name()) + ": " + outcome() + remarks_text(*remarks) + "\n");
+        write_output(printable(change_.name()) + ": " + outcome() + remarks_text(remarks) + "\n");
         return std::nullopt;
     }
 

@@ -134,14 +134,9 @@ public:
             edit_->save(change_.save_options(options_.atomic));
             report_.is_written = true;
         }
-        const auto remarks = change_.remarks();
-        if (!remarks) {
-            return "Saved, but another program has removed it since";
-        }
-        if (options_.preserve) {
-            if (Failure reason = change_.restore_modification_time()) {
-                return reason;
-            }
+        std::vector<std::string> remarks;
+        if (Failure reason = change_.conclude("Saved", options_.preserve, remarks)) {
+            return reason;
         }
         cMPEGHeader now;
         now.FileName(from_utf8(change_.name()));
@@ -152,7 +147,7 @@ public:
         }
         report_.lines += printable(change_.name()) + ": " + outcome(plan, now) +
                          values_text(reading) + remarks_text(remarks_on(plan)) +
-                         remarks_text(*remarks) + "\n";
+                         remarks_text(remarks) + "\n";
         return std::nullopt;
     }
 

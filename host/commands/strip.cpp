@@ -2,6 +2,8 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include <brindle/cMPEGHeader.h>
 #include <brindle/error.h>
@@ -70,18 +72,13 @@ std::optional<std::string> strip_file(FileToStrip& file, const StripOptions& opt
         }
     };
     file.header.RemoveTags(options.tags(), save);
-    const auto remarks = change.remarks();
-    if (!remarks) {
-        return "Stripped, but another program has removed it since";
-    }
-    if (options.preserve) {
-        if (auto reason = change.restore_modification_time()) {
-            return reason;
-        }
+    std::vector<std::string> remarks;
+    if (auto reason = change.conclude("Stripped", options.preserve, remarks)) {
+        return reason;
     }
     write_output(printable(name) + ": stripped " + tags_text(plan) + " (" +
                  std::to_string(plan.tag_bytes + plan.record_bytes) + " bytes)" +
-                 remarks_text(*remarks) + "\n");
+                 remarks_text(remarks) + "\n");
     return std::nullopt;
 }
 

@@ -91,8 +91,14 @@ std::optional<std::vector<std::string>> FileChange::remarks() const {
     return remarks;
 }
 
-std::optional<std::string> FileChange::restore_modification_time() const {
-    return before_ ? brindle::host::restore_modification_time(name_, *before_) : std::nullopt;
+std::optional<std::string> FileChange::conclude(const std::string& done, bool preserve,
+                                                std::vector<std::string>& remarks) const {
+    auto found = this->remarks();
+    if (!found) {
+        return done + ", but another program has removed it since";
+    }
+    remarks = std::move(*found);
+    return preserve && before_ ? restore_modification_time(name_, *before_) : std::nullopt;
 }
 
 bool FileChange::is_rebuilt() const {

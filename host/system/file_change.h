@@ -31,14 +31,18 @@ public:
     // What would keep the change from being written, as far as that can be known without writing.
     [[nodiscard]] std::optional<std::string> reason_against(SaveWay way) const;
 
-    // After the change: what of the file's surroundings is not as before, in a few words each.
-    // Nothing when the file is gone.
-    [[nodiscard]] std::optional<std::vector<std::string>> remarks() const;
-    [[nodiscard]] std::optional<std::string> restore_modification_time() const;
+    // After the change, which `done` names ("Saved"): gives the file its old modification time on
+    // demand. `remarks` then tell what of its surroundings is not as before, in a few words each.
+    // The answer is why the file failed, or nothing.
+    [[nodiscard]] std::optional<std::string> conclude(const std::string& done, bool preserve,
+                                                      std::vector<std::string>& remarks) const;
     // Whether the change was made in another file than the one that was opened.
     [[nodiscard]] bool is_rebuilt() const;
 
 private:
+    // Nothing when the file is gone.
+    [[nodiscard]] std::optional<std::vector<std::string>> remarks() const;
+
     std::string name_;
     FileGuard guard_;
     std::optional<FileState> before_;
