@@ -1,11 +1,10 @@
 #include "id3v2/common_form.h"
 
 #include <algorithm>
-#include <string>
+#include <iterator>
 
 #include "id3v2/frame_fields.h"
 #include "id3v2/frame_text.h"
-#include "id3v2/tag_layout.h"
 #include "id3v2/text_encoding.h"
 #include "util/code_page.h"
 
@@ -16,7 +15,7 @@ namespace {
 using ByteVector = std::vector<std::uint8_t>;
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr std::string_view kPeople = "IPLS";
+constexpr std::string_view kPeople[] = {"IPLS", "TIPL", "TMCL"};
 constexpr std::string_view kComment = "COMM";
 constexpr std::string_view kGenre = "TCON";
 constexpr std::string_view kUserLink = "WXXX";
@@ -103,7 +102,7 @@ CommonForm in_common_form(std::string_view id, Bytes content, bool was_version4)
     if (content.front() > kLastEncoding) {
         return {};
     }
-    if (id == kPeople) {
+    if (std::find(std::begin(kPeople), std::end(kPeople), id) != std::end(kPeople)) {
         return recoded_people(content);
     }
     if (!is_shown(id)) {

@@ -30,9 +30,9 @@ struct CommonForm {
     std::vector<std::uint8_t> content;  // of the frame, where it is recoded
 };
 
-// Of a frame of version 2.3 with that id and content. Lists of people (IPLS) keep their values
-// apart. A comment without a description loses its language, which hosts would read as part of it.
-// `was_version4`: genres by number get the parentheses of version 2.3.
+// Of a frame of version 2.3 with that id and content. Lists of people (IPLS, TIPL, TMCL) keep their
+// values apart. A comment without a description loses its language, which hosts would read as part
+// of it. `was_version4`: genres by number get the parentheses of version 2.3.
 [[nodiscard]] CommonForm in_common_form(std::string_view id, std::span<const std::uint8_t> content,
                                         bool was_version4);
 

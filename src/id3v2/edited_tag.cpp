@@ -332,10 +332,11 @@ private:
         std::vector<String> people;
         for (const std::string_view id : kPeopleOfVersion4) {
             Entry* const entry = has_list ? nullptr : find_version4(id);
-            if (entry == nullptr || entry->imported->is_packed) {
+            const auto content = entry == nullptr ? std::nullopt : content_of(*entry->imported);
+            if (!content) {
                 continue;
             }
-            const FrameText text(id, entry->imported->head(kMaxBodyInMemory));
+            const FrameText text(id, *content);
             if (text.values.size() % 2 != 0) {
                 continue;  // no list of pairs
             }
@@ -350,6 +351,14 @@ private:
         }
     }
 
+    // All of it; nothing where nobody can look into it, or it is longer than any text.
+    static std::optional<ByteVector> content_of(const ImportedFrame& frame) {
+        if (frame.is_packed || std::cmp_greater(frame.body.size(), kMaxBodyInMemory)) {
+            return std::nullopt;
+        }
+        return frame.head(kMaxBodyInMemory);
+    }
+
     static void replace_content(ImportedFrame& frame, ByteVector content) {
         ByteVector body = frame.body.read({0, frame.prefix});
         body.insert(body.end(), content.begin(), content.end());
@@ -357,16 +366,17 @@ private:
         frame.body.append_owned(std::move(body));
     }
 
-    // What is longer hosts do not read.
     void recode(Entry& entry) {
-        if (entry.field || entry.is_dropped || entry.source.is_packed ||
-            std::cmp_greater(entry.source.size, kMaxBodyInMemory)) {
+        if (entry.field || entry.is_dropped) {
             return;
         }
         std::optional<ImportedFrame> frame =
             entry.imported ? entry.imported : import_frame(file_, entry.version, entry.source);
-        CommonForm form = in_common_form(entry.id, frame->head(kMaxBodyInMemory),
-                                         entry.version == kNewestVersion);
+        const auto content = content_of(*frame);
+        if (!content) {
+            return;
+        }
+        CommonForm form = in_common_form(entry.id, *content, entry.version == kNewestVersion);
         if (form.result == CommonFormResult::AsBefore) {
             return;
         }

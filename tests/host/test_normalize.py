@@ -127,6 +127,31 @@ def test_what_all_read_alike_is_not_written(brindle, song, content):
     assert snapshot(song) == before
 
 
+@pytest.mark.parametrize("made", [
+    USLT(3, "eng", "", "x" * 40_000),  # UTF-16 in between has more than 64 KiB
+    USLT(0, "eng", "", "x" * 70_000),
+    USLT(3, "eng", "", "x" * 32_760),
+    TIPL(3, [["producer", "é" * 40_000]]),
+    TMCL(3, [["guitar", "x" * 70_000], ["drums", "y"]]),
+], ids=["larger in between", "8-bit text", "next to the limit", "people", "players"])
+def test_no_text_is_too_long_to_be_kept_whole(brindle, song, made):
+    write(song, TIT2(3, "ü"), made)
+    song.write_bytes(song.read_bytes() + AUDIO * 4)  # hosts find no stream after a larger tag
+    before = values(song)
+    assert brindle("normalize", "song.mp3").returncode == 0
+    after = values(song)
+    assert_same_values(before, after)
+    people = [key for key in before if key in ("TIPL", "TMCL")]
+    assert [before[key]["people"] for key in people] == [after[key]["people"] for key in people] or (
+        people == ["TMCL"] and before["TMCL"]["people"] == after["TIPL"]["people"])
+
+
+def test_pairs_that_are_not_whole_are_not_joined(brindle, song):
+    song.write_bytes(tag(frame("TMCL", b"\1\xff\xfea\0\0\0\xff\xfeb\0\0\0\xff\xfec\0")) + AUDIO)
+    assert brindle("normalize", "song.mp3").returncode == 0
+    assert frame("TMCL", b"\0a\0b\0c\0") in song.read_bytes()
+
+
 def test_unsynchronisation_and_extended_header_go(brindle, song):
     body = text_frame("TIT2", "\xff\xe0"[:1]).replace(b"\xff", b"\xff\0")  # FF, then an inserted 0
     body = body + frame("PRIV", b"x\0y")

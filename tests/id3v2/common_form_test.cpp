@@ -67,6 +67,8 @@ const CommonFormCase kCases[] = {
     {"PrivateFrameIsNoText", "PRIV", "\1x\0y"sv, AsBefore},
     {"PeopleStayApart", "IPLS", "\1\xFF\xFE" "a\0\0\0\xFF\xFE" "b\0\0\0"sv, Recoded, "\0a\0b\0"sv},
     {"PeopleOfLatin1Stay", "IPLS", "\0a\0b\0"sv, AsBefore},
+    {"PeopleOfVersion4StayApart", "TIPL", "\3a\0b\0c"sv, Recoded, "\0a\0b\0c\0"sv},
+    {"PlayersOfVersion4StayApart", "TMCL", "\0a\0b"sv, AsBefore},
     {"GenreByNumber", "TCON", "\3" "17"sv, Recoded, "\0(17)"sv, true},
     {"GenreByNumberOfVersion3", "TCON", "\0" "17"sv, AsBefore, {}, false},
     {"GenresByNumberAndName", "TCON", "\3" "17\0Salsa"sv, Recoded, "\0(17)Salsa"sv, true},
