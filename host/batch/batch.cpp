@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "batch/progress_bar.h"
+#include "output/printable_text.h"
 #include "output/standard_streams.h"
 #include "system/interruption.h"
 #include "system/terminal.h"
@@ -200,8 +201,7 @@ ExitStatus BatchOutcome::status() const {
 }
 
 std::string BatchOutcome::files_text() const {
-    return (is_interrupted ? "Interrupted: " : "") + std::to_string(files) +
-           (files == 1 ? " file" : " files");
+    return (is_interrupted ? "Interrupted: " : "") + counted(files, "file");
 }
 
 BatchOutcome run_batch(const BatchOptions& options, const Job& job) {

@@ -82,10 +82,6 @@ struct RowTask {
     SetOptions changes;
 };
 
-std::string counted(std::size_t count, const std::string& what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 class Application {
 public:
     Application(const ApplyOptions& options, EditTable table)

@@ -15,6 +15,7 @@
 #include "commands/frame_search.h"
 #include "commands/mpeg_frame.h"
 #include "listen/encoder_delay.h"
+#include "output/printable_text.h"
 #include "output/stream_text.h"
 
 namespace brindle::host {
@@ -22,14 +23,6 @@ namespace brindle::host {
 namespace {
 
 using Findings = std::vector<Finding>;
-
-std::string counted(std::int64_t count, const std::string& one) {
-    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
-}
-
-std::string ms(std::int64_t milliseconds) {
-    return std::to_string(milliseconds) + " ms";
-}
 
 // What nobody hears: a tenth of a second, or a second in three minutes and twenty.
 bool is_noticed(std::int64_t difference, std::int64_t exact) {
@@ -43,11 +36,14 @@ void check_length(std::int64_t promised, std::int64_t exact, Findings& findings)
     if (!is_noticed(difference, exact)) {
         return;
     }
-    const std::string lengths = "promises " + ms(promised) + ", plays " + ms(exact) + ": ";
+    const std::string lengths =
+        "promises " + milliseconds_text(promised) + ", plays " + milliseconds_text(exact) + ": ";
     if (promised > exact) {
-        findings.push_back({Reason::DeadAir, lengths + ms(difference) + " of dead air"});
+        findings.push_back(
+            {Reason::DeadAir, lengths + milliseconds_text(difference) + " of dead air"});
     } else {
-        findings.push_back({Reason::EndCutOff, lengths + ms(difference) + " cut off"});
+        findings.push_back(
+            {Reason::EndCutOff, lengths + milliseconds_text(difference) + " cut off"});
     }
 }
 

@@ -13,14 +13,11 @@
 #include <brindle/text.h>
 
 #include "output/printable_text.h"
+#include "output/stream_text.h"
 
 namespace brindle::host {
 
 namespace {
-
-std::string ms(std::int64_t milliseconds) {
-    return std::to_string(milliseconds) + " ms";
-}
 
 struct Point {
     const char* name;
@@ -70,9 +67,10 @@ void check_points(const cMPEGHeader& header, std::int64_t exact, std::vector<Fin
         if (point.at == 0) {
             continue;
         }
-        const std::string text = std::string(point.name) + " at " + ms(point.at);
+        const std::string text = std::string(point.name) + " at " + milliseconds_text(point.at);
         if (point.at > exact) {
-            findings.push_back({point.beyond_end, text + ", the audio ends at " + ms(exact)});
+            findings.push_back(
+                {point.beyond_end, text + ", the audio ends at " + milliseconds_text(exact)});
         }
         if (point.at < before.second) {
             order += (order.empty() ? "" : ", ") + text + " before " + before.first;
@@ -100,8 +98,9 @@ void check_points_of_others(const CheckedFile& file, std::int64_t delay,
             agree(*theirs, std::max<std::int64_t>(ours - delay, 0))) {
             continue;
         }
-        texts += (texts.empty() ? "" : ", ") + std::string(other.name) + " at " + ms(ours) + ", " +
-                 printable(String(other.field)) + " at " + ms(*theirs);
+        texts += (texts.empty() ? "" : ", ") + std::string(other.name) + " at " +
+                 milliseconds_text(ours) + ", " + printable(String(other.field)) + " at " +
+                 milliseconds_text(*theirs);
     }
     if (!texts.empty()) {
         findings.push_back({Reason::PointsDisagree, texts + ": set the one that is wrong"});

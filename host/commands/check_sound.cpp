@@ -8,6 +8,7 @@
 
 #include "listen/decode_fault.h"
 #include "listen/listening_text.h"
+#include "output/printable_text.h"
 #include "output/stream_text.h"
 
 namespace brindle::host {
@@ -21,7 +22,7 @@ std::int64_t in_milliseconds(double seconds) {
     return std::llround(seconds * kMillisecondsPerSecond);
 }
 
-// `at 0:01.000, 0:02.500, ...`: the first of so many places.
+// `at 0:01.000, 0:02.500, ...`: the first of them.
 template <class Places, class Text>
 std::string places_text(const Places& places, std::int64_t count, Text text_of) {
     constexpr std::size_t kMost = 5;
@@ -65,10 +66,10 @@ void check_silences(const Listening& heard, const Played& played, std::int64_t l
     const std::int64_t unknown =
         heard.silence_count - static_cast<std::int64_t>(heard.silences.size());
     const auto count = static_cast<std::int64_t>(silences.size()) + unknown;
-    findings.push_back({Reason::SilenceInside,
-                        std::to_string(count) + (count == 1 ? " silence, " : " silences, ") +
-                            places_text(silences, count, range_text) +
-                            ": cut it out, or set --sectone to where it begins"});
+    findings.push_back(
+        {Reason::SilenceInside, counted(count, "silence") + ", " +
+                                    places_text(silences, count, range_text) +
+                                    ": cut it out, or set --sectone to where it begins"});
 }
 
 // Where sound is heard again of what begins at the cue-in.
@@ -184,9 +185,7 @@ void check_sound(const cMPEGHeader& header, const Listening& heard, const SoundL
     }
     if (heard.clipped_runs > 0) {
         const std::int64_t count = heard.clipped_runs;
-        findings.push_back({Reason::Clipped, std::to_string(count) +
-                                                 (count == 1 ? " run" : " runs") +
-                                                 " of samples at full scale, " +
+        findings.push_back({Reason::Clipped, counted(count, "run") + " of samples at full scale, " +
                                                  places_text(heard.clipped_at, count, time_text) +
                                                  ": take a source of lower level"});
     }

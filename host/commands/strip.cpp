@@ -65,11 +65,10 @@ std::optional<std::string> strip_file(FileToStrip& file, const StripOptions& opt
     SaveOptions save = change.save_options();
     // The journal must not bring back what is not in the file any more.
     save.before_write = [&](const NewContent& content) {
-        const auto now = state_of(name);
-        if (!now || !change.before() || !(content == plan.content) ||
-            !now->is_same_content(*change.before())) {
+        if (!change.before() || !(content == plan.content)) {
             throw Error(RuntimeError::PermissionDenied, u"brindle");
         }
+        require_same_content(name, *change.before());
     };
     file.header.RemoveTags(options.tags(), save);
     std::vector<std::string> remarks;

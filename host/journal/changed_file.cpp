@@ -4,11 +4,13 @@
 #include <filesystem>
 #include <map>
 #include <span>
+#include <system_error>
 #include <utility>
 
 #include <brindle/error.h>
 
 #include "journal/journal_format.h"
+#include "journal/recorded_name.h"
 #include "system/file_access.h"
 #include "system/sha256.h"
 
@@ -57,23 +59,6 @@ PartMark mark_in(ReadOnlyFile& file, std::int64_t begin, std::int64_t length) {
     return {length, hash.digits()};
 }
 
-struct JournalNames {
-    std::string name;
-    std::string target;
-};
-
-JournalNames names_of(const std::string& name) {
-    namespace fs = std::filesystem;
-    std::error_code error;
-    const fs::path path(name);
-    const fs::path folder = fs::canonical(path.has_parent_path() ? path.parent_path() : ".", error);
-    const fs::path target = error ? fs::path() : fs::canonical(path, error);
-    if (error) {
-        throw Error(RuntimeError::PathNotFound, u"brindle");
-    }
-    return {(folder / path.filename()).string(), target.string()};
-}
-
 std::size_t common_end(const JournalBytes& one, const JournalBytes& other) {
     const auto [end, ignored] =
         std::mismatch(one.rbegin(), one.rend(), other.rbegin(), other.rend());
@@ -91,9 +76,14 @@ JournalEntry entry_of(const std::string& name, const FileState& before, const Ne
                     u"Its tag is too large for a journal; --no-journal does without one");
     }
     JournalEntry entry;
-    JournalNames names = names_of(name);
-    entry.name = std::move(names.name);
-    entry.target = std::move(names.target);
+    std::error_code error;
+    const std::optional<std::string> recorded = recorded_name(name);
+    const std::filesystem::path target = std::filesystem::canonical(name, error);
+    if (!recorded || error) {
+        throw Error(RuntimeError::PathNotFound, u"brindle");
+    }
+    entry.name = *recorded;
+    entry.target = target.string();
     entry.before = before;
     ReadOnlyFile file(name);
     entry.front = read_part(file, 0, content.kept_from);

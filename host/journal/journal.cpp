@@ -40,9 +40,9 @@ struct Journal::State {
     JournalRun run;
 
     PrivateFile file;
+    std::string name;          // of the file, on the thread that flushes
     mutable std::mutex mutex;  // guards all below
     std::condition_variable flushed;
-    std::string name;
     JournalBytes pending;
     std::uint64_t added = 0;      // entries
     std::uint64_t on_device = 0;  // of them
@@ -69,10 +69,7 @@ struct Journal::State {
         if (const auto reason = file.create(place)) {
             refuse(place, *reason);
         }
-        {
-            const std::unique_lock lock(mutex);
-            name = place;
-        }
+        name = place;
         JournalBytes beginning = journal_beginning();
         const JournalBytes record = packed_record(bytes_of(run));
         beginning.insert(beginning.end(), record.begin(), record.end());
@@ -190,11 +187,6 @@ bool Journal::is_full() const {
 std::int64_t Journal::size() const {
     const std::unique_lock lock(state_->mutex);
     return state_->size;
-}
-
-std::string Journal::name() const {
-    const std::unique_lock lock(state_->mutex);
-    return state_->name;
 }
 
 }  // namespace brindle::host

@@ -62,8 +62,6 @@ public:
 
     // Bytes of all entries, written and counted.
     [[nodiscard]] std::int64_t size() const;
-    // "" as long as there is no file.
-    [[nodiscard]] std::string name() const;
 
 private:
     struct State;

@@ -6,11 +6,11 @@
 #include <system_error>
 #include <utility>
 
-#include <brindle/error.h>
 #include <brindle/new_content.h>
 #include <brindle/text.h>
 
 #include "journal/changed_file.h"
+#include "journal/recorded_name.h"
 #include "output/printable_text.h"
 #include "system/file_access.h"
 #include "system/file_guard.h"
@@ -22,14 +22,6 @@ namespace brindle::host {
 namespace {
 
 using Failure = std::optional<std::string>;
-
-// As a run records names: absolute, every folder by its own name.
-bool is_recorded_name(const std::string& name) {
-    const std::filesystem::path path(name);
-    return path.is_absolute() && name.find('\0') == std::string::npos &&
-           path.lexically_normal().native() == path.native() && path.has_filename() &&
-           ends_in_mp3_or_mp2(name);
-}
 
 std::string size_text(std::int64_t size) {
     return std::to_string(size) + " bytes";
@@ -43,7 +35,7 @@ public:
 
     // Why it is not brought back, or nothing. It may be so already.
     Failure plan(const JournalEntry& entry, bool dry_run, Journal& journal) {
-        if (!is_recorded_name(name_)) {
+        if (!is_recorded_name(name_) || !ends_in_mp3_or_mp2(name_)) {
             return "The journal names no MP3 file";
         }
         std::int64_t size = 0;
@@ -94,12 +86,7 @@ public:
     // When the journal of the undo is on the device.
     Failure write() {
         SaveOptions options = guard_.save_options();
-        options.before_write = [this](const NewContent&) {
-            const auto state = state_of(name_);
-            if (!state || !state->is_same_content(*now_)) {
-                throw Error(RuntimeError::PermissionDenied, u"brindle");
-            }
-        };
+        options.before_write = [this](const NewContent&) { require_same_content(name_, *now_); };
         write_content(from_utf8(name_), content_, options);
         if (Failure reason = restore_state(name_, before_)) {
             return "Its bytes are back; " + *reason;

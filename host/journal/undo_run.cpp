@@ -11,6 +11,7 @@
 
 #include "batch/grouped_changes.h"
 #include "journal/journal_folder.h"
+#include "journal/recorded_name.h"
 #include "journal/recorded_run.h"
 #include "journal/undo_file.h"
 #include "output/printable_text.h"
@@ -24,18 +25,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Place = RecordedRun::Place;
-
-std::string counted_files(std::size_t count) {
-    return std::to_string(count) + (count == 1 ? " file" : " files");
-}
-
-// As a journal has it.
-std::string recorded_name(const std::string& name) {
-    std::error_code error;
-    const fs::path path(name);
-    const fs::path folder = fs::canonical(path.has_parent_path() ? path.parent_path() : ".", error);
-    return error ? name : (folder / path.filename()).string();
-}
 
 std::string absolute_name(const std::string& name) {
     std::error_code error;
@@ -65,7 +54,7 @@ public:
         undo(places);
         if (is_interrupted()) {
             write_error("interrupted after " + std::to_string(done_) + " of " +
-                        counted_files(places.size()) + "; brindle undo " + path_ +
+                        counted(places.size(), "file") + "; brindle undo " + path_ +
                         " does the rest");
             return interrupted_status();
         }
@@ -104,7 +93,7 @@ private:
         }
         std::set<std::string> names;
         for (const std::string& file : options_.files) {
-            const std::string name = recorded_name(file);
+            const std::string name = recorded_name(file).value_or(file);
             names.insert(name);
             if (std::none_of(places.begin(), places.end(),
                              [&](const Place& place) { return place.name == name; })) {
@@ -160,7 +149,7 @@ private:
     }
 
     [[nodiscard]] std::string summary() const {
-        return counted_files(restored_) +
+        return counted(restored_, "file") +
                (options_.dry_run ? " would be brought back, " : " brought back, ") +
                std::to_string(was_so_) + " so already, " + std::to_string(failed_) +
                " failed: " + recorded_.run().command + " of " + utc_text(recorded_.run().started);
@@ -193,7 +182,7 @@ ExitStatus list_journals() {
             continue;
         }
         write_output(utc_text(recorded.run().started) + "  " + printable(recorded.run().command) +
-                     "  " + counted_files(recorded.count_entries()) + "  " +
+                     "  " + counted(recorded.count_entries(), "file") + "  " +
                      std::to_string(recorded.size()) + " bytes  " + printable(path) + "\n");
     }
     return status;
@@ -209,7 +198,7 @@ ExitStatus list_journal(const std::string& journal) {
     const std::vector<Place> places = recorded.places();
     write_output(utc_text(recorded.run().started) + "  " + printable(recorded.run().command) +
                  (recorded.run().undone.empty() ? "" : " of " + printable(recorded.run().undone)) +
-                 "  " + counted_files(places.size()) + "\n");
+                 "  " + counted(places.size(), "file") + "\n");
     for (const Place& place : places) {
         if (const auto entry = recorded.entry_at(place)) {
             write_output(printable(place.name) + ": " + std::to_string(entry->length_before()) +

@@ -42,10 +42,6 @@ std::int64_t Journal::size() const {
     return 0;
 }
 
-std::string Journal::name() const {
-    return {};
-}
-
 ExitStatus undo_run(const UndoOptions&) {
     return ExitStatus::WrongUsage;
 }

@@ -1,6 +1,7 @@
 // Text of foreign origin on one line of a terminal.
 #pragma once
 
+#include <concepts>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,12 @@ namespace brindle::host {
 [[nodiscard]] std::string printable(const String& text);
 // The same in quotation marks.
 [[nodiscard]] std::string in_quotes(const String& text);
+
+// `1 frame`, `2 frames`
+template <std::integral Count>
+[[nodiscard]] std::string counted(Count count, const std::string& one) {
+    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
+}
 
 // `one, another`: the text of each item.
 template <class Items, class TextOf>

@@ -22,6 +22,10 @@ std::int32_t kilobits_per_second(const cMPEGHeader& header) {
     return header.VBR() ? header.BitRate() : header.BitRate() / kBitsPerKilobit;
 }
 
+std::string milliseconds_text(std::int64_t ms) {
+    return std::to_string(ms) + " ms";
+}
+
 std::string time_text(std::int64_t ms) {
     constexpr std::int64_t kSecond = 1'000;
     constexpr std::int64_t kMinute = 60 * kSecond;

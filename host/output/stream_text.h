@@ -15,6 +15,8 @@ namespace brindle::host {
 [[nodiscard]] std::int32_t kilobits_per_second(const cMPEGHeader& header);
 // `2:23.046`: minutes, seconds and milliseconds; of hours, too.
 [[nodiscard]] std::string time_text(std::int64_t ms);
+// `143046 ms`
+[[nodiscard]] std::string milliseconds_text(std::int64_t ms);
 [[nodiscard]] bool has_id3v1(const cMPEGHeader& header);
 // As hosts see it.
 [[nodiscard]] bool has_id3v2(const cMPEGHeader& header);

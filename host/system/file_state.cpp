@@ -4,10 +4,19 @@
 #include <filesystem>
 #include <system_error>
 
+#include <brindle/error.h>
+
 #include "system/file_path.h"
 #include "system/utc_text.h"
 
 namespace brindle::host {
+
+void require_same_content(const std::string& name, const FileState& before) {
+    const std::optional<FileState> now = state_of(name);
+    if (!now || !now->has_same_content(before)) {
+        throw Error(RuntimeError::PermissionDenied, u"brindle");
+    }
+}
 
 std::optional<std::string> modification_time(const std::string& name) {
     namespace chrono = std::chrono;

@@ -22,10 +22,6 @@ struct FileState {
     std::uint64_t links = 1;                             // names of the file
     std::map<std::string, std::string> user_attributes;  // those of "user.", by name
 
-    // As far as the system tells.
-    [[nodiscard]] bool is_same_content(const FileState& other) const {
-        return is_same_file(other) && size == other.size && modified == other.modified;
-    }
     [[nodiscard]] bool is_same_file(const FileState& other) const {
         return volume == other.volume && number == other.number;
     }
@@ -37,6 +33,9 @@ struct FileState {
 
 // Nothing when the system does not tell.
 [[nodiscard]] std::optional<FileState> state_of(const std::string& name);
+
+// Raises error 70 unless the file stands as it did, as far as the system tells.
+void require_same_content(const std::string& name, const FileState& before);
 
 // Gives a saved file its modification time back. The answer is why that could not be done, or
 // nothing.
