@@ -7,6 +7,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "commands/csv_reader.h"
+#include "output/csv.h"
 #include "output/standard_streams.h"
 
 namespace brindle::host {
@@ -100,6 +102,14 @@ ExitStatus change_files(const ChangeOptions& options, const PlanStep& plan, Jour
     const ExitStatus status = for_each_file(options, plan, {});
     write_note(journal_size_text(journal));
     return status;
+}
+
+std::vector<std::string> words_in(const std::string& option, const std::string& list) {
+    try {
+        return CsvReader(list, kCsvComma).next();
+    } catch (const CsvError& error) {
+        throw UsageError(option + ": " + error.what());
+    }
 }
 
 void CommandOptions::flag(const std::string& names, bool& value, const std::string& help,

@@ -36,6 +36,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// The words of an option whose value is a list, with commas between them. Raises UsageError.
+[[nodiscard]] std::vector<std::string> words_in(const std::string& option, const std::string& list);
+
 // The options and operands of one command. What is passed by reference is assigned while the
 // command line is read, and must live until the command has run.
 class CommandOptions {

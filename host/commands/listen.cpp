@@ -17,7 +17,6 @@
 #include "batch/batch.h"
 #include "batch/file_batch.h"
 #include "commands/command_line.h"
-#include "commands/csv_reader.h"
 #include "commands/set_suggestions.h"
 #include "journal/journal.h"
 #include "listen/listen_to_file.h"
@@ -25,7 +24,6 @@
 #include "listen/listening_json.h"
 #include "listen/listening_text.h"
 #include "listen/suggestions.h"
-#include "output/csv.h"
 #include "output/file_json.h"
 #include "output/printable_text.h"
 #include "output/standard_streams.h"
@@ -49,14 +47,6 @@ struct ListenCommand {
 };
 
 // --- options that are lists
-
-std::vector<std::string> words_in(const std::string& option, const std::string& list) {
-    try {
-        return CsvReader(list, kCsvComma).next();
-    } catch (const CsvError& error) {
-        throw UsageError(option + ": " + error.what());
-    }
-}
 
 struct SetWord {
     std::string_view word;

@@ -8,7 +8,6 @@
 
 #include "batch/batch.h"
 #include "commands/command_line.h"
-#include "commands/csv_reader.h"
 #include "commands/scan_summary.h"
 #include "output/audio_hash.h"
 #include "output/csv.h"
@@ -61,16 +60,12 @@ std::string scan_line(const std::string& name, const cMPEGHeader& header,
 
 std::vector<Column> columns_in(const std::string& list) {
     std::vector<Column> columns;
-    try {
-        for (const std::string& title : CsvReader(list, kCsvComma).next()) {
-            const std::optional<Column> column = column_of(title);
-            if (!column) {
-                throw UsageError("--columns: there is no column '" + title + "'");
-            }
-            columns.push_back(*column);
+    for (const std::string& title : words_in("--columns", list)) {
+        const std::optional<Column> column = column_of(title);
+        if (!column) {
+            throw UsageError("--columns: there is no column '" + title + "'");
         }
-    } catch (const CsvError& error) {
-        throw UsageError(std::string("--columns: ") + error.what());
+        columns.push_back(*column);
     }
     if (columns.empty()) {
         throw UsageError("--columns: the list is empty");
