@@ -4,6 +4,7 @@
 #include <brindle/tag_facts.h>
 
 #include "id3v2/cMP3ID3v2.h"
+#include "id3v2/frame_text.h"
 
 namespace brindle {
 
@@ -18,11 +19,7 @@ std::optional<String> first_text(const TagFacts& facts, Wanted is_wanted) {
 }  // namespace
 
 String TagText::text() const {
-    String joined;
-    for (const String& value : values) {
-        joined += (&value == values.data() ? u"" : u"/") + value;
-    }
-    return joined;
+    return joined(values);
 }
 
 std::optional<String> TagFacts::text(std::u16string_view id) const {

@@ -39,17 +39,7 @@ bool are_read_alike(const std::vector<String>& texts) {
 
 // Whose texts hosts show. Pictures, objects and the like are of no use to them.
 bool is_shown(std::string_view id) {
-    const auto fields = fields_of(id);
-    return id == kUserLink ||
-           std::find(fields.begin(), fields.end(), FrameField::Text) != fields.end();
-}
-
-String joined(const std::vector<String>& values, std::u16string_view separator) {
-    String text;
-    for (const String& value : values) {
-        text += (&value == values.data() ? u"" : String(separator)) + value;
-    }
-    return text;
+    return id == kUserLink || holds_text(id);
 }
 
 bool is_number(const String& text) {
@@ -71,7 +61,7 @@ std::vector<String> genres_of_version3(const std::vector<String>& values) {
     if (numbers.empty()) {
         return values;
     }
-    return {numbers + joined(names, u"/")};
+    return {numbers + joined(names)};
 }
 
 void append_latin1(const String& text, ByteVector& bytes) {
@@ -128,7 +118,7 @@ CommonForm in_common_form(std::string_view id, Bytes content, bool was_version4)
         append_latin1(description, form.content);
         form.content.push_back(0);
     }
-    append_latin1(joined(values, u"/"), form.content);
+    append_latin1(joined(values), form.content);
     if (id == kUserLink) {
         const Bytes link = content.subspan(text.data_begin);
         form.content.insert(form.content.end(), link.begin(), link.end());

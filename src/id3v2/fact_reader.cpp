@@ -34,17 +34,12 @@ public:
             take_picture(*frame);
         } else if (is_link(frame->id())) {
             take_link(*frame);
-        } else if (is_text(frame->id())) {
+        } else if (holds_text(frame->id())) {
             take_text(*frame);
         }
     }
 
 private:
-    static bool is_text(std::string_view id) {
-        const auto fields = fields_of(id);
-        return std::find(fields.begin(), fields.end(), FrameField::Text) != fields.end();
-    }
-
     void take_text(const ImportedFrame& frame) {
         const std::vector<std::uint8_t> content = frame.head(kMaxBodyInMemory);
         FrameText read(frame.id(), content);

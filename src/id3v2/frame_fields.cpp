@@ -78,4 +78,9 @@ std::span<const FrameField> fields_of(std::string_view id) noexcept {
                                   : std::span<const FrameField>();
 }
 
+bool holds_text(std::string_view id) noexcept {
+    const auto fields = fields_of(id);
+    return std::find(fields.begin(), fields.end(), Text) != fields.end();
+}
+
 }  // namespace brindle

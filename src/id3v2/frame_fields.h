@@ -28,6 +28,9 @@ enum class FrameField : std::uint8_t {
 // are all whose id begins with "T".
 [[nodiscard]] std::span<const FrameField> fields_of(std::string_view id) noexcept;
 
+// Whether values in the frame's encoding are in it.
+[[nodiscard]] bool holds_text(std::string_view id) noexcept;
+
 // Links are 8-bit text without an encoding. That of a WXXX frame has a description in front.
 [[nodiscard]] bool is_link(std::string_view id) noexcept;
 

@@ -91,4 +91,12 @@ FrameText::FrameText(std::string_view id, std::span<const std::uint8_t> content)
     }
 }
 
+String joined(std::span<const String> values) {
+    String text;
+    for (const String& value : values) {
+        text += (&value == values.data() ? u"" : u"/") + value;
+    }
+    return text;
+}
+
 }  // namespace brindle

@@ -29,4 +29,7 @@ struct FrameText {
     std::size_t data_begin = 0;
 };
 
+// Several values as one, with "/" between them, as version 2.3 has them.
+[[nodiscard]] String joined(std::span<const String> values);
+
 }  // namespace brindle

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <iterator>
 #include <new>
 #include <set>
 #include <string>
@@ -11,7 +10,6 @@
 
 #include "id3v2/content_type.h"
 #include "id3v2/custom_field_names.h"
-#include "util/code_page.h"
 #include "util/find_byte.h"
 #include "util/numeric_text.h"
 
