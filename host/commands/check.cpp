@@ -61,7 +61,7 @@ std::string line_of(const std::string& name, const std::vector<Finding>& finding
         if (row_of(finding.reason).verdict == Verdict::Note && !options.notes) {
             continue;
         }
-        line += separator + std::string(row_of(finding.reason).code) + " (" + finding.text + ")";
+        line += separator + std::string(row_of(finding.reason).code) + " (" + text_of(finding) + ")";
         separator = ", ";
     }
     return line + "\n";
@@ -72,7 +72,7 @@ Json facts_of(const std::vector<Finding>& findings) {
     for (const Finding& finding : findings) {
         const ReasonRow& row = row_of(finding.reason);
         reasons.push_back(
-            Json{{"code", row.code}, {"verdict", word(row.verdict)}, {"text", finding.text}});
+            Json{{"code", row.code}, {"verdict", word(row.verdict)}, {"text", text_of(finding)}});
     }
     return Json{{"verdict", word(verdict_of(findings))}, {"reasons", std::move(reasons)}};
 }
@@ -157,7 +157,7 @@ std::string list_of_codes() {
         line.resize(kVerdictColumn, ' ');
         line += word(row.verdict);
         line.resize(kMeaningColumn, ' ');
-        list.append(line).append(row.meaning).append("\n");
+        list.append(line).append(row.meaning).append(": ").append(row.remedy).append("\n");
     }
     return list + "\n";
 }

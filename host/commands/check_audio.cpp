@@ -6,6 +6,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <brindle/frame_walk.h>
 
@@ -98,8 +99,7 @@ Finding junk_before_audio() {
 }
 
 Finding changing_format(const MpegFrame& from, const MpegFrame& to, const std::string& where) {
-    return {Reason::ChangingFormat, from.text() + " changes to " + to.text() + where +
-                                        ": encode the file again in one format"};
+    return {Reason::ChangingFormat, from.text() + " changes to " + to.text() + where};
 }
 
 // What the frames tell on the way, and what stands between them.
@@ -224,8 +224,7 @@ private:
         findings.push_back(
             {wrong_crcs_ * kBadShare >= frames ? Reason::FrameCrc : Reason::FewFrameCrc,
              "the checksum of " + std::to_string(wrong_crcs_) + " of " + counted(frames, "frame") +
-                 " is wrong, from byte " + std::to_string(first_wrong_crc_) +
-                 ": fetch the file again from its source"});
+                 " is wrong, from byte " + std::to_string(first_wrong_crc_)});
     }
 
     ReadOnlyFile& file_;
@@ -288,38 +287,47 @@ struct Playable {
     std::optional<EncoderHeader> encoder_header;
 };
 
-// What keeps hosts from the stream, and the remedy.
-std::string reason_against_hosts(const CheckedFile& file, const Playable& playable) {
+Finding not_playable(std::string why, std::string remedy) {
+    return {Reason::NotPlayableByHosts, std::move(why), std::move(remedy)};
+}
+
+// What keeps hosts from the stream.
+Finding find_obstacle(const CheckedFile& file, const Playable& playable) {
     constexpr std::int64_t kFewestFrames = 11;
     constexpr std::int64_t kMaxPositions = 16'384;
     constexpr std::int64_t kLongestFile = std::numeric_limits<std::int32_t>::max();
     const auto bytes = [](std::int64_t count) { return std::to_string(count) + " bytes"; };
     const std::int64_t tag = file.header.ID3TagSizeIncludingHeader();
     if (file.size > kLongestFile) {
-        return "the file has " + bytes(file.size) + ", hosts read " + std::to_string(kLongestFile) +
-               ": split it";
+        return not_playable(
+            "the file has " + bytes(file.size) + ", hosts read " + std::to_string(kLongestFile),
+            "split it");
     }
     if (playable.encoder_header && playable.encoder_header->bytes.value_or(0) > file.size) {
-        return "the Xing header promises " + bytes(*playable.encoder_header->bytes) +
-               " of a file of " + std::to_string(file.size) +
-               ": it was cut; fetch it again, or encode it again as it is";
+        return not_playable("the Xing header promises " + bytes(*playable.encoder_header->bytes) +
+                                " of a file of " + std::to_string(file.size),
+                            "it was cut; fetch it again, or encode it again as it is");
     }
     if (tag * 2 > file.size) {
-        return "the ID3v2 tag takes " + bytes(tag) + " of " + std::to_string(file.size) +
-               ", more than half of the file: take pictures out of it";
+        return not_playable("the ID3v2 tag takes " + bytes(tag) + " of " +
+                                std::to_string(file.size) + ", more than half of the file",
+                            "take pictures out of it");
     }
     if (playable.found.frames < kFewestFrames) {
-        return counted(playable.found.frames, "frame") + " of audio, hosts need " +
-               std::to_string(kFewestFrames) + ": lengthen the sound with silence";
+        return not_playable(counted(playable.found.frames, "frame") + " of audio, hosts need " +
+                                std::to_string(kFewestFrames),
+                            "lengthen the sound with silence");
     }
     if (const std::int64_t junk = playable.found.first - playable.begin; junk > kMaxPositions) {
-        return bytes(junk) + " before the first frame, hosts give up after " +
-               std::to_string(kMaxPositions) + ": take them out";
+        return not_playable(bytes(junk) + " before the first frame, hosts give up after " +
+                                std::to_string(kMaxPositions),
+                            "take them out");
     }
     if (playable.found.runs > 1) {
-        return "bytes that are no audio break the run of frames that hosts look for: take them out";
+        return not_playable("bytes that are no audio break the run of frames that hosts look for",
+                            "take them out");
     }
-    return "hosts find no run of frames that agree: encode the file again";
+    return not_playable("hosts find no run of frames that agree", "encode the file again");
 }
 
 void check_surroundings(CheckedFile& file, const Playable& playable, Findings& findings) {
@@ -349,9 +357,7 @@ void check_without_stream(CheckedFile& file, Findings& findings) {
     const FoundFrames& found = playable.found;
     if (found.frames < kCertain) {
         if (const auto free_format = find_free_format(file.bytes, playable.begin)) {
-            findings.push_back({Reason::FreeFormat, free_format->text() +
-                                                        " in free format: encode the file again "
-                                                        "at one of the bit rates of the standard"});
+            findings.push_back({Reason::FreeFormat, free_format->text() + " in free format"});
             return;
         }
     }
@@ -361,7 +367,7 @@ void check_without_stream(CheckedFile& file, Findings& findings) {
     }
     const auto first_length = static_cast<std::size_t>(found.first_frame->length);
     playable.encoder_header = encoder_header_in(file.bytes.read(found.first, first_length));
-    findings.push_back({Reason::NotPlayableByHosts, reason_against_hosts(file, playable)});
+    findings.push_back(find_obstacle(file, playable));
     check_surroundings(file, playable, findings);
     if (playable.encoder_header) {
         check_frame_count(*playable.encoder_header, found.frames - 1, findings);

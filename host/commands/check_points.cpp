@@ -103,7 +103,7 @@ void check_points_of_others(const CheckedFile& file, std::int64_t delay,
                  milliseconds_text(*theirs);
     }
     if (!texts.empty()) {
-        findings.push_back({Reason::PointsDisagree, texts + ": set the one that is wrong"});
+        findings.push_back({Reason::PointsDisagree, texts});
     }
 }
 

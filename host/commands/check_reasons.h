@@ -65,6 +65,7 @@ struct ReasonRow {
     Verdict verdict;      // of a file with nothing worse; a note leaves it ok
     const char* code;     // never changes: programs compare it; some have two verdicts
     const char* meaning;  // for the list of codes
+    const char* remedy;   // what to do about it
 };
 
 // The one table of codes, worst first, in the order of Reason.
@@ -75,7 +76,11 @@ struct ReasonRow {
 struct Finding {
     Reason reason;
     std::string text;
+    std::string remedy = {};  // of this file; when empty that of the table
 };
+
+// What was found, and what to do about it.
+[[nodiscard]] std::string text_of(const Finding& finding);
 
 // The worst of all: ok, warn or bad.
 [[nodiscard]] Verdict verdict_of(const std::vector<Finding>& findings);

@@ -66,10 +66,8 @@ void check_silences(const Listening& heard, const Played& played, std::int64_t l
     const std::int64_t unknown =
         heard.silence_count - static_cast<std::int64_t>(heard.silences.size());
     const auto count = static_cast<std::int64_t>(silences.size()) + unknown;
-    findings.push_back(
-        {Reason::SilenceInside, counted(count, "silence") + ", " +
-                                    places_text(silences, count, range_text) +
-                                    ": cut it out, or set --sectone to where it begins"});
+    findings.push_back({Reason::SilenceInside, counted(count, "silence") + ", " +
+                                                   places_text(silences, count, range_text)});
 }
 
 // Where sound is heard again of what begins at the cue-in.
@@ -93,15 +91,15 @@ void check_cue_in(const Listening& heard, std::int64_t cue_in, Findings& finding
         // Beyond the end of the file it has a code of its own.
         if (cue_in <= heard.milliseconds) {
             findings.push_back({Reason::CueInInSilence,
-                                text + "where sound has ended at " + time_text(heard.sound->end) +
-                                    ": set --cue-in " + std::to_string(heard.sound->begin)});
+                                text + "where sound has ended at " + time_text(heard.sound->end),
+                                "set --cue-in " + std::to_string(heard.sound->begin)});
         }
         return;
     }
     const std::int64_t next = next_sound(heard, cue_in);
     if (next - cue_in > kUnnoticed) {
-        findings.push_back({Reason::CueInInSilence, text + "sound begins at " + time_text(next) +
-                                                        ": set --cue-in " + std::to_string(next)});
+        findings.push_back({Reason::CueInInSilence, text + "sound begins at " + time_text(next),
+                            "set --cue-in " + std::to_string(next)});
     }
 }
 
@@ -112,25 +110,25 @@ void check_silence(const cMPEGHeader& header, const Listening& heard, const Soun
         // What cannot be decoded has no sound either.
         if (heard.undecoded.count == 0 &&
             heard.milliseconds > in_milliseconds(limits.silent_start)) {
-            findings.push_back({Reason::SilentStart, "silent from beginning to end, " +
-                                                         time_text(heard.milliseconds) +
-                                                         ": fetch the file again"});
+            findings.push_back({Reason::SilentStart,
+                                "silent from beginning to end, " + time_text(heard.milliseconds),
+                                "fetch the file again from its source"});
         }
         return;
     }
     if (played.begin > 0) {
         check_cue_in(heard, played.begin, findings);
     } else if (heard.sound->begin > in_milliseconds(limits.silent_start)) {
-        findings.push_back({Reason::SilentStart, "silent until " + time_text(heard.sound->begin) +
-                                                     ": set --cue-in " +
-                                                     std::to_string(heard.sound->begin)});
+        findings.push_back({Reason::SilentStart, "silent until " + time_text(heard.sound->begin),
+                            "set --cue-in " + std::to_string(heard.sound->begin)});
     }
     check_silences(heard, played, in_milliseconds(limits.silence_inside), findings);
     if (played.end - heard.sound->end > in_milliseconds(limits.silent_end)) {
         const std::int64_t next = heard.next_start.value_or(heard.sound->end);
-        findings.push_back({Reason::SilentEnd, "silent from " + time_text(heard.sound->end) +
-                                                   " to " + time_text(played.end) +
-                                                   ": set --sectone " + std::to_string(next)});
+        findings.push_back(
+            {Reason::SilentEnd,
+             "silent from " + time_text(heard.sound->end) + " to " + time_text(played.end),
+             "set --sectone " + std::to_string(next)});
     }
 }
 
@@ -142,21 +140,20 @@ void check_channels(const ChannelBalance& balance, Findings& findings) {
     constexpr double kOutOfPhase = -0.8;
     const auto [left, right] = balance.energy;
     if (left > right * kSilent || right > left * kSilent) {
-        findings.push_back({Reason::ChannelMissing,
-                            std::string("the ") + (left < right ? "left" : "right") +
-                                " channel is silent: encode the source again, or the other "
-                                "channel alone"});
+        findings.push_back(
+            {Reason::ChannelMissing,
+             std::string("the ") + (left < right ? "left" : "right") + " channel is silent",
+             "encode the source again, or the other channel alone"});
     } else if (balance.correlation < kOutOfPhase) {
         findings.push_back({Reason::ChannelMissing,
-                            "the channels are out of phase and cancel each other in mono: invert "
-                            "one of them and encode the source again"});
+                            "the channels are out of phase and cancel each other in mono",
+                            "invert one of them and encode the source again"});
     }
 }
 
 void check_loudness(double loudness, const SoundLimits& limits, Findings& findings) {
     const auto text = [&](const std::string& side, double limit) {
-        return lufs_text(loudness) + ", " + side + lufs_text(limit) +
-               ": brindle listen --set loudness writes the gain that players apply";
+        return lufs_text(loudness) + ", " + side + lufs_text(limit);
     };
     if (loudness > limits.too_loud) {
         findings.push_back({Reason::TooLoud, text("above ", limits.too_loud)});
@@ -176,8 +173,7 @@ void check_sound(const cMPEGHeader& header, const Listening& heard, const SoundL
     if (heard.undecoded.count > 0) {
         findings.push_back(
             {Reason::DecodeError,
-             undecoded_text(heard.undecoded, time_text(heard.undecoded.milliseconds)) +
-                 ": fetch the file again from its source"});
+             undecoded_text(heard.undecoded, time_text(heard.undecoded.milliseconds))});
     }
     check_silence(header, heard, limits, findings);
     if (heard.sound && heard.balance) {
@@ -186,8 +182,7 @@ void check_sound(const cMPEGHeader& header, const Listening& heard, const SoundL
     if (heard.clipped_runs > 0) {
         const std::int64_t count = heard.clipped_runs;
         findings.push_back({Reason::Clipped, counted(count, "run") + " of samples at full scale, " +
-                                                 places_text(heard.clipped_at, count, time_text) +
-                                                 ": take a source of lower level"});
+                                                 places_text(heard.clipped_at, count, time_text)});
     }
     if (heard.loudness) {
         check_loudness(*heard.loudness, limits, findings);

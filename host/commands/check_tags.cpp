@@ -107,8 +107,7 @@ void check_mojibake(const CheckedFile& file, Findings& findings) {
     }
     if (!labels.empty()) {
         findings.push_back({Reason::Mojibake,
-                            "read in the wrong encoding: " + comma_list(labels, std::identity()) +
-                                ": set these texts again"});
+                            "read in the wrong encoding: " + comma_list(labels, std::identity())});
     }
 }
 
@@ -179,9 +178,8 @@ void check_agreement(CheckedFile& file, Findings& findings) {
         }
     }
     if (!names.empty()) {
-        findings.push_back({Reason::TagsDisagree, "ID3v1 and ID3v2 differ in " +
-                                                      comma_list(names, std::identity()) +
-                                                      ": set it again, which writes both"});
+        findings.push_back({Reason::TagsDisagree,
+                            "ID3v1 and ID3v2 differ in " + comma_list(names, std::identity())});
     }
 }
 
@@ -227,8 +225,7 @@ void check_pictures(const TagFacts& facts, Findings& findings) {
     }
     if (!labels.empty()) {
         findings.push_back({Reason::BadPicture,
-                            "no image by its first bytes: " + comma_list(labels, std::identity()) +
-                                ": remove it or put the picture in again"});
+                            "no image by its first bytes: " + comma_list(labels, std::identity())});
     }
 }
 

@@ -6,6 +6,7 @@ constant 128 kbit/s promises its bytes times 8 / 128.
 
 import json
 import os
+import pathlib
 import re
 import shutil
 import subprocess
@@ -15,6 +16,7 @@ import pytest
 from mp3_bytes import (FRAME_HEADER, FRAME_LENGTH, audio, audio_with_xing, frame, id3v1, tag,
                        text_frame, user_frame)
 
+MANUAL = pathlib.Path(__file__).resolve().parents[2] / "docs" / "brindle.1.scd"
 NAMES = (text_frame("TIT2", "Song"), text_frame("TPE1", "Ann"))
 GOOD = tag(*NAMES)
 AUDIO = audio()
@@ -451,11 +453,14 @@ def test_help_lists_every_code_once(brindle):
     assert len(rows) == len(BAD | WARN | NOTE | HEARD_WARN | HEARD_NOTE)
     for level, codes in (("bad", BAD), ("warn", WARN | HEARD_WARN), ("note", NOTE | HEARD_NOTE)):
         assert {named_code(code, verdict) for code, verdict in rows if verdict == level} == codes
+    manual = MANUAL.read_text(encoding="utf-8")
+    rows = re.findall(r"^  ([a-z0-9-]+) +(bad|warn|note) +(.*: .*)$", text, re.MULTILINE)
+    assert re.findall(r"^\|  ([a-z0-9-]+)\n:  (bad|warn|note)\n:  (.*)$", manual, re.MULTILINE) == rows
     assert text.splitlines()[-2:] == ["Example:", "  brindle check --quiet /music/new"]
 
 
 TEXTS = {
-    "no-stream": "no MPEG audio found",
+    "no-stream": "no MPEG audio found: fetch the file again from its source",
     "ten-frames": "10 frames of audio, hosts need 11: lengthen the sound with silence",
     "xing-promises-more-bytes-than-the-file-has":  # 39 + 60 * 417
         "the Xing header promises 100080 bytes of a file of 25059: it was cut; fetch it again, or "
@@ -466,8 +471,8 @@ TEXTS = {
     "20000-bytes-before-audio":
         "20000 bytes before the first frame, hosts give up after 16384: take them out",
     "modes-alternate": "hosts find no run of frames that agree: encode the file again",
-    "free-format": "MPEG 1 Layer 3, 44100 Hz in free format: encode the file again at one of the "
-                   "bit rates of the standard",
+    "free-format": "MPEG 1 Layer 3, 44100 Hz in free format: encode the file again at a bit rate of "
+                   "the standard",
     "version-changes":
         "MPEG 1 Layer 3, 44100 Hz changes to MPEG 2 Layer 3, 22050 Hz, 20 frames from byte 50079: "
         "encode the file again in one format",
@@ -484,21 +489,25 @@ TEXTS = {
     "other-cue-in-in-seconds":
         "cue-in at 1500 ms, liq_cue_in at 1520 ms: set the one that is wrong",
     "promise-of-130-ms-more":
-        "promises 3265 ms, plays 3135 ms: 130 ms of dead air",  # 125 frames: 3,265.31
+        "promises 3265 ms, plays 3135 ms: 130 ms of dead air: fetch the file again, or encode it "
+        "again",  # 125 frames: 3,265.31
     "promise-of-131-ms-less":
-        "promises 3004 ms, plays 3135 ms: 131 ms cut off",  # 115 frames: 3,004.08
-    "cue-in-beyond-end": "cue-in at 3136 ms, the audio ends at 3135 ms",
-    "intro-before-cue-in": "intro at 499 ms before cue-in at 500 ms",
-    "before-the-beginning": "cue-in at -1 ms before the beginning",
+        "promises 3004 ms, plays 3135 ms: 131 ms cut off: encode the file again",  # 115 frames: 3,004.08
+    "cue-in-beyond-end": "cue-in at 3136 ms, the audio ends at 3135 ms: set it again",
+    "intro-before-cue-in": "intro at 499 ms before cue-in at 500 ms: set the one that is wrong",
+    "before-the-beginning": "cue-in at -1 ms before the beginning: set the one that is wrong",
     "junk-between-frames":  # GOOD is 10 + 15 + 14 bytes
-        f"20 bytes that are no audio, at 1 place from byte {39 + 120 * 417}",
-    "cut-last-frame": "the last frame ends after 200 bytes",
+        f"20 bytes that are no audio, at 1 place from byte {39 + 120 * 417}: fetch the file again, "
+        "or encode it again",
+    "cut-last-frame": "the last frame ends after 200 bytes: fetch the file again if its end is missing",
     "tag-larger-than-file":
-        f"the ID3v2 tag claims 90010 bytes of a file of {10 + 29 + 20 + 120 * 417}",
-    "utf-8": "hosts read another text: TALB:1",
-    "utf-16-custom-field": 'hosts read another text: TXXX:1 "Cue In"',
-    "text-of-5001-bytes": "hosts do not read TALB:1",
-    "picture-of-81921-bytes": "hosts do not read APIC:1",
+        f"the ID3v2 tag claims 90010 bytes of a file of {10 + 29 + 20 + 120 * 417}: "
+        "fetch the file again from its source",
+    "utf-8": "hosts read another text: TALB:1: brindle normalize writes what all read alike",
+    "utf-16-custom-field": 'hosts read another text: TXXX:1 "Cue In": '
+                             'brindle normalize writes what all read alike',
+    "text-of-5001-bytes": "hosts do not read TALB:1: shorten it",
+    "picture-of-81921-bytes": "hosts do not read APIC:1: put in a smaller one",
 }
 
 
@@ -540,7 +549,7 @@ def test_silent_file_is_a_warning(tmp_path, brindle):
     """120 frames of NULs are 3.135 s of silence, 70 are 1.829 s."""
     (tmp_path / "a.mp3").write_bytes(GOOD + AUDIO)
     line = (b"a.mp3: warn: silent-start (silent from beginning to end, 0:03.135: fetch the file "
-            b"again)\n")
+            b"again from its source)\n")
     assert brindle("check", "--listen", "--quiet", "a.mp3").stdout == line
     assert brindle("check", "--listen", "--silent-start", "3.2", "--quiet",
                    "a.mp3").stdout == b"a.mp3: ok\n"
@@ -619,7 +628,7 @@ def test_notes_are_printed_when_asked_for(tmp_path, brindle):
     (tmp_path / "a.mp3").write_bytes(FILES["no-title"][0])
     assert brindle("check", "--quiet", "a.mp3").stdout == b"a.mp3: ok\n"
     assert brindle("check", "--quiet", "--notes", "a.mp3").stdout == (
-        b"a.mp3: ok: no-title (no title)\n")
+        b"a.mp3: ok: no-title (no title: set --title)\n")
 
 
 def test_leftover_is_told(tmp_path, brindle):
