@@ -43,20 +43,20 @@ def test_the_command_is_shown_as_really_printed(brindle, arguments):
 
 
 def pipelines():
-    """The examples of the shell that begin with find."""
-    return re.findall(r"^```\n(find .*?)```$", README, re.MULTILINE | re.DOTALL)
+    """The examples of the shell that use find."""
+    return [block for block in re.findall(r"^```\n(.*?)```$", README, re.MULTILINE | re.DOTALL)
+            if re.search(r"^find ", block, re.MULTILINE)]
 
 
 @pytest.fixture
 def music(program, tmp_path):
     """Some names that a shell could stumble over, and the program where a shell finds it."""
-    names = ["a.mp3", "b c.mp3", "d\ne.mp3", "-f.mp3", "g'h.mp3", "caf\u00e9.mp3", "x/$(i).mp3"]
+    names = ["a.mp3", "b c.mp3", "d\ne.mp3", "-f.mp3", "g'h.mp3", "caf\u00e9.mp3", "x/$(i).mp3", "j.MP3",
+             "k.mp2"]
     for name in names:
         path = tmp_path / "music" / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(audio())
-    (tmp_path / "last-check").touch()
-    os.utime(tmp_path / "last-check", (0, 0))
     (tmp_path / "bin").mkdir()
     (tmp_path / "bin" / "brindle").symlink_to(program)
     return {f"{tmp_path}/music/{name}" for name in names}
@@ -71,9 +71,20 @@ def run_in_shell(command, folder):
 
 def test_names_from_find_are_checked(music, tmp_path):
     (command,) = [one for one in pipelines() if "brindle check" in one]
-    run_in_shell(command, tmp_path)
-    lines = (tmp_path / "verdicts.jsonl").read_text().splitlines()
-    assert {json.loads(line)["file"] for line in lines} == music
+    (first,) = re.findall(r"^\(`(touch .*?)` once", README, re.MULTILINE)
+    run_in_shell(first, tmp_path)
+
+    def checked_files():
+        run_in_shell(command, tmp_path)
+        lines = (tmp_path / "verdicts.jsonl").read_text().splitlines()
+        return {json.loads(line)["file"] for line in lines}
+
+    assert checked_files() == music
+    new = tmp_path / "music" / "new.Mp2"
+    new.write_bytes(audio())
+    later = (tmp_path / "last-check").stat().st_mtime_ns + 1
+    os.utime(new, ns=(later, later))
+    assert checked_files() == {str(new)}
 
 
 @pytest.mark.skipif(shutil.which("parallel") is None, reason="needs parallel")
