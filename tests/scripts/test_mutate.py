@@ -80,6 +80,25 @@ def test_seed_and_commit_decide_what_is_drawn(tree):
     assert len(drawn) > 1
 
 
+def test_a_run_goes_on_where_another_ended(tree):
+    def changes(*options):
+        return mutate(tree, "--seed", "1", *options).stdout.splitlines()[:-1]
+
+    assert changes("--count", "2") + changes("--skip", "2") == changes("--count", "4")
+
+
+def test_a_program_that_does_not_end_notices(tree):
+    (tree / "src" / "fake.cpp").write_text("""bool is_small(int number) {
+    volatile bool goes_on = false;
+    while (goes_on) {
+    }
+    return number < 10;
+}
+""")
+    lines = mutate(tree, "--seed", "1").stdout.splitlines()
+    assert "noticed   src/fake.cpp:2: false -> true  (brindle_fake_tests does not end)" in lines
+
+
 def test_too_few_noticed_changes_fail(tree):
     assert mutate(tree, "--seed", "1", "--count", "100", "--fail-under", "50").returncode == 0
     assert mutate(tree, "--seed", "1", "--count", "100", "--fail-under", "51").returncode == 1
@@ -89,4 +108,4 @@ def test_tests_that_fail_without_a_change_are_told(tree):
     (tree / "tests" / "fake" / "test.cpp").write_text("int main() { return 1; }\n")
     result = mutate(tree)
     assert result.returncode == 1
-    assert result.stderr == "brindle_fake_tests fails without any change\n"
+    assert result.stderr == "without any change: brindle_fake_tests\n"
