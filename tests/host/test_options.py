@@ -52,7 +52,7 @@ def test_help_lists_the_commands(brindle):
 
 
 def test_man_page_lists_the_reasons_of_check(brindle):
-    rows = re.findall(r"^  ([a-z0-9-]+) +(bad|warn|note) +(.+)$",
+    rows = re.findall(r"^  ([a-z0-9-]+) +(bad|warn|note) +(.+: .+)$",
                       brindle("check", "--help").stdout.decode(), re.MULTILINE)
     assert len(rows) == 45
     told = re.findall(r"^\|  (\S+)\n:  (\S+)\n:  (.+)$", MANUAL.read_text(), re.MULTILINE)
