@@ -24,17 +24,21 @@ namespace {
 constexpr std::size_t kMaxWaiting = 1024;
 constexpr std::chrono::milliseconds kDrawAgain{100};
 
+unsigned processors() {
+    return std::max(1U, std::thread::hardware_concurrency());
+}
+
 class Batch {
 public:
     Batch(const BatchOptions& options, const Job& job)
         : job_(job),
+          fixed_jobs_(options.jobs > 0 || !options.is_busy ? options.jobs : processors()),
           names_(static_cast<const PathOptions&>(options), options.named_folders),
           progress_(!options.quiet && is_terminal(Stream::Error), options.paths) {}
 
-    BatchOutcome run(unsigned jobs) {
-        std::vector<std::thread> threads = start(jobs);
+    BatchOutcome run() {
         wait();
-        for (std::thread& thread : threads) {
+        for (std::thread& thread : threads_) {
             thread.join();
         }
         if (fault_) {
@@ -53,36 +57,37 @@ private:
     using Waiting = std::optional<std::pair<std::string, Answer>>;
     using Lock = std::unique_lock<std::mutex>;
 
-    std::vector<std::thread> start(unsigned jobs) {
-        std::vector<std::thread> threads;
-        threads.reserve(jobs);
-        working_ = jobs;
-        try {
-            while (threads.size() < jobs) {
-                threads.emplace_back([this] { work(); });
+    // Number of files to process in parallel.
+    [[nodiscard]] unsigned jobs() const { return fixed_jobs_ > 0 ? fixed_jobs_ : tuner_.jobs(); }
+
+    void start_threads() {
+        while (threads_.size() < jobs() && !is_over_ && !has_all_threads_) {
+            try {
+                threads_.emplace_back([this] { work(); });
+                ++working_;
+            } catch (const std::system_error&) {
+                // Fewer threads do it, too.
+                if (threads_.empty()) {
+                    throw;
+                }
+                has_all_threads_ = true;
             }
-        } catch (const std::system_error&) {
-            // Fewer threads do it, too.
-            if (threads.empty()) {
-                throw;
-            }
-            const Lock lock(answers_);
-            working_ -= jobs - static_cast<unsigned>(threads.size());
         }
-        return threads;
     }
 
     void wait() {
         Lock lock(answers_);
+        start_threads();
         while (working_ > 0) {
-            if (!progress_.is_shown()) {
+            if (progress_.is_shown()) {
+                done_.wait_for(lock, kDrawAgain);
+                lock.unlock();
+                progress_.draw();
+                lock.lock();
+            } else {
                 done_.wait(lock);
-                continue;
             }
-            done_.wait_for(lock, kDrawAgain);
-            lock.unlock();
-            progress_.draw();
-            lock.lock();
+            start_threads();
         }
     }
 
@@ -96,35 +101,69 @@ private:
         } catch (...) {
             const Lock lock(answers_);
             fault_ = fault_ ? fault_ : std::current_exception();
-            room_.notify_all();
+            end();
         }
         const Lock lock(answers_);
         --working_;
         done_.notify_one();
     }
 
-    // One thread at a time asks for a name, which may have to be waited for.
+    // No further file is begun.
+    void end() {
+        is_over_ = true;
+        room_.notify_all();
+        turn_.notify_all();
+    }
+
     std::optional<Task> take() {
+        {
+            Lock lock(answers_);
+            turn_.wait(lock, [this] { return running_ < jobs() || is_over_; });
+            if (is_over_) {
+                return std::nullopt;
+            }
+            ++running_;
+        }
+        // One thread at a time asks for a name, which may have to be waited for.
         const Lock naming(naming_);
         {
             Lock lock(answers_);
-            room_.wait(lock, [this] { return waiting_.size() < kMaxWaiting || fault_; });
-            if (fault_ || is_interrupted()) {
+            room_.wait(lock, [this] { return waiting_.size() < kMaxWaiting || is_over_; });
+            if (is_over_) {
                 return std::nullopt;
             }
         }
-        std::optional<FoundName> found = names_.next();
-        if (!found) {
-            return std::nullopt;
+        std::optional<FoundName> found;
+        if (!is_interrupted()) {
+            found = names_.next();
         }
         const Lock lock(answers_);
+        if (!found) {
+            end();
+            return std::nullopt;
+        }
         waiting_.emplace_back();
         return Task{*std::move(found), written_ + waiting_.size() - 1};
+    }
+
+    void count_ended_job() {
+        --running_;
+        const unsigned before = jobs();
+        if (fixed_jobs_ == 0) {
+            tuner_.job_ended(std::chrono::steady_clock::now());
+        }
+        if (jobs() > before) {
+            done_.notify_one();
+            turn_.notify_all();
+        } else {
+            turn_.notify_one();
+        }
     }
 
     // The thread with the next answer writes it, and all that wait after it.
     void deliver(std::size_t number, std::pair<std::string, Answer> answer) {
         Lock lock(answers_);
+        count_ended_job();
         waiting_[number - written_] = std::move(answer);
         if (is_writing_) {
             return;
@@ -175,6 +214,7 @@ private:
     }
 
     const Job& job_;
+    const unsigned fixed_jobs_;  // 0: the tuner decides
     NameSource names_;
     ProgressBar progress_;
     BatchOutcome outcome_;  // of the one that writes
@@ -182,8 +222,14 @@ private:
 
     std::mutex naming_;
     std::mutex answers_;  // guards all below
+    std::condition_variable turn_;
     std::condition_variable room_;
     std::condition_variable done_;
+    std::vector<std::thread> threads_;
+    bool has_all_threads_ = false;  // the system gives no more
+    JobTuner tuner_{processors(), std::chrono::steady_clock::now()};
+    unsigned running_ = 0;
+    bool is_over_ = false;
     std::deque<Waiting> waiting_;
     std::size_t written_ = 0;
     bool is_writing_ = false;
@@ -206,9 +252,7 @@ std::string BatchOutcome::files_text() const {
 
 BatchOutcome run_batch(const BatchOptions& options, const Job& job) {
     watch_for_interruption(options.changes_files ? SecondSignal::Ignored : SecondSignal::Ends);
-    const unsigned jobs =
-        options.jobs > 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
-    return Batch(options, job).run(jobs);
+    return Batch(options, job).run();
 }
 
 }  // namespace brindle::host

@@ -7,18 +7,18 @@
 #include <string>
 #include <vector>
 
+#include "batch/job_tuner.h"
 #include "batch/name_source.h"
 #include "system/exit_status.h"
 
 namespace brindle::host {
 
-inline constexpr unsigned kMaxJobs = 256;
-
 struct BatchOptions : PathOptions {
     bool quiet = false;
     bool changes_files = false;  // each file that is begun is finished
     NamedFolders named_folders = NamedFolders::Walked;
-    unsigned jobs = 0;  // 0: one a processor
+    bool is_busy = false;  // jobs compute more than they read: one per processor
+    unsigned jobs = 0;     // 0: as many as bring the highest throughput
 };
 
 // What a file brings.

@@ -61,7 +61,8 @@ std::string line_of(const std::string& name, const std::vector<Finding>& finding
         if (row_of(finding.reason).verdict == Verdict::Note && !options.notes) {
             continue;
         }
-        line += separator + std::string(row_of(finding.reason).code) + " (" + text_of(finding) + ")";
+        line +=
+            separator + std::string(row_of(finding.reason).code) + " (" + text_of(finding) + ")";
         separator = ", ";
     }
     return line + "\n";
@@ -122,8 +123,10 @@ ExitStatus check_all(const CheckOptions& options) {
         return ExitStatus::WrongUsage;
     }
     Counts counts{};
-    const BatchOutcome outcome = run_batch(
-        options.batch, [&](const FoundName& found) { return check(found, options, counts); });
+    BatchOptions batch = options.batch;
+    batch.is_busy = options.listen;
+    const BatchOutcome outcome =
+        run_batch(batch, [&](const FoundName& found) { return check(found, options, counts); });
     if (!options.batch.quiet || outcome.is_interrupted) {
         const std::string summary = summary_of(counts, outcome);
         // Programs read nothing but verdicts.

@@ -224,7 +224,9 @@ void CommandOptions::changed_paths(ChangeOptions& options, const std::string& he
 }
 
 void CommandOptions::batch(BatchOptions& options) {
-    app_.add_option("--jobs", options.jobs, "Files looked at at once; one a processor otherwise")
+    app_.add_option(
+            "--jobs", options.jobs,
+            "Files processed in parallel (default: as many as bring the highest throughput)")
         ->type_name("N")
         ->check(CLI::Range(1U, kMaxJobs).description(""));
     flag("--quiet", options.quiet, "No progress bar and no summary");

@@ -262,6 +262,7 @@ void add_listen(CommandLine& program) {
                    "So far below the file's loudness there is still sound; 40 otherwise");
     command.number("--overlap-range", "LU", options->listening.overlap_range, 1, kMaxUnits,
                    "So far below the file's loudness the next may begin; 12 otherwise");
+    options->batch.is_busy = true;
     command.batch(options->batch);
 }
 
