@@ -14,7 +14,9 @@ constexpr std::chrono::milliseconds kShortestWindow{10};
 // More jobs must pay for their memory; fewer may cost next to nothing.
 constexpr double kGainOfMore = 1.1;
 constexpr double kCostOfFewer = 0.95;
-constexpr unsigned kWindowsUntilMeasuredAgain = 16;
+// Of twice as many jobs.
+constexpr double kGainFarFromTheBest = 1.6;
+constexpr unsigned kWindowsUntilMeasuredAgain = 64;
 
 }  // namespace
 
@@ -40,53 +42,76 @@ void JobTuner::job_ended(Time now) {
     window_start_ = now;
 }
 
+// Half is tried before more: where more is too much, each try of it is dear.
 void JobTuner::decide(double throughput) {
     switch (phase_) {
         case Phase::Settled:
             if (++settled_windows_ == kWindowsUntilMeasuredAgain) {
                 phase_ = Phase::Measuring;
             }
-            return;
+            break;
         case Phase::Measuring:
             best_throughput_ = throughput;
-            has_doubled_ = false;
+            is_lowered_ = false;
+            lower();
             break;
-        case Phase::Doubling:
-            if (throughput < best_throughput_ * kGainOfMore) {
-                break;
-            }
-            has_doubled_ = true;
-            best_jobs_ = jobs_;
-            best_throughput_ = throughput;
-            break;
-        case Phase::Halving:
-            if (throughput < best_throughput_ * kCostOfFewer) {
+        case Phase::Lowering:
+            if (throughput >= best_throughput_ * kCostOfFewer) {
+                keep(throughput);
+                is_lowered_ = true;
+                lower();
+            } else if (is_lowered_) {
                 settle();
-                return;
+            } else {
+                raise(2);
             }
-            best_jobs_ = jobs_;
-            best_throughput_ = std::max(best_throughput_, throughput);
+            break;
+        case Phase::Raising:
+            if (throughput >= best_throughput_ * kGainFarFromTheBest) {
+                keep(throughput);
+                raise(4);
+            } else if (throughput >= best_throughput_ * kGainOfMore) {
+                keep(throughput);
+                raise(2);
+            } else {
+                settle();
+            }
             break;
     }
-    const bool may_double = phase_ != Phase::Halving && best_jobs_ == jobs_ && jobs_ < kMaxJobs;
-    if (may_double) {
-        try_jobs(jobs_ * 2, Phase::Doubling);
-    } else if (!has_doubled_ && best_jobs_ > 1) {
-        try_jobs(best_jobs_ / 2, Phase::Halving);
+}
+
+void JobTuner::keep(double throughput) {
+    best_jobs_ = jobs_;
+    best_throughput_ = std::max(best_throughput_, throughput);
+}
+
+void JobTuner::lower() {
+    if (best_jobs_ > 1) {
+        change_to(best_jobs_ / 2, Phase::Lowering);
+    } else if (is_lowered_) {
+        settle();
+    } else {
+        raise(2);
+    }
+}
+
+void JobTuner::raise(unsigned factor) {
+    if (best_jobs_ < kMaxJobs) {
+        change_to(std::min(best_jobs_ * factor, kMaxJobs), Phase::Raising);
     } else {
         settle();
     }
 }
 
-void JobTuner::try_jobs(unsigned jobs, Phase phase) {
-    skipped_ = jobs_;
-    jobs_ = std::min(jobs, kMaxJobs);
-    phase_ = phase;
+void JobTuner::settle() {
+    change_to(best_jobs_, Phase::Settled);
+    settled_windows_ = 0;
 }
 
-void JobTuner::settle() {
-    try_jobs(best_jobs_, Phase::Settled);
-    settled_windows_ = 0;
+void JobTuner::change_to(unsigned jobs, Phase phase) {
+    skipped_ = jobs_;
+    jobs_ = jobs;
+    phase_ = phase;
 }
 
 }  // namespace brindle::host

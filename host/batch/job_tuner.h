@@ -11,7 +11,7 @@ inline constexpr unsigned kMaxJobs = 256;
 // A disk or a share answers many requests in the time of one, up to a number that depends on the
 // device; a library in the page cache needs no more jobs than there are processors, and some
 // devices become slower with each request more. So the throughput is measured at a number of jobs,
-// then at twice and half of it, for as long as that pays, and again from time to time.
+// then at half of it, or else at more, for as long as that pays; and again from time to time.
 class JobTuner {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -26,20 +26,25 @@ public:
 private:
     enum class Phase {
         Measuring,  // the throughput to compare with
-        Doubling,
-        Halving,
+        Lowering,
+        Raising,
         Settled,
     };
 
     void decide(double throughput);
-    void try_jobs(unsigned jobs, Phase phase);
+    // The present number is the best so far.
+    void keep(double throughput);
+    // Half and a multiple of the best number, as far as there is one.
+    void lower();
+    void raise(unsigned factor);
     void settle();
+    void change_to(unsigned jobs, Phase phase);
 
     Phase phase_ = Phase::Measuring;
     unsigned jobs_;
     unsigned best_jobs_;
     double best_throughput_ = 0;
-    bool has_doubled_ = false;
+    bool is_lowered_ = false;  // fewer jobs were as good
     unsigned settled_windows_ = 0;
 
     // Jobs of the number before, which still end, are no measure.

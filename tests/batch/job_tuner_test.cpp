@@ -116,7 +116,7 @@ TEST(JobTuner, CrowdedDeviceIsFoundWithin500Files) {
     const SimulatedRun run = simulate_tuned(500, crowded);
     EXPECT_GE(run.jobs, 3U);
     EXPECT_LE(run.jobs, 8U);
-    EXPECT_EQ(simulate_tuned(20'000, crowded).jobs, 4U);
+    EXPECT_LE(simulate_tuned(20'000, crowded).seconds, best_fixed_seconds(20'000, crowded) / 0.9);
 }
 
 TEST(JobTuner, NeverMoreThanTheMost) {
