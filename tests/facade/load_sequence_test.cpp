@@ -250,6 +250,13 @@ TEST(LoadSequence, NothingOfTheFileBeforeIsLeft) {
     EXPECT_EQ(loaded.header.FrameCount(), 0);
 }
 
+TEST(LoadSequence, FramesThatNoPropertyShowsAreNotLeftEither) {
+    LoadedHeader loaded(Tag(3).frame("PRIV", "x").padded_to(300) + audio());
+    EXPECT_EQ(loaded.header.FrameCount(), 1);
+    loaded.load(audio());
+    EXPECT_EQ(loaded.header.FrameCount(), 0);
+}
+
 TEST(Tags, TheirKindIsMinusOneForNone) {
     const Bytes v2 = Tag(3).text("TIT2", "A").padded_to(300).bytes();
     const Bytes v1 = Id3v1{.title = "V1"}.bytes();

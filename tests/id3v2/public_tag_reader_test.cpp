@@ -86,6 +86,7 @@ std::vector<Case> cases() {
         {"Version4PlainSize", Tag(4).frame_claiming("TIT2", 300, long_text).text("TPE1", "B").bytes(), {"TIT2=" + long_text, with_nul("TPE1=\0B"sv)}},
         {"Version4PlainSizeAtTheEnd", Tag(4).text("TPE1", "B").frame_claiming("TIT2", 300, long_text).bytes(), {with_nul("TPE1=\0B"sv), "TIT2=" + long_text}},
         {"Version4SizeWithTopBitIsPlain", Tag(4).frame_claiming("TIT2", 200, std::string(200, 'y')).padding(9).bytes(), {"TIT2=" + std::string(200, 'y')}},
+        {"Version4OfAsManyWholeFramesEitherWayIsSyncsafe", Tag(4).frame_claiming("TIT2", 256, std::string(128, 'y') + std::string(128, '-')).frame_claiming("TALB", 1000, "AB").bytes(), {"TIT2=" + std::string(128, 'y')}},
         {"PaddingEndsTheTag", Tag(3).text("TIT2", "A").raw(zeros(10)).text("TPE1", "B").bytes(), {with_nul("TIT2=\0A"sv)}},
         {"WhatIsNoIdEndsTheTag", Tag(3).text("TIT2", "A").text("tpe1", "B").text("TALB", "C").bytes(), {with_nul("TIT2=\0A"sv)}},
         {"EmptyFrameIsTold", Tag(3).frame("TIT2", {}).text("TPE1", "B").bytes(), {"TIT2=", with_nul("TPE1=\0B"sv)}},
