@@ -122,6 +122,10 @@ struct EditOptions {
     // IPLS, and genres by number get their parentheses. A comment without a description loses its
     // language, which hosts would read as part of it. A tag that has this form stays as it is.
     bool common_form = false;
+    // With `unicode`: so are values with a character that ISO-8859-1 has not at the place where the
+    // code page has it, such as a quotation mark or the euro sign. Other programs read these right;
+    // hosts do not read them.
+    bool latin1 = false;
 };
 
 // One edit of the file that is open in a header. The header must live as long; what is set in it

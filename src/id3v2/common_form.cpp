@@ -20,17 +20,6 @@ constexpr std::string_view kComment = "COMM";
 constexpr std::string_view kGenre = "TCON";
 constexpr std::string_view kUserLink = "WXXX";
 
-bool is_read_alike(char16_t unit) {
-    constexpr char16_t kFirstOther = 0x80;
-    constexpr char16_t kFirstPrintable = 0xA0;  // 80 to 9F are control characters
-    constexpr char16_t kLast = 0xFF;
-    if (unit < kFirstOther) {
-        return unit != 0;
-    }
-    return unit >= kFirstPrintable && unit <= kLast &&
-           widen(static_cast<std::uint8_t>(unit)) == unit;
-}
-
 bool are_read_alike(const std::vector<String>& texts) {
     return std::all_of(texts.begin(), texts.end(), [](const String& text) {
         return std::all_of(text.begin(), text.end(), is_read_alike);
@@ -81,6 +70,17 @@ CommonForm recoded_people(Bytes content) {
 }
 
 }  // namespace
+
+bool is_read_alike(char16_t unit) {
+    constexpr char16_t kFirstOther = 0x80;
+    constexpr char16_t kFirstPrintable = 0xA0;  // 80 to 9F are control characters
+    constexpr char16_t kLast = 0xFF;
+    if (unit < kFirstOther) {
+        return unit != 0;
+    }
+    return unit >= kFirstPrintable && unit <= kLast &&
+           widen(static_cast<std::uint8_t>(unit)) == unit;
+}
 
 CommonForm in_common_form(std::string_view id, Bytes content, bool was_version4) {
     if (content.empty()) {

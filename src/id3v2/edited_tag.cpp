@@ -128,10 +128,13 @@ public:
               const EditOptions& options, EditPlan& plan)
         : file_(file), window_(window), fields_(fields), options_(options), plan_(plan) {
         frames_.reserve(fields.size());
+        const auto narrow = options.unicode ? std::optional(options.latin1 ? NarrowText::Latin1
+                                                                           : NarrowText::CodePage)
+                                            : std::nullopt;
         for (std::size_t i = 0; i < fields.size(); ++i) {
             const EditedField& field = fields[i];
             field_of_key_.try_emplace({field.id, field.custom_name}, i);
-            frames_.push_back(frame_of(fields[i], options.unicode));
+            frames_.push_back(frame_of(fields[i], narrow));
             if (fields[i].id == kCustomId) {
                 folded_names_.insert(folded(fields[i].custom_name));
             }

@@ -7,6 +7,7 @@
 
 #include <brindle/text.h>
 
+#include "id3v2/common_form.h"
 #include "id3v2/custom_field_names.h"
 #include "id3v2/custom_fields.h"
 #include "id3v2/frame_fields.h"
@@ -62,6 +63,13 @@ ByteVector with_header(std::string_view id, std::span<const std::uint8_t> body) 
     return frame;
 }
 
+bool fits(const String& text, NarrowText narrow) {
+    return fits_code_page(text) && (narrow == NarrowText::CodePage ||
+                                    std::all_of(text.begin(), text.end(), [](char16_t unit) {
+                                        return unit == kSeparator || is_read_alike(unit);
+                                    }));
+}
+
 }  // namespace
 
 bool has_description(std::string_view id) noexcept {
@@ -73,9 +81,9 @@ EditedField saved_stamp() {
             custom_frame(kSavedStampName, kSavedStampValue)};
 }
 
-std::vector<std::uint8_t> frame_of(const EditedField& field, bool unicode) {
+std::vector<std::uint8_t> frame_of(const EditedField& field, std::optional<NarrowText> narrow) {
     const bool is_text = !is_link(field.id) && field.id != "WXXX";
-    const bool needs_unicode = unicode && is_text && !fits_code_page(field.held);
+    const bool needs_unicode = narrow && is_text && !fits(field.held, *narrow);
     return with_header(field.id, needs_unicode ? unicode_body(field) : code_page_body(field));
 }
 

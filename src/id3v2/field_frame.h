@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,11 @@ struct EditedField {
 // What every saved tag bears.
 [[nodiscard]] EditedField saved_stamp();
 
-// Header and body. Text that the code page does not hold becomes UTF-16 if `unicode` is set.
-[[nodiscard]] std::vector<std::uint8_t> frame_of(const EditedField& field, bool unicode);
+// Header and body. Text that the narrow encoding does not hold becomes UTF-16; without one all text
+// is in the code page.
+enum class NarrowText { CodePage, Latin1 };
+[[nodiscard]] std::vector<std::uint8_t> frame_of(const EditedField& field,
+                                                 std::optional<NarrowText> narrow);
 
 // A text frame in 8-bit text.
 [[nodiscard]] std::vector<std::uint8_t> text_frame(std::string_view id, std::string_view text);

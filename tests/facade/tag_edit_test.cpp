@@ -473,6 +473,22 @@ TEST(TagEdit, WritesUtf16WhereTheCodePageHoldsNoSuchText) {
     EXPECT_EQ(read_tag_facts(file.header).custom(u"\u0141"), u"1");
 }
 
+TEST(TagEdit, WritesUtf16WhereLatin1HoldsNoSuchTextOnDemand) {
+    OpenedFile file(Tag(3).padding(400) + long_audio());
+    file.header.Writev1v2Separate(true);
+    // The code page has the quotation mark at 92, where ISO-8859-1 has a control character.
+    file.header.Title(u"\u2019");
+    file.header.Album(u"\u00E9");
+    file.header.CustomFieldAdd(u"\u20AC", Variant(String(u"1")));
+    file.header.CustomFieldAdd(u"a", Variant(String(u"b\nc")));
+    file.edit({.unicode = true, .latin1 = true});
+    EXPECT_THAT(frames_of(file.content()),
+                ElementsAre(std::string("TIT2=\1\xFF\xFE\x19\x20"sv), std::string("TALB=\0\xE9"sv),
+                            std::string("TXXX=\1\xFF\xFE\xAC\x20\0\0\xFF\xFE\x31\0"sv),
+                            std::string("TXXX=\0a\0b\nc"sv), std::string(kStamp)));
+    EXPECT_EQ(read_tag_facts(file.header).text(u"TIT2"), u"\u2019");
+}
+
 TEST(TagEdit, NeedsAFile) {
     const cMPEGHeader empty;
     EXPECT_THROW(TagEdit{empty}, Error);
