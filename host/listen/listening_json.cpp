@@ -10,28 +10,24 @@
 
 #include "listening_text.h"
 #include "output/json_values.h"
+#include "trimmed_time.h"
 
 namespace brindle::host {
 
 namespace {
 
 // Points as a player counts that leaves out what the encoder has put around the sound.
-class TrimmedClock {
+class TrimmedPoints {
 public:
-    explicit TrimmedClock(const Listening& heard)
-        : before_(milliseconds_of(heard.delay.before, heard.frequency)),
-          length_(std::max<std::int64_t>(
-              heard.milliseconds -
-                  milliseconds_of(heard.delay.before + heard.delay.after, heard.frequency),
-              0)) {}
+    explicit TrimmedPoints(const Listening& heard)
+        : time_(heard.delay, heard.frequency, heard.milliseconds) {}
 
     [[nodiscard]] std::int64_t operator()(std::int64_t point) const {
-        return std::clamp<std::int64_t>(point - before_, 0, length_);
+        return std::min(time_.trimmed(point), time_.length());
     }
 
 private:
-    std::int64_t before_;
-    std::int64_t length_;
+    TrimmedTime time_;
 };
 
 Json number(std::optional<double> value, double precision) {
@@ -45,12 +41,12 @@ Json hundredths(std::optional<double> value) {
 }
 
 void add_point(Json& facts, const std::string& name, const std::string& trimmed_name, bool is_known,
-               std::int64_t point, const TrimmedClock& trimmed) {
+               std::int64_t point, const TrimmedPoints& trimmed) {
     facts[name] = is_known ? Json(point) : Json(nullptr);
     facts[trimmed_name] = is_known ? Json(trimmed(point)) : Json(nullptr);
 }
 
-Json silences(const Listening& heard, const TrimmedClock& trimmed) {
+Json silences(const Listening& heard, const TrimmedPoints& trimmed) {
     Json list = Json::array();
     for (const TimeRange& silence : heard.silences) {
         list.push_back(Json{{"begin_ms", silence.begin},
@@ -72,7 +68,7 @@ Json undecoded(const UndecodedFrames& frames) {
 }
 
 Json listening_facts(const Listening& heard, double reference) {
-    const TrimmedClock trimmed(heard);
+    const TrimmedPoints trimmed(heard);
     const bool has_sound = heard.sound.has_value();
     const TimeRange sound = heard.sound.value_or(TimeRange());
     const Json style = heard.end ? Json(word(*heard.end)) : Json(nullptr);
