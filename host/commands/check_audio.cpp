@@ -10,6 +10,7 @@
 
 #include <brindle/frame_walk.h>
 
+#include "commands/bridged_points.h"
 #include "commands/check_tags.h"
 #include "commands/encoder_header.h"
 #include "commands/frame_crc.h"
@@ -182,8 +183,7 @@ public:
         return found;
     }
 
-    // Samples that the encoder has put before the sound.
-    [[nodiscard]] std::int64_t delay() const { return delay_.before; }
+    [[nodiscard]] const EncoderDelay& delay() const { return delay_; }
 
     [[nodiscard]] std::int64_t other_milliseconds() const {
         constexpr double kMillisecondsPerSecond = 1'000;
@@ -397,7 +397,7 @@ std::optional<CheckedAudio> check_audio(CheckedFile& file, FileListening* listen
     audio.tell(walk, file.size, findings);
     const std::int64_t exact = walk.milliseconds + audio.other_milliseconds();
     check_length(file.header.Duration(), exact, findings);
-    CheckedAudio checked{exact, milliseconds_of(audio.delay(), walk.frequency)};
+    CheckedAudio checked{exact, playing_time(walk, audio.delay())};
     if (listening != nullptr) {
         checked.heard = listening->conclude(file.header, walk);
     }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "bridges/bridge.h"
 #include "commands/check_reasons.h"
 #include "commands/checked_file.h"
 #include "listen/listen_to_file.h"
@@ -13,7 +14,7 @@ namespace brindle::host {
 
 struct CheckedAudio {
     std::int64_t milliseconds = 0;  // that the file plays
-    std::int64_t delay = 0;         // of these the encoder's, which some players leave out
+    PlayingTime time;               // of the stream alone
     std::optional<Listening> heard = {};
 };
 

@@ -48,7 +48,7 @@ std::vector<Finding> check_file(const cMPEGHeader& header, const std::string& na
             check_sound(header, *audio->heard, *limits, findings);
         }
     }
-    check_points_of_others(file, audio ? audio->delay : 0, findings);
+    check_points_of_others(file, audio ? audio->time : PlayingTime(), findings);
     if (is_riff(file)) {
         findings.push_back({Reason::Wrapped, "a RIFF file"});
     }

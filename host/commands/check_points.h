@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "bridges/bridge.h"
 #include "commands/check_reasons.h"
 #include "commands/checked_file.h"
 
@@ -12,9 +13,8 @@ namespace brindle::host {
 // `exact`: the milliseconds that the file plays.
 void check_points(const cMPEGHeader& header, std::int64_t exact, std::vector<Finding>& findings);
 
-// Brindle's points against those that playout programs keep in seconds. Some of these programs play
-// without the encoder's `delay` (ms), and count without it, too.
-void check_points_of_others(const CheckedFile& file, std::int64_t delay,
+// Brindle's points against those that other playout systems keep in the same tag.
+void check_points_of_others(const CheckedFile& file, const PlayingTime& time,
                             std::vector<Finding>& findings);
 
 }  // namespace brindle::host

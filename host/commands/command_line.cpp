@@ -134,6 +134,10 @@ void CommandOptions::needs(const std::string& one, const std::string& other) {
     app_.get_option(one)->needs(app_.get_option(other));
 }
 
+void CommandOptions::require(const std::string& name) {
+    app_.get_option(name)->required();
+}
+
 void CommandOptions::text(const std::string& name, const std::string& placeholder, Take take,
                           const std::string& help) {
     add_text(app_, name, std::move(take), help)->type_name(placeholder);

@@ -56,6 +56,8 @@ public:
     // The first one means nothing without the other.
     void needs(const std::string& one, const std::string& other);
 
+    void require(const std::string& name);
+
     using Take = std::function<void(const std::string& given)>;
     void text(const std::string& name, const std::string& placeholder, Take take,
               const std::string& help);
@@ -130,6 +132,8 @@ void add_show(CommandLine& program);
 void add_set(CommandLine& program);
 void add_apply(CommandLine& program);
 void add_normalize(CommandLine& program);
+void add_export(CommandLine& program);
+void add_import(CommandLine& program);
 void add_strip(CommandLine& program);
 void add_scan(CommandLine& program);
 void add_check(CommandLine& program);

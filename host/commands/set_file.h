@@ -32,6 +32,7 @@ struct SetOptions : ChangeOptions {
     bool force = false;
     bool atomic = false;
     bool unicode = false;
+    bool latin1 = false;  // see brindle::EditOptions
     bool host_form = false;
     bool common_form = false;  // see brindle::EditOptions
     std::vector<KeptValue> kept;

@@ -91,7 +91,8 @@ public:
         }
         edit_.emplace(header_, brindle::EditOptions{.unicode = options_.unicode,
                                                     .removed = removed_fields(),
-                                                    .common_form = options_.common_form});
+                                                    .common_form = options_.common_form,
+                                                    .latin1 = options_.latin1});
         const EditPlan& plan = edit_->plan();
         if (plan.refusal) {
             return reason_of(*plan.refusal);

@@ -18,8 +18,8 @@ _brindle() {
 
     if [[ $COMP_CWORD -eq 1 ]]; then
         mapfile -t COMPREPLY < <(
-            compgen -W "show set apply normalize strip undo journal scan check listen time genres -h --help
-                --version" -- "$word")
+            compgen -W "show set apply normalize export import strip undo journal scan check listen
+                time genres -h --help --version" -- "$word")
         return
     fi
     case $command in
@@ -41,6 +41,10 @@ _brindle() {
         apply) options="--dry-run --keep-going --unicode --spreadsheet $journal" ;;
         normalize)
             options="--pictures --dry-run --preserve --force --atomic --yes -0 --null $journal"
+            ;;
+        export) options="--to --dry-run --preserve --force --atomic --yes -0 --null $journal" ;;
+        import)
+            options="--from --overwrite --dry-run --preserve --force --atomic --yes -0 --null $journal"
             ;;
         strip) options="--v1 --v2 --all --dry-run --preserve --force --yes -0 --null $journal" ;;
         undo) options="--dry-run $journal" ;;
@@ -79,6 +83,10 @@ _brindle() {
             ;;
         listen:--end-style-texts) return ;;
         listen:--reference | listen:--sound-range | listen:--overlap-range) return ;;
+        export:--to | import:--from)
+            mapfile -t COMPREPLY < <(compgen -W "liquidsoap azuracast rivendell" -- "$word")
+            return
+            ;;
         normalize:--pictures)
             mapfile -t COMPREPLY < <(compgen -W "keep drop" -- "$word")
             return

@@ -70,6 +70,9 @@ def test_says_what_it_was_built_without(brindle, song):
     status, printed = brindle("check", "--listen", windows_name(song))
     assert (status, printed) == (2, "brindle: check --listen: built without libmpg123 and "
                                     "libebur128, which listening needs\n")
+    status, printed = brindle("export", "--to", "rivendell", windows_name(song))
+    assert (status, printed) == (2, "brindle: export --to rivendell: built without pugixml, "
+                                    "which reads XML\n")
 
 
 def test_scans_a_folder(brindle, song):

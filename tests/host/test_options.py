@@ -11,7 +11,7 @@ import pytest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 COMPLETIONS = ROOT / "host" / "completions"
 MANUAL = ROOT / "docs" / "brindle.1.scd"
-COMMANDS = ("show", "set", "apply", "normalize", "strip", "undo", "journal", "scan", "check",
+COMMANDS = ("show", "set", "apply", "normalize", "export", "import", "strip", "undo", "journal", "scan", "check",
             "listen", "time", "genres")
 # Where the man page does not say it for each command again.
 EVERYWHERE = {"-h", "--help", "--version"}

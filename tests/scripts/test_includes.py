@@ -22,8 +22,9 @@ ROOMS = {
     "output": {"system"},
     "batch": {"output", "system"},
     "listen": {"output", "batch", "system"},
+    "bridges": {"listen", "output"},
     "journal": {"batch", "output", "system"},
-    "commands": {"listen", "journal", "batch", "output", "system"},
+    "commands": {"bridges", "listen", "journal", "batch", "output", "system"},
 }
 
 

@@ -1,0 +1,71 @@
+// From Brindle's scheduling fields to those of another playout system, and back.
+//
+//     Brindle         Liquidsoap                           AzuraCast             Rivendell (rdxl)
+//     Cue In          liq_cue_in                           cue_in                startPoint
+//     Sec Tone        liq_cue_out less liq_cross_duration  cross_start_next,     segueStartPoint
+//                                                          liq_cross_start_next
+//     Intro           -                                    -                     talkEndPoint
+//     (end of audio)  liq_cue_out                          cue_out               endPoint
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <brindle/tag_facts.h>
+
+#include "bridges/points.h"
+#include "listen/trimmed_time.h"
+
+namespace brindle::host {
+
+enum class PlayoutSystem { Liquidsoap, AzuraCast, Rivendell };
+
+// As they are named on the command line.
+[[nodiscard]] std::vector<std::string> playout_system_words();
+[[nodiscard]] PlayoutSystem playout_system_of(const std::string& word);
+[[nodiscard]] std::string word_of(PlayoutSystem system);
+
+// Why this build has no bridge to the system, or nothing.
+[[nodiscard]] std::optional<std::string> reason_against(PlayoutSystem system);
+
+// Points cannot be taken over; what() is the reason.
+class BridgeError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// How long a file plays.
+struct PlayingTime {
+    std::int64_t length = 0;  // ms, for hosts
+    TrimmedTime trimmed;
+};
+
+// The fields to write, so that the system plays the file as hosts do. What they say already is left
+// out, and so is what Brindle has no point for: a point that the system has stays. Raises
+// BridgeError.
+[[nodiscard]] std::vector<CustomField> exported(PlayoutSystem system, const HostPoints& points,
+                                                const TagFacts& facts, const PlayingTime& playing);
+
+// What the system's fields say. Raises BridgeError for one that cannot be true.
+[[nodiscard]] HostPoints imported(PlayoutSystem system, const TagFacts& facts,
+                                  const PlayingTime& playing);
+
+// A field of one of these systems that says the same as a field of Brindle.
+struct SharedPoint {
+    std::string_view brindle_name;  // "cue-in"
+    std::string system_name;        // "liq_cue_in"
+    std::int64_t ours = 0;
+    std::int64_t theirs = 0;
+};
+
+// Those that both have, and that differ by more than rounding, whether the system leaves out the
+// encoder's delay or not.
+[[nodiscard]] std::vector<SharedPoint> disagreements(const HostPoints& points,
+                                                     const TagFacts& facts,
+                                                     const PlayingTime& playing);
+
+}  // namespace brindle::host

@@ -1,0 +1,48 @@
+// What Rivendell keeps in one user-defined text, "rdxl": XML of a cart, which is what a scheduler
+// plays, and its cuts, which are the audio.
+//
+//     <cart>
+//       <title>Good Morning</title>
+//       <cutList>
+//         <cut>
+//           <startPoint>120</startPoint>
+//           <endPoint>5564</endPoint>
+//           <segueStartPoint>5200</segueStartPoint>
+//           <segueEndPoint>5564</segueEndPoint>
+//           <talkStartPoint>0</talkStartPoint>
+//           <talkEndPoint>1500</talkEndPoint>
+//         </cut>
+//       </cutList>
+//     </cart>
+//
+// Points are ms, -1 for none. An element stands on a line of its own, since Rivendell reads lines.
+#pragma once
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <brindle/tag_facts.h>
+
+#include "bridges/points.h"
+
+namespace brindle::host {
+
+// The text cannot be read, or has no place for points; what() is the reason.
+class RdxlError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Why this program can't read XML, or nothing.
+[[nodiscard]] std::optional<std::string> reason_against_rdxl();
+
+// Raises RdxlError.
+[[nodiscard]] SystemPoints read_rdxl(const TagFacts& facts);
+// Nothing if the file's rdxl says so already; of one that is there all else stays. Raises
+// RdxlError.
+[[nodiscard]] std::vector<CustomField> rdxl_to_write(const WantedPoints& wanted,
+                                                     const TagFacts& facts);
+
+}  // namespace brindle::host
