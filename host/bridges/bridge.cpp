@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <span>
 
+#include "bridges/custom_text.h"
 #include "bridges/rdxl.h"
 #include "bridges/seconds_fields.h"
 #include "output/stream_text.h"
@@ -147,6 +149,22 @@ std::vector<CustomField> exported(PlayoutSystem system, const HostPoints& points
         return fields_to_write(system, wanted, facts, time.end());
     } catch (const RdxlError& error) {
         throw BridgeError(error.what());
+    }
+}
+
+bool has_fields_of(PlayoutSystem system, const TagFacts& facts) {
+    const auto has_any = [&](std::span<const SecondsField> fields) {
+        return std::any_of(fields.begin(), fields.end(), [&](const SecondsField& field) {
+            return custom_text(facts, field.name).has_value();
+        });
+    };
+    switch (system) {
+        case PlayoutSystem::Liquidsoap:
+            return has_any(liquidsoap_fields());
+        case PlayoutSystem::AzuraCast:
+            return has_any(azuracast_fields());
+        default:
+            return custom_text(facts, kRdxlName).has_value();
     }
 }
 

@@ -50,6 +50,9 @@ struct PlayingTime {
 [[nodiscard]] std::vector<CustomField> exported(PlayoutSystem system, const HostPoints& points,
                                                 const TagFacts& facts, const PlayingTime& playing);
 
+// Whether there is any field in which the system keeps a point.
+[[nodiscard]] bool has_fields_of(PlayoutSystem system, const TagFacts& facts);
+
 // What the system's fields say. Raises BridgeError for one that cannot be true.
 [[nodiscard]] HostPoints imported(PlayoutSystem system, const TagFacts& facts,
                                   const PlayingTime& playing);

@@ -21,6 +21,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <brindle/tag_facts.h>
@@ -28,6 +29,8 @@
 #include "bridges/points.h"
 
 namespace brindle::host {
+
+inline constexpr std::u16string_view kRdxlName = u"rdxl";
 
 // The text cannot be read, or has no place for points; what() is the reason.
 class RdxlError : public std::runtime_error {

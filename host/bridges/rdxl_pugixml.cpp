@@ -20,7 +20,6 @@ namespace brindle::host {
 
 namespace {
 
-constexpr std::u16string_view kName = u"rdxl";
 constexpr std::int64_t kNone = -1;
 
 constexpr const char* kStart = "startPoint";
@@ -182,7 +181,7 @@ std::optional<std::string> reason_against_rdxl() {
 
 SystemPoints read_rdxl(const TagFacts& facts) {
     SystemPoints points;
-    if (const auto text = custom_text(facts, kName)) {
+    if (const auto text = custom_text(facts, kRdxlName)) {
         const Rdxl rdxl(to_utf8(*text));
         points.cue_in = point_in(rdxl, kStart, points.errors);
         points.cue_out = point_in(rdxl, kEnd, points.errors);
@@ -193,9 +192,9 @@ SystemPoints read_rdxl(const TagFacts& facts) {
 }
 
 std::vector<CustomField> rdxl_to_write(const WantedPoints& wanted, const TagFacts& facts) {
-    const auto old = custom_text(facts, kName);
+    const auto old = custom_text(facts, kRdxlName);
     Rdxl rdxl(old ? to_utf8(*old) : new_rdxl(facts));
-    const bool is_named_so = facts.custom(kName) && texts_named(facts, kName).size() == 1;
+    const bool is_named_so = facts.custom(kRdxlName) && texts_named(facts, kRdxlName).size() == 1;
     bool is_changed = !is_named_so;
     if (!rdxl.has(kStart, wanted.cue_in)) {
         rdxl.set(kStart, wanted.cue_in);
@@ -216,7 +215,7 @@ std::vector<CustomField> rdxl_to_write(const WantedPoints& wanted, const TagFact
     if (!is_changed) {
         return {};
     }
-    return {{String(kName), from_utf8(rdxl.text())}};
+    return {{String(kRdxlName), from_utf8(rdxl.text())}};
 }
 
 }  // namespace brindle::host

@@ -33,11 +33,15 @@ PlannedChange plan(const std::string& name, const ImportOptions& options, Journa
     if (auto reason = open_file(header, name)) {
         return {reason};
     }
+    const std::string no_points = "it has no points of " + word_of(options.system);
+    const TagFacts facts = read_tag_facts(header);
+    if (!has_fields_of(options.system, facts)) {
+        return nothing_written(name, no_points);
+    }
     const auto time = playing_time(header);
     if (!time) {
         return {"no MPEG audio found"};
     }
-    const TagFacts facts = read_tag_facts(header);
     HostPoints points;
     try {
         points = imported(options.system, facts, *time);
@@ -56,8 +60,7 @@ PlannedChange plan(const std::string& name, const ImportOptions& options, Journa
         }
     }
     if (row.cells.empty()) {
-        return nothing_written(name, has_points ? "all of it is set already"
-                                                : "it has no points of " + word_of(options.system));
+        return nothing_written(name, has_points ? "all of it is set already" : no_points);
     }
     return plan_row(row, header, state, options, /*unicode=*/false, journal);
 }
