@@ -189,7 +189,7 @@ private:
         for (const Waiting& waiting : ready) {
             const auto& [name, answer] = *waiting;
             lines += answer.output;
-            ++outcome_.files;
+            ++(answer.is_unchanged ? outcome_.unchanged : outcome_.files);
             if (answer.error) {
                 ++outcome_.failures;
                 write_lines(lines);
@@ -198,6 +198,11 @@ private:
             }
         }
         write_lines(lines);
+        for (const Waiting& waiting : ready) {
+            if (const auto& when_written = waiting->second.when_written) {
+                when_written();
+            }
+        }
     }
 
     // A pipe that is slow does not hold up the bar.
@@ -247,7 +252,10 @@ ExitStatus BatchOutcome::status() const {
 }
 
 std::string BatchOutcome::files_text() const {
-    return (is_interrupted ? "Interrupted: " : "") + counted(files, "file");
+    const std::string text =
+        has_only_new ? counted(files, "new file") + ", " + std::to_string(unchanged) + " unchanged"
+                     : counted(files, "file");
+    return (is_interrupted ? "Interrupted: " : "") + text;
 }
 
 BatchOutcome run_batch(const BatchOptions& options, const Job& job) {

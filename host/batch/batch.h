@@ -26,6 +26,8 @@ struct Answer {
     std::string output;                // for standard output, whole lines
     std::optional<std::string> error;  // why the file failed
     std::int64_t bytes = 0;            // of the file, as far as known
+    bool is_unchanged = false;         // since an earlier run: told of as a number alone
+    std::function<void()> when_written = nullptr;  // called by one thread at a time
 };
 
 // Called on several threads at once.
@@ -34,10 +36,12 @@ using Job = std::function<Answer(const FoundName& found)>;
 struct BatchOutcome {
     std::int64_t files = 0;  // failed ones too
     std::int64_t failures = 0;
+    std::int64_t unchanged = 0;
+    bool has_only_new = false;  // those that are unchanged were left out
     bool is_interrupted = false;
 
     [[nodiscard]] ExitStatus status() const;
-    // `12 files`, with a word in front when not all could be done.
+    // `12 files` or `1 new file, 11 unchanged`, with a word in front when not all could be done.
     [[nodiscard]] std::string files_text() const;
 };
 

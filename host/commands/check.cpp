@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <charconv>
 #include <map>
 #include <memory>
 #include <set>
@@ -32,6 +33,7 @@ namespace {
 
 struct CheckOptions {
     BatchOptions batch;
+    CacheOptions cache;
     bool json = false;
     bool notes = false;
     Verdict least = Verdict::Ok;       // of the files that are printed
@@ -44,6 +46,11 @@ struct CheckOptions {
 
 using Counts = std::array<std::atomic<std::int64_t>, 4>;  // by verdict
 
+bool has_colours() {
+    static const bool colours = wants_colours(Stream::Output);
+    return colours;
+}
+
 std::string coloured(Verdict verdict, bool colours) {
     constexpr std::array<const char*, 4> kColours{"\x1b[32m", "", "\x1b[33m", "\x1b[31m"};
     constexpr const char* kNoColour = "\x1b[0m";
@@ -54,8 +61,7 @@ std::string coloured(Verdict verdict, bool colours) {
 // `a.mp3: warn: no-title (no title), no-artist (no artist)`
 std::string line_of(const std::string& name, const std::vector<Finding>& findings,
                     const CheckOptions& options) {
-    static const bool has_colours = wants_colours(Stream::Output);
-    std::string line = printable(name) + ": " + coloured(verdict_of(findings), has_colours);
+    std::string line = printable(name) + ": " + coloured(verdict_of(findings), has_colours());
     const char* separator = ": ";
     for (const Finding& finding : findings) {
         if (row_of(finding.reason).verdict == Verdict::Note && !options.notes) {
@@ -78,8 +84,9 @@ Json facts_of(const std::vector<Finding>& findings) {
     return Json{{"verdict", word(verdict_of(findings))}, {"reasons", std::move(reasons)}};
 }
 
-Answer check(const FoundName& found, const CheckOptions& options, Counts& counts) {
-    Answer answer;
+FileResult check(const FoundName& found, const CheckOptions& options) {
+    FileResult result;
+    Answer& answer = result.answer;
     cMPEGHeader header;
     answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
     std::vector<Finding> findings;
@@ -93,19 +100,55 @@ Answer check(const FoundName& found, const CheckOptions& options, Counts& counts
     }
     if (answer.error) {
         answer.output = options.json ? failure_json_line(found.name, *answer.error) : "";
-        return answer;
+        return result;
     }
     std::erase_if(findings, [&](const Finding& finding) {
         return std::find(options.ignored.begin(), options.ignored.end(),
                          row_of(finding.reason).code) != options.ignored.end();
     });
     const Verdict verdict = verdict_of(findings);
-    ++counts.at(static_cast<std::size_t>(verdict));
+    result.counted = {static_cast<std::int64_t>(verdict)};
+    result.is_lasting = !header.OpeningError();
     if (verdict >= options.least) {
         answer.output = options.json ? json_line(found.name, facts_of(findings))
                                      : line_of(found.name, findings, options);
     }
-    return answer;
+    return result;
+}
+
+bool count(const Counted& counted, Counts& counts) {
+    const std::int64_t verdict = counted.front();
+    if (verdict < 0 || verdict >= static_cast<std::int64_t>(counts.size())) {
+        return false;
+    }
+    ++counts.at(static_cast<std::size_t>(verdict));
+    return true;
+}
+
+// All that decides what is printed of a file.
+std::string words_of(const CheckOptions& options) {
+    const auto flag = [](bool is_given, const std::string& name) {
+        return is_given ? " " + name : std::string();
+    };
+    std::string words =
+        "check" + flag(options.json, "--json") + flag(options.notes, "--notes") +
+        flag(options.least != Verdict::Ok, std::string("--only ") + word(options.least)) +
+        flag(!options.json && has_colours(), "in colours");
+    const std::set<std::string> ignored(options.ignored.begin(), options.ignored.end());
+    for (const std::string& code : ignored) {
+        words += " --ignore " + code;
+    }
+    if (options.listen) {
+        const SoundLimits& limits = options.limits;
+        words += " --listen";
+        for (const double limit : {limits.silent_start, limits.silence_inside, limits.silent_end,
+                                   limits.too_loud, limits.too_quiet}) {
+            std::array<char, 32> digits{};
+            const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), limit).ptr;
+            words += " " + std::string(digits.data(), end);
+        }
+    }
+    return words;
 }
 
 std::string summary_of(const Counts& counts, const BatchOutcome& outcome) {
@@ -122,11 +165,17 @@ ExitStatus check_all(const CheckOptions& options) {
         write_error("check --listen: " + *reason);
         return ExitStatus::WrongUsage;
     }
+    if (const auto reason = reason_against_caching(); options.cache.file && reason) {
+        write_error("check --cache: " + *reason);
+        return ExitStatus::WrongUsage;
+    }
     Counts counts{};
-    BatchOptions batch = options.batch;
-    batch.is_busy = options.listen;
+    BatchOptions files = options.batch;
+    files.is_busy = options.listen;
+    CachedBatch batch(files, options.cache, words_of(options));
     const BatchOutcome outcome =
-        run_batch(batch, [&](const FoundName& found) { return check(found, options, counts); });
+        batch.run([&](const FoundName& found) { return check(found, options); },
+                  [&](const Counted& counted) { return count(counted, counts); });
     if (!options.batch.quiet || outcome.is_interrupted) {
         const std::string summary = summary_of(counts, outcome);
         // Programs read nothing but verdicts.
@@ -211,6 +260,7 @@ void add_check(CommandLine& program) {
     command.flag("--listen", options->listen,
                  "Decode the audio, too, and tell what is wrong with its sound");
     add_limits(command, options->limits);
+    command.cache(options->cache);
     command.batch(options->batch);
 }
 

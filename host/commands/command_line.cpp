@@ -237,6 +237,14 @@ void CommandOptions::batch(BatchOptions& options) {
     paths(options);
 }
 
+void CommandOptions::cache(CacheOptions& options) {
+    text(
+        "--cache", "FILE", [&options](const std::string& name) { options.file = name; },
+        "Read no file again that is as it was when a run with this database printed it");
+    flag("--new", options.only_new, "With --cache: only files that no run has printed as they are");
+    needs("--new", "--cache");
+}
+
 void CommandOptions::journal(JournalOptions& options) {
     flag("--no-journal", options.none, "Keep no journal: brindle undo cannot take the run back");
     text(

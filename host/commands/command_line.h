@@ -9,6 +9,7 @@
 
 #include "batch/batch.h"
 #include "batch/file_batch.h"
+#include "cache/cached_batch.h"
 #include "journal/journal.h"
 #include "system/exit_status.h"
 
@@ -93,6 +94,9 @@ public:
     void changed_paths(ChangeOptions& options, const std::string& help_of_dry_run);
     // The same of commands that do several files at once.
     void batch(BatchOptions& options);
+
+    // Whether a command takes what it prints from an earlier run.
+    void cache(CacheOptions& options);
 
     // How a command that changes files keeps its journal.
     void journal(JournalOptions& options);

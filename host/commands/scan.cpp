@@ -26,6 +26,7 @@ namespace {
 
 struct ScanOptions {
     BatchOptions batch;
+    CacheOptions cache;
     bool json = false;
     bool csv = false;
     std::optional<std::string> columns;
@@ -81,6 +82,14 @@ std::vector<Column> columns_for(const ScanOptions& options) {
     return columns;
 }
 
+// All that decides what is printed of a file, the columns last, as they may hold anything.
+std::string words_of(const ScanOptions& options) {
+    return std::string("scan") + (options.json ? " --json" : "") + (options.csv ? " --csv" : "") +
+           (options.hash ? " --hash" : "") + (options.form.spreadsheet ? " --spreadsheet" : "") +
+           (options.form.utf8_names ? " --utf8-names" : "") +
+           (options.columns ? " --columns " + *options.columns : "");
+}
+
 class Scan {
 public:
     explicit Scan(const ScanOptions& options)
@@ -94,11 +103,17 @@ public:
             write_error("scan --hash: " + *reason);
             return ExitStatus::WrongUsage;
         }
+        if (const auto reason = reason_against_caching(); options_.cache.file && reason) {
+            write_error("scan --cache: " + *reason);
+            return ExitStatus::WrongUsage;
+        }
+        CachedBatch batch(options_.batch, options_.cache, words_of(options_));
         if (options_.csv) {
             write_output(table_.csv_header());
         }
         const BatchOutcome outcome =
-            run_batch(options_.batch, [&](const FoundName& found) { return scan_file(found); });
+            batch.run([&](const FoundName& found) { return scan_file(found); },
+                      [&](const Counted& counted) { return summary_.add(counted); });
         if (!options_.batch.quiet || outcome.is_interrupted) {
             // Programs read nothing but facts.
             if (options_.json || options_.csv || options_.columns) {
@@ -111,8 +126,9 @@ public:
     }
 
 private:
-    Answer scan_file(const FoundName& found) {
-        Answer answer;
+    [[nodiscard]] FileResult scan_file(const FoundName& found) const {
+        FileResult result;
+        Answer& answer = result.answer;
         cMPEGHeader header;
         answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
         std::optional<std::string> hash;
@@ -127,9 +143,10 @@ private:
             answer.output = text_of_failure(found.name, *answer.error);
         } else {
             answer.output = text_of(found.name, answer.bytes, header, hash);
-            summary_.add(header);
+            result.counted = ScanSummary::counted(header);
+            result.is_lasting = !header.OpeningError();
         }
-        return answer;
+        return result;
     }
 
     [[nodiscard]] std::string text_of(const std::string& name, std::int64_t size,
@@ -191,6 +208,7 @@ void add_scan(CommandLine& program) {
                  "In CSV: a single quote before cells that a spreadsheet takes for a formula");
     command.flag("--utf8-names", options->form.utf8_names,
                  "In CSV: names of files as UTF-8, with escapes and a column file_escaped");
+    command.cache(options->cache);
     command.batch(options->batch);
 }
 

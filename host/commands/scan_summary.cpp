@@ -1,5 +1,7 @@
 #include "commands/scan_summary.h"
 
+#include <utility>
+
 #include "output/stream_text.h"
 
 namespace brindle::host {
@@ -21,14 +23,28 @@ std::string hours_text(std::int64_t milliseconds) {
 
 }  // namespace
 
-void ScanSummary::add(const cMPEGHeader& header) {
-    const bool variable = header.VBR();
-    const std::int32_t milliseconds = header.Duration();
+Counted ScanSummary::counted(const cMPEGHeader& header) {
+    const Stream stream = !has_stream(header) ? Stream::None
+                          : header.VBR()      ? Stream::Variable
+                                              : Stream::Constant;
     const eTagType tags = header.TagType();
+    return {static_cast<std::int64_t>(stream), header.Duration(), tags < 0 ? 0 : tags};
+}
+
+bool ScanSummary::add(const Counted& counted) {
+    const auto [stream, milliseconds, tags] = counted;
+    const auto is_index = [](std::int64_t number, const auto& numbers) {
+        return number >= 0 && number < static_cast<std::int64_t>(numbers.size());
+    };
+    if (!is_index(stream, streams_) || !is_index(tags, tags_) ||
+        !std::in_range<std::int32_t>(milliseconds)) {
+        return false;
+    }
     const std::lock_guard<std::mutex> lock(mutex_);
-    ++(!has_stream(header) ? streams_.none : variable ? streams_.variable : streams_.constant);
+    ++streams_.at(static_cast<std::size_t>(stream));
     milliseconds_ += milliseconds;
-    ++tags_.at(tags < 0 ? 0 : static_cast<std::size_t>(tags));
+    ++tags_.at(static_cast<std::size_t>(tags));
+    return true;
 }
 
 std::string ScanSummary::text(const BatchOutcome& outcome) const {
@@ -38,8 +54,9 @@ std::string ScanSummary::text(const BatchOutcome& outcome) const {
     const auto number = [](std::int64_t count) { return std::to_string(count); };
     std::string text =
         outcome.files_text() + ", " + hours_text(milliseconds_) + " hours of audio\n";
-    text += "  Bit rate  " + number(streams_.constant) + " constant, " + number(streams_.variable) +
-            " variable, " + number(streams_.none) + " without a stream\n";
+    text += "  Bit rate  " + number(streams(Stream::Constant)) + " constant, " +
+            number(streams(Stream::Variable)) + " variable, " + number(streams(Stream::None)) +
+            " without a stream\n";
     text += "  Tags      " + tags(v1TagOnly) + ", " + tags(v2TagOnly) + ", " +
             tags(v1andv2TagsBothPresent) + ", " + tags(NoTags) + "\n";
     return text + "  Failed    " + number(outcome.failures) + "\n";

@@ -50,12 +50,13 @@ _brindle() {
         undo) options="--dry-run $journal" ;;
         journal) ;;
         scan)
-            options="--json --csv --columns --hash --spreadsheet --utf8-names -0 --null --jobs
-                --quiet"
+            options="--json --csv --columns --hash --spreadsheet --utf8-names --cache --new -0
+                --null --jobs --quiet"
             ;;
         check)
             options="--json --notes --only --ignore --fail-on --listen --silent-start
-                --silence-inside --silent-end --too-loud --too-quiet -0 --null --jobs --quiet"
+                --silence-inside --silent-end --too-loud --too-quiet --cache --new -0 --null --jobs
+                --quiet"
             ;;
         listen)
             options="--json --csv --set --overwrite --dry-run --yes --end-style-texts --quick
@@ -67,7 +68,7 @@ _brindle() {
     esac
     case $command:$before in
         *:--journal-days | *:--journal-megabytes) return ;;
-        *:--journal)
+        *:--journal | *:--cache)
             compopt -o filenames 2>/dev/null
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return

@@ -80,6 +80,8 @@ complete -c brindle -n '__fish_seen_subcommand_from check' -x -l silent-end -d '
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l too-loud -d 'Greatest loudness'
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l too-quiet -d 'Least loudness'
 complete -c brindle -n '__fish_seen_subcommand_from show set normalize export import strip scan check listen' -s 0 -l null -d 'Names from standard input end with a NUL'
+complete -c brindle -n '__fish_seen_subcommand_from scan check' -r -F -l cache -d 'Read no file again that is as it was'
+complete -c brindle -n '__fish_seen_subcommand_from scan check' -l new -d 'Only files that no run has printed'
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -x -l jobs -d 'Files at once'
 complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -l quiet -d 'No progress bar and no summary'
 

@@ -73,6 +73,10 @@ def test_says_what_it_was_built_without(brindle, song):
     status, printed = brindle("export", "--to", "rivendell", windows_name(song))
     assert (status, printed) == (2, "brindle: export --to rivendell: built without pugixml, "
                                     "which reads XML\n")
+    for command in ("scan", "check"):
+        status, printed = brindle(command, "--cache", "c.db", windows_name(song))
+        assert (status, printed) == (2, f"brindle: {command} --cache: built without SQLite, "
+                                        "which the cache needs\n")
 
 
 def test_scans_a_folder(brindle, song):

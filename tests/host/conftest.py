@@ -65,6 +65,21 @@ def reachable(open_folder, program):
     return open_folder
 
 
+@pytest.fixture
+def small_disk(tmp_path):
+    """It is full after 64 KiB."""
+    folder = tmp_path / "disk"
+    folder.mkdir()
+    mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "none", str(folder)],
+                             capture_output=True, check=False)
+    if mounted.returncode != 0:
+        pytest.skip("NO FULL DISK WAS TRIED: may not mount a file system")
+    try:
+        yield folder
+    finally:
+        subprocess.run(["umount", str(folder)], check=True)
+
+
 @pytest.fixture(scope="session")
 def tone(tmp_path_factory):
     """A second of silence, ten of a tone at -20 dBFS, a second of silence."""

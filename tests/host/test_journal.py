@@ -418,20 +418,6 @@ def test_many_attributes_are_not_believed(brindle, tmp_path, song):
 
 # --- a full disk
 
-@pytest.fixture
-def small_disk(tmp_path):
-    folder = tmp_path / "disk"
-    folder.mkdir()
-    mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "none", str(folder)],
-                             capture_output=True, check=False)
-    if mounted.returncode != 0:
-        pytest.skip("NO FULL DISK WAS TRIED: may not mount a file system")
-    try:
-        yield folder
-    finally:
-        subprocess.run(["umount", str(folder)], check=True)
-
-
 def fill(path, size):
     path.write_bytes(bytes(size))
 

@@ -24,7 +24,8 @@ ROOMS = {
     "listen": {"output", "batch", "system"},
     "bridges": {"listen", "output"},
     "journal": {"batch", "output", "system"},
-    "commands": {"bridges", "listen", "journal", "batch", "output", "system"},
+    "cache": {"batch", "output", "system"},
+    "commands": {"bridges", "listen", "cache", "journal", "batch", "output", "system"},
 }
 
 

@@ -1,0 +1,115 @@
+#include "cache/cached_batch.h"
+
+#include <chrono>
+#include <utility>
+
+#include "output/standard_streams.h"
+
+namespace brindle::host {
+
+namespace {
+
+// The times of files are as coarse as 2 seconds, and those of a share come from another clock.
+constexpr std::int64_t kSettlingSeconds = 2;
+
+// A row is written again after so many days without a change, so that it is not forgotten.
+constexpr std::int64_t kDaysBetweenMarks = 7;
+
+std::int64_t seconds_now() {
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now())
+        .time_since_epoch()
+        .count();
+}
+
+// Whether a change after `seconds` would show in the identity.
+bool is_settled(const FileIdentity& identity, std::int64_t seconds) {
+    return identity.changed < seconds - kSettlingSeconds;
+}
+
+Answer counted_answer(FileResult result, const CachedBatch::Count& count) {
+    if (!result.answer.error) {
+        static_cast<void>(count(result.counted));
+    }
+    return std::move(result.answer);
+}
+
+}  // namespace
+
+CachedBatch::CachedBatch(const BatchOptions& options, const CacheOptions& cache,
+                         const std::string& command)
+    : options_(options), cache_options_(cache) {
+    if (cache.file) {
+        cache_.emplace(*cache.file, BRINDLE_VERSION "\n" + command);
+    }
+}
+
+BatchOutcome CachedBatch::run(const Read& read, const Count& count) {
+    BatchOutcome outcome =
+        run_batch(options_, [&](const FoundName& found) { return answer_for(found, read, count); });
+    outcome.has_only_new = cache_options_.only_new;
+    if (const auto reason = cache_ ? cache_->finish() : std::nullopt) {
+        write_error(*cache_options_.file, *reason + "; the cache does not hold all of this run");
+    }
+    return outcome;
+}
+
+Answer CachedBatch::answer_for(const FoundName& found, const Read& read, const Count& count) {
+    const auto identity = cache_ && !found.failure ? identity_of(found.name) : std::nullopt;
+    return identity ? cached_answer(found, *identity, read, count)
+                    : counted_answer(read(found), count);
+}
+
+Answer CachedBatch::cached_answer(const FoundName& found, const FileIdentity& identity,
+                                  const Read& read, const Count& count) {
+    const std::int64_t begin = seconds_now();
+    auto cached = cache_->find(found.name, identity);
+    if (cached && cached->is_settled) {
+        Answer answer;
+        answer.is_unchanged = is_old(*cached);
+        if (answer.is_unchanged || count(cached->counted)) {
+            answer.bytes = identity.size;
+            answer.output = answer.is_unchanged ? std::string() : cached->output;
+            if (cached->day > cache_->today() ||
+                cached->day + kDaysBetweenMarks <= cache_->today()) {
+                store_when_written(answer, found.name, identity, *std::move(cached));
+            }
+            return answer;
+        }
+    }
+    FileResult result = read(found);
+    if (result.answer.error || !result.is_lasting || identity_of(found.name) != identity) {
+        return counted_answer(std::move(result), count);
+    }
+    CachedAnswer now{.output = result.answer.output,
+                     .counted = result.counted,
+                     .is_settled = is_settled(identity, begin),
+                     .run = cache_->run(),
+                     .day = cache_->today()};
+    Answer answer;
+    // Had to be read again, and turned out to be the same.
+    if (cached && is_old(*cached) && cached->output == now.output &&
+        cached->counted == now.counted) {
+        answer.is_unchanged = true;
+        answer.bytes = result.answer.bytes;
+        now.run = cached->run;
+    } else {
+        answer = counted_answer(std::move(result), count);
+    }
+    store_when_written(answer, found.name, identity, std::move(now));
+    return answer;
+}
+
+// What this run has found itself is new, also where a file comes up again.
+bool CachedBatch::is_old(const CachedAnswer& cached) const {
+    return cache_options_.only_new && cached.run != cache_->run();
+}
+
+void CachedBatch::store_when_written(Answer& answer, const std::string& name,
+                                     const FileIdentity& identity, CachedAnswer cached) {
+    cached.day = cache_->today();
+    answer.when_written = [this, name, identity, cached = std::move(cached)]() mutable {
+        cache_->keep(name, identity, std::move(cached));
+    };
+}
+
+}  // namespace brindle::host
