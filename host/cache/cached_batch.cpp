@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "output/standard_streams.h"
+#include "system/read_failure.h"
 
 namespace brindle::host {
 
@@ -76,8 +77,10 @@ Answer CachedBatch::cached_answer(const FoundName& found, const FileIdentity& id
             return answer;
         }
     }
+    static_cast<void>(take_read_failure());
     FileResult result = read(found);
-    if (result.answer.error || !result.is_lasting || identity_of(found.name) != identity) {
+    const bool has_read_all = result.is_lasting && !take_read_failure();
+    if (result.answer.error || !has_read_all || identity_of(found.name) != identity) {
         return counted_answer(std::move(result), count);
     }
     CachedAnswer now{.output = result.answer.output,

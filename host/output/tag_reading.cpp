@@ -6,6 +6,8 @@
 #include <brindle/error.h>
 #include <brindle/text.h>
 
+#include "system/read_failure.h"
+
 namespace brindle::host {
 
 namespace {
@@ -52,6 +54,7 @@ TagFacts facts_of(const cMPEGHeader& header) {
     try {
         return read_tag_facts(header);
     } catch (const Error&) {
+        note_read_failure();
         return {};
     }
 }

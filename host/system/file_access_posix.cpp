@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 
 #include "system/file_access.h"
+#include "system/read_failure.h"
 
 namespace brindle::host {
 
@@ -92,6 +93,9 @@ std::string ReadOnlyFile::read(std::int64_t offset, std::size_t count) {
     }
     std::string bytes(count, '\0');
     const ssize_t done = pread(handle_->file, bytes.data(), bytes.size(), offset);
+    if (done < 0) {
+        note_read_failure();
+    }
     bytes.resize(done > 0 ? static_cast<std::size_t>(done) : 0);
     return bytes;
 }

@@ -4,6 +4,7 @@ import os
 import re
 import shutil
 import signal
+import struct
 import subprocess
 import time
 
@@ -15,6 +16,8 @@ from other_user import NOBODY, as_nobody, needs_root
 
 AUDIO = audio()
 SONG = tag(text_frame("TIT2", "Song"), text_frame("TPE1", "Ann"), padding=100) + AUDIO
+# The footer alone, which claims no items.
+APE = b"APETAGEX" + struct.pack("<IIII8x", 2000, 32, 0, 0)
 APPLICATION_ID = 0x42524E44
 # A file whose status changed less than 2 seconds before it was read is read again.
 SECONDS_TO_SETTLE = 3.1
@@ -37,7 +40,7 @@ def fill_library(folder):
     (folder / "gone.mp3").symlink_to("nowhere")
     os.mkfifo(folder / "pipe.mp3")
     (folder / "e").mkdir()
-    (folder / "e" / "e.mp3").write_bytes(SONG)
+    (folder / "e" / "e.mp3").write_bytes(SONG + APE)
 
 
 GOOD_FILES = 11
@@ -323,16 +326,31 @@ def test_file_that_failed_is_tried_again(program, library, cache, reachable):
     assert run().stderr == b"brindle: music/e.mp3: Permission denied\n"
 
 
-def test_file_that_cannot_be_read_whole_is_not_stored(program, library, cache):
-    """The library reads what it can; the device may do better the next time."""
-    command = ["strace", "-f", "-qq", "-o", "/dev/null", "-P", "music/a.mp3",
-               "-e", "trace=pread64", "-e", "inject=pread64:error=EIO:when={}+", program, "scan",
-               "--json", "--cache", "cache.db", "music/a.mp3", "music/b.mp3"]
-    for first in range(1, 4):
-        cache.unlink(missing_ok=True)
-        subprocess.run([part.format(first) for part in command], cwd=cache.parent, timeout=60,
-                       capture_output=True, check=False)
-        assert rows(cache, "name") == [(b"music/b.mp3",)], first
+@pytest.mark.parametrize("call, error", [("pread64", "EIO"), ("openat", "EMFILE")])
+@pytest.mark.parametrize("form", [("scan", "--json"), ("scan", "--hash"), ("check", "--json"),
+                                  ("check", "--listen")], ids=" ".join)
+def test_file_that_is_read_in_part_is_not_stored(program, brindle, library, cache, form, call, error):
+    """Each call for its bytes fails in turn; the device may do better the next time."""
+    plain = [program, *form, "--cache", "cache.db", "music/e/e.mp3"]
+    traced = ["strace", "-f", "-qq", "-P", "music/e/e.mp3", "-e", f"trace={call}"]
+    without = brindle(*form, "music/e/e.mp3").stdout
+    trace = cache.parent / "trace"
+    subprocess.run([*traced, "-o", trace, *plain], cwd=cache.parent, capture_output=True, check=False,
+                   timeout=60)
+    assert brindle(*plain[1:]).stdout == without
+    poison(cache)
+    assert is_poisoned(brindle(*plain[1:]))
+    count = trace.read_text("latin-1").count("music/e/e.mp3" if call == "openat" else f"{call}(")
+    assert count >= (2 if call == "openat" else 4)
+    changed = 0
+    for number in range(1, count + 1):
+        cache.unlink()
+        result = subprocess.run(
+            [*traced, "-o", "/dev/null", "-e", f"inject={call}:error={error}:when={number}", *plain],
+            cwd=cache.parent, capture_output=True, check=False, timeout=60)
+        changed += result.stdout != without
+        assert brindle(*plain[1:]).stdout == without, number
+    assert changed >= 2
 
 
 # --- --new
