@@ -14,8 +14,7 @@ int primary(int code) {
 }
 
 [[noreturn]] void raise(sqlite3* connection, int code) {
-    throw DatabaseError(code,
-                        connection != nullptr ? sqlite3_errmsg(connection) : sqlite3_errstr(code));
+    throw DatabaseError(code, sqlite3_errmsg(connection));
 }
 
 // Nothing in the file's schema is trusted: it runs no function and writes no schema.
@@ -47,10 +46,11 @@ Database::Database(const std::string& path) {
                            static_cast<unsigned>(SQLITE_OPEN_PRIVATECACHE);
     const int code = sqlite3_open_v2(path.c_str(), &connection_, static_cast<int>(flags), nullptr);
     if (code != SQLITE_OK) {
-        const DatabaseError error(
-            code, connection_ != nullptr ? sqlite3_errmsg(connection_) : sqlite3_errstr(code));
+        // The connection has the text of the error.
+        const std::string text =
+            connection_ != nullptr ? sqlite3_errmsg(connection_) : sqlite3_errstr(code);
         sqlite3_close_v2(connection_);
-        throw error;
+        throw DatabaseError(code, text);
     }
     restrict(connection_);
 }
