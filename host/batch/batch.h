@@ -1,4 +1,4 @@
-// One answer a file, for any number of files, on several threads and in the order of the files.
+// One answer per file, for any number of files, on several threads and in the order of the files.
 #pragma once
 
 #include <cstdint>
@@ -15,13 +15,13 @@ namespace brindle::host {
 
 struct BatchOptions : PathOptions {
     bool quiet = false;
-    bool changes_files = false;  // each file that is begun is finished
+    bool changes_files = false;  // each started file is finished
     NamedFolders named_folders = NamedFolders::Walked;
     bool is_busy = false;  // jobs compute more than they read: one per processor
     unsigned jobs = 0;     // 0: as many as bring the highest throughput
 };
 
-// What a file brings.
+// The result for one file.
 struct Answer {
     std::string output;                // for standard output, whole lines
     std::optional<std::string> error;  // why the file failed
@@ -46,8 +46,8 @@ struct BatchOutcome {
 };
 
 // Runs the job on every file. Answers are written as soon as those of all files before are, and few
-// are kept: when standard output can't follow, the threads wait. After SIGINT the files at hand are
-// the last. What the job throws ends the run and is thrown on.
+// are kept: when standard output can't follow, the threads wait. After SIGINT only the files in
+// progress are finished. An exception of the job ends the run and is rethrown.
 BatchOutcome run_batch(const BatchOptions& options, const Job& job);
 
 }  // namespace brindle::host

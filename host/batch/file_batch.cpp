@@ -44,7 +44,7 @@ bool is_yes(std::string answer) {
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 
-// `3 of 12 files`, or `3 files` where nobody knows how many there are.
+// `3 of 12 files`, or `3 files` if the total is unknown.
 std::string progress(std::size_t done, const PathOptions& options) {
     const bool is_counted = std::none_of(
         options.paths.begin(), options.paths.end(),

@@ -30,7 +30,7 @@ enum class Consent { Given, Refused, NobodyToAsk };
 [[nodiscard]] NamedFolders folders_named_by_input(const ChangeOptions& options);
 
 // In groups, which end early where the next name has to be waited for. A file that fails does not
-// stop the others. SIGINT does: the file at hand is finished, the rest is not touched, and the
+// stop the others. SIGINT does: the current file is finished, the rest is not changed, and the
 // number of files done is printed. Folders are entered without asking, but those that standard
 // input names need `yes`.
 [[nodiscard]] ExitStatus for_each_file(const ChangeOptions& options, const PlanStep& plan,

@@ -7,16 +7,16 @@
 
 namespace brindle::host {
 
-// The name of a file as the system has it, or of what could not be looked into, and why.
+// The name of a file as the system has it, or of a folder that could not be read, and why.
 struct FoundName {
     std::string name;
     std::optional<std::string> failure = std::nullopt;
 };
 
 // Goes through a folder and all below it, in the order of the bytes of the paths. One listing of
-// each folder on the way is kept, never the whole tree. Links to folders are not followed, so that
-// no loop can be; links to files are. What comes or goes meanwhile is seen or not; a folder that
-// can't be listed is named with the reason.
+// each folder on the current path is kept, never the whole tree. Links to folders are not followed,
+// so that no loop can be; links to files are. Files created or deleted meanwhile may or may not be
+// seen; a folder that can't be listed is named with the reason.
 class FolderWalk {
 public:
     explicit FolderWalk(const std::string& folder);

@@ -1,5 +1,5 @@
-// Changes of files in groups: those of a group are worked out first, then one flush puts what
-// brings them back on the device, then they are written.
+// Changes of files in groups: those of a group are planned first, then one flush writes the
+// data to restore them to the device, then they are written.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 
 namespace brindle::host {
 
-// A change of one file that is worked out and not yet written.
+// A change of one file that is planned and not yet written.
 struct PlannedChange {
     std::optional<std::string> failure = std::nullopt;  // why there is none
     // Empty where nothing is left to do. The answer is why the file failed, or nothing.

@@ -1,4 +1,4 @@
-// The names of the files that a command is to look at.
+// The names of the files that a command processes.
 #pragma once
 
 #include <cstddef>
@@ -48,7 +48,7 @@ struct PathOptions {
 enum class NamedFolders { Walked, Refused };
 
 // One name after the other: of each path in turn, and of the names from standard input, the file or
-// all files below the folder. A path that is a link to a folder stands for the folder.
+// all files below the folder. A path that is a link to a folder is followed.
 class NameSource {
 public:
     explicit NameSource(PathOptions options, NamedFolders folders = NamedFolders::Walked);

@@ -13,11 +13,11 @@
 
 namespace brindle::host {
 
-// One line on standard error, drawn anew. Its members may be called from several threads.
+// One line on standard error, redrawn in place. Its members may be called from several threads.
 class ProgressBar {
 public:
     // Begins to count what the paths hold, which takes a while. When names come from standard input
-    // nobody knows how many.
+    // their number is unknown.
     ProgressBar(bool is_shown, const std::vector<std::string>& paths);
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;

@@ -64,12 +64,12 @@ std::optional<std::string> read_whole_file(const std::string& name, std::string&
     }
     text = read_bytes(name, 0, static_cast<std::size_t>(size));
     if (text.size() != static_cast<std::size_t>(size)) {
-        return "The file became shorter while it was read";
+        return "The file was shortened while it was read";
     }
     return std::nullopt;
 }
 
-// A row on its way.
+// A row in progress.
 struct RowTask {
     explicit RowTask(const EditRow& edits) : row(edits) {
         // As a path it would mean standard input.
@@ -88,8 +88,7 @@ public:
         : options_(options), table_(std::move(table)), journal_(options.journal, "apply") {
         for (const std::string& column : table_.columns) {
             if (!is_edit_column(column)) {
-                table_.errors.push_back(
-                    {{}, "column " + printable(column) + ": there is no such column"});
+                table_.errors.push_back({{}, "column " + printable(column) + ": unknown column"});
                 table_.is_readable = false;
             }
         }
@@ -257,7 +256,7 @@ private:
         if (done < wanted) {
             write_error("interrupted after " + std::to_string(done) + " of " +
                         counted(wanted, "file") + ", " + std::to_string(outcome.failures) +
-                        " failed; the same command again does the rest");
+                        " failed; run the same command again to continue");
             return interrupted_status();
         }
         const std::size_t rows = table_.rows.size() + table_.errors.size();
@@ -267,7 +266,7 @@ private:
                                        [](const RowTask& task) { return !task.errors.empty(); }));
         const auto failed = static_cast<std::size_t>(outcome.failures);
         write_output(counted(rows, "row") + ": " + std::to_string(written) + " written, " +
-                     std::to_string(rows - left_out - failed - written) + " so already, " +
+                     std::to_string(rows - left_out - failed - written) + " unchanged, " +
                      std::to_string(failed) + " failed, " + std::to_string(left_out) +
                      " left out\n");
         return has_errors_ ? ExitStatus::SomeFileFailed : outcome.status();
@@ -297,17 +296,17 @@ ExitStatus apply(const ApplyOptions& options) {
 void add_apply(CommandLine& program) {
     const auto options = std::make_shared<ApplyOptions>();
     CommandOptions command =
-        program.add("apply", "Set what a table says, a row a file: CSV, or JSON lines",
+        program.add("apply", "Set values from a table, one row per file: CSV or JSON lines",
                     "brindle apply --dry-run edits.csv", [options] { return apply(*options); });
     command.flag("--dry-run", options->dry_run,
-                 "Show old and new values and what a save would do; touch nothing");
+                 "Show old and new values and what a save would do; write nothing");
     command.flag("--keep-going", options->keep_going,
-                 "Write the rows without an error also when others have one");
+                 "Write the rows without errors even if other rows have errors");
     command.flag("--unicode", options->unicode,
-                 "Write text that hosts' code page does not hold as UTF-16, which other "
+                 "Write text outside the code page of hosts as UTF-16, which other "
                  "programs read");
     command.flag("--spreadsheet", options->spreadsheet,
-                 "In CSV: take off the single quote that scan --spreadsheet puts before cells");
+                 "In CSV: remove the single quote that scan --spreadsheet puts before cells");
     command.journal(options->journal);
     command.operand(
         "EDITS", [options](const std::string& name) { options->edits = name; },

@@ -218,18 +218,19 @@ void add_limits(CommandOptions& command, SoundLimits& limits) {
     constexpr double kLongest = 3'600;
     constexpr double kSoftest = -70;
     const auto seconds = [&](const std::string& name, double& limit, const std::string& what) {
-        command.number(name, "S", limit, 0, kLongest,
-                       "With --listen: longest silence " + what + ", in seconds; 2 otherwise");
+        command.number(
+            name, "S", limit, 0, kLongest,
+            "With --listen: longest silence " + what + " not reported, in seconds (default: 2)");
         command.needs(name, "--listen");
     };
     seconds("--silent-start", limits.silent_start, "at the beginning");
     seconds("--silence-inside", limits.silence_inside, "inside");
     seconds("--silent-end", limits.silent_end, "at the end");
     command.number("--too-loud", "LUFS", limits.too_loud, kSoftest, 0,
-                   "With --listen: greatest loudness; -7 otherwise");
+                   "With --listen: highest loudness not reported (default: -7)");
     command.needs("--too-loud", "--listen");
     command.number("--too-quiet", "LUFS", limits.too_quiet, kSoftest, 0,
-                   "With --listen: least loudness; -30 otherwise");
+                   "With --listen: lowest loudness not reported (default: -30)");
     command.needs("--too-quiet", "--listen");
 }
 
@@ -238,27 +239,27 @@ void add_limits(CommandOptions& command, SoundLimits& limits) {
 void add_check(CommandLine& program) {
     const auto options = std::make_shared<CheckOptions>();
     CommandOptions command =
-        program.add("check", "Tell of each file whether it can go on air: ok, warn or bad",
+        program.add("check", "Report whether each file can go on air: ok, warn or bad",
                     "brindle check --quiet /music/new", [options] { return check_all(*options); });
     command.explanation(list_of_codes());
-    command.flag("--json", options->json, "One JSON object a line and file");
-    command.flag("--notes", options->notes, "Print notes, too, which leave the verdict ok");
+    command.flag("--json", options->json, "One JSON object per file, on one line");
+    command.flag("--notes", options->notes, "Also print notes, which leave the verdict ok");
     command.named_number(
         "--only", "warn|bad",
         {{"warn", static_cast<int>(Verdict::Warn)}, {"bad", static_cast<int>(Verdict::Bad)}},
         [options](int verdict) { options->least = static_cast<Verdict>(verdict); },
-        "Print only files of this verdict or a worse one");
+        "Print only files with this verdict or a worse one");
     command.words("--ignore", "CODE", codes(), options->ignored,
-                  "Leave this reason out; may be given several times");
+                  "Ignore this reason; may be given several times");
     command.word(
         "--fail-on", "warn|bad|never", {"warn", "bad", "never"},
         [options](const std::string& value) {
             options->never_fails = value == "never";
             options->fails = value == "warn" ? Verdict::Warn : Verdict::Bad;
         },
-        "From which verdict on the status is 1; bad is the default");
+        "The verdict from which the exit status is 1 (default: bad)");
     command.flag("--listen", options->listen,
-                 "Decode the audio, too, and tell what is wrong with its sound");
+                 "Also decode the audio, and report faults of the sound");
     add_limits(command, options->limits);
     command.cache(options->cache);
     command.batch(options->batch);

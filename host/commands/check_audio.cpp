@@ -26,7 +26,7 @@ namespace {
 
 using Findings = std::vector<Finding>;
 
-// What nobody hears: a tenth of a second, or a second in three minutes and twenty.
+// An inaudible difference: a tenth of a second, or a second in three minutes and twenty.
 bool is_noticed(std::int64_t difference, std::int64_t exact) {
     constexpr std::int64_t kLeast = 100;
     constexpr std::int64_t kShare = 200;  // 0.5 %
@@ -80,14 +80,14 @@ void check_byte_count(const EncoderHeader& header, std::int64_t header_frame, st
 }
 
 Finding junk_between_frames(std::int64_t bytes, std::int64_t places, std::int64_t first) {
-    return {Reason::JunkBetweenFrames, std::to_string(bytes) + " bytes that are no audio, at " +
+    return {Reason::JunkBetweenFrames, std::to_string(bytes) + " bytes that are not audio, at " +
                                            counted(places, "place") + " from byte " +
                                            std::to_string(first)};
 }
 
 Finding junk_after_audio(std::int64_t begin, std::int64_t end) {
     return {Reason::JunkAfterAudio, std::to_string(end - begin) +
-                                        " bytes that are no audio from byte " +
+                                        " bytes that are not audio from byte " +
                                         std::to_string(begin)};
 }
 
@@ -103,7 +103,7 @@ Finding changing_format(const MpegFrame& from, const MpegFrame& to, const std::s
     return {Reason::ChangingFormat, from.text() + " changes to " + to.text() + where};
 }
 
-// What the frames tell on the way, and what stands between them.
+// Facts about the frames and the bytes between them, from one walk.
 class AudioOnTheWay {
 public:
     explicit AudioOnTheWay(ReadOnlyFile& file) : file_(file) {}
@@ -306,26 +306,26 @@ Finding find_obstacle(const CheckedFile& file, const Playable& playable) {
     if (playable.encoder_header && playable.encoder_header->bytes.value_or(0) > file.size) {
         return not_playable("the Xing header promises " + bytes(*playable.encoder_header->bytes) +
                                 " of a file of " + std::to_string(file.size),
-                            "it was cut; fetch it again, or encode it again as it is");
+                            "it is incomplete; fetch it again, or encode it again as it is");
     }
     if (tag * 2 > file.size) {
         return not_playable("the ID3v2 tag takes " + bytes(tag) + " of " +
                                 std::to_string(file.size) + ", more than half of the file",
-                            "take pictures out of it");
+                            "remove pictures");
     }
     if (playable.found.frames < kFewestFrames) {
         return not_playable(counted(playable.found.frames, "frame") + " of audio, hosts need " +
                                 std::to_string(kFewestFrames),
-                            "lengthen the sound with silence");
+                            "add silence");
     }
     if (const std::int64_t junk = playable.found.first - playable.begin; junk > kMaxPositions) {
         return not_playable(bytes(junk) + " before the first frame, hosts give up after " +
                                 std::to_string(kMaxPositions),
-                            "take them out");
+                            "remove them");
     }
     if (playable.found.runs > 1) {
-        return not_playable("bytes that are no audio break the run of frames that hosts look for",
-                            "take them out");
+        return not_playable("bytes that are not audio break the run of frames that hosts look for",
+                            "remove them");
     }
     return not_playable("hosts find no run of frames that agree", "encode the file again");
 }

@@ -1,4 +1,4 @@
-// What can be wrong with a file that is to go on air.
+// The faults of a file that is to go on air.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace brindle::host {
 
-// Bad: a listener would hear it, or a host cannot play the file. Warn: a host shows something
+// Bad: listeners hear it, or a host cannot play the file. Warn: a host shows something
 // wrong. Note: all else; it leaves the file's verdict ok.
 enum class Verdict { Ok, Note, Warn, Bad };
 

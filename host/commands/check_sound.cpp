@@ -40,7 +40,7 @@ std::string range_text(const TimeRange& range) {
 
 // --- silence
 
-// The part of the file that goes on air: a point of 0 is none.
+// The part of the file that goes on air: a point of 0 is not set.
 struct Played {
     Played(const cMPEGHeader& header, const Listening& heard)
         : begin(std::max(header.CueInmSStart(), 0)),
@@ -62,7 +62,7 @@ void check_silences(const Listening& heard, const Played& played, std::int64_t l
     if (silences.empty()) {
         return;
     }
-    // Of those that were not kept nobody knows whether they are played.
+    // It is unknown whether the silences that were not kept are played.
     const std::int64_t unknown =
         heard.silence_count - static_cast<std::int64_t>(heard.silences.size());
     const auto count = static_cast<std::int64_t>(silences.size()) + unknown;

@@ -10,7 +10,7 @@
 
 namespace brindle::host {
 
-// What a file may do without a warning or a note.
+// Limits within which there is no warning or note.
 struct SoundLimits {
     // Seconds without sound.
     double silence_inside = 2;
@@ -24,8 +24,8 @@ struct SoundLimits {
 // How a file is to be listened to.
 [[nodiscard]] ListenOptions listen_options(const SoundLimits& limits);
 
-// `header` has the file open in which so much was heard. Silence that the cue-in or the secondary
-// tone leave out is none that anybody hears.
+// `header` has the file open from which this was heard. Silence that the cue-in or the secondary
+// tone skip is not on air.
 void check_sound(const cMPEGHeader& header, const Listening& heard, const SoundLimits& limits,
                  std::vector<Finding>& findings);
 

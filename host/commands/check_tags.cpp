@@ -224,8 +224,8 @@ void check_pictures(const TagFacts& facts, Findings& findings) {
         }
     }
     if (!labels.empty()) {
-        findings.push_back({Reason::BadPicture,
-                            "no image by its first bytes: " + comma_list(labels, std::identity())});
+        findings.push_back({Reason::BadPicture, "not an image by its first bytes: " +
+                                                    comma_list(labels, std::identity())});
     }
 }
 

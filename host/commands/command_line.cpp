@@ -87,7 +87,7 @@ bool may_change_files(const ChangeOptions& options) {
             write_error("nothing was changed");
             return false;
         case Consent::NobodyToAsk:
-            throw UsageError("Changing all files in a folder takes --yes");
+            throw UsageError("Changing all files in a folder requires --yes");
     }
     return true;
 }
@@ -217,7 +217,7 @@ void CommandOptions::optional_operands(const std::string& name, std::vector<std:
 
 void CommandOptions::paths(PathOptions& options) {
     flag("-0,--null", options.null_separated,
-         "Names from standard input end with a NUL, not with the line");
+         "Names on standard input end with a NUL, not with a line feed");
     operands("PATH", options.paths, "Files, folders, and - for names from standard input");
 }
 
@@ -240,13 +240,13 @@ void CommandOptions::batch(BatchOptions& options) {
 void CommandOptions::cache(CacheOptions& options) {
     text(
         "--cache", "FILE", [&options](const std::string& name) { options.file = name; },
-        "Read no file again that is as it was when a run with this database printed it");
-    flag("--new", options.only_new, "With --cache: only files that no run has printed as they are");
+        "Keep the output in this database, and do not read unchanged files again");
+    flag("--new", options.only_new, "With --cache: print only new and changed files");
     needs("--new", "--cache");
 }
 
 void CommandOptions::journal(JournalOptions& options) {
-    flag("--no-journal", options.none, "Keep no journal: brindle undo cannot take the run back");
+    flag("--no-journal", options.none, "Keep no journal; brindle undo cannot take the run back");
     text(
         "--journal", "FILE", [&options](const std::string& name) { options.file = name; },
         "Keep the journal in this new file");
@@ -255,13 +255,13 @@ void CommandOptions::journal(JournalOptions& options) {
     constexpr std::int64_t kMegabyte = std::int64_t{1024} * 1024;
     constexpr std::int64_t kMaxMegabytes = std::int64_t{1024} * 1024;
     app_.add_option("--journal-days", options.limits.days,
-                    "Remove journals older than that; otherwise 90")
+                    "Remove journals that are N days old (default: 90)")
         ->type_name("N")
         ->check(CLI::Range(std::int64_t{0}, kMaxDays).description(""));
     app_.add_option_function<std::int64_t>(
             "--journal-megabytes",
             [&options](std::int64_t megabytes) { options.limits.bytes = megabytes * kMegabyte; },
-            "Remove the oldest journals until all take no more; otherwise 1024")
+            "Remove the oldest journals until all take at most N MiB (default: 1024)")
         ->type_name("N")
         ->check(CLI::Range(std::int64_t{0}, kMaxMegabytes).description(""));
 }
@@ -281,7 +281,7 @@ CommandOptions CommandLine::add(const std::string& name, const std::string& help
 
 ExitStatus run_command_line(std::vector<std::string> arguments,
                             const std::vector<AddCommand>& commands) {
-    CLI::App program("Reads and writes what is known of MP3 files", "brindle");
+    CLI::App program("Show, check and edit MP3 files and their tags", "brindle");
     program.allow_windows_style_options(false);
     program.require_subcommand(1);
     add_help_and_version(program);

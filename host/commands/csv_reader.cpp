@@ -28,7 +28,7 @@ std::vector<std::string> CsvReader::next() {
             return cells;
         }
         if (text_[position_] != delimiter_) {
-            throw CsvError("a quoted cell goes on after its closing quote");
+            throw CsvError("a quoted cell continues after its closing quote");
         }
         ++position_;
     }
@@ -65,7 +65,7 @@ std::string CsvReader::plain_cell() {
     std::string cell;
     while (!is_at_end() && !is_at_line_end() && text_[position_] != delimiter_) {
         if (text_[position_] == kQuote) {
-            throw CsvError("a quote stands inside a cell without quotes");
+            throw CsvError("a cell without quotes contains a quote");
         }
         cell += text_[position_++];
     }

@@ -91,7 +91,7 @@ public:
                 add_row(cells);
             }
         } catch (const CsvError& error) {
-            // Nobody knows where the next row begins.
+            // The start of the next row is unknown.
             add_error(error.what());
             table_.is_readable = row_ > 1;
         }
@@ -114,7 +114,7 @@ private:
             }
         }
         if (!known.contains(kFile)) {
-            throw CsvError("there is no column 'file'");
+            throw CsvError("the column 'file' is missing");
         }
     }
 
@@ -155,7 +155,7 @@ private:
         if (is_escaped) {
             const auto name = unescaped_name(row.file);
             if (!name) {
-                throw RowError("column file: a backslash begins no escape");
+                throw RowError("column file: a backslash does not begin an escape");
             }
             row.file = *name;
         }
@@ -203,7 +203,7 @@ std::string with_escaped_bytes(std::string_view json) {
                          ? 2 * kEscapeLength
                          : kEscapeLength;
         } else if (is_escape_between(json, "dc80", "dcff")) {
-            // unescaped_name() wants these letters small.
+            // unescaped_name() expects these letters in lower case.
             text += "\\\\udc";
             text += json.substr(kEscapeLength - 2, 2);
             json.remove_prefix(kEscapeLength);
@@ -236,7 +236,7 @@ std::vector<std::string> removed_by(const Json& value) {
     std::vector<std::string> names;
     for (const Json& name : value) {
         if (!value.is_array() || !name.is_string()) {
-            throw RowError("column remove: this is no list of names");
+            throw RowError("column remove: not a list of names");
         }
         names.push_back(original(name.get<std::string>()));
     }
@@ -246,7 +246,7 @@ std::vector<std::string> removed_by(const Json& value) {
 EditRow row_of(const RowPlace& place, const std::string& line) {
     const Json object = Json::parse(with_escaped_bytes(line), nullptr, /*allow_exceptions=*/false);
     if (!object.is_object()) {
-        throw RowError("the line is no JSON object");
+        throw RowError("the line is not a JSON object");
     }
     EditRow row{.place = place};
     for (const auto& [escaped_key, value] : object.items()) {
@@ -256,7 +256,7 @@ EditRow row_of(const RowPlace& place, const std::string& line) {
         }
         if (key == kFile) {
             if (!value.is_string()) {
-                throw RowError("column file: the name is no text");
+                throw RowError("column file: the name is not a text");
             }
             row.file = text_of(value);
         } else if (key == kRemove) {
@@ -268,7 +268,7 @@ EditRow row_of(const RowPlace& place, const std::string& line) {
         }
     }
     if (row.file.empty()) {
-        throw RowError("there is no 'file'");
+        throw RowError("'file' is missing");
     }
     return row;
 }
@@ -300,7 +300,8 @@ std::string RowPlace::text() const {
 
 EditTable read_edits(const std::string& text, bool spreadsheet) {
     if (is_utf16(text)) {
-        return {.errors = {{{}, "this is UTF-16; save the table as UTF-8"}}, .is_readable = false};
+        return {.errors = {{{}, "the table is UTF-16; save the table as UTF-8"}},
+                .is_readable = false};
     }
     std::string_view content = text;
     if (content.starts_with(kByteOrderMark)) {

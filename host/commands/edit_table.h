@@ -1,4 +1,4 @@
-// A table of edits: a row a file.
+// A table of edits: one row per file.
 #pragma once
 
 #include <cstddef>

@@ -72,12 +72,13 @@ String checked_text(const std::string& option, const GivenText& given,
                     const Surroundings& around = {}) {
     String text = from_utf8(given.text);
     if (!is_utf8(text)) {
-        refuse(option, "the text is no UTF-8");
+        refuse(option, "the text is not UTF-8");
     }
     const bool needs_unicode = !fits_code_page(text);
     if (needs_unicode && !given.unicode) {
-        refuse(option, "hosts read text of " + std::string(kCodePage) + ", which does not hold " +
-                           in_quotes(text) + "; --unicode writes it anyway");
+        refuse(option, "hosts read text of " + std::string(kCodePage) +
+                           ", which does not contain " + in_quotes(text) +
+                           "; --unicode writes it anyway");
     }
     const std::size_t longest = longest_text(around, needs_unicode);
     if (text.size() > longest) {
@@ -95,7 +96,7 @@ std::int32_t checked_whole(const Field& field, const std::string& given) {
     std::int32_t number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     if (error == std::errc::invalid_argument || end != digits.data() + digits.size()) {
-        refuse(field.option, "'" + given + "' is no whole number");
+        refuse(field.option, "'" + given + "' is not a whole number");
     }
     if (error != std::errc() || number < field.access.least || number > field.access.most) {
         refuse(field.option, given + " is not in the range of " +
@@ -111,7 +112,7 @@ double checked_real(const Field& field, const std::string& given) {
     const double number = std::strtod(given.c_str(), &end);
     if (given.empty() || given.find_first_not_of(kCharacters) != std::string::npos ||
         end != given.c_str() + given.size()) {
-        refuse(field.option, "'" + given + "' is no number");
+        refuse(field.option, "'" + given + "' is not a number");
     }
     if (!std::isfinite(number)) {
         refuse(field.option, given + " is too large");
@@ -309,7 +310,7 @@ Edit removal_of(const std::string& name) {
             return removal_of(field);
         }
     }
-    refuse("--remove", "there is no field '" + name + "'");
+    refuse("--remove", "unknown field '" + name + "'");
 }
 
 Edit edit_for(const Field& field, const std::string& text, bool unicode) {
@@ -330,7 +331,7 @@ void EditOptions::add_to(CommandOptions& command) {
         }
         if (field.access.type == FieldType::YesNo) {
             command.flag(field.option, flags_[field.option], field.help);
-            command.flag(opposite(field), flags_[opposite(field)], "It is none");
+            command.flag(opposite(field), flags_[opposite(field)], "The file is not an opener");
             command.exclusive(field.option, opposite(field));
             continue;
         }
@@ -342,7 +343,7 @@ void EditOptions::add_to(CommandOptions& command) {
     command.texts("--field", "NAME=VALUE", custom_fields_,
                   "Custom field; may be given several times");
     command.texts("--remove", "NAME", removed_,
-                  "Take a field out: the name of its option, such as cue-in, or field:NAME; may be "
+                  "Remove a field: the name of its option, such as cue-in, or field:NAME; may be "
                   "given several times");
 }
 
@@ -370,7 +371,7 @@ std::vector<Edit> EditOptions::edits(bool unicode) const {
         const Edit& last = edits.back();
         if (std::any_of(edits.begin(), edits.begin() + static_cast<std::ptrdiff_t>(set_count),
                         [&](const Edit& edit) { return is_same_field(edit, last); })) {
-            refuse("--remove", "'" + name + "' is set, too");
+            refuse("--remove", "'" + name + "' is also set");
         }
     }
     return edits;

@@ -25,8 +25,8 @@ struct Edit {
     ShownValue shown;
     std::optional<ShownValue> shown_in_record;  // what it sets in the ID3v1 record, too
     std::function<void(cMPEGHeader&)> assign;
-    // Where the value stands: the frame's id in versions 2.3 and 2.2, and of user-defined text its
-    // name. "" for what is in the ID3v1 record alone.
+    // Where the value is stored: the frame's id in versions 2.3 and 2.2, and of user-defined text
+    // its name. "" for what is in the ID3v1 record alone.
     String frame_id;
     String version2_id;
     String field_name;

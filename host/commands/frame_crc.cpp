@@ -11,7 +11,7 @@ namespace brindle::host {
 namespace {
 
 constexpr std::size_t kCrcBytes = 2;
-constexpr std::size_t kBehindCrc = MpegFrame::kHeaderBytes + kCrcBytes;
+constexpr std::size_t kAfterCrc = MpegFrame::kHeaderBytes + kCrcBytes;
 constexpr std::size_t kBitsPerByte = 8;
 
 class Crc16 {
@@ -52,7 +52,7 @@ public:
     [[nodiscard]] unsigned crc() const { return crc_.value(); }
 
 private:
-    void skip_crc() { position_ = kBehindCrc * kBitsPerByte; }
+    void skip_crc() { position_ = kAfterCrc * kBitsPerByte; }
 
     static constexpr std::size_t kFirstProtected = 2;  // the sync is not
 
@@ -124,7 +124,7 @@ void take_layer2(const MpegFrame& frame, ProtectedBits& bits) {
 std::optional<bool> frame_crc_fits(std::string_view bytes) {
     const auto frame = mpeg_frame_in(bytes);
     if (!frame || !frame->has_crc() || frame->is_free_format() || frame->layer == 1 ||
-        bytes.size() < kBehindCrc) {
+        bytes.size() < kAfterCrc) {
         return std::nullopt;
     }
     ProtectedBits bits(bytes);

@@ -122,7 +122,8 @@ void read_lists(ListenCommand& options) {
         throw UsageError("--set end-style and --end-style-texts take each other");
     }
     if (sets(kTrackGainColumn) && options.listening.quick) {
-        throw UsageError("--set loudness takes the whole file, --quick hears parts of it");
+        throw UsageError(
+            "--set loudness requires the whole file, --quick decodes only parts of it");
     }
 }
 
@@ -231,19 +232,20 @@ void add_listen(CommandLine& program) {
         "listen", "Measure loudness, find where sound begins and ends, suggest cue points",
         "brindle listen --set cue-in,sectone,loudness --yes /music/new",
         [options] { return listen(*options); });
-    command.flag("--json", options->json, "One JSON object a line and file");
+    command.flag("--json", options->json, "One JSON object per file, on one line");
     command.flag("--csv", options->csv,
-                 "Comma-separated values, with a header: what is suggested, as apply reads it");
+                 "Comma-separated values with a header: the suggested values, as apply reads them");
     command.exclusive("--csv", "--json");
     command.text(
         "--set", "LIST", [options](const std::string& list) { options->set = list; },
-        "Set what is suggested, where nothing is set: cue-in, sectone, loudness, end-style, with "
-        "commas between them");
+        "Set suggested values where nothing is set: cue-in, sectone, loudness, end-style, separated "
+        "by commas");
     command.exclusive("--set", "--json");
     command.exclusive("--set", "--csv");
-    command.flag("--overwrite", options->suggestions.overwrite, "Set it also where something is");
+    command.flag("--overwrite", options->suggestions.overwrite,
+                 "Also replace values that are already set");
     command.flag("--dry-run", options->suggestions.dry_run,
-                 "Show old and new values and what a save would do; touch nothing");
+                 "Show old and new values and what a save would do; write nothing");
     command.flag("--yes", options->yes, "Change all files in folders without asking");
     command.journal(options->journal);
     for (const char* option : {"--overwrite", "--dry-run", "--yes", "--no-journal", "--journal"}) {
@@ -252,16 +254,16 @@ void add_listen(CommandLine& program) {
     command.text(
         "--end-style-texts", "cold=TEXT,fade=TEXT",
         [options](const std::string& list) { options->end_style_texts = list; },
-        "What end-style is set to, and --csv suggests, for each of the two");
+        "Texts that --set end-style sets and --csv suggests");
     command.flag("--quick", options->listening.quick,
-                 "Listen to the first and the last minute of each file only");
+                 "Decode only the first and the last minute of each file");
     constexpr double kMaxUnits = 80;
     command.number("--reference", "LUFS", options->reference, -70, 0,
-                   "Show gains that bring files to this loudness; -18 otherwise");
+                   "Show gains that bring files to this loudness (default: -18)");
     command.number("--sound-range", "LU", options->listening.sound_range, 1, kMaxUnits,
-                   "So far below the file's loudness there is still sound; 40 otherwise");
+                   "Level below the file's loudness down to which there is sound (default: 40)");
     command.number("--overlap-range", "LU", options->listening.overlap_range, 1, kMaxUnits,
-                   "So far below the file's loudness the next may begin; 12 otherwise");
+                   "Level below the file's loudness from which the next may start (default: 12)");
     options->batch.is_busy = true;
     command.batch(options->batch);
 }

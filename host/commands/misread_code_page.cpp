@@ -53,7 +53,7 @@ bool is_letter(Byte byte) {
     return is_ascii_letter(byte) || byte >= kFirstLetter;
 }
 
-// Quotation marks, dashes, dots, spaces: what stands next to words in Latin text.
+// Quotation marks, dashes, dots, spaces: the characters next to words in Latin text.
 bool is_typographic(Byte byte) {
     constexpr std::string_view kMarks =
         "\x82\x84\x85\x8B\x91\x92\x93\x94\x95\x96\x97\x99\x9B\xA0\xA1\xA9\xAB\xAE\xB0\xB7\xBB\xBF";
@@ -62,7 +62,8 @@ bool is_typographic(Byte byte) {
 
 // --- UTF-8
 
-// Letters and marks of living scripts. What else a pair of Latin letters makes in UTF-8 is chance.
+// Letters and marks of living scripts. Other characters that a pair of Latin letters makes in UTF-8
+// are coincidence.
 bool is_in_use(char32_t point) {
     struct Range {
         char32_t first;

@@ -37,7 +37,7 @@ struct MpegFrame {
     [[nodiscard]] std::string text() const;
 };
 
-// Version, layer and sampling frequency are the same, without which no player goes on unheard.
+// Version, layer and sampling frequency are the same. A player cannot change them without a gap.
 [[nodiscard]] bool is_same_kind(const MpegFrame& a, const MpegFrame& b);
 
 // Of a frame's first four bytes; none where they are no header.

@@ -37,7 +37,7 @@ void add_normalize(CommandLine& program) {
     const auto pictures = std::make_shared<std::string>("keep");
     options->common_form = true;
     CommandOptions command = program.add(
-        "normalize", "Rewrite tags so that hosts and other programs read the same; same values",
+        "normalize", "Rewrite tags so that hosts and other programs read the same texts",
         "brindle normalize --dry-run music", [options, pictures] {
             if (*pictures == "drop") {
                 options->edits.push_back(removal_of_pictures());
@@ -47,9 +47,9 @@ void add_normalize(CommandLine& program) {
     command.word(
         "--pictures", "WHAT", {"keep", "drop"},
         [pictures](const std::string& given) { *pictures = given; },
-        "What becomes of pictures; keep otherwise");
+        "What to do with pictures (default: keep)");
     add_saving_options(command, *options);
-    command.changed_paths(*options, "Show what would become of each tag; touch nothing");
+    command.changed_paths(*options, "Show how each tag would change; write nothing");
 }
 
 }  // namespace brindle::host

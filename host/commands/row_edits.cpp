@@ -94,7 +94,7 @@ bool is_nothing(const std::string& value) {
     return value.empty() || value == "0";
 }
 
-// The reason alone, as the column stands before it.
+// The reason alone; the column precedes it.
 std::string reason_of(const UsageError& error) {
     const std::string text = error.what();
     const std::size_t colon = text.find(": ");
@@ -152,11 +152,11 @@ private:
         }
         const std::optional<Column> column = edit_column(cell.column);
         if (!column) {
-            refuse(cell.column, "there is no such column");
+            refuse(cell.column, "unknown column");
             return;
         }
         if (!cell.is_plain) {
-            refuse(cell.column, "this is no single value");
+            refuse(cell.column, "not a single value");
             return;
         }
         const std::string now = column->text({.name = "", .header = &header_});
@@ -196,7 +196,7 @@ private:
         given->is_removed = true;
         // A value that is gone already has been removed by the same row before.
         if (!is_same_value(given->cell->text, given->now) && !is_nothing(given->now)) {
-            refuse("remove", "'" + printable(name) + "' is set, too");
+            refuse("remove", "'" + printable(name) + "' is also set");
         }
     }
 
@@ -212,11 +212,12 @@ private:
                 continue;
             }
             if (is_stamp(text)) {
-                refuse(given.cell->column,
-                       "hosts read '" + text + "' where they cannot read the tag; it is no value");
+                refuse(
+                    given.cell->column,
+                    "hosts read '" + text + "' where they cannot read the tag; it is not a value");
             } else if (text.front() == kUtf8Mark) {
                 refuse(given.cell->column,
-                       "the text begins with \\x03, which hosts read before UTF-8; take that off");
+                       "the text begins with \\x03, which hosts read before UTF-8; remove it");
             } else {
                 given.is_edit = true;
             }

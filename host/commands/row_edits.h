@@ -23,7 +23,7 @@ struct RowEdits {
 // The value of a file that cells under this title set, or nothing.
 [[nodiscard]] std::optional<Column> edit_column(const std::string& title);
 
-// Whether cells may stand under this title.
+// Whether this is the title of a known column.
 [[nodiscard]] bool is_edit_column(const std::string& title);
 
 // `header` has read the row's file.

@@ -64,7 +64,7 @@ std::vector<Column> columns_in(const std::string& list) {
     for (const std::string& title : words_in("--columns", list)) {
         const std::optional<Column> column = column_of(title);
         if (!column) {
-            throw UsageError("--columns: there is no column '" + title + "'");
+            throw UsageError("--columns: unknown column '" + title + "'");
         }
         columns.push_back(*column);
     }
@@ -191,23 +191,23 @@ ExitStatus scan(const ScanOptions& options) {
 void add_scan(CommandLine& program) {
     const auto options = std::make_shared<ScanOptions>();
     CommandOptions command = program.add(
-        "scan", "List the files of folders, a line each, and sum them up",
+        "scan", "List files and folders, one line per file, with a summary",
         "brindle scan --json /music > library.jsonl", [options] { return scan(*options); });
     command.flag("--json", options->json,
-                 "One JSON object a line and file, as show has it, without v2Tag");
-    command.flag("--csv", options->csv, "Comma-separated values, with a header");
+                 "One JSON object per file, on one line, as show prints it, without v2Tag");
+    command.flag("--csv", options->csv, "Comma-separated values with a header");
     command.exclusive("--csv", "--json");
     command.text(
         "--columns", "LIST", [options](const std::string& list) { options->columns = list; },
-        "These columns, with commas between them: file, error, keys of the JSON object, "
-        "audio_sha256, field:NAME. Without --csv a line a file, with tabs between them");
+        "These columns, separated by commas: file, error, keys of the JSON object, "
+        "audio_sha256, field:NAME. Without --csv one line per file, separated by tabs");
     command.exclusive("--columns", "--json");
     command.flag("--hash", options->hash,
-                 "Also SHA-256 of the audio, which is the same whatever the tags say");
+                 "Also print the SHA-256 of the audio, which does not depend on tags");
     command.flag("--spreadsheet", options->form.spreadsheet,
                  "In CSV: a single quote before cells that a spreadsheet takes for a formula");
     command.flag("--utf8-names", options->form.utf8_names,
-                 "In CSV: names of files as UTF-8, with escapes and a column file_escaped");
+                 "In CSV: file names as UTF-8, with escapes and a column file_escaped");
     command.cache(options->cache);
     command.batch(options->batch);
 }

@@ -53,9 +53,9 @@ PlannedChange plan_and_print(const std::string& name, const SetOptions& options,
 void add_saving_options(CommandOptions& command, SetOptions& options) {
     command.flag("--preserve", options.preserve, "Keep the modification time");
     command.flag("--force", options.force,
-                 "Save also when frames would be lost, or hosts would find no stream afterwards");
+                 "Save even if frames would be lost, or hosts would find no stream afterwards");
     command.flag("--atomic", options.atomic,
-                 "Write a new file also when the tag fits in place: a power cut leaves the old "
+                 "Write a new file even if the tag fits in place: a power cut leaves the old "
                  "file or the new one");
     command.journal(options.journal);
 }
@@ -64,7 +64,7 @@ void add_set(CommandLine& program) {
     const auto options = std::make_shared<SetOptions>();
     const auto edits = std::make_shared<EditOptions>();
     CommandOptions command =
-        program.add("set", "Set values and save them; the audio stays as it is",
+        program.add("set", "Set values and save them; the audio is not changed",
                     "brindle set --title \"Morning jingle\" --cue-in 1500 "
                     "--field Show=Breakfast jingle.mp3",
                     [options, edits] {
@@ -73,17 +73,17 @@ void add_set(CommandLine& program) {
                     });
     edits->add_to(command);
     command.flag("--separate", options->separate,
-                 "Title, artist and year leave the ID3v1 record alone");
+                 "Do not set title, artist and year in the ID3v1 record");
     add_saving_options(command, *options);
     command.flag("--unicode", options->unicode,
-                 "Write text that hosts' code page does not hold as UTF-16, which other "
+                 "Write text outside the code page of hosts as UTF-16, which other "
                  "programs read");
     command.flag("--host-form", options->host_form,
-                 "Write all frames anew, in the form in which hosts save them");
+                 "Rewrite all frames, in the form in which hosts save them");
     command.exclusive("--host-form", "--unicode");
     command.exclusive("--host-form", "--remove");
     command.changed_paths(*options,
-                          "Show old and new values and what a save would do; touch nothing");
+                          "Show old and new values and what a save would do; write nothing");
 }
 
 }  // namespace brindle::host

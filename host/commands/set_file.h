@@ -51,7 +51,7 @@ struct SetReport {
     bool is_outdated = false;  // the file is in another state than was expected
 };
 
-// Sets values of one file and leaves all other frames as they stand. Several
+// Sets values of one file and leaves all other frames as they are. Several
 // files may be done at once. What is passed by reference must outlive the change. A dry run is done
 // with the plan.
 [[nodiscard]] PlannedChange plan_with_editor(const std::string& name, const SetOptions& options,

@@ -22,7 +22,7 @@ constexpr std::int32_t kConvertedVersion = 2;
 
 using Failure = std::optional<std::string>;
 
-// One file on its way. Its members return why the file failed, or nothing.
+// The change of one file. Its members return why the file failed, or nothing.
 class FileInHostForm {
 public:
     FileInHostForm(const std::string& name, const SetOptions& options, Journal& journal)
@@ -44,7 +44,8 @@ private:
         return finish(changes);
     }
 
-    // A save converts the tag and drops what else was set; so the values come after it.
+    // A save converts the tag and drops all other fields that were set, so the values come after
+    // it.
     Failure set_converted() {
         const auto is_replaced = [&](const LostFrame& frame) {
             return std::any_of(options_.edits.begin(), options_.edits.end(), [&](const Edit& edit) {

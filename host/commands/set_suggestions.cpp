@@ -45,7 +45,7 @@ public:
             }
         }
         if (targets_.empty()) {
-            return leave("all of it is set already");
+            return leave("all values are already set");
         }
         const auto heard = listen_to_file(header_, bytes, listening_);
         if (!heard) {
@@ -59,7 +59,8 @@ public:
             return row.errors.front();
         }
         if (row.edits.empty()) {
-            return leave(row.kept.empty() ? "nothing is suggested" : "the file is so already");
+            return leave(row.kept.empty() ? "nothing is suggested"
+                                          : "the file already has these values");
         }
         SetOptions changes = changes_of(std::move(row), /*unicode=*/false);
         changes.dry_run = options_.dry_run;

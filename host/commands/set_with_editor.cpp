@@ -279,7 +279,7 @@ private:
 
     [[nodiscard]] static std::string how_it_fits(const EditPlan& plan) {
         if (plan.changes_nothing) {
-            return "Nothing would be written: the file is so already";
+            return "Nothing would be written: the file already has these values";
         }
         if (plan.needed_length == 0) {
             return "The ID3v2 tag stays as it is";
@@ -296,8 +296,9 @@ private:
     }
 
     [[nodiscard]] std::string outcome(const EditPlan& plan, const cMPEGHeader& now) const {
-        std::string text =
-            plan.changes_nothing ? "nothing written, the file is so already" : tag_outcome(plan);
+        std::string text = plan.changes_nothing
+                               ? "nothing written, the file already has these values"
+                               : tag_outcome(plan);
         if (edits_record() && (!plan.changes_nothing || !has_id3v1(now))) {
             text += ", " + record_text(now, had_record_);
         }

@@ -50,10 +50,10 @@ ExitStatus show(const ShowOptions& options) {
 void add_show(CommandLine& program) {
     const auto options = std::make_shared<ShowOptions>();
     CommandOptions command = program.add(
-        "show", "Show what is known of each file: stream, tags, fields, frames",
+        "show", "Show stream, tags, scheduling fields and tag frames of each file",
         "brindle show --json jingle.mp3 spot.mp3", [options] { return show(*options); });
     command.flag("--json", options->json,
-                 "One JSON object a line and file, with every value in full", true);
+                 "One JSON object per file, on one line, with every value in full", true);
     command.paths(*options);
 }
 

@@ -128,7 +128,7 @@ ExitStatus strip(const StripOptions& options) {
 
 void add_strip(CommandLine& program) {
     const auto options = std::make_shared<StripOptions>();
-    CommandOptions command = program.add("strip", "Take tags off; the audio stays as it is",
+    CommandOptions command = program.add("strip", "Remove tags; the audio is not changed",
                                          "brindle strip --v1 jingle.mp3 spot.mp3",
                                          [options] { return strip(*options); });
     CommandOptions tags = command.one_of("Tags", "Which tags; one of");
@@ -136,10 +136,9 @@ void add_strip(CommandLine& program) {
     tags.flag("--v2", options->v2, "The ID3v2 tag at the start");
     tags.flag("--all", options->all, "Both");
     command.flag("--preserve", options->preserve, "Keep the modification time");
-    command.flag("--force", options->force,
-                 "Strip also when hosts would find no stream afterwards");
+    command.flag("--force", options->force, "Strip even if hosts would find no stream afterwards");
     command.journal(options->journal);
-    command.changed_paths(*options, "Show what would go; touch nothing");
+    command.changed_paths(*options, "Show what would be removed; write nothing");
 }
 
 }  // namespace brindle::host

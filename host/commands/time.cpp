@@ -51,7 +51,7 @@ void add_time(CommandLine& program) {
         "MS",
         [options](const std::string& given) {
             if (!parse_whole(given, options->milliseconds)) {
-                throw UsageError("MS: '" + given + "' is no whole number of 32 bits");
+                throw UsageError("MS: '" + given + "' is not a whole number of 32 bits");
             }
         },
         "Milliseconds, a whole number");

@@ -39,10 +39,10 @@ void add_undo(CommandLine& program) {
     CommandOptions command =
         program.add("undo", "Take back what the last run changed, byte for byte",
                     "brindle undo --dry-run", run);
-    command.flag("--dry-run", options->dry_run, "Show what would be brought back; touch nothing");
+    command.flag("--dry-run", options->dry_run, "Show what would be restored; write nothing");
     command.journal(options->kept);
     command.optional_operands("JOURNAL", options->operands,
-                              "The journal of another run, and after it files of that run");
+                              "The journal of another run, followed by files of that run");
 }
 
 void add_journal(CommandLine& program) {
@@ -55,8 +55,8 @@ void add_journal(CommandLine& program) {
             return operands->empty() ? list_journals() : list_journal(operands->front());
         });
     };
-    CommandOptions command = program.add("journal", "List the journals, or what one of them holds",
-                                         "brindle journal", run);
+    CommandOptions command = program.add(
+        "journal", "List the journals, or the changes in one of them", "brindle journal", run);
     command.optional_operands("JOURNAL", *operands, "The journal to list");
 }
 

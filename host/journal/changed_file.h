@@ -12,7 +12,7 @@ namespace brindle::host {
 
 enum class Hashing { Done, LeftOut };
 
-// The entry of a change that makes `content` of the file, which stands as `before` says.
+// The entry of a change that makes `content` of the file, whose state is `before`.
 // Errors: those of reading; 6 where the entry would exceed kMaxRecord.
 [[nodiscard]] JournalEntry entry_of(const std::string& name, const FileState& before,
                                     const NewContent& content, Hashing hashing);

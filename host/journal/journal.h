@@ -44,12 +44,12 @@ public:
     Journal& operator=(const Journal&) = delete;
     ~Journal();
 
-    // False where the user wants none, and in a build that keeps none.
+    // False if the user disabled journals, and in a build without them.
     [[nodiscard]] bool is_kept() const;
 
     // The members below do nothing where none is kept. They may be called on several threads.
 
-    // A change that is about to be made to the file, which stands as `before` says and has been
+    // A change that is about to be made to the file, whose state is `before` and which has been
     // read since. Errors: those of reading; 6 for more bytes than a journal holds of a file.
     void add(const std::string& name, const FileState& before, const NewContent& content);
     // The same for a change that is not made: counts the bytes.

@@ -16,7 +16,7 @@ struct JournalRun {
     std::string undone;        // the journal that the run takes back; "" for other commands
 };
 
-// Bytes that are told by their length and SHA-256, in hexadecimal digits.
+// Bytes described by their length and SHA-256, in hexadecimal digits.
 struct PartMark {
     std::int64_t length = 0;
     std::string hash;

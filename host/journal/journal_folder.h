@@ -11,13 +11,13 @@ namespace brindle::host {
 // Nothing where neither variable names an absolute path.
 [[nodiscard]] std::optional<std::string> journal_folder();
 
-// Of a journal that is begun now. Names are in the order of time.
+// The name of a journal that is created now. Names are in the order of time.
 [[nodiscard]] std::string new_journal_name();
 
 // Paths of all journals in the folder, in the order of time.
 [[nodiscard]] std::vector<std::string> journals_in(const std::string& folder);
 
-// What may stay when a new journal is begun.
+// Limits for the journals that are kept when a new one is created.
 struct JournalLimits {
     std::int64_t days = 90;
     std::int64_t bytes = std::int64_t{1024} * 1024 * 1024;

@@ -1,4 +1,4 @@
-// How a journal stands in its file:
+// Layout of a journal file:
 //
 //     "brindle journal"  1     the format's name and version, 16 bytes
 //     records, each of:
@@ -8,7 +8,7 @@
 //         checksum             64 digits: SHA-256 of the stored bytes
 //         stored bytes         the record, compressed by zlib
 //
-// The first record is the run (JournalRun), each other one a change (JournalEntry).
+// The first record is the run (JournalRun), each following one a change (JournalEntry).
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,7 @@ namespace brindle::host {
 inline constexpr std::int64_t kMaxRecord = std::int64_t{256} * 1024 * 1024;
 
 [[nodiscard]] JournalBytes journal_beginning();
-// The record with all that stands before it.
+// The record with all that precedes it.
 [[nodiscard]] JournalBytes packed_record(std::span<const std::uint8_t> record);
 
 // Goes from record to record.

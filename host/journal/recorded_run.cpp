@@ -21,7 +21,7 @@ std::optional<std::string> RecordedRun::open(const std::string& path) {
     }
     RecordReader records(file_);
     if (!records.is_journal()) {
-        return "It is no journal";
+        return "Not a journal";
     }
     const std::optional<JournalBytes> first = records.next();
     if (!first) {
@@ -85,7 +85,7 @@ std::optional<std::string> RecordedRun::fault() const {
         case RecordReader::End::Whole:
             break;
         case RecordReader::End::Torn:
-            return "its last entry is not whole and is left out";
+            return "its last entry is incomplete and is ignored";
         case RecordReader::End::Damaged:
             return "it is damaged; what follows the damage cannot be taken back";
     }

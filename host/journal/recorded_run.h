@@ -23,7 +23,7 @@ public:
 
     [[nodiscard]] const JournalRun& run() const { return run_; }
     [[nodiscard]] std::int64_t size() const { return file_.size(); }
-    // Its run still goes on.
+    // Its run is still going on.
     [[nodiscard]] bool goes_on() const { return file_.is_being_written(); }
 
     // Their number, from the lengths alone.

@@ -27,13 +27,13 @@ std::string size_text(std::int64_t size) {
     return std::to_string(size) + " bytes";
 }
 
-// One file on its way back.
+// The undoing of one file.
 class FileToRestore {
 public:
     FileToRestore(const JournalEntry& entry, UndoReport& report)
         : name_(entry.name), before_(entry.before), report_(report) {}
 
-    // Why it is not brought back, or nothing. It may be so already.
+    // Why it is not restored, or nothing. It may already have its old content.
     Failure plan(const JournalEntry& entry, bool dry_run, Journal& journal) {
         if (!is_recorded_name(name_) || !ends_in_mp3_or_mp2(name_)) {
             return "The journal names no MP3 file";
@@ -57,7 +57,7 @@ public:
         }
         const Comparison comparison = compared(name_, now_->size, entry);
         if (comparison.state == StandsAs::Before) {
-            report_ = {UndoOutcome::WasSo, printable(name_) + ": is as it was before the run\n"};
+            report_ = {UndoOutcome::WasSo, printable(name_) + ": already has its old content\n"};
             return std::nullopt;
         }
         if (comparison.state == StandsAs::Other) {
@@ -72,8 +72,8 @@ public:
                 return reason;
             }
             journal.count(name_, *now_, content_);
-            report_ = {UndoOutcome::Restored, printable(name_) + ": would be brought back, " +
-                                                  size_text(before_.size) + "\n"};
+            report_ = {UndoOutcome::Restored,
+                       printable(name_) + ": would be restored, " + size_text(before_.size) + "\n"};
             return std::nullopt;
         }
         journal.add(name_, *now_, content_);
@@ -89,10 +89,10 @@ public:
         options.before_write = [this](const NewContent&) { require_same_content(name_, *now_); };
         write_content(from_utf8(name_), content_, options);
         if (Failure reason = restore_state(name_, before_)) {
-            return "Its bytes are back; " + *reason;
+            return "Its content is restored; " + *reason;
         }
         report_ = {UndoOutcome::Restored,
-                   printable(name_) + ": brought back, " + size_text(before_.size) + "\n"};
+                   printable(name_) + ": restored, " + size_text(before_.size) + "\n"};
         return std::nullopt;
     }
 
@@ -104,7 +104,7 @@ private:
             return error.message();
         }
         return now.string() == target ? std::nullopt
-                                      : Failure("The name stands for another file now");
+                                      : Failure("The name now belongs to another file");
     }
 
     std::string name_;

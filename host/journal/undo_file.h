@@ -17,7 +17,7 @@ struct UndoReport {
     std::string line;  // for standard output
 };
 
-// Only a regular MP3 file whose whole content is what the change made of it is brought back: its
+// Only a regular MP3 file whose whole content is what the change made of it is restored: its
 // bytes, times, access rights and user attributes. What is passed by reference must outlive the
 // change. With `dry_run` nothing is left to do.
 [[nodiscard]] PlannedChange plan_undo(const JournalEntry& entry, bool dry_run, Journal& journal,

@@ -54,8 +54,8 @@ public:
         undo(places);
         if (is_interrupted()) {
             write_error("interrupted after " + std::to_string(done_) + " of " +
-                        counted(places.size(), "file") + "; brindle undo " + path_ +
-                        " does the rest");
+                        counted(places.size(), "file") + "; run brindle undo " + path_ +
+                        " to continue");
             return interrupted_status();
         }
         return has_failed_ || failed_ > 0 ? ExitStatus::SomeFileFailed : ExitStatus::AllFine;
@@ -80,7 +80,7 @@ private:
             return reason;
         }
         if (recorded_.goes_on()) {
-            return "Its run still goes on";
+            return "Its run is still going on";
         }
         return std::nullopt;
     }
@@ -128,7 +128,7 @@ private:
             if (is_interrupted()) {
                 break;
             }
-            // The changes before the last one can be looked at when that one is taken back.
+            // The changes before the last one can be checked after that one has been undone.
             if (options_.dry_run && !seen.insert(place.target).second) {
                 continue;
             }
@@ -150,8 +150,8 @@ private:
 
     [[nodiscard]] std::string summary() const {
         return counted(restored_, "file") +
-               (options_.dry_run ? " would be brought back, " : " brought back, ") +
-               std::to_string(was_so_) + " so already, " + std::to_string(failed_) +
+               (options_.dry_run ? " would be restored, " : " restored, ") +
+               std::to_string(was_so_) + " unchanged, " + std::to_string(failed_) +
                " failed: " + recorded_.run().command + " of " + utc_text(recorded_.run().started);
     }
 

@@ -17,7 +17,7 @@ public:
 
     explicit ClippedRuns(int channels) : lengths_(static_cast<std::size_t>(channels)) {}
 
-    // Samples of all channels in turn; the first stands at `sample`.
+    // Samples of all channels in turn; the first is at `sample`.
     void add(std::span<const float> samples, std::int64_t sample);
     // As add() for samples that are all below full scale.
     void add_unclipped();

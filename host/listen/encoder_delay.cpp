@@ -14,7 +14,7 @@ bool stands_at(std::span<const std::uint8_t> bytes, std::size_t place, std::stri
            std::equal(text.begin(), text.end(), bytes.begin() + static_cast<std::ptrdiff_t>(place));
 }
 
-// Behind the side information of MPEG-1 stereo, MPEG-1 mono or MPEG-2 stereo, MPEG-2 mono.
+// After the side information of MPEG-1 stereo, MPEG-1 mono or MPEG-2 stereo, MPEG-2 mono.
 constexpr std::array<std::size_t, 3> kPlaces{36, 21, 13};
 
 // Where the part begins that tells more than the letters and the flags: nothing of it is missing

@@ -9,7 +9,7 @@ namespace brindle::host {
 
 struct EncoderDelay {
     // Samples, the decoder's own delay included. A player that trims leaves them out; 0 when the
-    // file does not tell, and nobody trims.
+    // file does not give, so no player trims them.
     std::int64_t before = 0;
     std::int64_t after = 0;
 

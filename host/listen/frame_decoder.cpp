@@ -80,7 +80,8 @@ FrameDecoder::Decoded FrameDecoder::decode(std::span<const std::uint8_t> frame) 
             // The data of two frames does not overlap.
             reservoir_ = parts->main_data_begin + parts->own_bytes - data_bytes(*parts);
         } else if (parts) {
-            // Of the frame as it is the decoder would make noise, with what else it has kept.
+            // The decoder would combine the frame with the data that it has kept, and produce
+            // noise.
             samples = run(without_data(frame, format, *parts, reservoir_));
             reservoir_ += parts->own_bytes;
         }

@@ -1,5 +1,5 @@
 // From the frames of one stream to samples, each frame to exactly as many as its header tells: time
-// goes on whatever can't be decoded.
+// continues after frames that can't be decoded.
 #pragma once
 
 #include <cstddef>

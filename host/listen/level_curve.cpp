@@ -8,7 +8,7 @@ namespace brindle::host {
 
 namespace {
 
-// Above every threshold, and whatever mean it is part of is, too.
+// Above every threshold, and so is every mean that includes it.
 constexpr float kUnheard = std::numeric_limits<float>::infinity();
 
 constexpr std::int64_t kMomentary = 400;  // ms

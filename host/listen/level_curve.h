@@ -13,13 +13,13 @@ namespace brindle::host {
 class LevelCurve {
 public:
     // One value covers so much, until there are kMaxValues: then each two become one, and so on.
-    // Almost three hours have the finest step; memory is bounded whatever comes.
+    // Almost three hours have the finest step; memory is bounded for any input.
     static constexpr std::int64_t kFinestStep = 10;  // ms
     static constexpr std::size_t kMaxValues = std::size_t{1} << 20;
 
     // The sum over channels of the mean squares of the next kFinestStep.
     void add(double energy);
-    // So many steps that nobody listens to. They are no silence.
+    // Number of steps that are not decoded. They do not count as silence.
     void skip(std::int64_t steps);
 
     // Of all that was heard; 0 when nothing was.
@@ -29,7 +29,7 @@ public:
     //
     // Where the momentary level falls below `energy` for good: at the end of the last step with
     // that energy in the last 400 ms with that mean. Nothing when it never reaches it, or where
-    // nobody listened.
+    // no audio was decoded.
     [[nodiscard]] std::optional<std::int64_t> last_fall(double energy) const;
     // The highest momentary level that begins and ends in `within`; 0 where there is none.
     [[nodiscard]] double loudest(const TimeRange& within) const;

@@ -26,7 +26,7 @@ public:
 
     // Samples of all channels in turn.
     void add(std::span<const float> samples);
-    // So many samples of each channel are not listened to.
+    // Number of samples of each channel that are skipped.
     void skip(std::int64_t samples);
 
     // All but what is known of the frames. `gain_loudness`: what the file itself says (LUFS), which

@@ -8,7 +8,7 @@
 
 namespace brindle::host {
 
-// The suggestions under the names that `brindle apply` wants, so that they can be looked through in
+// The suggestions under the names that `brindle apply` reads, so that they can be reviewed in
 // a spreadsheet before they are written; "file" is the first column, "error" the last. A value that
 // is not known, and a point at 0, which hosts take for none, is an empty cell.
 [[nodiscard]] std::string listening_csv_header(const EndStyleTexts& texts);

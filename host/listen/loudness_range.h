@@ -9,7 +9,7 @@
 
 namespace brindle::host {
 
-// Short-term levels (3 s) are looked at ten times a second and counted in steps of 0.01 LU, so
+// Short-term levels (3 s) are sampled ten times a second and counted in steps of 0.01 LU, so
 // memory does not depend on the length. The meter's own range looks once a second, which differs by
 // up to 2 LU in 40 s of sound.
 class LoudnessRange {

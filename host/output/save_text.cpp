@@ -16,7 +16,7 @@ std::string reason_text(LossReason reason) {
         case LossReason::NotReached:
             return "not reached when the tag was read";
         case LossReason::Misread:
-            return "in a form that is not understood";
+            return "in an unknown form";
         case LossReason::Version2:
             return "dropped by the conversion of the version 2 tag";
         case LossReason::NotWritten:
@@ -34,11 +34,11 @@ std::string loss_text(EditLoss loss) {
         case EditLoss::CutByTagEnd:
             return "cut by the end of the tag";
         case EditLoss::NoFrame:
-            return "no frame and no padding";
+            return "neither a frame nor padding";
         case EditLoss::UnknownId:
-            return "of version 2.2, without a frame of later versions in its place";
+            return "of version 2.2, without an equivalent in later versions";
         case EditLoss::UnknownLength:
-            return "compressed, without the length that it should tell";
+            return "compressed, without the length field that it needs";
     }
     return {};
 }
@@ -111,7 +111,7 @@ std::vector<std::string> remarks_on(const EditPlan& plan) {
     }
     if (!plan.oversized.empty()) {
         remarks.push_back("hosts read title and artist as \"Corrupt ID3v2 Tag...\" because of " +
-                          labels_text(plan.oversized) + ", which they cannot step over");
+                          labels_text(plan.oversized) + ", which they cannot skip");
     }
     if (!plan.unseen.empty()) {
         remarks.push_back("hosts do not see " + labels_text(plan.unseen) +
@@ -122,7 +122,7 @@ std::vector<std::string> remarks_on(const EditPlan& plan) {
     }
     if (!plan.without_common_form.empty()) {
         remarks.push_back("kept " + labels_text(plan.without_common_form) +
-                          " as it is: hosts and other programs read no form of it alike");
+                          " as it is: no form of it reads the same in hosts and other programs");
     }
     return remarks;
 }
@@ -130,7 +130,7 @@ std::vector<std::string> remarks_on(const EditPlan& plan) {
 std::string lost_stream_text(const std::string& way_to_force) {
     return "Hosts would find no stream in it afterwards: they look at 16,384 positions after the "
            "tag, or from the start where the tag is more than half of the file; " +
-           way_to_force + " does it anyway";
+           way_to_force + " overrides this";
 }
 
 std::string how_it_fits(bool fits, std::int64_t needed, std::int64_t space) {

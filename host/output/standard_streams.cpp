@@ -24,7 +24,7 @@ void close_output() {
 }
 
 void write_note(std::string_view lines) {
-    // Nobody is left to be told that this failed.
+    // This failure can no longer be reported.
     static_cast<void>(std::fwrite(lines.data(), 1, lines.size(), stderr));
 }
 

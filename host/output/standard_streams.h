@@ -10,17 +10,17 @@ struct OutputFailure {
     int error;  // as in errno
 };
 
-// Writes and hands the text on at once, so that a reader of a pipe has each file's answer as soon
+// Writes and flushes the text, so that a reader of a pipe has each file's answer as soon
 // as it is known, and errors appear in their place between the answers.
 void write_output(std::string_view text);
-// The last chance for the system to tell that something was not written.
+// Reports data that the system could not write, at the end of the program.
 void close_output();
 
 // Lines for a person on standard error.
 void write_note(std::string_view lines);
 // `brindle: WHAT` on standard error.
 void write_error(std::string_view what);
-// `brindle: NAME: REASON` on standard error: always one line, whatever the name holds.
+// `brindle: NAME: REASON` on standard error: always one line, for any name.
 void write_error(std::string_view file_name, std::string_view reason);
 
 }  // namespace brindle::host

@@ -20,12 +20,12 @@ struct Words {
 };
 constexpr Words kWords[] = {
     {RuntimeError::InvalidCall, "Invalid procedure call or argument",
-     "The file is being changed already"},
+     "The file is already being changed"},
     {RuntimeError::Overflow, "Overflow", "A number in the file is too large"},
     {RuntimeError::DeviceInputOutput, "Device I/O error",
      "The device could not be read or written"},
     {RuntimeError::InputPastEnd, "Input past end of file",
-     "The file became shorter while it was read"},
+     "The file was shortened while it was read"},
     {RuntimeError::TooManyFiles, "Too many files", "Too many files are open"},
     {RuntimeError::PathFileAccess, "Path/File access error", "Permission denied"},
 };

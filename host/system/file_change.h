@@ -12,8 +12,8 @@
 
 namespace brindle::host {
 
-// One file on its way through a change: guarded from before it is read until it is written, and
-// looked at again afterwards.
+// The change of one file: guarded from before it is read until it is written, and checked
+// afterwards.
 class FileChange {
 public:
     explicit FileChange(std::string name) : name_(std::move(name)) {}

@@ -18,7 +18,7 @@ public:
     FileLock& operator=(const FileLock&) = delete;
     ~FileLock() { release(); }
 
-    // Locks the file that the name stands for, which may be replaced while another program holds
+    // Locks the file with this name, which may be replaced while another program holds
     // it. Waits for ten seconds at most, and no longer after a signal to end. The answer is why it
     // is not locked, or nothing.
     [[nodiscard]] std::optional<std::string> acquire(const std::string& name);
@@ -30,8 +30,9 @@ private:
     std::intptr_t held_ = kNone;
 };
 
-// The system's word that nobody else has a file open for writing, such as a program that is still
-// recording into it. Linux gives it; elsewhere, and on file systems that do not, nothing is known.
+// The system's guarantee that no other program has a file open for writing, such as a program that
+// is still recording into it. Linux gives it; elsewhere, and on file systems that do not, nothing
+// is known.
 class WriteLease {
 public:
     WriteLease() = default;
@@ -41,7 +42,7 @@ public:
 
     // The answer is why the file must not be changed, or nothing.
     [[nodiscard]] std::optional<std::string> acquire(const std::string& name);
-    // The same, later: somebody may have asked to open the file for writing, and waits.
+    // The same, later: another program may be waiting to open the file for writing.
     [[nodiscard]] std::optional<std::string> check() const;
     // Before this program opens the file for writing itself.
     void release();

@@ -14,7 +14,7 @@ namespace {
 constexpr int kMaxWaits = 100;
 constexpr DWORD kWaitMilliseconds = 100;
 
-// Mutexes have names of their own: that of the file's volume and number, whatever it is called.
+// The name of the mutex is made of the file's volume and number, not of its path.
 std::wstring mutex_name(const BY_HANDLE_FILE_INFORMATION& file) {
     wchar_t name[64];
     (void)std::swprintf(name, std::size(name), L"Local\\brindle-%08lx-%08lx%08lx",

@@ -31,10 +31,10 @@ struct FileState {
     }
 };
 
-// Nothing when the system does not tell.
+// Nothing if the system does not provide it.
 [[nodiscard]] std::optional<FileState> state_of(const std::string& name);
 
-// Raises error 70 unless the file stands as it did, as far as the system tells.
+// Raises error 70 if the file has changed, as far as the system reports it.
 void require_same_content(const std::string& name, const FileState& before);
 
 // Gives a saved file its modification time back. The answer is why that could not be done, or

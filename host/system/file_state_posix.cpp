@@ -24,7 +24,7 @@ std::int64_t nanoseconds(const timespec& time) {
     return time.tv_sec * kNanoseconds + time.tv_nsec;
 }
 
-// Before 1970 the rest is counted down from the second; the system wants it counted up.
+// Before 1970 the rest is counted down from the second; the system expects it counted up.
 timespec time_of(std::int64_t nanoseconds) {
     std::int64_t seconds = nanoseconds / kNanoseconds;
     std::int64_t rest = nanoseconds % kNanoseconds;

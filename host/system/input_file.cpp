@@ -52,7 +52,7 @@ std::optional<std::string> open_file(cMPEGHeader& header, const std::string& nam
         return reason;
     }
     header.FileName(from_utf8(name));
-    // Removed since it was looked at.
+    // Removed since it was checked.
     if (header.FileName().empty()) {
         return std::generic_category().message(ENOENT);
     }

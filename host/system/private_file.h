@@ -1,4 +1,4 @@
-// Files of the user's own that nobody else may write.
+// Files that only the user can write.
 #pragma once
 
 #include <cstddef>

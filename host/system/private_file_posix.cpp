@@ -30,7 +30,7 @@ std::optional<std::string> reason_against_trusting(const struct stat& status) {
         return "It belongs to another user";
     }
     if ((status.st_mode & kOthersWrite) != 0) {
-        return "Others may write it";
+        return "Others can write to it";
     }
     return std::nullopt;
 }

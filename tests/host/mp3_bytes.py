@@ -6,12 +6,12 @@ FRAME_LENGTH = 417  # 144000 * 128 / 44100, cut
 
 
 def audio(frames=120):
-    """More than the 100 frames that a reader wants to see agree."""
+    """More than the 100 frames that have to agree."""
     return (FRAME_HEADER + bytes(FRAME_LENGTH - 4)) * frames
 
 
 def audio_with_xing(frames=120, promised_frames=120, promised_bytes=120 * FRAME_LENGTH):
-    """The first frame bears the header of a variable bitrate, behind 32 bytes of side information."""
+    """The first frame has the header of a variable bit rate, after 32 bytes of side information."""
     xing = (b"Xing" + (3).to_bytes(4, "big") + promised_frames.to_bytes(4, "big")
             + promised_bytes.to_bytes(4, "big"))
     first = FRAME_HEADER + bytes(32) + xing

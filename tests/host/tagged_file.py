@@ -34,7 +34,7 @@ def one_line(result):
 
 
 def errors_of_dry_run(result):
-    """Standard error without the note on the journal, which stands there if anything would change."""
+    """Standard error without the note on the journal, which is there if anything would change."""
     note, rest = re.match(rb"(The journal would have about \d+ bytes\n)?(.*)", result.stderr,
                           re.DOTALL).groups()
     assert (note is not None) == (b"dry run" in result.stdout)

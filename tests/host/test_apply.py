@@ -68,7 +68,7 @@ def all_fine(result, rows, written):
     assert (result.returncode, result.stderr) == (0, b"")
     lines = result.stdout.decode("utf-8").splitlines()
     assert lines[-1] == (f"{rows} row{'' if rows == 1 else 's'}: {written} written, "
-                         f"{rows - written} so already, 0 failed, 0 left out")
+                         f"{rows - written} unchanged, 0 failed, 0 left out")
     return lines[:-1]
 
 
@@ -158,7 +158,7 @@ def test_standard_input_is_a_table(files, brindle, value):
 
 
 def test_file_named_like_standard_input_is_a_file(files, brindle):
-    """Names from standard input would be changed by a row that nobody wrote for them."""
+    """Names from standard input would be changed by a row that was not written for them."""
     (files / "-").write_bytes(SONG)
     (files / "edits").write_text("file,title\n-,New\n")
     before = snapshots(files)
@@ -330,31 +330,30 @@ def test_cell_pins_the_record(files, apply, value, table, titles):
 
 ERRORS = {
     # table, options, what is said
-    "unknown column": ("file,nonsense\na.mp3,x\n", (), ["row 1, column nonsense: there is no such "
-                                                        "column"]),
+    "unknown column": ("file,nonsense\na.mp3,x\n", (), ["row 1, column nonsense: unknown column"]),
     "unknown column that is empty": ("file,Titel\na.mp3,\n", (),
-                                     ["row 1, column Titel: there is no such column"]),
-    "no column of names": ("title\nNew\n", (), ["row 1, there is no column 'file'"]),
-    "empty table": ("", (), ["row 1, there is no column 'file'"]),
+                                     ["row 1, column Titel: unknown column"]),
+    "no column of names": ("title\nNew\n", (), ["row 1, the column 'file' is missing"]),
+    "empty table": ("", (), ["row 1, the column 'file' is missing"]),
     "column twice": ("file,title,title\na.mp3,x,y\n", (),
                      ["row 1, two columns are named 'title'"]),
-    "UTF-16": ("file\n".encode("utf-16"), (), ["row 1, this is UTF-16; save the table as UTF-8"]),
+    "UTF-16": ("file\n".encode("utf-16"), (), ["row 1, the table is UTF-16; save the table as UTF-8"]),
     "column under two names": ("file,title,Title\na.mp3,x,y\n", (),
                                ["row 2, column Title: the same value as in column title"]),
     "field under two names": ("file,cue-in,field:Cue In\na.mp3,5,6\n", (),
                               ["row 2, column field:Cue In: the same value as in column cue-in"]),
     "no number": ("file,cue-in\na.mp3,1.5\n", (),
-                  ["row 2, column cue-in: '1.5' is no whole number"]),
+                  ["row 2, column cue-in: '1.5' is not a whole number"]),
     "number of two lines": ('file,cue-in\na.mp3,"1\n\x1b2"\n', (),
-                            ["row 2, column cue-in: '1\\n\\x1B2' is no whole number"]),
+                            ["row 2, column cue-in: '1\\n\\x1B2' is not a whole number"]),
     "number out of range": ("file,Year\na.mp3,40000\n", (),
                             ["row 2, column Year: 40000 is not in the range of -32768 to 32767"]),
     "no yes": ("file,opener\na.mp3,maybe\n", (),
                ["row 2, column opener: 'maybe' is neither yes nor no"]),
     "not in the code page": ("file,Title\na.mp3,Жук\n", (),
                              ["row 2, column Title: hosts read text of Windows-1252, which does "
-                              'not hold "Жук"; --unicode writes it anyway']),
-    "no UTF-8": (b"file,Title\na.mp3,\xff\n", (), ["row 2, column Title: the text is no UTF-8"]),
+                              'not contain "Жук"; --unicode writes it anyway']),
+    "no UTF-8": (b"file,Title\na.mp3,\xff\n", (), ["row 2, column Title: the text is not UTF-8"]),
     "read-only": ("file,Duration\na.mp3,99\n", (),
                   ["row 2, column Duration: cannot be set; it is '3128'"]),
     "no such file": ("file,title\nd.mp3,x\n", (),
@@ -372,37 +371,37 @@ ERRORS = {
                                ["row 2, column file: the same file as in row 3",
                                 "row 3, column file: the same file as in row 2"]),
     "unknown name to remove": ("file,remove\na.mp3,Titel\n", (),
-                               ["row 2, column remove: there is no field 'Titel'"]),
+                               ["row 2, column remove: unknown field 'Titel'"]),
     "set and removed": ("file,title,remove\na.mp3,New,title\n", (),
-                        ["row 2, column remove: 'title' is set, too"]),
+                        ["row 2, column remove: 'title' is also set"]),
     "bad quote in remove": ('file,remove\na.mp3,"""title"\n', (),
                             ["row 2, column remove: a quoted cell has no closing quote"]),
     "escape of a name": ("file,file_escaped\na\\.mp3,true\n", (),
-                         ["row 2, column file: a backslash begins no escape"]),
+                         ["row 2, column file: a backslash does not begin an escape"]),
     "stamp of a corrupt tag": ("file,title\na.mp3,Corrupt ID3v2 Tag\n", (),
                                ["row 2, column title: hosts read 'Corrupt ID3v2 Tag' where they "
-                                "cannot read the tag; it is no value"]),
+                                "cannot read the tag; it is not a value"]),
     "mark of UTF-8": ("file,title\na.mp3,\3New\n", (),
                       ["row 2, column title: the text begins with \\x03, which hosts read before "
-                       "UTF-8; take that off"]),
+                       "UTF-8; remove it"]),
     "row after a cell of two lines": ('file,title,cue-in\na.mp3,"x\ny",1\nb.mp3,x,z\n', (),
-                                      ["row 3 (line 4), column cue-in: 'z' is no whole number"]),
+                                      ["row 3 (line 4), column cue-in: 'z' is not a whole number"]),
     "no JSON": ('{"file":"a.mp3","title":"x"}\n{"file":"b.mp3"\n', (),
-                ["row 2, the line is no JSON object"]),
+                ["row 2, the line is not a JSON object"]),
     "JSON as deep as a stack": ('{"file":"a.mp3","title":' + "[" * 300_000 + "]" * 300_000 + "}",
-                                (), ["row 1, column title: this is no single value"]),
+                                (), ["row 1, column title: not a single value"]),
     "unknown key": ('{"file":"a.mp3","titel":"x"}\n', (),
-                    ["row 1, column titel: there is no such column"]),
+                    ["row 1, column titel: unknown column"]),
     "list where a text belongs": ('{"file":"a.mp3","title":["x"]}\n', (),
-                                  ["row 1, column title: this is no single value"]),
-    "no key of names": ('{"title":"x"}\n', (), ["row 1, there is no 'file'"]),
+                                  ["row 1, column title: not a single value"]),
+    "no key of names": ('{"title":"x"}\n', (), ["row 1, 'file' is missing"]),
     "number to remove": ('{"file":"a.mp3","remove":[1]}\n', (),
-                         ["row 1, column remove: this is no list of names"]),
+                         ["row 1, column remove: not a list of names"]),
     "all of them": ("file,cue-in,title\nz.mp3,1,\na.mp3,x,Жук\nb.mp3,5,Good\n", (),
                     ["row 2, column file: z.mp3: No such file or directory",
-                     'row 3, column title: hosts read text of Windows-1252, which does not hold '
+                     'row 3, column title: hosts read text of Windows-1252, which does not contain '
                      '"Жук"; --unicode writes it anyway',
-                     "row 3, column cue-in: 'x' is no whole number"]),
+                     "row 3, column cue-in: 'x' is not a whole number"]),
 }
 
 
@@ -463,11 +462,11 @@ def test_keep_going_writes_the_good_rows(files, apply, value):
     table = "file,title,cue-in\na.mp3,New,\nb.mp3,Bad,x\nz.mp3,,\nc.mp3,Newer,7\nc.mp3\n"
     result = apply(table, "--keep-going")
     assert result.returncode == 1
-    assert errors(result) == ["row 3, column cue-in: 'x' is no whole number",
+    assert errors(result) == ["row 3, column cue-in: 'x' is not a whole number",
                               "row 4, column file: z.mp3: No such file or directory",
                               "row 6, 1 cells where the header has 3"]
     assert result.stdout.decode().splitlines()[-1] == (
-        "5 rows: 2 written, 0 so already, 0 failed, 3 left out")
+        "5 rows: 2 written, 0 unchanged, 0 failed, 3 left out")
     assert value("a.mp3", "Title") == "New"
     assert value("c.mp3", "Title", "CueInmSStart") == ["Newer", "7"]
     assert snapshots(files)["b.mp3"] == before["b.mp3"]
@@ -521,8 +520,8 @@ def test_files_begun_are_finished_and_the_same_again_goes_on(tmp_path, program, 
         note = run.stderr.read().decode()
     done = len(lines)
     assert 0 < done < COUNT
-    assert note == (f"brindle: interrupted after {done} of {COUNT} files, 0 failed; the same "
-                    "command again does the rest\n")
+    assert note == (f"brindle: interrupted after {done} of {COUNT} files, 0 failed; run the "
+                    "same command again to continue\n")
     assert [line.decode().split(":")[0] for line in lines] == names[:done]
     new = text_frame("TIT2", "New")
     for index, name in enumerate(names):

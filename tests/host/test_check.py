@@ -26,7 +26,7 @@ def named(*frames):
 
 
 def tag_with_size(size, content):
-    """The size of the tag's header, of seven bits a byte, says what it wants."""
+    """A tag whose header has any size, as seven bits per byte."""
     return (b"ID3\3\0\0" + bytes((size >> shift) & 0x7F for shift in (21, 14, 7, 0)) + content)
 
 
@@ -70,7 +70,7 @@ def crc16(bits):
 
 
 def protected(header, covered_bits, length=FRAME_LENGTH):
-    """A frame of zeros, of which the checksum covers so many bits after itself."""
+    """A frame of zeros, of which the checksum covers this number of bits after itself."""
     header = bytes.fromhex(header)
     bits = f"{int.from_bytes(header[2:], 'big'):016b}" + "0" * covered_bits
     return header + crc16(bits) + bytes(length - 6)
@@ -160,7 +160,7 @@ FILES = {
     "title-like-the-mark-of-a-corrupt-tag": (
         tag(text_frame("TIT2", "Corrupt ID3v2 Tag11162026 83421593"),
             text_frame("TPE1", "Corrupt ID3v2 Tag11162026 83421593")) + AUDIO, []),
-    # Hosts leave the second one after its first frame, which ends at byte 64, behind its size of 29.
+    # Hosts leave the second one after its first frame, which ends at byte 64, after its size of 29.
     "duplicate-tag": (GOOD + GOOD + AUDIO, ["junk-before-audio", "unread-text", "duplicate-tag"]),
     "duplicate-tag-of-one-frame": (GOOD + tag(NAMES[0]) + AUDIO,
                                    ["junk-before-audio", "duplicate-tag"]),
@@ -179,7 +179,7 @@ FILES = {
     "utf-16-greek": (named(frame("TALB", b"\1\xff\xfe" + GREEK)) + AUDIO, ["misread-text"]),
     # Without its NULs this is the same text in 8 bits.
     "utf-16-latin": (named(frame("TALB", b"\1\xff\xfe" + UTF16)) + AUDIO, []),
-    # Read is what stands behind the first NUL: of "Album" all of it, of "Ωmega" not the first.
+    # Hosts read the text after the first NUL: of "Album" all of it, of "Ωmega" not the first.
     "utf-16-big-endian": (
         named(frame("TALB", b"\1\xfe\xff" + "Album".encode("utf-16-be"))) + AUDIO, []),
     "utf-16-big-endian-greek": (
@@ -193,13 +193,13 @@ FILES = {
               padding=20) + AUDIO,
         ["misread-text"]),
     "version-2": (tag22((b"TT2", b"\0Song"), (b"TP1", b"\0Ann"), (b"TAL", b"\0Album")) + AUDIO, []),
-    # The walk goes on inside the long text: at a header of NULs, which ends the tag.
+    # The walk continues inside the long text: at a header of NULs, which ends the tag.
     "text-of-5001-bytes": (named(frame("TALB", b"\0" + bytes(5000))) + AUDIO, ["unread-text"]),
     "text-of-5000-bytes": (named(text_frame("TALB", "x" * 4999)) + AUDIO, []),
     "picture-of-81921-bytes": (
         named(frame("APIC", b"\0\0\3\0" + bytes(81_921 - 4))) + audio(400),
         ["large-picture", "bad-picture"]),
-    # The walk goes on inside the picture, where "ge/p" is no size of a frame.
+    # The walk continues inside the picture, where "ge/p" is not the size of a frame.
     "picture-of-81921-bytes-and-its-type": (
         named(frame("APIC", b"\0image/png\0\3\0" + bytes(81_921 - 13))) + audio(400),
         ["corrupt-tag", "large-picture", "bad-picture"]),
@@ -232,7 +232,7 @@ FILES = {
     # 287 ms.
     "promise-of-nine-frames-in-2000": (GOOD + audio_with_xing(2001, 2009), ["audio-missing"]),
     "promise-of-eleven-frames-in-2000": (GOOD + audio_with_xing(2001, 2011), ["dead-air", "audio-missing"]),
-    # 128 kbit/s by its first 101 frames, 320 behind: its bytes are taken for more than they play.
+    # 128 kbit/s by its first 101 frames, 320 after: its bytes are taken for more than they play.
     "faster-later": (GOOD + audio(110) + FAST * 100, ["dead-air"]),
     # Half of what was there when the header was written.
     "cut-in-half": (GOOD + audio_with_xing(240, 240, 40_000)[:50_000],
@@ -293,7 +293,7 @@ FILES = {
     "allocation-is-damaged": (
         GOOD + PROTECTED_LAYER2 * 110 + PROTECTED_LAYER2[:22] + b"\2" + PROTECTED_LAYER2[23:],
         ["frame-crc:warn"]),
-    "behind-the-allocation-is-damaged": (
+    "after-the-allocation-is-damaged": (
         GOOD + PROTECTED_LAYER2 * 110 + PROTECTED_LAYER2[:22] + b"\1" + PROTECTED_LAYER2[23:], []),
 
     # --- VBRI
@@ -351,7 +351,7 @@ FILES = {
         tag(text_frame("TIT2", "Müller"), NAMES[1]) + AUDIO + id3v1(b"M?ller", b"Ann"), []),
     "record-in-utf-8": (
         tag(text_frame("TIT2", "Müller"), NAMES[1]) + AUDIO + id3v1("Müller".encode(), b"Ann"), []),
-    # What is behind the first letter that the code page lacks can't be told.
+    # What is after the first letter that the code page lacks can't be told.
     "record-of-a-text-that-it-cannot-hold": (
         tag(frame("TIT2", b"\1" + "\ufeffA Ωmega".encode("utf-16-le")), NAMES[1]) + AUDIO
         + id3v1(b"A ?mega", b"Ann"), ["misread-text"]),
@@ -456,15 +456,15 @@ def test_help_lists_every_code_once(brindle):
 
 TEXTS = {
     "no-stream": "no MPEG audio found: fetch the file again from its source",
-    "ten-frames": "10 frames of audio, hosts need 11: lengthen the sound with silence",
+    "ten-frames": "10 frames of audio, hosts need 11: add silence",
     "xing-promises-more-bytes-than-the-file-has":  # 39 + 60 * 417
-        "the Xing header promises 100080 bytes of a file of 25059: it was cut; fetch it again, or "
+        "the Xing header promises 100080 bytes of a file of 25059: it is incomplete; fetch it again, or "
         "encode it again as it is",
     "tag-of-more-than-half":  # 60,000 + 39, and 120 * 417 more
-        "the ID3v2 tag takes 60039 bytes of 110079, more than half of the file: take pictures out "
-        "of it",
+        "the ID3v2 tag takes 60039 bytes of 110079, more than half of the file: remove "
+        "pictures",
     "20000-bytes-before-audio":
-        "20000 bytes before the first frame, hosts give up after 16384: take them out",
+        "20000 bytes before the first frame, hosts give up after 16384: remove them",
     "modes-alternate": "hosts find no run of frames that agree: encode the file again",
     "free-format": "MPEG 1 Layer 3, 44100 Hz in free format: encode the file again at a bit rate of "
                    "the standard",
@@ -480,7 +480,7 @@ TEXTS = {
     "record-of-another-title":
         "ID3v1 and ID3v2 differ in title: set it again, which writes both",
     "picture-of-text":
-        "no image by its first bytes: APIC:1: remove it or put the picture in again",
+        "not an image by its first bytes: APIC:1: remove it or put the picture in again",
     "other-cue-in-in-seconds":
         "cue-in at 1500 ms, liq_cue_in at 1520 ms: set the one that is wrong",
     "promise-of-130-ms-more":
@@ -492,17 +492,17 @@ TEXTS = {
     "intro-before-cue-in": "intro at 499 ms before cue-in at 500 ms: set the one that is wrong",
     "before-the-beginning": "cue-in at -1 ms before the beginning: set the one that is wrong",
     "junk-between-frames":  # GOOD is 10 + 15 + 14 bytes
-        f"20 bytes that are no audio, at 1 place from byte {39 + 120 * 417}: fetch the file again, "
+        f"20 bytes that are not audio, at 1 place from byte {39 + 120 * 417}: fetch the file again, "
         "or encode it again",
     "cut-last-frame": "the last frame ends after 200 bytes: fetch the file again if its end is missing",
     "tag-larger-than-file":
         f"the ID3v2 tag claims 90010 bytes of a file of {10 + 29 + 20 + 120 * 417}: "
         "fetch the file again from its source",
-    "utf-8": "hosts read another text: TALB:1: brindle normalize writes what all read alike",
+    "utf-8": "hosts read another text: TALB:1: brindle normalize writes a form that all programs read",
     "utf-16-custom-field": 'hosts read another text: TXXX:1 "Cue In": '
-                             'brindle normalize writes what all read alike',
+                             'brindle normalize writes a form that all programs read',
     "text-of-5001-bytes": "hosts do not read TALB:1: shorten it",
-    "picture-of-81921-bytes": "hosts do not read APIC:1: put in a smaller one",
+    "picture-of-81921-bytes": "hosts do not read APIC:1: replace it with a smaller one",
 }
 
 

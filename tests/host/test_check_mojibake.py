@@ -70,7 +70,7 @@ def field(number, text):
 
 @pytest.fixture
 def recognised(brindle, tmp_path):
-    """Which of some texts are told to be in another encoding."""
+    """The texts that are reported as being in another encoding."""
 
     def numbers_of(texts):
         names = []
@@ -107,7 +107,7 @@ def damaged(text, encoding, reading):
 @pytest.mark.parametrize("reading", ["latin-1", "cp1252"])
 @pytest.mark.parametrize("language", LANGUAGES)
 def test_utf_8_read_as_latin_is_recognised(recognised, language, reading):
-    """Of each language on its own, so that none hides behind the others."""
+    """Of each language on its own, so that none is hidden by the others."""
     texts = [damaged(text, "utf-8", reading) for text in texts_of(language)]
     texts = [text for text in texts if text]
     assert len(texts) >= TEXTS_PER_LANGUAGE // 4

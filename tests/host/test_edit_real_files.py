@@ -54,7 +54,7 @@ def extra_frames(kind, encoding, title):
 
 
 def unsynchronised(tag):
-    """The same tag of version 2.3, every FF followed by an inserted zero where the rule wants it."""
+    """The same tag of version 2.3, every FF followed by an inserted zero where the rule requires it."""
     assert tag[3] == 3
     size = from_syncsafe(tag[6:10])
     body = tag[10:10 + size].replace(b"\xff", b"\xff\0")

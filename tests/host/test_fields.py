@@ -60,7 +60,7 @@ def table_options():
 
 @pytest.fixture
 def help_lines(brindle):
-    """Of `set`, with what stands beside an option on one line, by the option."""
+    """The help of `set`, with each option and its text on one line, by the option."""
     text = brindle("set", "--help").stdout.decode().split("Options:\n")[1].split("\n\nExample")[0]
     lines = re.sub(r"\n {20,}", "  ", text).split("\n")
     return {re.split(r"[ ,]", line.strip())[0]: line for line in lines}

@@ -53,7 +53,7 @@ def test_show_takes_names_from_standard_input(music, brindle, tmp_path):
 def test_folder_without_anybody_to_ask_takes_yes(music, brindle, command):
     result = brindle(*COMMANDS[command], "music/b.mp3", "music")
     assert (result.returncode, result.stdout) == (2, b"")
-    assert result.stderr.startswith(b"brindle: Changing all files in a folder takes --yes\n")
+    assert result.stderr.startswith(b"brindle: Changing all files in a folder requires --yes\n")
     assert changed(music) == []
 
 

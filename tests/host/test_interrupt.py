@@ -1,4 +1,4 @@
-"""SIGINT in the middle of a run: the file at hand is finished, what was done is told, status 130."""
+"""SIGINT in the middle of a run: the current file is finished, the result is printed, status 130."""
 
 import json
 import os
@@ -65,14 +65,14 @@ def test_check_in_the_middle(tmp_path, start):
         run.send_signal(signal.SIGINT)
         rest = run.stdout.read().decode().splitlines()
         assert run.wait(timeout=30) == 130
-    done = len(rest)  # the summary stands for the first line
+    done = len(rest)  # the summary takes the place of the first line
     assert rest[-1] == f"Interrupted: {done} file{'s' if done > 1 else ''}: {done} ok, 0 warn, " \
         "0 bad, 0 failed"
     assert done < 3_000
 
 
 def test_second_signal_ends_a_reader_that_can_not_write(tmp_path, start):
-    """Nobody reads, so the answers of the files at hand never get away."""
+    """The output is not read, so the answers of the current files are never written."""
     (tmp_path / "a.mp3").write_bytes(AUDIO)
     (tmp_path / "names").write_bytes(b"a.mp3\n" * 5_000)
     with open(tmp_path / "names", "rb") as names, start("scan", "--json", "-", stdin=names) as run:

@@ -170,7 +170,7 @@ def test_journal_of_a_run_that_goes_on_stays_and_is_not_undone(program, brindle,
         (going_on,) = journals(state_folder)
         result = brindle("undo")
         assert (result.returncode, result.stderr) == (
-            1, f"brindle: {going_on}: Its run still goes on\n".encode())
+            1, f"brindle: {going_on}: Its run is still going on\n".encode())
         (song.parent / "other.mp3").write_bytes(OLD)
         set_title(brindle, "--journal-days", "0", name="other.mp3")
         assert going_on in journals(state_folder)
@@ -186,7 +186,7 @@ def test_journals_are_listed(brindle, song, state_folder):
     (state_folder / "brindle" / "2.journal").write_bytes(b"no journal")
     result = brindle("journal")
     assert result.returncode == 1
-    assert result.stderr.decode() == f"brindle: {state_folder}/brindle/2.journal: It is no journal\n"
+    assert result.stderr.decode() == f"brindle: {state_folder}/brindle/2.journal: Not a journal\n"
     lines = result.stdout.decode().splitlines()
     time_text = r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ"
     assert re.fullmatch(rf"{time_text}  set  1 file  {first.stat().st_size} bytes  {first}", lines[0])
@@ -266,8 +266,8 @@ def test_only_user_attributes_and_access_rights_come_from_a_journal(brindle, tmp
     assert os.listxattr(song) == ["user.good"]
 
 
-@pytest.mark.parametrize("mode, reason", [(0o620, "Others may write it"),
-                                          (0o602, "Others may write it"), (0o644, None)])
+@pytest.mark.parametrize("mode, reason", [(0o620, "Others can write to it"),
+                                          (0o602, "Others can write to it"), (0o644, None)])
 def test_journal_that_others_may_write_is_refused(brindle, tmp_path, song, mode, reason):
     song.write_bytes(NEW + AUDIO)
     given = tmp_path / "given.journal"
@@ -297,7 +297,7 @@ def test_journal_of_somebody_else_is_refused_also_by_root(brindle, tmp_path, son
 @pytest.mark.parametrize("kind, reason", [
     ("link", "It is a symbolic link"), ("fifo", "Not a regular file"),
     ("folder", "Not a regular file"), ("missing", "No such file or directory"),
-    ("empty", "It is no journal"), ("song", "It is no journal"),
+    ("empty", "Not a journal"), ("song", "Not a journal"),
     ("beginning", "It is empty")])
 def test_what_is_no_journal_is_refused(brindle, tmp_path, song, kind, reason):
     song.write_bytes(NEW + AUDIO)

@@ -1,4 +1,4 @@
-"""`brindle listen`: how it prints, how it fails, and files that no encoder makes. What it hears is
+"""`brindle listen`: how it prints, how it fails, and files that no encoder makes. What it measures is
 tested with real encoders (tests/real/test_listen.py)."""
 
 import csv

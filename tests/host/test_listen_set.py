@@ -85,8 +85,8 @@ def test_only_what_is_named_is_set(brindle, song, suggested):
 def test_second_run_writes_nothing(brindle, song):
     fine(brindle("listen", "--set", ALL, song.name))
     before = snapshot(song)
-    for options, why in (([], "all of it is set already"),
-                         (["--overwrite"], "the file is so already")):
+    for options, why in (([], "all values are already set"),
+                         (["--overwrite"], "the file already has these values")):
         output = fine(brindle("listen", "--set", ALL, *options, song.name))
         assert output == f"song.mp3: nothing written, {why}\n1 file: 0 written, 0 failed\n"
         assert snapshot(song) == before
@@ -127,7 +127,7 @@ def test_what_is_set_is_kept(brindle, song, tone, name):
     before = snapshot(song)
     options = ["--end-style-texts", TEXTS] if word == "end-style" else []
     output = fine(brindle("listen", "--set", word, *options, "--quiet", song.name))
-    assert output == "song.mp3: nothing written, all of it is set already\n"
+    assert output == "song.mp3: nothing written, all values are already set\n"
     assert snapshot(song) == before
     fine(brindle("listen", "--set", word, *options, "--overwrite", song.name))
     fields = fields_of(song)
@@ -158,7 +158,7 @@ def test_gain_of_another_program_is_kept_or_replaced_whatever_its_letters(brindl
     tagged(song, tone, *others)
     before = snapshot(song)
     output = fine(brindle("listen", "--set", "loudness", "--quiet", song.name))
-    assert output == "song.mp3: nothing written, all of it is set already\n"
+    assert output == "song.mp3: nothing written, all values are already set\n"
     assert snapshot(song) == before
     fine(brindle("listen", "--set", "loudness", "--overwrite", song.name))
     # Two gains would contradict each other.
@@ -249,7 +249,7 @@ def test_table_applied_is_what_set_would_have_set(brindle, tmp_path, tone):
     table = brindle("listen", "--csv", *options, "apply").stdout
     (tmp_path / "edits.csv").write_bytes(table)
     output = fine(brindle("apply", "edits.csv"))
-    assert output.splitlines()[-1] == "5 rows: 3 written, 2 so already, 0 failed, 0 left out"
+    assert output.splitlines()[-1] == "5 rows: 3 written, 2 unchanged, 0 failed, 0 left out"
     brindle("listen", "--set", ALL + ",end-style", *options, "--overwrite", "--yes", "set")
     for name in contents:
         assert (tmp_path / "apply" / name).read_bytes() == (tmp_path / "set" / name).read_bytes()
@@ -261,7 +261,7 @@ def test_table_applied_is_what_set_would_have_set(brindle, tmp_path, tone):
         assert [fields["Cue In"], fields["Sec Tone"], fields["End"], fields[GAIN], fields[PEAK]] == [
             row["cue-in"], row["sectone"], "Cold", row[f"field:{GAIN}"], row[f"field:{PEAK}"]]
     # Applied again, it changes nothing.
-    assert fine(brindle("apply", "edits.csv")).endswith("5 rows: 0 written, 5 so already, "
+    assert fine(brindle("apply", "edits.csv")).endswith("5 rows: 0 written, 5 unchanged, "
                                                         "0 failed, 0 left out\n")
 
 
@@ -319,7 +319,7 @@ def test_folders_take_consent(brindle, song):
     before = snapshot(song)
     result = brindle("listen", "--set", "cue-in", ".")
     assert (result.returncode, result.stdout) == (2, b"")
-    assert b"Changing all files in a folder takes --yes" in result.stderr
+    assert b"Changing all files in a folder requires --yes" in result.stderr
     result = brindle("listen", "--set", "cue-in", "-", stdin=None, input=b".\n")
     assert result.returncode == 1
     assert b"--yes" in result.stderr
@@ -336,7 +336,7 @@ def test_names_of_one_file_are_set_once(brindle, song, tmp_path):
     output = fine(brindle("listen", "--set", ALL, "--yes", "--jobs", "4", "."))
     lines = output.splitlines()
     assert lines[-1] == "8 files: 1 written, 0 failed"
-    assert sum("nothing written, all of it is set already" in line for line in lines) == 7
+    assert sum("nothing written, all values are already set" in line for line in lines) == 7
     assert len(mutagen.id3.ID3(song).getall("TXXX")) == len(fields_of(song))
 
 

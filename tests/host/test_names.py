@@ -67,7 +67,7 @@ def test_standard_input_has_its_place_among_the_paths(tmp_path, brindle):
     assert scanned(result.stdout) == [b"c.mp3", b"b.mp3", b"a.mp3"]
 
 
-def test_leading_dashes_are_names_behind_two_dashes(tmp_path, brindle):
+def test_leading_dashes_are_names_after_two_dashes(tmp_path, brindle):
     make(tmp_path, b"-a.mp3", b"--json.mp3")
     result = brindle("scan", "--json", "--", "-a.mp3", "--json.mp3")
     assert scanned(result.stdout) == [b"-a.mp3", b"--json.mp3"]
@@ -127,7 +127,7 @@ def peak_memory(pid):
 
 
 def test_hundred_thousand_names_in_order_and_little_memory(program, tmp_path):
-    """The names stand for few files: what counts is that no answer is lost, none overtakes another,
+    """The names are those of a few files: what matters is that no answer is lost, none overtakes another,
     and none is kept once it is written."""
     make(tmp_path, *(b"%d.mp3" % number for number in range(10)))
     count = 100_000
@@ -206,7 +206,7 @@ def test_folder_that_changes_while_it_is_walked(program, tmp_path):
                                     capture_output=True, timeout=60, check=False)
             assert result.returncode in (0, 1)
             found = scanned(result.stdout)
-            # The name of a folder that vanished stands at the folder's place.
+            # The name of a folder that vanished is at the folder's place.
             assert [name for name in found if name.endswith(b"stay.mp3")] == [
                 b"./" + name for name in staying]
             for line in result.stderr.splitlines():

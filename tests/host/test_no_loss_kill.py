@@ -42,14 +42,14 @@ class Work:
     arguments: tuple
     halfway: object = None
     status: int = 0
-    # Filled by a run that nobody disturbs.
+    # Filled by a run that is not killed.
     states: set = dataclasses.field(default_factory=set)
     result: bytes = b""
     calls: list = dataclasses.field(default_factory=list)
 
 
 def with_record_of(old, new):
-    """The first step of a save writes the record, behind the end or over the old one."""
+    """The first step of a save writes the record, at the end or over the old one."""
     return (old[:-128] if old[-128:-125] == b"TAG" else old) + new[-128:]
 
 
@@ -93,7 +93,7 @@ def traced_calls(text):
 
 @pytest.fixture(scope="module", params=WORKS, ids=lambda work: work.name)
 def work(request, program, tmp_path_factory):
-    """With the calls and the result of a run that nobody disturbs."""
+    """With the calls and the result of a run that is not killed."""
     work = request.param
     folder = tmp_path_factory.mktemp(work.name)
     trace = folder / "trace"
@@ -175,7 +175,7 @@ def is_output(call):
 
 
 def is_harmless(call, work):
-    """Flushing the folder: the new file stands, and is on the device itself."""
+    """Flushing the folder: the new file is in place and flushed."""
     renames = [i for i, other in enumerate(work.calls) if other[0] == "rename"]
     return ((call[0] == "openat" and "O_DIRECTORY" in call[2])
             or work.calls.index(call) in [i + 2 for i in renames])
@@ -231,7 +231,7 @@ def test_refusals_of_what_the_save_needs_are_told(work, error, program, tmp_path
 
 
 def test_version_2_is_never_without_its_title(program, tmp_path):
-    """It is converted in one step: either the old tag stands or the new one."""
+    """It is converted in one step: there is either the old tag or the new one."""
     work = Work("version2", version2_tag() + AUDIO, ("set", "--album", "Album", "--force"))
     trace = tmp_path / "trace"
     done = run(tmp_path, work, ["strace", "-f", "-o", str(trace), *command(program, work)])

@@ -13,7 +13,7 @@ AUDIO = audio()
 RECORD = id3v1(b"Old")
 ROOM = tag(text_frame("TALB", "Album"), padding=600)
 def reason(result):
-    """What stands behind the file's name in the one line on standard error."""
+    """The text after the file's name in the one line on standard error."""
     text = result.stderr.decode()
     assert text.count("\n") == 1, text
     assert text.startswith("brindle: song.mp3: "), text

@@ -27,7 +27,7 @@ def write(path, *frames, version=4, **options):
 
 
 def values(path):
-    """What mutagen reads, by its own keys, whatever encoding it stands in."""
+    """What mutagen reads, by its own keys, in any encoding."""
     read = {}
     for key, one in ID3(path).items():
         held = dict(vars(one))
@@ -73,7 +73,7 @@ def test_hosts_read_what_others_read(brindle, song, version, encoding):
     assert audio_hash(song.read_bytes()) == AUDIO_HASH
     once = snapshot(song)
     again = brindle("normalize", "song.mp3")
-    assert again.stdout == b"song.mp3: nothing written, the file is so already\n"
+    assert again.stdout == b"song.mp3: nothing written, the file already has these values\n"
     assert snapshot(song) == once
 
 
@@ -100,14 +100,14 @@ def test_texts_without_a_common_form_are_named_and_stay(brindle, song):
     before = values(song)
     result = brindle("normalize", "song.mp3")
     assert result.returncode == 0
-    kept = (b"kept TIT2:1, TALB:1, WOAR:1 as it is: hosts and other programs read no form of it "
-            b"alike\n")
+    kept = (b"kept TIT2:1, TALB:1, WOAR:1 as it is: no form of it reads the same in hosts and "
+            b"other programs\n")
     assert result.stdout.endswith(kept)
     assert_same_values(before, values(song))
     assert text_frame("TPE2", "ok") in song.read_bytes()
     once = snapshot(song)
     assert brindle("normalize", "song.mp3").stdout == (
-        b"song.mp3: nothing written, the file is so already; " + kept)
+        b"song.mp3: nothing written, the file already has these values; " + kept)
     assert snapshot(song) == once
 
 
@@ -123,7 +123,7 @@ def test_what_all_read_alike_is_not_written(brindle, song, content):
     song.write_bytes(content)
     before = snapshot(song)
     assert brindle("normalize", "song.mp3").stdout == (
-        b"song.mp3: nothing written, the file is so already\n")
+        b"song.mp3: nothing written, the file already has these values\n")
     assert snapshot(song) == before
 
 
@@ -206,4 +206,4 @@ def test_a_folder_is_normalized_with_one_line_a_file(brindle, tmp_path):
     (tmp_path / "b.mp3").write_bytes(b"")
     result = brindle("normalize", "--yes", ".")
     assert result.stdout.count(b"ID3v2.4 tag converted") == 2
-    assert brindle("normalize", ".").returncode == 2, "nobody is there to be asked"
+    assert brindle("normalize", ".").returncode == 2, "there is no terminal to ask"

@@ -205,7 +205,7 @@ def test_file_of_somebody_else_is_saved_without_a_lease(program, reachable):
 
 def test_file_that_changes_while_it_is_saved_is_left_alone(program, tmp_path):
     """Where the system gives no lease, length and modification time tell. The writer is fast and
-    opens the file anew each time, so the program meets it in any state."""
+    opens the file again each time, so the program meets it in any state."""
     path = tmp_path / "song.mp3"
     path.write_bytes(TIGHT + AUDIO)
     stop = threading.Event()

@@ -20,7 +20,7 @@ ERASE = b"\r\x1b[K"
 
 
 class Terminal:
-    """A terminal of so many columns, and what was written to it."""
+    """A terminal with this number of columns, and the bytes written to it."""
 
     def __init__(self, columns=100):
         self.master, self.slave = pty.openpty()
@@ -68,7 +68,7 @@ def environment(**changes):
 
 @pytest.fixture
 def waiting_scan(program, tmp_path):
-    """A scan that has looked at three files and waits for more names."""
+    """A scan that has read three files and waits for more names."""
     for name in ("a.mp3", "b.mp3", "c.mp3"):
         (tmp_path / name).write_bytes(AUDIO)
     runs = []
@@ -99,7 +99,7 @@ def test_bar_tells_files_bytes_and_rate(terminal, waiting_scan):
     run.stdin.close()
     run.wait(timeout=30)
     screen.read_for(0.2)
-    # The bar is gone before the summary stands there.
+    # The bar is erased before the summary is printed.
     assert re.search(rb"\r\x1b\[K3 files, 0:00:09 hours of audio\r\n", screen.seen)
 
 
@@ -107,7 +107,7 @@ def test_folders_are_counted_for_the_time_that_is_left(program, tmp_path, termin
     for number in range(40):
         (tmp_path / f"{number:02}.mp3").write_bytes(AUDIO)
     screen = terminal(120)
-    # Nobody reads the answers, so the run stands still while the bar is looked at.
+    # The output is not read, so the run stops while the bar is checked.
     reader, writer = os.pipe()
     fcntl.fcntl(writer, fcntl.F_SETPIPE_SZ, 4096)
     with subprocess.Popen([program, "scan", "--json", "."], cwd=tmp_path,
@@ -176,7 +176,7 @@ def test_lines_are_not_written_into_the_bar(program, tmp_path, terminal):
                            stdout=screen.slave, stderr=screen.slave, env=environment())
     screen.read_until(rb"Failed    0\r\n")
     assert run.wait(timeout=30) == 0
-    # What is erased is gone; what then stands on a line is one whole line.
+    # Without the erased text, each remaining line is one complete line.
     lines = [line.split(ERASE)[-1] for line in screen.seen.split(b"\r\n")]
     assert lines[:2_000] == [b"0:03.128   128 kbit/s      none             ./%04d.mp3" % number
                              for number in range(2_000)]

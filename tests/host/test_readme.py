@@ -90,7 +90,7 @@ def test_names_from_find_are_checked(music, tmp_path):
 @pytest.mark.skipif(shutil.which("parallel") is None, reason="needs parallel")
 def test_library_is_spread_over_machines(music, tmp_path):
     (command,) = [one for one in pipelines() if "--sshlogin" in one]
-    # This machine stands for the others, and a block for a few names.
+    # This machine takes the place of the others, and a block has only a few names.
     here = re.sub(r"--sshlogin \S+", "--sshlogin 2/:", command).replace("100k", "100")
     assert here != command
     run_in_shell(here, tmp_path)

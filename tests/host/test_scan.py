@@ -134,7 +134,7 @@ def test_csv_keeps_the_bytes_of_a_name(tmp_path, brindle):
 # --- which files
 
 def test_folders_are_walked_in_the_order_of_the_bytes_of_the_paths(tmp_path, brindle):
-    # "-" and "." stand before "/", "0" behind it; capitals stand before small letters.
+    # "-" and "." sort before "/", "0" after it; capitals sort before small letters.
     wanted = [b"B.mp3", b"a-.mp3", b"a.mp3", b"a.x/1.mp3", b"a/B/2.mp3", b"a/b.mp3", b"a0.mp3",
               b"b.mp3", b"\xc3\xa9.mp3", b"\xff.mp3"]
     root = os.fsencode(tmp_path)
@@ -186,7 +186,7 @@ def test_links_to_folders_are_not_followed_within_a_folder(tmp_path, brindle):
     (folder / "link.mp3").symlink_to("a.mp3")
     (tmp_path / "way-in").symlink_to("folder")
     assert names(brindle("scan", "--json", "folder")) == [b"folder/a.mp3", b"folder/link.mp3"]
-    # But an argument that is a link stands for the folder.
+    # But an argument that is a link to a folder is followed.
     assert names(brindle("scan", "--json", "way-in")) == [b"way-in/a.mp3", b"way-in/link.mp3"]
 
 

@@ -45,13 +45,13 @@ def test_columns_without_csv_are_lines_with_tabs(tmp_path, brindle):
 
 
 @pytest.mark.parametrize("arguments, message", [
-    (["--columns", "Title,Nonsense"], "--columns: there is no column 'Nonsense'"),
-    (["--columns", "v2Tag"], "--columns: there is no column 'v2Tag'"),
-    (["--columns", "file_escaped"], "--columns: there is no column 'file_escaped'"),
-    (["--columns", "field:"], "--columns: there is no column 'field:'"),
+    (["--columns", "Title,Nonsense"], "--columns: unknown column 'Nonsense'"),
+    (["--columns", "v2Tag"], "--columns: unknown column 'v2Tag'"),
+    (["--columns", "file_escaped"], "--columns: unknown column 'file_escaped'"),
+    (["--columns", "field:"], "--columns: unknown column 'field:'"),
     (["--columns", ""], "--columns: the list is empty"),
     (["--columns", '"file'], "--columns: a quoted cell has no closing quote"),
-    (["--columns", 'fi"le'], "--columns: a quote stands inside a cell without quotes"),
+    (["--columns", 'fi"le'], "--columns: a cell without quotes contains a quote"),
     (["--columns", "file", "--json"], "--json excludes --columns"),
     (["--spreadsheet"], "--spreadsheet is for --csv"),
     (["--utf8-names", "--json"], "--utf8-names is for --csv"),

@@ -51,7 +51,7 @@ NUMBERS = [
     ("--genre", "TCON", "0"), ("--genre", "TCON", "255"),
 ]
 FIELDS = [
-    # option, value, name of the field, what stands there
+    # option, value, name of the field, its content
     ("--cue-in", "1500", "Cue In", "1500"),
     ("--intro", "-1", "Intro", "-1"),
     ("--outro", "2147483647", "OutromSStart", "2147483647"),

@@ -101,14 +101,14 @@ LOSSES = {
     "after a corrupt frame": (tag(frame("TIT3", TOO_LONG), text_frame("TALB", "Album")),
                                ["TIT3:1 (5001 bytes, too large to be read)",
                                 "TALB:1 (6 bytes, after a corrupt frame)"]),
-    "behind zeros": (tag(frame("GEOB", bytes(5001)), text_frame("TALB", "Album")),
+    "after zeros": (tag(frame("GEOB", bytes(5001)), text_frame("TALB", "Album")),
                      ["GEOB:1 (5001 bytes, too large to be read)",
                       "TALB:1 (6 bytes, not reached when the tag was read)"]),
     # Version 4: the 201 bytes of the first frame are read as 329.
     "version 4 size": (b"ID3\4\0\0\0\0\5\x7e"
                        + b"TIT3\0\0\1\x49\0\0\0" + b"a" * 200 + b"TALB\0\0\0\6\0\0\0Album"
                        + bytes(6 + 512 + 128 - 16 - 211),
-                       ["TIT3:1 (201 bytes, in a form that is not understood)",
+                       ["TIT3:1 (201 bytes, in an unknown form)",
                         "TALB:1 (6 bytes, not reached when the tag was read)"]),
     "empty user text": (tag(user_frame("A", "1"), frame("TXXX", b"\0\0"), user_frame("B", "2")),
                         ["TXXX:2 (2 bytes, left out when the tag is written)",

@@ -53,7 +53,7 @@ def test_field_is_gone_and_all_others_stay(brindle, song, names, gone):
     assert AUDIO in song.read_bytes()
     before = snapshot(song)
     result = brindle("set", *arguments, "song.mp3")
-    assert b"nothing written, the file is so already" in result.stdout
+    assert b"nothing written, the file already has these values" in result.stdout
     assert snapshot(song) == before
 
 
@@ -111,11 +111,11 @@ def test_dry_run_tells(brindle, song):
 
 
 @pytest.mark.parametrize("arguments, message", [
-    (["--remove", "nonsense"], "--remove: there is no field 'nonsense'"),
-    (["--remove", "--title"], "--remove: there is no field '--title'"),
-    (["--remove", "field:"], "--remove: there is no field 'field:'"),
-    (["--remove", "title", "--title", "x"], "--remove: 'title' is set, too"),
-    (["--remove", "field:A", "--field", "A=1"], "--remove: 'field:A' is set, too"),
+    (["--remove", "nonsense"], "--remove: unknown field 'nonsense'"),
+    (["--remove", "--title"], "--remove: unknown field '--title'"),
+    (["--remove", "field:"], "--remove: unknown field 'field:'"),
+    (["--remove", "title", "--title", "x"], "--remove: 'title' is also set"),
+    (["--remove", "field:A", "--field", "A=1"], "--remove: 'field:A' is also set"),
     (["--remove", "title", "--host-form"], "--remove excludes --host-form"),
     ([], "A value to set or remove is required"),
 ])

@@ -224,7 +224,7 @@ def test_json_tag_type_is_a_number(folder, brindle, version_2, version_1, tag_ty
     assert facts["TagType"] == tag_type
 
 
-def test_json_tells_that_audio_does_not_begin_behind_the_tag(folder, brindle):
+def test_json_tells_that_audio_does_not_begin_after_the_tag(folder, brindle):
     (folder / "a.mp3").write_bytes(tag(text_frame("TIT2", "x")) + bytes(20) + audio())
     (facts,) = host_facts(brindle("show", "--json", "a.mp3").stdout)
     assert facts["RepairRequired"] is True
@@ -244,7 +244,7 @@ def test_json_is_one_line_a_file_in_the_order_given(folder, brindle):
         "plain.mp3", "full.mp3", "plain.mp3"]
 
 
-def test_json_option_may_stand_behind_the_files(folder, brindle):
+def test_json_option_may_stand_after_the_files(folder, brindle):
     result = brindle("show", "plain.mp3", "--json")
     assert [facts["file"] for facts in host_facts(result.stdout)] == ["plain.mp3"]
 
@@ -562,7 +562,7 @@ def open_folder():
 
 
 def as_user_without_rights(program, folder):
-    """How to run the program as somebody whom the system refuses something."""
+    """How to run the program as a user without the permission."""
     if os.geteuid() != 0:
         return [program]
     if shutil.which("setpriv") is None:
@@ -640,7 +640,7 @@ def test_name_that_looks_like_something_else_is_one_name(folder, brindle, name):
 
 
 @pytest.mark.parametrize("name", ["-a.mp3", "--json.mp3", "--json", "--"])
-def test_name_may_begin_with_a_dash_behind_two_dashes(folder, brindle, name):
+def test_name_may_begin_with_a_dash_after_two_dashes(folder, brindle, name):
     (folder / name).write_bytes(audio())
     result = brindle("show", "--", name, "plain.mp3")
     if name.endswith("mp3"):
@@ -654,7 +654,7 @@ def test_name_may_begin_with_a_dash_behind_two_dashes(folder, brindle, name):
         assert result.stdout.decode() == PLAIN_REPORT
 
 
-def test_option_before_two_dashes_counts_and_behind_them_does_not(folder, brindle):
+def test_option_before_two_dashes_counts_and_after_them_does_not(folder, brindle):
     result = brindle("show", "--json", "plain.mp3", "--", "-a.mp3")
     assert [facts["file"] for facts in host_facts(result.stdout)] == ["plain.mp3", "-a.mp3"]
 
@@ -782,11 +782,11 @@ def test_closed_pipe_ends_the_program_quietly(folder, brindle, arguments, signal
         result = brindle(*arguments, stdout=writer, restore_signals=signals_restored)
     finally:
         os.close(writer)
-    # Nobody reads, so the missing second file is of no interest any more.
+    # There is no reader, so the missing second file is not reported.
     assert (result.returncode, result.stderr) == (1, b"")
 
 
-def test_closed_pipe_behind_standard_error_changes_nothing(folder, brindle):
+def test_closed_pipe_at_standard_error_changes_nothing(folder, brindle):
     writer = closed_pipe()
     try:
         result = brindle("show", "nowhere.mp3", "plain.mp3", stderr=writer)

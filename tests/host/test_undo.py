@@ -104,7 +104,7 @@ def test_apply_is_taken_back(brindle, tmp_path):
     assert all(changed[name] != SHAPES[name] for name in SHAPES)
     result = brindle("undo")
     assert (result.returncode, result.stderr) == (0, b"")
-    assert result.stdout.decode().splitlines()[-1].startswith(f"{len(SHAPES)} files brought back")
+    assert result.stdout.decode().splitlines()[-1].startswith(f"{len(SHAPES)} files restored")
     for name, content in SHAPES.items():
         assert (tmp_path / f"{name}.mp3").read_bytes() == content, name
     brindle("undo")
@@ -188,8 +188,8 @@ def test_files_of_a_run_can_be_chosen(brindle, tmp_path, state_folder):
     assert restored == ["b"]
     result = brindle("undo", str(journal))
     assert result.returncode == 0
-    assert b"b.mp3: is as it was before the run\n" in result.stdout
-    assert b"2 files brought back, 1 so already, 0 failed: set of " in result.stdout
+    assert b"b.mp3: already has its old content\n" in result.stdout
+    assert b"2 files restored, 1 unchanged, 0 failed: set of " in result.stdout
 
 
 def test_dry_run_of_an_undo_touches_nothing(brindle, tmp_path, state_folder):
@@ -199,7 +199,7 @@ def test_dry_run_of_an_undo_touches_nothing(brindle, tmp_path, state_folder):
     before = state(path)
     result = brindle("undo", "--dry-run")
     assert result.returncode == 0
-    assert f"{path}: would be brought back, {len(ROOM + AUDIO)} bytes\n" in result.stdout.decode()
+    assert f"{path}: would be restored, {len(ROOM + AUDIO)} bytes\n" in result.stdout.decode()
     assert state(path) == before
     assert len(journals(state_folder)) == 1
 
@@ -282,7 +282,7 @@ def test_missing_and_replaced_files_are_told(brindle, tmp_path):
     result = brindle("undo")
     assert result.returncode == 1
     assert result.stderr.decode().splitlines() == [
-        f"brindle: {tmp_path}/c.mp3: The name stands for another file now",
+        f"brindle: {tmp_path}/c.mp3: The name now belongs to another file",
         f"brindle: {tmp_path}/b.mp3: Is a directory",
         f"brindle: {tmp_path}/a.mp3: No such file or directory"]
     assert (tmp_path / "elsewhere.mp3").read_bytes() == new

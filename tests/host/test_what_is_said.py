@@ -1,4 +1,4 @@
-"""What the program says of a change is what stands on the disk, and can be read."""
+"""The program's messages about a change are true of the file on the disk, and readable."""
 
 import os
 import subprocess
@@ -116,7 +116,7 @@ def test_strip_after_which_hosts_find_no_stream_is_refused(brindle, tmp_path):
     assert path.read_bytes().endswith(audio(200))
 
 
-# --- what is told of the new file
+# --- messages about the new file
 
 @needs_root
 def test_rights_and_attributes_go_along(brindle, tmp_path):
@@ -293,7 +293,7 @@ def test_usage_errors_read_alike(brindle, arguments):
 
 def test_number_that_is_none_is_named(brindle):
     assert brindle("time", "abc").stderr.decode().splitlines()[0] == (
-        "brindle: MS: 'abc' is no whole number of 32 bits")
+        "brindle: MS: 'abc' is not a whole number of 32 bits")
 
 
 def test_reason_names_the_file_once(brindle, tmp_path):
