@@ -159,7 +159,7 @@ void run_round(std::vector<Contender>& contenders) {
     }
 }
 
-// The median of the ratios of each round: what else the machine does weighs on both.
+// The median of the ratios of each round: other load on the machine affects both.
 double ratio(const Contender& contender, const Contender& to) {
     std::vector<double> ratios;
     for (std::size_t i = 0; i < contender.times.size(); ++i) {

@@ -1,5 +1,5 @@
-// What the peers do in each job: as much of it as each of them can. What they leave out stands in
-// docs/performance.md.
+// What the peers do in each job: as much of it as each of them can. What they do not do is listed
+// in docs/performance.md.
 #pragma once
 
 #include <functional>

@@ -26,7 +26,7 @@ constexpr std::size_t kBlock = std::size_t{1} << 20;
 
 thread_local std::array<char, kBlock> buffer;
 
-// A limit that did not do its work would flatter nobody but be wrong.
+// A limit that did less work would make every ratio wrong.
 void require(bool done, const char* what) {
     if (!done) {
         std::perror(what);

@@ -17,7 +17,7 @@ public:
     Input(const std::uint8_t* data, std::size_t size) : at_(data), left_(size) {}
 
     [[nodiscard]] bool empty() const { return left_ == 0; }
-    // Behind the end there are zeros.
+    // Reading beyond the end gives zeros.
     std::uint8_t byte() {
         if (left_ == 0) {
             return 0;

@@ -27,7 +27,7 @@ using brindle::test::Mode;
 namespace {
 
 const brindle::String kName = u"song.mp3";
-// As many as the library wants to see, and one.
+// As many as the library reads, plus one.
 constexpr std::size_t kFewestFrames = 12;
 
 Frame kind_of(Input& input) {

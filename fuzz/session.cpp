@@ -38,8 +38,8 @@ Bytes audio_of(Input& input) {
     return brindle::test::stream(frame, std::size_t{100} + input.byte() % 40);
 }
 
-// Text that stands in a tag as it is: no NULs, which part texts, and nothing that a code page
-// lacks.
+// Text that is stored in a tag unchanged: no NULs, which separate texts, and nothing that a code
+// page lacks.
 String text_of(Input& input) {
     const std::size_t length = input.byte() % 8 == 0 ? input.number(2) % 4'900 : input.byte();
     return String(1 + length, static_cast<char16_t>(u'A' + input.byte() % 50));
@@ -173,7 +173,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (!steps.empty()) {
         session.step(steps);
     }
-    // Whatever the file was, from here on its tag is one of ours.
+    // For any input file, the tag is one of ours from here on.
     session.reopen();
     if (!session.save()) {
         return 0;

@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     brindle::cMPEGHeader header(world.environment);
     header.FileName(name);
-    // A second tag may stand in what was searched for the first one.
+    // A second tag may lie in the bytes that were searched for the first one.
     const std::string text = file.text();
     const bool has_second_tag = text.find("ID3") != text.rfind("ID3");
     require(world.files.bytes_read() <= (has_second_tag ? 3 : 2) * file.size(),

@@ -26,7 +26,7 @@ def version_of(file):
     high, low, product_high, product_low = struct.unpack_from("<4I", content, at + 8)
     numbers = [(high >> 16, high & 0xFFFF, low >> 16, low & 0xFFFF),
                (product_high >> 16, product_high & 0xFFFF, product_low >> 16, product_low & 0xFFFF)]
-    # A string is its lengths and type, its name and its value, each begun at a multiple of 4 and
+    # A string is its lengths and type, its name and its value, each starting at a multiple of 4 and
     # ended by a NUL.
     texts = content[at:].decode("utf-16-le", "replace")
     return (*numbers, {name: value
@@ -55,7 +55,7 @@ def dll():
 
 @pytest.fixture(scope="session")
 def wine():
-    """Runs a Windows program; gives its exit status and output, which is what stood on the screen."""
+    """Runs a Windows program; gives its exit status and its output on the screen."""
 
     def run(*command, timeout=120):
         # No pipe: Wine's services would hold it open for seconds after the program's end.

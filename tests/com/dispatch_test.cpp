@@ -168,7 +168,7 @@ TEST_F(DispatchTest, NamedAndOmittedArgumentsFindTheirPlace) {
         std::vector<DISPID> names;
         const wchar_t* expected;
     };
-    // Named arguments stand in front in the array, so they are last here, the first name last.
+    // Named arguments come first in the array, so they are last here, the first name last.
     const Case cases[] = {
         {{number(62345)}, {}, L"01:02"},
         {{number(62345), number(2)}, {}, L"01:02.34"},

@@ -287,7 +287,7 @@ TEST_P(HeldFile, IsTheOldOneOrTheNewOne) {
         for (const Cell& cell : row) {
             SCOPED_TRACE(in_words(cell.share) + ", held before step " + std::to_string(cell.step));
             const bool shares_reading = (cell.share & FILE_SHARE_READ) != 0;
-            // Nobody gets a file without letting others read it where the save reads it already.
+            // No program can open the file without sharing reading once the save reads it.
             EXPECT_TRUE(cell.was_held || (cell.step > 0 && !shares_reading));
             const bool is_refused_later =
                 std::any_of(steps.begin() + static_cast<std::ptrdiff_t>(cell.step), steps.end(),
@@ -301,7 +301,7 @@ TEST_P(HeldFile, IsTheOldOneOrTheNewOne) {
     EXPECT_GT(refused, steps.size());
 }
 
-// Hosts are told by False alone.
+// Hosts only get False.
 TEST(HeldFileOfAHost, IsNotStripped) {
     const std::vector<Way> all = ways();
     const Way& way = all.front();

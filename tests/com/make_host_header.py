@@ -9,7 +9,7 @@ import sys
 
 INTERFACE = re.compile(r"(interface|dispinterface|class) (\w+) \{([0-9A-F-]+)\}")
 FUNCTION = re.compile(r"  slot (\d+): (-?\d+) (\w+) (\S+) (\w+)\((.*)\)")
-FIRST_SLOT = 7  # behind those of IDispatch
+FIRST_SLOT = 7  # after those of IDispatch
 
 
 def parameters(text):

@@ -10,7 +10,7 @@
 namespace brindle::com::test {
 namespace {
 
-// A window that nobody sees. `on_message` is called for each WM_APP.
+// An invisible window. `on_message` is called for each WM_APP.
 class Window {
 public:
     Window() {

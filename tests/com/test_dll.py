@@ -1,4 +1,4 @@
-"""The built DLL as a file: what it exports, imports and weighs, and what stands in its library."""
+"""The built DLL as a file: its exports, imports and size, and the content of its type library."""
 
 import pathlib
 import re

@@ -33,7 +33,7 @@ def test_audio_of_the_session_is_untouched(wine, registered, song):
     before = SONG.read_bytes()
     start = before.index(b"\xff\xfb")
     run_script(wine, ROOT / "tests" / "com" / "session.js", windows_name(song))
-    # What is left after stripping is what stood between the tags.
+    # After stripping only the bytes between the tags are left.
     assert song.read_bytes() == before[start:-128]
 
 

@@ -143,7 +143,7 @@ void read_edit_and_save(const std::wstring& name) {
     ASSERT_EQ(assign(*header.Get(), name), S_OK);
     EXPECT_EQ(text(*header.Get(), &Header::get_FileName), name);
     EXPECT_EQ(number(*header.Get(), &Header::get_BitRate), 128000);
-    // Longer than the old tag: the file is built anew.
+    // Longer than the old tag: the file is rebuilt.
     const Text title(std::wstring(3000, L't'));
     EXPECT_EQ(header->put_Title(title.get()), S_OK);
     EXPECT_EQ(header->SaveAllInfo(), S_OK);

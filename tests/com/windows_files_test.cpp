@@ -286,7 +286,7 @@ TEST(DiskName, LongNamesGetThePrefixAndNoOthers) {
     EXPECT_EQ(disk_name(u"C:/" + deep + u"/x/../song.mp3"), L"\\\\?\\C:\\" + wide + L"\\song.mp3");
     EXPECT_EQ(disk_name(u"\\\\server\\share\\" + deep), L"\\\\?\\UNC\\server\\share\\" + wide);
     EXPECT_EQ(disk_name(u"\\\\?\\C:\\" + deep), L"\\\\?\\C:\\" + wide);
-    const String at_the_limit = u"C:\\" + String(256, u'd');  // 259 and the NUL behind them
+    const String at_the_limit = u"C:\\" + String(256, u'd');  // 259 and the NUL after them
     EXPECT_EQ(disk_name(at_the_limit).substr(0, 3), L"C:\\");
     EXPECT_EQ(disk_name(at_the_limit + u"d").substr(0, 4), L"\\\\?\\");
 }

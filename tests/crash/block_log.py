@@ -1,6 +1,6 @@
 """The log of a block device: its writes and flushes in their order.
 
-A record is a kind (one letter), an offset (8 bytes, little-endian), a length (4 bytes) and so many
+A record is a kind (one letter), an offset (8 bytes, little-endian), a length (4 bytes) and that many
 bytes of data. The device appends each record in one write, and so does a test that marks a moment.
 A state of the device is stored in the same format, as the writes that lead to it."""
 

@@ -16,7 +16,7 @@ from mp3_bytes import FRAME_HEADER, FRAME_LENGTH, id3v1, tag, text_frame
 from requirements import skip_without_commands
 from verdict import wrong_with
 
-# No two frames are the same, so that none can stand for another.
+# No two frames are the same, so that none can be mistaken for another.
 AUDIO = b"".join(FRAME_HEADER + number.to_bytes(2, "big") * ((FRAME_LENGTH - 4) // 2) + b"\0"
                  for number in range(120))
 RECORD = id3v1(b"Old title", b"Old artist")
@@ -29,7 +29,7 @@ class Work(NamedTuple):
     name: str
     old: bytes
     arguments: tuple
-    # Sectors of the old file may stand next to sectors of the new one.
+    # Sectors of the old and the new file may be mixed.
     in_place: bool = False
 
     def __str__(self):

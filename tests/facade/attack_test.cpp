@@ -128,7 +128,7 @@ TEST(AttackFile, HostileStreamsHaveKnownAnswers) {
                        // No length can be told of it.
                        {"XING of 0 frames", -1, 0, u"", 0},
                        {"XING of 0 bytes", -1, 0, u"", 44100},
-                       // 60 frames are too few for those of MPEG-1, and those behind them begin
+                       // 60 frames are too few for those of MPEG-1, and those after them begin
                        // 25,020 bytes on; audio is looked for in 16,384 places.
                        {"version changes half way", -1, 0, u"", 0},
                        {"layer changes half way", -1, 0, u"", 0},
@@ -168,7 +168,7 @@ TEST(AttackFile, ShortFilesHaveKnownAnswers) {
                        {"end of a file with a record of 129 bytes", 1, 0, u"", 0},
                        {"end of a file with a record of 130 bytes", 1, 0, u"", 0},
                        {"start of a tag of 130 bytes", -1, 0, u"", 0},
-                       // A block of 4,096 bytes is searched when more than one byte stands behind
+                       // A block of 4,096 bytes is searched if more than one byte follows
                        // it. Nine frames of 417 bytes are one too few for a stream.
                        {"tag and stream of 4096 bytes", -1, 0, u"", 0},
                        {"tag and stream of 4097 bytes", -1, 0, u"", 0},
@@ -179,7 +179,7 @@ TEST(AttackFile, ShortFilesHaveKnownAnswers) {
 }
 
 // ISO-8859-1 loses its encoding byte; UTF-16 with a little-endian mark also the mark and all NULs;
-// of any other what stands behind the first NUL counts, or all of it where there is none.
+// of any other the bytes after the first NUL count, or all of it without a NUL.
 TEST(AttackFile, TextsThatAreCutHaveKnownAnswers) {
     const std::vector<std::vector<String>> titles = {
         {u"", u"", u"S", u"So", u"Sou", u"Soun", u"Sound"},
@@ -233,7 +233,7 @@ TEST(AttackFile, StrangeIdsAreFoundByTheirBytes) {
     }
 }
 
-// Somebody else writes to the file between opening and saving.
+// Another program writes to the file between opening and saving.
 TEST(AttackFile, ThatShrankSinceItWasOpenedIsNotCut) {
     LoadedHeader loaded(Tag(3).text("TIT2", "Song").padding(3'000) + good_audio());
     const Bytes shorter = good_audio();  // the tag was taken off meanwhile

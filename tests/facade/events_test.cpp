@@ -329,7 +329,7 @@ TEST(Events, AHandlerThatThrowsLeavesTheDepthAsItWas) {
         try {
             static_cast<void>(loaded.header.Duration());
         } catch (const Error&) {
-            // Whether it comes this far is not what is looked at.
+            // Whether it gets this far is not checked.
         }
     }
     loaded.header.DurationNeeded = [](std::int32_t& duration) { duration = 5; };

@@ -13,7 +13,7 @@
 
 namespace brindle::test {
 
-// Whatever an input was kept for, it is also a file that somebody might open.
+// Every input, for whatever target it was kept, is also a file that a host might open.
 inline std::vector<AttackFile> corpus_files() {
     std::vector<AttackFile> files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(BRINDLE_TEST_CORPUS)) {

@@ -280,7 +280,7 @@ TEST(Tags, RepairIsRequiredWhenAudioDoesNotBeginWhereTheTagEnds) {
     };
     const Layout layouts[] = {
         {"tag and audio", tag + audio(), false},
-        {"100 bytes of junk behind the tag", tag.bytes() + test::zeros(100) + audio(), true},
+        {"100 bytes of junk after the tag", tag.bytes() + test::zeros(100) + audio(), true},
         {"audio alone", audio(), false},
         {"junk before the audio", test::zeros(50) + audio(), true},
         {"tag without audio", tag + test::repeated(9000, 'x'), true},

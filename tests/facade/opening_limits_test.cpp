@@ -75,12 +75,12 @@ TEST(OpeningLimits, EachByteIsReadTwiceAtMost) {
     }
 }
 
-// Both tags stand behind what is searched for them, and the audio in front of both: the search, the
-// second tag and the audio go over the same bytes.
+// Both tags come after the bytes that are searched for them, and the audio before both: the search,
+// the second tag and the audio go over the same bytes.
 TEST(OpeningLimits, SecondTagInFrontOfTheFirstIsReadAThirdTime) {
     constexpr std::size_t kSecondTag = 400'000;
     Bytes file = test::rejected_stream(5'500);
-    // Of a block with an unknown version nothing else is looked at.
+    // A block with an unknown version is not searched further.
     file += test::zeros(kSecondTag - 10 - file.size()) + "ID3\xFF" + test::zeros(6);
     file += Tag(3).frame("AAAA", Bytes("\0a"sv)).padding(500'000).bytes();
     file += Tag(3).text("TIT2", "Song").size(kSecondTag - 10).bytes() + test::zeros(5'000);

@@ -1,4 +1,4 @@
-// Opens the largest file that is looked at for audio, and tells how much memory this process had
+// Opens the largest file that is searched for audio, and prints how much memory this process had
 // at most. A program of its own, since a test framework takes as much as is allowed here.
 //
 //   brindle_peak_memory <folder>
@@ -23,7 +23,7 @@ using brindle::test::Bytes;
 constexpr std::int64_t kLength = (std::int64_t{1} << 31) - 1;
 constexpr long kMaxKibibytes = 8 * 1024;
 
-// Its name; what is behind `start` takes no room on the disk.
+// Its name; the bytes after `start` are a hole and take no disk space.
 std::string make_file(const std::string& folder, const Bytes& start) {
     const std::string name = folder + "/brindle-peak-memory-" + std::to_string(::getpid()) + ".mp3";
     const int file = ::open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY, 0600);

@@ -32,7 +32,7 @@ std::string word(LossReason reason) {
         case LossReason::TooLarge:
             return "too large";
         case LossReason::AfterCorrupt:
-            return "behind corrupt";
+            return "after corrupt";
         case LossReason::NotReached:
             return "not reached";
         case LossReason::Misread:
@@ -109,7 +109,7 @@ TEST_P(SavePlanOfFrames, NamesWhatIsLostAndWhatIsChanged) {
 }
 
 std::vector<FrameCase> frame_cases() {
-    // The longest bodies that are read, and one byte more. The letters behind a text that is too
+    // The longest bodies that are read, and one byte more. The letters after a text that is too
     // long are taken for a header with an impossible size.
     const Bytes longest_text = Bytes{0} + letters(4999);
     const Bytes too_long_text = Bytes{0} + letters(5000);
@@ -127,9 +127,9 @@ std::vector<FrameCase> frame_cases() {
         {"EmptyFrameIsNone", Tag(3).frame("TIT2", {}).text("TPE1", "A").bytes(), {}, {}},
         {"StampOfTheLastSaveIsNoLoss", Tag(3).field("TAGGED BY", "somebody").bytes(), {}, {}},
 
-        {"TooLongTextAndWhatIsBehindIt",
+        {"TooLongTextAndTheFramesAfterIt",
          Tag(3).frame("TIT2", too_long_text).text("TPE1", "Ann").bytes(),
-         {"TIT2:1 5001 too large", "TPE1:1 4 behind corrupt"}, {}},
+         {"TIT2:1 5001 too large", "TPE1:1 4 after corrupt"}, {}},
         {"TooLargePicture", Tag(3).text("TPE1", "Ann").frame("APIC", too_large_picture).bytes(),
          {"APIC:1 81921 too large"}, {}},
         {"ZerosOfATooLongFrameLookLikeTheEnd",
@@ -141,10 +141,10 @@ std::vector<FrameCase> frame_cases() {
         {"TooLongUserTextHasItsName",
          Tag(3).field("Note", letters(5000)).bytes(),
          {"TXXX:1 \"Note\" 5006 too large"}, {}},
-        {"UserTextBehindAnEmptyOne",
+        {"UserTextAfterAnEmptyOne",
          Tag(3).field("A", "1").frame("TXXX", zeros(2)).field("B", "2").bytes(),
          {"TXXX:2 2 not written", "TXXX:3 \"B\" 4 not written"}, {}},
-        {"SecondTagRightBehindTheFirst",
+        {"SecondTagRightAfterTheFirst",
          Tag(3).text("TPE1", "Ann").padding(10) + Tag(3).frame("TIT2", too_long_text).bytes(),
          {"TIT2:1 5001 too large"}, {}},
 
@@ -160,11 +160,11 @@ std::vector<FrameCase> frame_cases() {
 
         {"UnsynchronisedTagWithNothingToUndo",
          Tag(3).flags(0x80).text("TIT2", "Song").bytes(), {}, {}},
-        // Four bytes without the zero behind FF, five with it; the fifth is taken for an id.
+        // Four bytes without the zero after FF, five with it; the fifth is taken for an id.
         {"UnsynchronisedText",
          Tag(3).flags(0x80).frame_claiming("TIT2", 4, Bytes{0, 'A', 0xFF, 0, 0xE0})
                .text("TPE1", "Ann").bytes(),
-         {"TIT2:1 4 misread", "TPE1:1 4 behind corrupt"}, {}},
+         {"TIT2:1 4 misread", "TPE1:1 4 after corrupt"}, {}},
         {"UnsynchronisedPictureOfVersion4",
          Tag(4).raw(flagged("APIC", 0x02, "\0image/png\0\3\0\xFF\0\xE0"sv)).bytes(),
          {"APIC:1 16 misread"}, {}},
@@ -174,10 +174,10 @@ std::vector<FrameCase> frame_cases() {
         {"ExtendedHeaderWithChecksum",
          Tag(3).flags(0x40).raw(big_endian(10, 4) + Bytes{0x80, 0} + zeros(4) + letters(4))
                .text("TIT2", "Song").bytes(),
-         {"TIT2:1 5 behind corrupt"}, {}},
+         {"TIT2:1 5 after corrupt"}, {}},
         {"ExtendedHeaderOfVersion4",
          Tag(4).flags(0x40).raw(syncsafe(6) + Bytes{1, 0}).text("TIT2", "Song").bytes(),
-         {"TIT2:1 5 behind corrupt"}, {}},
+         {"TIT2:1 5 after corrupt"}, {}},
 
         {"CompressedFrame",
          Tag(3).raw(flagged("TIT2", 0x80, big_endian(5, 4) + letters(9))).bytes(),
@@ -215,11 +215,11 @@ std::vector<FrameCase> frame_cases() {
         {"Version2KeepsTheLastOfTwoTitles",
          Tag(2).text("TT2", "One").text("TT2", "Two").padding(50).bytes(),
          {"TT2:1 4 version 2"}, {}},
-        // The NULs go with the encoding, so that the mark stands in the title as characters.
+        // The NULs go with the encoding, so that the mark is in the title as characters.
         {"Version2WideTitleKeepsItsMark",
          Tag(2).frame("TT2", "\1\xFF\xFES\0o\0n\0g\0"sv).padding(50).bytes(),
          {}, {"TT2:1 11 other content"}},
-        {"TagBehindOtherBytes",
+        {"TagAfterOtherBytes",
          zeros(100) + Tag(3).utf16_text("TIT2", u"Song \u00C4").bytes(),
          {}, {"TIT2:1 15 same text"}},
         {"Version2CompressedAsAWholeIsNoTag",
@@ -231,7 +231,7 @@ std::vector<FrameCase> frame_cases() {
 INSTANTIATE_TEST_SUITE_P(SavePlan, SavePlanOfFrames, ::testing::ValuesIn(frame_cases()),
                          [](const auto& test) { return std::string(test.param.name); });
 
-// --- What the host has set or removed is nobody's loss
+// --- A value that the host has set or removed is not a loss
 
 struct EditCase {
     const char* name;
@@ -360,7 +360,7 @@ TEST(SavePlan, TouchesNothing) {
 }
 
 TEST(SavePlan, BodiesAreSteppedOver) {
-    // Longer than the tag, or the audio would not be found behind it.
+    // Longer than the tag, or the audio would not be found after it.
     OpenedFile file(Tag(3).frame("GEOB", letters(400'000)) + stream(Frame{}, 1200));
     EXPECT_THAT(losses(file.plan()), ElementsAre("GEOB:1 400000 too large"));
     EXPECT_LT(file.files().bytes_read(), 200'000U);
@@ -382,9 +382,9 @@ TEST(SavePlan, StreamAfterATagOfMoreThanHalfOfTheFileIsLost) {
     EXPECT_EQ(file.header.Frequency(), 0);
 }
 
-// A false header in a picture after which nobody knows where the tag ends: from there on all is
-// kept, and more than 16,384 positions of it stand before the audio.
-TEST(SavePlan, StreamBehindWhatIsKeptOfADoubtfulTagIsLost) {
+// A false header in a picture after which the end of the tag is unknown: from there on all is
+// kept, and more than 16,384 positions of it precede the audio.
+TEST(SavePlan, StreamAfterWhatIsKeptOfADoubtfulTagIsLost) {
     const Bytes picture = Bytes{0xFF, 0xFB, 0x90, 0x64} + repeated(30'000, 0x11);
     Tag tag(3);
     tag.picture("image/png", 3, "", picture);

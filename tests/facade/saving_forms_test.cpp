@@ -1,5 +1,5 @@
-// What is set, how it stands in the file and as what it is read back. Hosts rely on the pairs that
-// look odd; docs/compatibility.md names them.
+// Values as they are set, as they are stored in the file and as they are read back. Hosts rely on
+// the pairs that look odd; docs/compatibility.md names them.
 #include <functional>
 #include <string>
 #include <string_view>

@@ -1,5 +1,6 @@
 // What is no ordinary file, under the name of a music file on this machine's disk; and files that
-// somebody changes while they are read. Nothing here may block: a test that hangs has failed.
+// another program changes while they are read. Nothing here may block: a test that hangs has
+// failed.
 #include "facade/special_files.h"
 
 #include <filesystem>
@@ -104,7 +105,7 @@ TEST_F(WhileScanned, FileThatIsCutKeepsWhatIsLeftOfItsAudio) {
     read_and([](const std::string& path) { std::filesystem::resize_file(path, kLeft); });
     header_.Title(u"New");
     header_.SaveAllInfo();
-    // Header, one frame of 15 bytes and 100 bytes of padding stand in front of it.
+    // Header, one frame of 15 bytes and 100 bytes of padding precede it.
     const Bytes left = stream_.first(kLeft - 125);
     EXPECT_NE(folder_.content("song.mp3").text().find(left.text()), std::string::npos);
 }

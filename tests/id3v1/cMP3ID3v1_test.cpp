@@ -106,7 +106,7 @@ TEST_F(ReadingTheRecord, LowerAndMixedCaseIdentifiersAreNotSeen) {
     }
 }
 
-TEST_F(ReadingTheRecord, SpacesBehindATextStayWhenNulsFollowThem) {
+TEST_F(ReadingTheRecord, SpacesAfterATextStayWhenNulsFollowThem) {
     // The spaces are not at the end while spaces are taken off; NULs go only afterwards.
     open(kAudio + Id3v1{.title = "Hello  "}.bytes());
     EXPECT_EQ(record_.Title(), u"Hello  ");
@@ -377,7 +377,7 @@ TEST_F(WritingTheRecord, MissingFileIsCreatedEmptyAndRaisesTheSame) {
     EXPECT_EQ(content(), Bytes());
 }
 
-TEST_F(WritingTheRecord, OneWriteOf125BytesBehindAnExistingIdentifier) {
+TEST_F(WritingTheRecord, OneWriteOf125BytesAfterAnExistingIdentifier) {
     open(kAudio + Id3v1{.title = "Old"}.bytes());
     world_.files.reset_counts();
     record_.Update();
@@ -390,7 +390,7 @@ TEST_F(WritingTheRecord, OneWriteOf125BytesBehindAnExistingIdentifier) {
     EXPECT_EQ(world_.files.bytes_written(), 125U);
 }
 
-TEST_F(WritingTheRecord, OneWriteOf128BytesBehindTheEnd) {
+TEST_F(WritingTheRecord, OneWriteOf128BytesAtTheEnd) {
     open(kAudio);
     world_.files.reset_counts();
     record_.Update();

@@ -16,7 +16,7 @@ struct ContentTypeCase {
     std::u16string_view name;
 };
 
-// The number loses its last digit, and a single character behind the parenthesis is no name.
+// The number loses its last digit, and a single character after the parenthesis is no name.
 TEST(ContentType, NumberAndNameOfAValue) {
     constexpr std::nullopt_t none = std::nullopt;
     const ContentTypeCase cases[] = {
@@ -54,7 +54,7 @@ TEST(ContentType, NumberAndNameOfAValue) {
         {u"(RX)", none, u"(RX)"},
         {u"(CR)", none, u"(CR)"},
         {u"(1x0)", none, u"(1x0)"},
-        // What else is a number: halves go to the even neighbour.
+        // Other numbers: halves are rounded to even.
         {u"( 17)", 1, u"Classic Rock"},
         {u"(17 )", 17, u"Rock"},
         {u"(+17)", 1, u"Classic Rock"},

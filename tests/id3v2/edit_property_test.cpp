@@ -10,7 +10,7 @@
 namespace brindle {
 namespace {
 
-// How many files; more where somebody has the time.
+// Number of files; more if there is time.
 std::uint64_t files_to_make() {
     const char* const wanted = std::getenv("BRINDLE_DAMAGED_FILES");
     return wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : 2'000;

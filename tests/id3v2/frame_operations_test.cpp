@@ -98,7 +98,7 @@ TEST_F(FrameOperations, AValueAtAnIndexLeavesTheCount) {
     EXPECT_EQ(model.TagsInFrame(u"COMM"), 1);
     EXPECT_EQ(model.Tag(u"COMM", 5), u"b");
     EXPECT_EQ(model.Tag(u"COMM", 2), u"");
-    // A taken number is an error that nobody hears of.
+    // A number in use is an error that is not reported.
     model.AddTag(u"COMM", u"c", 5);
     EXPECT_EQ(model.Tag(u"COMM", 5), u"b");
 }
@@ -167,7 +167,7 @@ TEST_F(FrameOperations, TheSearchForADescriptionEndsAtAGapAndSkipsValuesWithoutN
     model.RemoveFrame(u"TXXX", u"b", index);
     EXPECT_EQ(index, 3);
     model.RemoveFrame(u"TXXX", u"c", index);
-    EXPECT_EQ(index, 0) << "it stands behind the gap";
+    EXPECT_EQ(index, 0) << "it is after the gap";
     model.RemoveFrame(u"TXXX", u"a", index);
     EXPECT_EQ(index, 2);
 }
@@ -211,7 +211,7 @@ TEST_F(FrameOperations, AWholeFrameGoesWithItsValues) {
     EXPECT_EQ(model.Tag(u"COMM", 2), u"");
 }
 
-TEST_F(FrameOperations, ValuesBehindAGapOutliveTheirFrame) {
+TEST_F(FrameOperations, ValuesAfterAGapOutliveTheirFrame) {
     add(u"TXXX", {u"a\0"
                   u"1"sv,
                   u"b\0"

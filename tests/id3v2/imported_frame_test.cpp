@@ -52,7 +52,7 @@ struct Case {
     std::string_view name;
     std::uint8_t version;
     std::uint8_t tag_flags;
-    std::string_view frame;     // as it stands in the file
+    std::string_view frame;     // as stored in the file
     std::string_view expected;  // id, flags, body
 };
 

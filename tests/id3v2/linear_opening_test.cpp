@@ -80,7 +80,7 @@ void expect_linear(const Cost& half, const Cost& whole, std::uint64_t file_size)
     EXPECT_LE(whole.allocations, 2 * half.allocations + 200);
     EXPECT_LE(whole.allocated_bytes, 3 * half.allocated_bytes);
     EXPECT_LE(whole.reads, 2 * half.reads + 16);
-    // Searching for audio behind the tag may go over the rest once more.
+    // Searching for audio after the tag may go over the rest once more.
     EXPECT_LE(whole.bytes_read, 3 * file_size);
 }
 

@@ -25,7 +25,7 @@ using test::kSong;
 using test::OpenedModel;
 using test::Tag;
 
-// A picture that needs reads of its own, between frames that are read before and behind it.
+// A picture that needs reads of its own, between frames that are read before and after it.
 Bytes song() {
     return Tag(3)
                .text("TIT2", "A title that does not fit into a small buffer")
@@ -119,7 +119,7 @@ TEST(OpeningFaults, AFailingReadOfASecondTagCostsNoneOfItsFrames) {
     EXPECT_GE(refused, 3U) << "the record's, the head's and the second tag's";
 }
 
-TEST(OpeningFaults, AFailingReadBehindTheFirstFramesLeavesThem) {
+TEST(OpeningFaults, AFailingReadAfterTheFirstFramesLeavesThem) {
     OpenedModel opened;
     opened.world.files.put(kSong, song());
     // The record, the head of the file, then the picture.

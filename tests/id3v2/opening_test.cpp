@@ -76,7 +76,7 @@ TEST(Opening, WithoutATagTheAnalyserBeginsAtTheStart) {
     EXPECT_EQ(opened.model.analyser().HeaderStartPos(), 0);
 }
 
-TEST(Opening, ATagBehindJunkIsFoundAtItsOffset) {
+TEST(Opening, ATagAfterJunkIsFoundAtItsOffset) {
     OpenedModel opened(repeated(100, 'j') + tagged(Tag(3).text("TIT2", "Song").padded_to(1000)));
     EXPECT_TRUE(opened.model.HasID3v2Tag());
     EXPECT_EQ(opened.model.analyser().ID3v2Offset, 100);
@@ -102,7 +102,7 @@ TEST(Opening, ARecordIsReadAndToldToTheAnalyser) {
     EXPECT_EQ(opened.model.Yearv1Tag(), u"1999");
 }
 
-TEST(Opening, ASecondTagRightBehindIsReadIntoTheSameFramesAndCountsAsJunk) {
+TEST(Opening, ASecondTagRightAfterTheFirstIsReadIntoTheSameFramesAndCountsAsJunk) {
     const Tag first = Tag(3).text("TIT2", "A").text("TPE1", "x").padded_to(500);
     const Tag second = Tag(4).text("TIT2", "B").text("TALB", "y").padded_to(300);
     OpenedModel opened(first.bytes() + tagged(second));
@@ -111,7 +111,7 @@ TEST(Opening, ASecondTagRightBehindIsReadIntoTheSameFramesAndCountsAsJunk) {
     EXPECT_EQ(model.TotalId3v2TagLen(), 500);
     EXPECT_EQ(model.Junk(), 300);
     EXPECT_EQ(model.analyser().ID3v2Length, 800);
-    EXPECT_EQ(model.FrameCount(), 2) << "the second walk ends behind its first frame";
+    EXPECT_EQ(model.FrameCount(), 2) << "the second walk ends after its first frame";
     EXPECT_EQ(model.TagsInFrame(u"TIT2"), 2);
     EXPECT_EQ(model.Tag(u"TIT2", 1), u"A");
     EXPECT_EQ(model.Tag(u"TIT2", 2), u"B");

@@ -118,7 +118,7 @@ std::vector<Case> cases() {
 INSTANTIATE_TEST_SUITE_P(PublicTagReader, PublicTagReaderFrames, ::testing::ValuesIn(cases()),
                          [](const auto& test) { return std::string(test.param.name); });
 
-TEST(PublicTagReader, TagEndsBehindItsPaddingAndFooter) {
+TEST(PublicTagReader, TagEndsAfterItsPaddingAndFooter) {
     EXPECT_EQ(ReadTag(Tag(3).text("TIT2", "A").padded_to(100).bytes()).tag()->end, 100);
     // The flag of version 4 for a footer of ten bytes.
     EXPECT_EQ(ReadTag(Tag(4).flags(0x10).text("TIT2", "A").padded_to(100) + zeros(50)).tag()->end,
@@ -158,7 +158,7 @@ TEST(PublicTagReader, TagThatWasCutSinceEndsWithTheFile) {
     EXPECT_EQ(tag->frames[0].id(), "TIT2");
 }
 
-// Whatever stands there: frames lie in the file, one after the other.
+// With any content: frames lie in the file, one after the other.
 RC_GTEST_PROP(PublicTagReader, FramesOfAnyBytesLieInTheFileInOrder, ()) {
     const auto version = *rc::gen::inRange(2, 5);
     const auto flags = *rc::gen::arbitrary<std::uint8_t>();

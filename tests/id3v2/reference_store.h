@@ -161,7 +161,7 @@ struct ReferenceStore {
         }
     }
 
-    // The value as held stands under the frame; the value as given is what the property reads.
+    // The value as held is stored under the frame; the value as given is what the property reads.
     void set_standard(const String& frame, const String& value, const String& held) {
         cached[frame] = value;
         std::int32_t index = 0;

@@ -224,7 +224,7 @@ private:
         constexpr long kFarOff = 1'000'000'000;
         constexpr long kTooLarge = 10'000;
         const std::size_t mantissa = std::min(text.find_first_of("eE"), text.size());
-        long point = 0;  // how many digits stand before it
+        long point = 0;  // number of digits before it
         if (mantissa < text.size()) {
             const long exponent = std::strtol(text.c_str() + mantissa + 1, nullptr, 10);
             point = std::clamp(exponent, -kFarOff, kFarOff);

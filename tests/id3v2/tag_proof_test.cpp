@@ -204,7 +204,7 @@ std::vector<Doubtful> doubtful_tags() {
          10 + 310},
         {"FirstTagInFrontOfADoubtfulOne",
          two_frames().bytes() + two_frames().size(3).bytes() + kAudio, kFirstOfTwo},
-        {"FramesBehindAnExtendedHeader",
+        {"FramesAfterAnExtendedHeader",
          Tag().flags(0x40)
                  .raw(test::big_endian(6, 4) + test::zeros(6))
                  .text("TIT2", "fourteen chars")

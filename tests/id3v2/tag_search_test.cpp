@@ -71,7 +71,7 @@ struct SearchCase {
 };
 
 // Blocks of 4,096 bytes begin at 0, 4093, 8186, 12279 ... (each 3 bytes before the last one's
-// end). A block is looked at when the file has at least 2 bytes behind it.
+// end). A block is searched if the file has at least 2 bytes after it.
 TEST(TagSearch, FindsTheFirstTagOfAKnownVersionBeforeAudio) {
     const std::optional<std::int32_t> none;
     const SearchCase cases[] = {
@@ -87,10 +87,10 @@ TEST(TagSearch, FindsTheFirstTagOfAKnownVersionBeforeAudio) {
         {"version 0", 5000, {{0, identifier(0)}}, none},
         {"version 255", 5000, {{0, identifier(255)}}, none},
         {"lower case", 5000, {{0, Bytes("id3") + Bytes{3}}}, none},
-        {"behind junk", 5000, {{100, kTag}}, 100},
-        // The version byte is the first one behind the block.
-        {"its version behind the block", 4098, {{4093, identifier(3)}}, 4093},
-        {"across the border, next block looked at", 8191, {{4094, kTag}}, 4094},
+        {"after junk", 5000, {{100, kTag}}, 100},
+        // The version byte is the first one after the block.
+        {"its version after the block", 4098, {{4093, identifier(3)}}, 4093},
+        {"across the border, next block searched", 8191, {{4094, kTag}}, 4094},
         {"across the border, next block not filled", 8190, {{4094, kTag}}, none},
         {"last byte of the first block", 8191, {{4095, kTag}}, 4095},
         {"second block", 9000, {{5000, kTag}}, 5000},
@@ -177,7 +177,7 @@ TEST(TagSearch, ASecondTagIsSeenOnlyRightWhereTheFirstOneEnds) {
         {"audio later in the block", 9000, {{100, kTag}, {300, kSync}}, 100, true},
         {"block just filled", 100 + 4098, {{100, kTag}}, 100, true},
         {"block not filled", 100 + 4097, {{100, kTag}}, 100, false},
-        {"behind the file", 9000, {{100, kTag}}, 100000, false},
+        {"beyond the file", 9000, {{100, kTag}}, 100000, false},
     };
     for (const DuplicateCase& duplicate : cases) {
         Opened file(file_with(duplicate.length, duplicate.marks));

@@ -84,7 +84,7 @@ TEST(TagWalk, FramesAreFiledUnderIdAndNumberInTheOrderFirstSeen) {
          Tag(3).raw(text("A\0\0B"sv, "v")).bytes(),
          {{widened("A\0\0B"sv), {u"v"}}}},
         {"no frame", Tag(3).padded_to(100).bytes(), {}},
-        {"no byte behind the header", Tag(3).bytes(), {}},
+        {"no byte after the header", Tag(3).bytes(), {}},
     });
 }
 
@@ -144,7 +144,7 @@ TEST(TagWalk, Utf16TextOfTheAsciiRangeBecomes8BitText) {
         {"other letters become their bytes",
          Tag(3).utf16_text("TIT2", u"\u0416\u20AC").bytes(),
          {{u"TIT2", {u"\x16\x04\u00AC "}}}},
-        // No mark that is known: the text behind the first NUL, then without NULs.
+        // No mark that is known: the text after the first NUL, then without NULs.
         {"big-endian with mark",
          Tag(3).frame("TIT2", "\1\xFE\xFF\0S\0o"sv).bytes(),
          {{u"TIT2", {u"So"}}}},
@@ -355,7 +355,7 @@ TEST(TagWalk, TheTestStandsAfterSkippedFramesToo) {
     });
 }
 
-TEST(TagWalk, BehindJunkTheWalkEndsThatMuchEarlier) {
+TEST(TagWalk, AfterJunkTheWalkEndsThatMuchEarlier) {
     const Bytes frames = text("TIT2", "A") + text("TALB", "B") + text("TPE1", "C");
     const Bytes file = repeated(12, 'j') + Tag(3).raw(frames).bytes();
     // The tag says 36. The first frame ends at 12 + 22 = 34: position 35, not beyond; the second
@@ -370,14 +370,14 @@ TEST(TagWalk, WhatTheFilesEndCutsOffIsPadding) {
     const auto cut = [&](std::size_t length) { return whole.first(length); };
     expect_frames({
         {"inside the value", cut(23), {{u"TIT2", {u"So"}}}},
-        {"behind the encoding byte", cut(21), {{u"TIT2", {u""}}}},
+        {"after the encoding byte", cut(21), {{u"TIT2", {u""}}}},
         {"before the value", cut(20), {{u"TIT2", {u""}}}},
         // The size is 0 then.
         {"inside the size", cut(17), {}},
         {"inside the id", cut(12), {}},
-        {"behind the tag header", cut(10), {}},
+        {"after the tag header", cut(10), {}},
         {"inside the tag header", cut(5), {}},
-        {"a claimed size behind the end",
+        {"a claimed size beyond the end",
          Tag(3).frame_claiming("TIT2", 4000, "\0Song"sv).bytes(),
          {{u"TIT2", {u"Song"}}}},
         {"a claimed size swallows the rest",

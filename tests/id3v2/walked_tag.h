@@ -19,7 +19,7 @@
 
 namespace brindle::test {
 
-// What stands in a frame store: each id in its order, with its values 1, 2, 3 ... as counted.
+// The content of a frame store: each id in its order, with its values 1, 2, 3 ... as counted.
 using Frames = std::vector<std::pair<String, std::vector<String>>>;
 
 inline Frames frames_of(const FrameStore& store) {

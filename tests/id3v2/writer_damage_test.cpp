@@ -18,7 +18,7 @@ using test::Bytes;
 using test::DamagedFile;
 using test::RandomChoices;
 
-// How many files; more where somebody has the time.
+// Number of files; more if there is time.
 std::uint64_t files_to_make() {
     const char* const wanted = std::getenv("BRINDLE_DAMAGED_FILES");
     return wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : 500;

@@ -82,7 +82,7 @@ std::vector<Scenario> saves() {
          titled().padded_to(600).bytes() + kAudio + new_record,
          [](cMP3ID3v2& model) {
              set_title(model);
-             // Its length known: else g++ 12 fears, at -O3, a read behind its end.
+             // Its length known: else g++ 12 fears, at -O3, a read beyond its end.
              model.Titlev1Tag(u"New"s);
          }},
         {"RebuiltFromATag", tight + kAudio, titled().padded_to(2048).bytes() + kAudio + blank,

@@ -195,7 +195,7 @@ public:
         return world_.files.names() == std::vector<String>{kName} && world_.files.open_files() == 0;
     }
 
-    // What stands between the tags in front and the record behind.
+    // The bytes between the tags at the start and the record at the end.
     [[nodiscard]] bool ends_with_audio(const Bytes& audio) const {
         Bytes rest = content();
         if (rest.size() >= 128 && rest.last(128).first(3) == Bytes("TAG")) {

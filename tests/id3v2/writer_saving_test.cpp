@@ -120,7 +120,7 @@ TEST_F(Saving, JunkInFrontOfTheAudioGoesWhenATagIsMade) {
     EXPECT_EQ(saved(), stamped(Tag()).padded_to(2048).bytes() + kAudio + blank_record());
 }
 
-TEST_F(Saving, FileWithoutAudioKeepsEveryByteBehindItsNewTag) {
+TEST_F(Saving, FileWithoutAudioKeepsEveryByteAfterItsNewTag) {
     open(junk(6000));
     EXPECT_EQ(saved(), stamped(Tag()).padded_to(2048).bytes() + junk(6000) + blank_record());
 }
@@ -135,7 +135,7 @@ TEST_F(Saving, FileOf128BytesGetsATagAndNoRecord) {
 TEST_F(Saving, NeedOf3000BytesIsWrittenInPlaceInto4096) {
     const Bytes old_tag = Tag().text("TIT2", "Old").text("TALB", "Disc").padded_to(4096).bytes();
     open(old_tag + kAudio + Id3v1{.title = "Old"}.bytes());
-    // TIT2 leaves the list and comes back behind TALB, whose frame takes 10 + 5 bytes.
+    // TIT2 leaves the list and comes back after TALB, whose frame takes 10 + 5 bytes.
     model_.Title(wide(title_for(3000 - 15)));
     const Bytes expected =
         stamped(Tag().text("TALB", "Disc").text("TIT2", title_for(3000 - 15))).padded_to(4096) +
@@ -177,13 +177,13 @@ TEST_F(Saving, TagOfASizeThatIsNoMultipleOf2048KeepsIt) {
     EXPECT_EQ(saved(), stamped(Tag()).padded_to(777).bytes() + kAudio + blank_record());
 }
 
-TEST_F(Saving, JunkBehindATagBecomesPaddingOfATagWrittenInPlace) {
+TEST_F(Saving, JunkAfterATagBecomesPaddingOfATagWrittenInPlace) {
     open(Tag().text("TALB", "Disc").padded_to(100) + junk(50) + kAudio);
     EXPECT_EQ(saved(),
               stamped(Tag().text("TALB", "Disc")).padded_to(150).bytes() + kAudio + blank_record());
 }
 
-TEST_F(Saving, SecondTagBehindTheFirstJoinsIt) {
+TEST_F(Saving, SecondTagAfterTheFirstIsMergedIntoIt) {
     open(Tag().text("TALB", "Disc").padded_to(300) +
          Tag().text("TPE1", "Duo").padded_to(200).bytes() + kAudio);
     EXPECT_EQ(saved(),
@@ -342,7 +342,7 @@ TEST_F(Saving, RecordThatCannotBeWrittenKeepsTheTagFromBeingWritten) {
 
 TEST_F(Saving, TagThatClaimsSomeBytesOfTheAudioGivesThemBack) {
     open(Tag().text("TALB", "Disc").padding(400).size(500).bytes() + kAudio);
-    // 10 + 15 + 400 bytes stand there, 510 are claimed.
+    // There are 10 + 15 + 400 bytes, 510 are claimed.
     EXPECT_EQ(saved(),
               stamped(Tag().text("TALB", "Disc")).padded_to(425).bytes() + kAudio + blank_record());
 }
@@ -357,23 +357,23 @@ TEST_F(Saving, TagThatClaimsMoreThanTheFileHoldsEndsAtTheFirstFrame) {
     EXPECT_EQ(saved(), stamped(Tag()).padded_to(400).bytes() + kAudio + blank_record());
 }
 
-TEST_F(Saving, TagThatClaimsMoreThanAFileWithoutAudioHoldsIsRebuiltFromBehindItsHeader) {
+TEST_F(Saving, TagThatClaimsMoreThanAFileWithoutAudioHoldsIsRebuiltFromTheEndOfItsHeader) {
     open(Tag().padding(390).size(2'000'000).bytes() + junk(6000));
     EXPECT_EQ(saved(), stamped(Tag()).padded_to(2048).bytes() + test::zeros(390) + junk(6000) +
                            blank_record());
 }
 
-TEST_F(Saving, TagBehindOtherBytesIsWrittenInItsPlace) {
+TEST_F(Saving, TagAfterOtherBytesIsWrittenInItsPlace) {
     open(junk(33) + Tag().padded_to(600).bytes() + kAudio);
     EXPECT_EQ(saved(), junk(33) + stamped(Tag()).padded_to(600).bytes() + kAudio + blank_record());
 }
 
-TEST_F(Saving, TagBehindOtherBytesIsRebuiltWithoutThem) {
+TEST_F(Saving, TagAfterOtherBytesIsRebuiltWithoutThem) {
     open(junk(33) + Tag().padded_to(60).bytes() + kAudio);
     EXPECT_EQ(saved(), stamped(Tag()).padded_to(2048).bytes() + kAudio + blank_record());
 }
 
-TEST_F(Saving, TagBehindOtherBytesAndWithoutAudioKeepsEveryByteWhenItGrows) {
+TEST_F(Saving, TagAfterOtherBytesAndWithoutAudioKeepsEveryByteWhenItGrows) {
     const Bytes old = junk(33) + Tag().padded_to(60).bytes() + junk(6000);
     open(old);
     EXPECT_EQ(saved(), stamped(Tag()).padded_to(2048).bytes() + old + blank_record());
@@ -430,7 +430,7 @@ TEST_F(Saving, FewFramesThatAreNoStreamForTheAnalyserStay) {
     }
 }
 
-TEST_F(Saving, SingleFrameRightBehindTheTagStays) {
+TEST_F(Saving, SingleFrameRightAfterTheTagStays) {
     const Bytes audio = kFrame.bytes() + junk(20) + kAudio;
     for (const bool grows : {false, true}) {
         open(Tag().padded_to(grows ? 60 : 600) + audio);
@@ -478,7 +478,7 @@ TEST_F(Saving, ThirdSaveOfOneObjectThatGrowsMovesTheAudioOnce) {
     open(kAudio);
     saved();
     model_.Title(wide(title_for(3000)));
-    // The stamp, the only custom value, leaves the list and comes back behind the title.
+    // The stamp, the only custom value, leaves the list and comes back after the title.
     const Bytes expected = stamped(Tag().text("TIT2", title_for(3000))).padded_to(4096).bytes() +
                            kAudio + blank_record();
     EXPECT_EQ(saved(), expected);
@@ -680,7 +680,7 @@ TEST_F(Saving, Version2LeavesTheModelOfAFileWithoutItsTag) {
     EXPECT_EQ(model_.Album(), u"");
 }
 
-// Somebody else has made the file longer since, so the audio is looked for again.
+// Another program has made the file longer since, so the audio is searched for again.
 TEST_F(Saving, AudioThatCannotBeLookedForAgainIsAnErrorBeforeAnythingIsWritten) {
     open(Tag().padded_to(600).bytes() + kAudio);
     const Bytes longer = Tag().padded_to(900).bytes() + kAudio + kAudio;
@@ -703,7 +703,7 @@ TEST_F(Saving, Version2ThatClaimsMoreThanAFileWithoutAudioHoldsIsNotWritten) {
     EXPECT_EQ(content(), old);
 }
 
-TEST_F(Saving, Version2BehindOtherBytesIsConvertedWithAllTheAudio) {
+TEST_F(Saving, Version2AfterOtherBytesIsConvertedWithAllTheAudio) {
     const Bytes audio =
         test::stream(kFrame, 5) + test::stream(kFrame.with_mode(Mode::JointStereo), 120);
     open(junk(20) + Tag(2).text("TT2", "Song").padded_to(3000).bytes() + audio);

@@ -183,7 +183,7 @@ TEST_F(Stripping, WithoutAudioOnlyTheTagsOwnAreaGoes) {
     EXPECT_EQ(stripped(kV2), junk(6033));
 }
 
-TEST_F(Stripping, WithoutAudioTheOneByteBehindTheTagStays) {
+TEST_F(Stripping, WithoutAudioTheOneByteAfterTheTagStays) {
     open(Tag().padded_to(5000).bytes() + junk(1));
     EXPECT_EQ(stripped(kV2), junk(1));
 }

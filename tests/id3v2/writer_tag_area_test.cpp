@@ -105,7 +105,7 @@ TEST(TagArea, SizeThatIsExactlyTheFilesLengthIsStillBelieved) {
     EXPECT_EQ(area_of(content.first(9209), std::nullopt).length, 10);
 }
 
-TEST(TagArea, WithoutAudioAndBehindOtherBytesLosesNothingWhenItMustGrow) {
+TEST(TagArea, WithoutAudioAndAfterOtherBytesLosesNothingWhenItMustGrow) {
     const TagArea area =
         area_of(junk(33) + Tag().padded_to(500).bytes() + junk(9000), std::nullopt);
     EXPECT_EQ(area.position, 33);
@@ -114,7 +114,7 @@ TEST(TagArea, WithoutAudioAndBehindOtherBytesLosesNothingWhenItMustGrow) {
 }
 
 TEST(TagArea, TagInsideTheAudioIsAudio) {
-    // Frames of MPEG-2 start with FF F3, so the search for a tag goes on over them.
+    // Frames of MPEG-2 start with FF F3, so the search for a tag continues past them.
     const test::Frame mpeg2{.version = 2, .kbps = 64, .frequency = 22050};
     Bytes content = junk(20) + test::stream(mpeg2, 40);
     const Bytes tag = Tag().padding(90).bytes();

@@ -67,7 +67,7 @@ TEST(TagBuilder, EmptyValueIsABodyOfTheEncodingAlone) {
     EXPECT_EQ(frames_of({{u"TIT2", u""}}), Bytes("TIT2\0\0\0\x01\0\0\0"sv));
 }
 
-TEST(TagBuilder, CommentKeepsItsSeparatorsBehindTheEncoding) {
+TEST(TagBuilder, CommentKeepsItsSeparatorsAfterTheEncoding) {
     EXPECT_EQ(frames_of({{u"COMM", u"\0nt\0x"s}}), Bytes("COMM\0\0\0\x06\0\0\0\0\x6E\x74\0\x78"sv));
 }
 
@@ -105,13 +105,13 @@ TEST(TagBuilder, IdsThatContainID3AreLeftOut) {
     EXPECT_EQ(frames_of({{u"Id3X", u"a"}}), Bytes("Id3X\0\0\0\x02\0\0\0a"sv));
 }
 
-TEST(TagBuilder, CustomValueBehindAnEmptyOneIsNotWritten) {
+TEST(TagBuilder, CustomValueAfterAnEmptyOneIsNotWritten) {
     EXPECT_EQ(frames_of({{u"TXXX", u"a"}, {u"TXXX", u"b"}, {u"TXXX", u""}, {u"TXXX", u"d"}}),
               Bytes("TXXX\0\0\0\x02\0\0\0a"
                     "TXXX\0\0\0\x02\0\0\0b"sv));
 }
 
-TEST(TagBuilder, CustomValueBehindARemovedOneIsNotWritten) {
+TEST(TagBuilder, CustomValueAfterARemovedOneIsNotWritten) {
     FrameStore store = store_of({{u"TXXX", u"a"}, {u"TXXX", u"b"}, {u"TXXX", u"c"}});
     store.remove_value(u"TXXX", 2);
     EXPECT_EQ(built(store), kHeader + Bytes("TXXX\0\0\0\x02\0\0\0a"sv) + kEndMark);
@@ -122,7 +122,7 @@ TEST(TagBuilder, CustomValuesOfWhichTheFirstIsEmptyAreAllWritten) {
                                                                   "TXXX\0\0\0\x02\0\0\0b"sv));
 }
 
-TEST(TagBuilder, EmptyValueOfAnotherIdHidesNoneBehindIt) {
+TEST(TagBuilder, EmptyValueOfAnotherIdHidesNoLaterValue) {
     EXPECT_EQ(frames_of({{u"COMM", u"a"}, {u"COMM", u""}, {u"COMM", u"c"}}),
               Bytes("COMM\0\0\0\x02\0\0\0a"
                     "COMM\0\0\0\x01\0\0\0"

@@ -1,4 +1,4 @@
-// Frames of Layer III with side information as a test wants it.
+// Frames of Layer III with side information chosen by the test.
 #pragma once
 
 #include <cstddef>

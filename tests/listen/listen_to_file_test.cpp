@@ -131,7 +131,7 @@ TEST(ListenToFile, QuickLeavesTheMiddleOut) {
     EXPECT_EQ(left_out.milliseconds, 156'735);  // 6,000 frames: 156,734.69
 }
 
-// The first frames behind what is left out need frames that were not decoded.
+// The first frames after what is left out need frames that were not decoded.
 TEST(ListenToFile, QuickFillsTheReservoirAfterTheMiddle) {
     const Bytes file = frames(1) + frames(5'999, kNeedsTheFrameBefore);
     const Listening quick = Opened(file).listen({.quick = true}).value();

@@ -87,7 +87,7 @@ TEST(Listener, EdgesAreSharpOverANoiseFloor) {
               (std::optional(TimeRange{2'004, 5'005})));
 }
 
-// At 12 Hz and -55 dBFS; loudness hears 24 dB less of it.
+// At 12 Hz and -55 dBFS; the loudness filter reduces it by 24 dB.
 TEST(Listener, RumbleIsNoSound) {
     const Stereo rumble = Stereo().tone(7, -55, 12);
     EXPECT_EQ(heard(Stereo().silence(2).tone(3, -20).silence(2).under(rumble)).sound,
@@ -185,7 +185,7 @@ Stereo speech(double seconds) {
     return sound;
 }
 
-// A chord that decays by 60 dB in so many seconds.
+// A chord that decays by 60 dB in this number of seconds.
 Stereo decay(double seconds) {
     Stereo sound = Stereo(16'000).tone(20, -12);
     for (int step = 0; step < 300; ++step) {
@@ -274,7 +274,7 @@ TEST(Listener, ClippedRunsAreTold) {
     EXPECT_EQ(found.clipped_at, (std::vector<std::int64_t>{1'000, 2'000}));
 }
 
-// --- what nobody listens to
+// --- parts that are not decoded
 
 TEST(Listener, SkippedSoundKeepsTheClockAndIsNoSilence) {
     Listener listener(format(48'000), MeterMode::Quick, kAnHour);

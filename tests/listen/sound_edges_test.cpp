@@ -1,4 +1,4 @@
-// Where sound begins and ends at a threshold that is told afterwards. Levels are in LUFS.
+// Where sound begins and ends at a threshold that is set afterwards. Levels are in LUFS.
 #include "listen/sound_edges.h"
 
 #include <cstdint>

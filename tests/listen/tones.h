@@ -14,7 +14,7 @@ class Stereo {
 public:
     explicit Stereo(std::int32_t frequency = 48'000) : frequency_(frequency) {}
 
-    // A tone whose peaks are so many dB below full scale. Tones that follow each other go on in
+    // A tone whose peaks are this many dB below full scale. Tones that follow each other go on in
     // phase.
     Stereo& tone(double seconds, double dbfs, double hertz = 1'000) {
         const double amplitude = std::pow(10.0, dbfs / 20);

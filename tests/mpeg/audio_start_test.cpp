@@ -177,7 +177,7 @@ TEST(FrameEndsAt, TellsWhetherAFrameOfTheNextOnesKindEndsThere) {
         {"none", junk(600), next, false},
         {"any kind before what is no header", junk(30) + kMpeg2.bytes(), "TAG", true},
         {"any kind before the end", junk(30) + kMpeg2.bytes(), "", true},
-        {"free format that goes on so", junk(30) + free_format_header() + junk(99),
+        {"free format that continues", junk(30) + free_format_header() + junk(99),
          free_format_header() + junk(99) + free_format_header(), true},
         {"padded free format", junk(30) + free_format_header() + junk(99),
          free_format_header() + junk(98) + free_format_header(), true},

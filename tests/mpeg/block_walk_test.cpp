@@ -108,7 +108,7 @@ TEST(BlockWalk, FrameThatTheFileCutsIsNone) {
     EXPECT_FALSE(walked.goes_on);
 }
 
-// The block ends so many bytes behind the beginning of its last frame, which the file has whole.
+// The block ends this many bytes after the start of its last frame, which is complete in the file.
 Walked walk_cut_block(std::size_t bytes_of_last_frame) {
     Bytes block = stream(Frame{}, 240);
     const std::size_t left = block.size();
@@ -116,7 +116,7 @@ Walked walk_cut_block(std::size_t bytes_of_last_frame) {
     return walk(block, 0, left);
 }
 
-TEST(BlockWalk, LastFrameMayEndBehindTheBlock) {
+TEST(BlockWalk, LastFrameMayEndBeyondTheBlock) {
     const Walked walked = walk_cut_block(kHeaderBytes);
     EXPECT_EQ(walked.stream.frames, 240);
     EXPECT_EQ(walked.offset, 240 * kFrame);

@@ -150,7 +150,7 @@ TEST(FrameHeader, ReservedValuesAreNoHeader) {
 }
 
 TEST(FrameHeader, DecodingStopsAtTheFirstBrokenRule) {
-    // The bit rate is reserved, so nothing behind it is filled.
+    // The bit rate is reserved, so nothing after it is filled.
     const FrameHeaderRecord record = decode(word(HeaderBits{.bitrate = 15}.bytes())).record;
     EXPECT_EQ(record.MpegVersion, 1);
     EXPECT_EQ(record.MpegLayer, 3);

@@ -52,7 +52,7 @@ Visits visit(const Bytes& file, std::int64_t first_frame = 0) {
     return visits;
 }
 
-// A visitor sees what is counted: each frame where it stands, one after the other but for the
+// A visitor receives what is counted: each frame at its offset, one after the other but for the
 // gaps.
 void check_visits(const Bytes& file, const FrameWalk& plain, const Visits& visits) {
     EXPECT_EQ(visits.walk, plain);
@@ -184,12 +184,12 @@ void PrintTo(const HeaderFrame& frame, std::ostream* out) {
 }
 
 const HeaderFrame kHeaderFrames[] = {
-    {"XingBehindStereo", "Xing", 36, true},
-    {"XingBehindMono", "Xing", 21, true},
+    {"XingAfterStereo", "Xing", 36, true},
+    {"XingAfterMono", "Xing", 21, true},
     {"XingOfMpeg2Mono", "Xing", 13, true},
     {"AnyCase", "xINg", 36, true},
     {"InfoOfAConstantRate", "Info", 36, true},
-    {"InfoBehindMono", "Info", 21, true},
+    {"InfoAfterMono", "Info", 21, true},
     {"Vbri", "VBRI", 36, true},
     {"VbriElsewhere", "VBRI", 21, false},
     {"XingElsewhere", "Xing", 37, false},
@@ -254,7 +254,7 @@ TEST(FrameWalk, JunkBetweenFramesIsSteppedOver) {
     EXPECT_EQ(found.bytes_after, 0);
 }
 
-TEST(FrameWalk, HeaderInJunkNeedsAnotherBehindIt) {
+TEST(FrameWalk, HeaderInJunkNeedsAnotherAfterIt) {
     const Bytes lone = Frame{}.bytes() + zeros(40);
     const FrameWalk found = walk(stream(Frame{}, 10) + zeros(7) + lone + stream(Frame{}, 10));
     EXPECT_EQ(found.frames, 20);
@@ -262,7 +262,7 @@ TEST(FrameWalk, HeaderInJunkNeedsAnotherBehindIt) {
     EXPECT_EQ(found.bytes_in_gaps, 7 + 417 + 40);
 }
 
-TEST(FrameWalk, LastFrameBehindJunkEndsTheAudio) {
+TEST(FrameWalk, LastFrameAfterJunkEndsTheAudio) {
     const FrameWalk found = walk(stream(Frame{}, 10) + zeros(7) + Frame{}.bytes());
     EXPECT_EQ(found.frames, 11);
     EXPECT_EQ(found.gaps, 1);
@@ -300,7 +300,7 @@ TEST(FrameWalk, CutHeaderIsNoFrame) {
     }
 }
 
-TEST(FrameWalk, OtherBytesBehindTheLastFrameAreNoCutFrame) {
+TEST(FrameWalk, OtherBytesAfterTheLastFrameAreNoCutFrame) {
     const FrameWalk found = walk(stream(Frame{}, 20) + Bytes("APETAGEX") + zeros(92));
     EXPECT_EQ(found.frames, 20);
     EXPECT_FALSE(found.last_frame_is_cut);
@@ -348,7 +348,7 @@ TEST(FrameWalk, ReadsEveryByteOnceInLargeBlocks) {
     EXPECT_LE(world.files.calls(FileCall::Read), 4 + audio.size() / 65'000);
 }
 
-// Whatever stands in the gap, no byte of it is read again and again.
+// For any content of the gap, no byte of it is read repeatedly.
 TEST(FrameWalk, ReadsALongGapOnce) {
     for (const Bytes& gap : {repeated(2'000'000, 0xFF), stream(Frame{.frequency = 48000}, 5'000)}) {
         const Bytes file = stream(Frame{}, 10) + gap + stream(Frame{}, 10);
@@ -364,7 +364,7 @@ TEST(FrameWalk, ReadsALongGapOnce) {
 
 // --- through the public function
 
-TEST(WalkFrames, BeginsBehindTheTagAndEndsAtTheRecord) {
+TEST(WalkFrames, BeginsAfterTheTagAndEndsAtTheRecord) {
     const Bytes tag = Tag().text("TIT2", "Song").padded_to(1000).bytes();
     const Opened file(tag + stream(Frame{}, 120) + Id3v1{.title = "Song"}.bytes());
     const FrameWalk found = file.walk();
@@ -412,12 +412,12 @@ TEST(WalkFrames, LooksAgainInAFileThatSomebodyElseHasChanged) {
     EXPECT_EQ(found.frames, 150);
 }
 
-// Bytes that another program took away while the walk was on its way.
+// Bytes that another program cut off during the walk.
 TEST(FrameWalk, FileThatWasCutSinceEndsWithItsLastFrame) {
     constexpr std::int64_t kOldLength = 20 * 417 + 1'000;
     struct Case {
         const char* name;
-        Bytes behind;
+        Bytes after;
     };
     const Case cases[] = {
         {"between two frames", {}},
@@ -425,7 +425,7 @@ TEST(FrameWalk, FileThatWasCutSinceEndsWithItsLastFrame) {
         {"before the frame that would confirm another", zeros(4) + Frame{}.bytes()},
     };
     for (const Case& c : cases) {
-        ShrunkFile file(stream(Frame{}, 20) + c.behind, kOldLength);
+        ShrunkFile file(stream(Frame{}, 20) + c.after, kOldLength);
         FileWindow window(file);
         const FrameWalk found = FrameWalker(window, kOldLength).run(0);
         EXPECT_EQ(found.frames, 20) << c.name;

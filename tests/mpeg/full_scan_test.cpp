@@ -41,7 +41,7 @@ TEST(FullScan, CountsTheFramesAndTheirBitRatesFromTheStart) {
     EXPECT_EQ(stream->bit_rate_sum, 4'800);
 }
 
-TEST(FullScan, EarliestChainMayStartOneByteBehindTheStart) {
+TEST(FullScan, EarliestChainMayStartOneByteAfterTheStart) {
     const auto stream = walk(zeros(1) + pairs_of_short_frames(100), 0);
     ASSERT_TRUE(stream);
     EXPECT_EQ(stream->frames, 200);
@@ -49,11 +49,11 @@ TEST(FullScan, EarliestChainMayStartOneByteBehindTheStart) {
 
 // 144 bytes a pair: the ends of blocks cut headers at every place.
 TEST(FullScan, PassFromTheEndLosesNoFrameWhereBlocksMeet) {
-    for (std::size_t behind = 0; behind < 24; ++behind) {
-        const auto stream = walk(zeros(1) + pairs_of_short_frames(3'000) + zeros(behind), 0);
+    for (std::size_t after = 0; after < 24; ++after) {
+        const auto stream = walk(zeros(1) + pairs_of_short_frames(3'000) + zeros(after), 0);
         ASSERT_TRUE(stream);
-        EXPECT_EQ(stream->frames, 6'000) << behind;
-        EXPECT_EQ(stream->bit_rate_sum, 144'000) << behind;
+        EXPECT_EQ(stream->frames, 6'000) << after;
+        EXPECT_EQ(stream->bit_rate_sum, 144'000) << after;
     }
 }
 

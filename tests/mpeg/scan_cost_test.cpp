@@ -134,7 +134,7 @@ TEST(ScanCost, SearchOfAWholeFileIsReadOnceOrTwice) {
     file.world.files.reset_counts();
     file.analyser.SetFileName(Given());
     EXPECT_FALSE(file.found());
-    // It is searched twice: behind the model's tag and behind the analyser's.
+    // It is searched twice: after the model's tag and after the analyser's.
     EXPECT_LE(file.world.files.bytes_read(), 2 * audio.size() + kBlock);
 }
 

@@ -1,4 +1,4 @@
-// What a host hears during a long walk, and what it can do about it.
+// Events of a long walk, and how a host can cancel it.
 
 #include <algorithm>
 #include <cstdint>
@@ -186,7 +186,8 @@ TEST(ScanProgress, WalkReportsAfterMoreThanHalfASecond) {
         file.run();
         return host.events.size();
     };
-    // Eleven blocks of 96 KiB; of those that take exactly half a second every other one is told.
+    // Eleven blocks of 96 KiB; of those that take exactly half a second every other one is
+    // reported.
     const std::size_t blocks = events_at(0.5625);
     EXPECT_GE(blocks, 10U);
     EXPECT_LE(blocks, 12U);

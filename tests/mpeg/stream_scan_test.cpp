@@ -78,7 +78,7 @@ TEST(StreamScan, Id3v1RecordIsNoAudio) {
     EXPECT_EQ(untold.run().DurationmS(), 3136);
 }
 
-TEST(StreamScan, AudioBehindATagStartsThere) {
+TEST(StreamScan, AudioAfterATagStartsThere) {
     Analysis file(zeros(1000) + stream(kFrame, 120));
     const clsMPEG& analyser = file.tag(900, 100).run();
     EXPECT_EQ(analyser.HeaderStartPos(), 1000);
@@ -143,7 +143,7 @@ TEST(StreamScan, TagLargerThanHalfTheFileCountsAsNone) {
     Analysis file(audio);
     EXPECT_EQ(file.tag(25'021).run().HeaderStartPos(), 0);
     EXPECT_TRUE(file.found());
-    // Exactly half is believed: there stands the 61st frame.
+    // Exactly half is accepted: the 61st frame is there.
     Analysis half(audio);
     EXPECT_EQ(half.tag(25'020).run().HeaderStartPos(), 25'020);
 }
@@ -154,14 +154,14 @@ TEST(StreamScan, ChangeOfChannelModeWithinTheFirstFramesIsNotAcceptedFromThere) 
     EXPECT_EQ(file.analyser.ChannelMode(), 1);
 }
 
-TEST(StreamScan, ChangeOfChannelModeBehindTheFirst101FramesDoesNotMatter) {
+TEST(StreamScan, ChangeOfChannelModeAfterTheFirst101FramesDoesNotMatter) {
     Analysis file(stream(kFrame, 101) + stream(kFrame.with_mode(Mode::JointStereo), 60));
     EXPECT_EQ(file.run().HeaderStartPos(), 0);
     EXPECT_EQ(file.analyser.ChannelMode(), 0);
 }
 
-// Behind a tag that claims ten bytes too many stands, by chance, a header inside the first frame:
-// 8 kbit/s, 8000 Hz, Layer II, 144 bytes. At 174 stands its successor of 160 kbit/s, 2880 bytes,
+// After a tag that claims ten bytes too many there is by chance a header inside the first frame:
+// 8 kbit/s, 8000 Hz, Layer II, 144 bytes. At 174 is the next frame of 160 kbit/s, 2880 bytes,
 // which ends at 3054 in a file of 3056. The audio is 29 frames of 104 bytes from 20 on.
 Bytes file_with_overstated_tag() {
     const Frame chance{.version = 25, .layer = 2, .kbps = 8, .frequency = 8000};
@@ -255,7 +255,7 @@ TEST(VariableStream, LastFrameThatIsCutDoesNotCount) {
     EXPECT_EQ(file.run().FrameCounter(), 119);
 }
 
-TEST(VariableStream, ChangeBehindTheFirst101FramesIsNotNoticed) {
+TEST(VariableStream, ChangeAfterTheFirst101FramesIsNotNoticed) {
     Analysis file(stream(kFrame, 101) + stream(kFrame.with_kbps(192), 50));
     EXPECT_FALSE(file.run().VBR());
     EXPECT_EQ(file.analyser.BitRate(), 128'000);
@@ -373,14 +373,14 @@ private:
     std::int32_t tag_size_;
 };
 
-TEST(SetFileName, LooksBehindTheModelsTagFirst) {
+TEST(SetFileName, SearchesAfterTheModelsTagFirst) {
     Analysis file(stream(kFrame, 200));
     file.analyser.SetFileName(GivenFile(kName, 5 * kFrameBytes));
     EXPECT_TRUE(file.found());
     EXPECT_EQ(file.analyser.HeaderStartPos(), 5 * kFrameBytes);
 }
 
-TEST(SetFileName, LooksBehindTheAnalysersTagWhenThatFails) {
+TEST(SetFileName, SearchesAfterTheAnalysersTagWhenThatFails) {
     // At 43,000 and for the next 16,384 bytes there are only zeros.
     Analysis file(zeros(30) + stream(kFrame, 101) + zeros(60'000));
     file.analyser.SetFileName(GivenFile(kName, 43'000));
@@ -400,8 +400,8 @@ TEST(SetFileName, KeepsTheHeaderOfAnEarlierFile) {
 }
 
 // What is remembered of broken chains is a ring of 524,288 positions: the chain at that distance
-// behind the broken one is another.
-TEST(SetFileName, ChainHalfAMegabyteBehindABrokenOneIsItsOwn) {
+// after the broken one is another.
+TEST(SetFileName, ChainHalfAMegabyteAfterABrokenOneIsItsOwn) {
     Analysis file(stream(kFrame, 120));
     file.run();
     ASSERT_TRUE(file.found());

@@ -10,7 +10,7 @@ namespace {
 
 const Frame kFrame;
 
-// The data of a frame behind its four header bytes.
+// The data of a frame after its four header bytes.
 Bytes data_of(const Xing& xing) {
     const Bytes frame = xing_frame(kFrame, xing);
     return frame.last(frame.size() - 4);

@@ -16,7 +16,7 @@ import pytest
 from conftest import ROOT, built, run
 
 BASELINE = pathlib.Path(__file__).with_name("libbrindle.abi.gz")
-# Of the C++ standard library: which of its templates the library instantiates is nobody's promise.
+# Of the C++ standard library: the library does not promise which of its templates it instantiates.
 NOT_OURS = """\
 [suppress_function]
 symbol_name_regexp = ^_ZN?K?S
@@ -59,7 +59,7 @@ def test_programs_that_were_built_before_still_run(described, tmp_path):
     baseline = tmp_path / "baseline.abi"
     baseline.write_bytes(gzip.decompress(BASELINE.read_bytes()))
     assert soname_of(baseline.read_text()) == soname_of(described.read_text()), \
-        "another SOVERSION wants another baseline"
+        "another SOVERSION requires another baseline"
     assert changes_between(baseline, described, tmp_path) == ""
 
 

@@ -97,7 +97,7 @@ def show(program):
 
 @pytest.fixture(scope="session")
 def listen(program):
-    """What the program hears, as JSON; every file is to be decoded."""
+    """The program's measurements as JSON; every file must be decoded."""
 
     def facts_of(path, *options):
         done = subprocess.run([program, "listen", "--json", "--quiet", *options, path],

@@ -1,4 +1,4 @@
-"""The streams that the tests are made with: a table of what real encoders are told."""
+"""The streams that the tests are made with: a table of the options of real encoders."""
 
 import dataclasses
 

@@ -42,7 +42,7 @@ class Frame:
 
 
 def frame_at(data, offset):
-    """The frame and its length, or None where no header of Layer II or III stands."""
+    """The frame and its length, or None if there is no header of Layer II or III."""
     if offset + 4 > len(data):
         return None
     (word,) = struct.unpack_from(">I", data, offset)
@@ -69,7 +69,7 @@ def tag_length(data):
 
 
 class Stream:
-    """The frames of a file whose audio begins right behind its tag."""
+    """The frames of a file whose audio begins right after its tag."""
 
     def __init__(self, path):
         self.data = path.read_bytes()
@@ -106,7 +106,7 @@ class Stream:
 
 
 def rounded(value, places=0):
-    """To so many decimal places, halves to even."""
+    """To this number of decimal places, halves to even."""
     return value.quantize(Decimal(1).scaleb(-places), ROUND_HALF_EVEN)
 
 
@@ -117,7 +117,7 @@ def constant_duration(audio_bytes, kbps):
 
 
 def variable_duration(frame, count):
-    """Milliseconds of so many frames."""
+    """Milliseconds of this number of frames."""
     return int(rounded(rounded(Decimal(frame.samples * count) / frame.frequency, 4) * 1000))
 
 

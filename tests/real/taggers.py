@@ -1,9 +1,9 @@
 """Tagging with programs that we did not write, and what must come out of each of them.
 
 The same facts go in everywhere. What comes out differs, since Brindle reads texts in one simple way:
-the bytes behind the first NUL, or all of them where there is none; and UTF-16 with its mark in
+the bytes after the first NUL, or all of them where there is none; and UTF-16 with its mark in
 front loses the mark and its NULs. So the text of an encoding that needs none of ISO-8859-1's
-encoding byte 0, and the NUL that some programs put behind a text, decide what is seen.
+encoding byte 0, and the NUL that some programs put after a text, decide what is seen.
 """
 
 import dataclasses
@@ -77,7 +77,7 @@ class Tagger:
 LATIN1 = b"\x00Song \xc4"
 UTF16 = b"\x01\xff\xfeS\0o\0n\0g\0 \0\xc4\0"
 UTF8 = b"\x03Song \xc3\x84"
-UTF16_COMMENT = "\u00ff\u00fe" + COMMENT  # behind the description's NULs, with its mark
+UTF16_COMMENT = "\u00ff\u00fe" + COMMENT  # after the description's NULs, with its mark
 
 TAGGERS = (
     Tagger("id3v2", with_id3v2, LATIN1, {**ALL, **V1}),
@@ -99,7 +99,7 @@ TAGGERS = (
     Tagger("mutagen-2.4-utf16", with_mutagen(4, id3.Encoding.UTF16), UTF16 + b"\0\0",
            {**ALL, "Year": 0, "Comments": UTF16_COMMENT, "CueInmSStart": 0, **V1,
             "Commentv1": ""}),
-    # UTF-8 with a NUL behind it: nothing follows the first NUL.
+    # UTF-8 with a NUL after it: nothing follows the first NUL.
     Tagger("mutagen-2.4-utf8", with_mutagen(4, id3.Encoding.UTF8), UTF8 + b"\0",
            {**NOTHING, "Comments": COMMENT, **V1, "Commentv1": ""}),
     # ISO-8859-1 where it suffices, else UTF-16; comments are a field of that name.

@@ -1,7 +1,7 @@
 """Files of real encoders, damaged by hand: `brindle check` beside mp3val and ffmpeg's checks.
 
 Where one of these two knows a kind of damage, `check` must know it, too; where it says nothing of
-a file, `check` may say more only for a reason that stands here.
+a file, `check` may say more only for a reason listed here.
 """
 
 import dataclasses
@@ -90,7 +90,7 @@ def promised_frames(change):
 
 
 def bits_flipped(frames, place):
-    """In so many frames from the tenth on, at this byte after their header."""
+    """In this number of frames from the tenth on, at this byte after their header."""
     def damage(data):
         damaged = bytearray(data)
         for offset in offsets_of(data)[10:10 + frames]:

@@ -52,7 +52,7 @@ LATIN = [song for song in SONGS if all(ord(letter) < 256 for letter in song.titl
 
 
 def png(size):
-    """A picture of one colour, as large as is wanted by a chunk that nobody shows."""
+    """A picture of one colour, filled up to the given size by a chunk that is not displayed."""
     def chunk(kind, data):
         return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
     picture = (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", 8, 8, 8, 0, 0, 0, 0)) +

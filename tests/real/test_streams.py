@@ -41,7 +41,7 @@ def test_our_own_walk_counts_the_frames_that_others_decode(encoding, encoded):
     assert ffprobe(path).packets == len(stream.decodable)
     assert mpg123_samples(path, encoding.channels) == (
         len(stream.decodable) * stream.frames[0].samples)
-    # Why the program is to accept the very first frame: the 100 behind it agree with it.
+    # Why the program is to accept the very first frame: the 100 after it agree with it.
     assert len({frame.agreement for frame in stream.frames[:101]}) == 1
 
 
@@ -97,7 +97,7 @@ def check_mean_bitrate(facts, stream, size, count):
 def test_variable_bitrate_without_a_header(encoding, encoded, show):
     path = encoded(encoding)
     facts, stream = show(path), Stream(path)
-    # What makes the program walk all frames: one of the first 100 behind the first differs; and
+    # What makes the program walk all frames: one of the first 100 after the first differs; and
     # what makes it believe the result: a mean above 20 kbit/s.
     rates = [frame.kbps for frame in stream.frames]
     assert stream.vbr_header() is None
@@ -115,7 +115,7 @@ def test_variable_bitrate_without_a_header(encoding, encoded, show):
     check_mean_bitrate(facts, stream, len(stream.data), len(rates))
 
 
-# So many positions are tried before the search for a first frame ends.
+# Number of positions that are tried before the search for a first frame ends.
 POSITIONS_TRIED = 16385
 
 
@@ -151,7 +151,7 @@ def test_stream_that_keeps_no_mode_near_its_beginning_is_none(encoded, show):
 
 def test_header_frame_of_another_mode_is_skipped(encoded, show, folder):
     """ffmpeg writes its header frame as plain stereo and not original, whatever the stream is, so
-    the frames behind do not agree with it and the stream begins one frame later."""
+    the frames after do not agree with it and the stream begins one frame later."""
     source = encoded(encoders.constant(1, 44100, "j", 192))
     path = folder / "ffmpeg-header.mp3"
     run("ffmpeg", "-v", "error", "-y", "-i", source, "-c", "copy", "-id3v2_version", 0, path)

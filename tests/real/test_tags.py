@@ -60,7 +60,7 @@ def test_fields(tagger, copy, show):
 
 
 @pytest.mark.parametrize("tagger", TAGGERS, ids=lambda tagger: tagger.name)
-def test_the_stream_behind_a_tag(tagger, copy, show):
+def test_the_stream_after_a_tag(tagger, copy, show):
     path = copy()
     tagger.tag(path)
     facts, stream = show(path), Stream(path)
@@ -72,7 +72,7 @@ def test_the_stream_behind_a_tag(tagger, copy, show):
 
 
 @pytest.mark.parametrize("with_header", (True, False), ids=("header", "no-header"))
-def test_variable_stream_behind_a_tag(with_header, copy, show):
+def test_variable_stream_after_a_tag(with_header, copy, show):
     options = () if with_header else ("-t",)
     path = copy(encoders.lame(1, 44100, "j", "-V", "4", *options))
     save(path, id3.TIT2(encoding=LATIN1, text=["Song"]), v1=id3.ID3v1SaveOptions.CREATE)
@@ -85,7 +85,7 @@ def test_variable_stream_behind_a_tag(with_header, copy, show):
     assert facts["BitRate"] == variable_bitrate(stream.frames[0], count, size)
 
 
-def test_layer_2_behind_a_tag(copy, show):
+def test_layer_2_after_a_tag(copy, show):
     path = copy(encoders.layer2(1, 44100, "s", 192))
     save(path, id3.TIT2(encoding=LATIN1, text=["Song"]), v1=id3.ID3v1SaveOptions.CREATE)
     facts, stream = show(path), Stream(path)
@@ -124,7 +124,7 @@ def test_comments_are_joined(copy, show):
     facts = show(path)
     values = facts["v2Tag"]["COMM"]
     assert sorted(values) == ["deuHallo", "engHi"]
-    # A NUL stands between them too, which reading takes out.
+    # A NUL between them, which reading removes.
     assert facts["Comments"] == "\r\n".join(values)
 
 
@@ -141,7 +141,7 @@ def test_picture_passes_as_bytes(copy, show):
 
 def test_version_2_4_sizes_above_127_are_taken_as_plain_numbers(copy, show):
     """A body of 202 bytes (encoding byte, 200 letters, NUL) has the syncsafe size 00 00 01 4A, taken
-    plainly 330: 128 bytes too many, which are the frames behind it."""
+    plainly 330: 128 bytes too many, which are the frames after it."""
     path = copy()
     save(path, id3.TIT2(encoding=LATIN1, text=["x" * 200]),
          id3.TPE1(encoding=LATIN1, text=["The Artist"]), version=4)
@@ -178,7 +178,7 @@ def test_text_of_5000_bytes_is_kept(copy, show):
 
 @pytest.mark.parametrize("length, seen", [(4097, False), (4098, True)])
 def test_tag_of_a_small_file_is_not_searched(length, seen, encoded, show, tmp_path):
-    """A block of 4,096 bytes must fit with at least one byte to spare behind its first."""
+    """A block of 4,096 bytes must fit with at least one byte to spare after its first."""
     source = encoded(encoders.lame(1, 44100, "s", "--cbr", "-b", "32", "-t", kbps=32))
     stream = Stream(source)
     audio = stream.data[:stream.frames[25].offset]
@@ -193,7 +193,7 @@ def test_tag_of_a_small_file_is_not_searched(length, seen, encoded, show, tmp_pa
     assert facts["v2Frames"] == (["TIT2"] if seen else [])
     assert facts["TagType"] == (2 if seen else -1)
     assert facts["ID3TagSizeIncludingHeader"] == (room if seen else 0)
-    # The stream is still found, after something that nobody knows.
+    # The stream is still found, after an unknown tag.
     assert facts["RepairRequired"] == (not seen)
     assert facts["Duration"] == constant_duration(len(audio), 32)
 

@@ -15,7 +15,7 @@ Bytes slow_stream(std::size_t frames) {
     return stream(Frame{.version = 2, .layer = 3, .kbps = 8, .frequency = 24000}, frames);
 }
 
-// 4-byte headers without a frame behind them.
+// 4-byte headers without a frame after them.
 Bytes bare_headers(std::size_t count) {
     Bytes bytes;
     for (std::size_t number = 0; number < count; ++number) {
@@ -131,7 +131,7 @@ std::vector<AttackFile> claimed_sizes() {
         {"tag of size 0", Tag(song).size(0) + audio, audio},
         {"size bytes above 127", Bytes("ID3\3\0\0\xFF\xFF\xFF\xFF"sv) + audio, audio},
         {"frame of 0 bytes", Tag(3).frame_claiming("TIT2", 0, {}).padding(9) + audio, audio},
-        {"frame that ends behind the tag",
+        {"frame that ends beyond the tag",
          Tag(3).frame_claiming("TIT2", 4'900, "\0Song"sv).padding(30) + audio, audio},
         {"frames whose sizes add up to 2^32",
          Tag(3).frame_claiming("AAAA", 0x00FF'FFFF, "\0a"sv)
@@ -211,7 +211,7 @@ std::vector<AttackFile> hostile_streams() {
         while (file.size() < 40'000) {
             file += bits.bytes() + zeros(413);
         }
-        // Free format, index 0 of the bit rate, is audio that nobody here plays.
+        // Free format, index 0 of the bit rate, is audio that hosts do not play.
         const bool is_free_format = bits.bitrate == 0;
         files.push_back(
             {std::string("reserved index ") + field, file, is_free_format ? file : Bytes()});
@@ -254,7 +254,7 @@ std::vector<AttackFile> hostile_tags() {
          Tag(3).text("TIT2", "1") + Tag(3).text("TIT2", "2").bytes() +
              Tag(4).text("TIT2", "3").bytes() + audio,
          audio},
-        {"record behind a record", audio + Id3v1{}.bytes() + Id3v1{}.bytes(), audio},
+        {"record after a record", audio + Id3v1{}.bytes() + Id3v1{}.bytes(), audio},
     };
     for (const CutText& text : cut_texts()) {
         files.push_back({text.name, tag_of_cut_text(text.bytes) + audio, audio});

@@ -30,7 +30,7 @@ namespace brindle::test {
     return is_whole ? "" : "audio was lost";
 }
 
-// One file on its way through saves, edits and strips.
+// One file in a sequence of saves, edits and strips.
 class AudioPromise {
 public:
     explicit AudioPromise(DamagedFile file) : file_(std::move(file)) {
@@ -66,7 +66,7 @@ public:
         check();
     }
 
-    // Save, save, save: what stands after the tag is the same from then on. The tag itself may go
+    // Save, save, save: the bytes after the tag stay the same from then on. The tag itself may go
     // on growing, by stamps after an empty field.
     void come_to_rest() {
         for (int round = 0; round < 3; ++round) {

@@ -31,7 +31,7 @@ struct CrashState {
 struct CrashStateOptions {
     // A write is torn at multiples of this many bytes.
     std::size_t sector = 512;
-    // So many writes that are not flushed are kept and lost in all combinations.
+    // Up to this many unflushed writes are kept or lost in all combinations.
     std::size_t max_combined_writes = 12;
     // Any state, chosen at random, besides those that are enumerated.
     std::size_t samples = 1000;

@@ -43,7 +43,7 @@ private:
 
 struct DamagedFile {
     Bytes content;
-    Bytes audio;  // as it stands in the content
+    Bytes audio;  // as stored in the content
 };
 
 // The content of all files in tests/data/streams, by their names.

@@ -21,7 +21,7 @@ namespace brindle::test {
 
 using namespace std::string_view_literals;
 
-// A frame as it stands, and as it has to stand in a tag of version 2.3.
+// A frame as stored, and as it has to be stored in a tag of version 2.3.
 struct MadeFrame {
     std::string id;    // of version 2.3
     std::string name;  // of user-defined text

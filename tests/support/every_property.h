@@ -82,7 +82,7 @@ inline std::size_t read_every_property(const cMPEGHeader& header) {
             const auto* const text = std::get_if<String>(&value);
             sum += text == nullptr ? 0 : text->size();
         } else if constexpr (std::is_floating_point_v<Value>) {
-            // Any number may stand in a file, also one that no integer holds.
+            // A file may contain any number, also one that fits no integer.
             sum += value != 0 ? 1 : 0;
         } else {
             sum += static_cast<std::size_t>(value);

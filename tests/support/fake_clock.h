@@ -6,7 +6,7 @@
 
 namespace brindle::test {
 
-// A clock that goes on only when the test says so, or by a step each time it is looked at.
+// A clock that advances only when the test says so, or by one step each time it is read.
 class FakeClock : public Clock {
 public:
     double seconds() override {

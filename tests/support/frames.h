@@ -11,7 +11,7 @@
 
 namespace brindle::test {
 
-// The 32 bits of a frame header, each field as it stands in the file, so that invalid ones can be
+// The 32 bits of a frame header, each field as stored in the file, so that invalid ones can be
 // made too. The defaults: MPEG-1, Layer III, no CRC, 128 kbit/s, 44100 Hz, stereo.
 struct HeaderBits {
     unsigned sync = 0x7FF;    // 11 bits
@@ -74,7 +74,7 @@ struct Frame {
     }
 };
 
-// `count` such frames, one right behind the other.
+// `count` such frames, one right after the other.
 [[nodiscard]] Bytes stream(const Frame& frame, std::size_t count);
 // One frame for each bitrate, equal in everything else.
 [[nodiscard]] Bytes variable_stream(const Frame& frame, const std::vector<int>& kbps);
@@ -92,7 +92,7 @@ struct Xing {
     std::size_t offset = kXingStereo1;
 };
 
-// A frame of silence that carries a VBR header. Fields stand one after the other whatever the
+// A frame of silence that carries a VBR header. Fields follow each other whatever the
 // flags say.
 [[nodiscard]] Bytes xing_frame(const Frame& frame, const Xing& xing);
 

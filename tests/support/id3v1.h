@@ -19,7 +19,7 @@ struct Id3v1 {
     std::uint8_t genre = 255;
     std::uint8_t byte_125 = 0;
     std::string identifier = "TAG";
-    // What fills a field behind its text. Most taggers take NULs, Brindle spaces.
+    // What fills a field after its text. Most taggers take NULs, Brindle spaces.
     char filler = '\0';
 
     [[nodiscard]] Bytes bytes() const {

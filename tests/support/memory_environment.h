@@ -6,7 +6,7 @@
 
 namespace brindle::test {
 
-// A world of its own for one test: files in memory and a clock that stands still.
+// A separate environment for one test: files in memory and a clock that does not advance.
 struct MemoryEnvironment {
     MemoryFiles files;
     FakeClock clock;

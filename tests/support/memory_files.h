@@ -1,4 +1,4 @@
-// A file system in memory that counts every call and fails when it is told to.
+// A file system in memory that counts every call and fails on demand.
 #pragma once
 
 #include <array>
@@ -60,7 +60,7 @@ struct Fault {
     std::optional<FileCall> call = std::nullopt;
     bool from_then_on = false;
     Error error = Error(RuntimeError::DeviceInputOutput);
-    // So many bytes a failing write or copy has written before it raises, as on a full disk.
+    // Number of bytes that a failing write or copy writes before it raises, as on a full disk.
     std::size_t bytes_before = 0;
     Kind kind = Kind::Raise;
 };
@@ -82,7 +82,7 @@ public:
     // --- what the test puts there and finds there ---
 
     void put(const String& name, const Bytes& content);
-    // A name that stands for another; several in a row are followed.
+    // A symbolic link; chains of them are followed.
     void link(const String& name, const String& to);
     void make_folder(const String& name);
     // Opening it for writing is refused (75).
@@ -161,7 +161,7 @@ private:
     [[nodiscard]] bool is_folder(const String& name) const;
     [[nodiscard]] std::unique_ptr<BinaryFile> handle(const String& name, OpenMode mode);
     void refuse_if_open(const String& name) const;
-    // Allocates nothing while nobody records: tests let memory run out.
+    // Allocates nothing unless recording: tests let allocations fail.
     template <typename MakeOperation>
     void record(MakeOperation make_operation) {
         if (operations_ != nullptr) {

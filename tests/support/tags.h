@@ -28,7 +28,7 @@ public:
     Tag& field(const Bytes& description, const Bytes& value);  // TXXX, TXX
     Tag& comment(std::string_view language, const Bytes& description, const Bytes& text);
     Tag& lyrics(std::string_view language, const Bytes& description, const Bytes& text);
-    // APIC; in version 2 PIC, whose format are the three letters in capitals behind "image/".
+    // APIC; in version 2 PIC, whose format are the three letters in capitals after "image/".
     Tag& picture(std::string_view mime, std::uint8_t type, const Bytes& description,
                  const Bytes& data);
 
@@ -36,9 +36,9 @@ public:
     Tag& utf16_text(std::string_view id, std::u16string_view text);  // little-endian, with mark
     Tag& utf8_text(std::string_view id, std::string_view text);
 
-    // Any bytes where a frame would stand.
+    // Any bytes in the place of a frame.
     Tag& raw(const Bytes& bytes);
-    // NULs behind the last frame; they count in the tag's size.
+    // NULs after the last frame; they count in the tag's size.
     Tag& padding(std::size_t count);
     // The total of header, frames and padding is to be this.
     Tag& padded_to(std::size_t total);

@@ -18,7 +18,7 @@ inline constexpr const char* kStampName = "TAGGED BY";
 inline constexpr const char* kSavedStamp = "CorvaneTagger- Revised Feb 2011";
 inline constexpr const char* kFirstStamp = "CorvaneTagger - Revised Feb 2011";
 
-// The frames of a tag with the stamp of a save behind them.
+// The frames of a tag followed by the stamp of a save.
 inline Tag stamped(Tag tag) {
     return tag.field(kStampName, kSavedStamp);
 }
@@ -34,7 +34,7 @@ inline String wide(const std::string& ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
-// The record that a save appends where nobody has set a field of it.
+// The record that a save appends if none of its fields was set.
 inline Bytes blank_record() {
     return Id3v1{.filler = ' '}.bytes();
 }

@@ -115,7 +115,7 @@ TEST_F(BinaryFileTest, IsCutAndGrown) {
     EXPECT_EQ(folder.content("a"), Bytes(std::string_view("0123\0\0", 6)));
 }
 
-TEST_F(BinaryFileTest, PlacesBehindFourGigabytesAreOrdinary) {
+TEST_F(BinaryFileTest, OffsetsBeyondFourGigabytesWork) {
     folder.put("a", "");
     constexpr std::int64_t kFar = 5'000'000'000;
     const auto file = open("a");
@@ -266,8 +266,8 @@ const CopyCase kCopies[] = {
     {"back by less than a page", 4'000, 0, 596'000, 596'000},
     {"a few bytes", 599'990, 17, 5, 5},
     {"the last bytes", 599'990, 17, 100, 10},
-    {"from behind the end", 600'000, 0, 100, 0},
-    {"from far behind the end", 4'096'000, 0, 100, 0},
+    {"from beyond the end", 600'000, 0, 100, 0},
+    {"from far beyond the end", 4'096'000, 0, 100, 0},
 };
 
 TEST_F(BinaryFileTest, CopiesAnyPartAnywhere) {

@@ -89,7 +89,7 @@ TEST(CodePage, EveryOtherCharacterBecomesAQuestionMark) {
 }
 
 TEST(CodePage, ManyBytesAreWidenedLikeEach) {
-    // Each length and start, so that special bytes stand at every place of a run.
+    // Each length and start, so that special bytes are at every position of a run.
     const std::vector<std::uint8_t> bytes = all_bytes();
     for (std::size_t first = 0; first < bytes.size(); ++first) {
         for (std::size_t count = 0; count <= 40 && first + count <= bytes.size(); ++count) {

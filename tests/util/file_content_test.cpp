@@ -89,7 +89,7 @@ TEST_F(FileContentTest, PartsOfAnotherContentAreTaken) {
     }
 }
 
-// Or bytes after the missing ones would stand in their place.
+// Otherwise bytes after the missing ones would take their place.
 TEST_F(FileContentTest, FileThatWasCutEndsTheReading) {
     FileContent content;
     content.append(*digits, {0, 10});

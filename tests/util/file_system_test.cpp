@@ -91,7 +91,7 @@ TEST_F(FileSystemTest, EachModeTreatsAMissingFileInItsWay) {
         {"link to a pipe", 75, 75, 75},
         {"link to itself", 75, 75, 75},
     };
-    // Nobody writes into it: code that waits for a writer runs into the time limit of the test.
+    // It has no writer: code that waits for a writer runs into the time limit of the test.
     ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
     const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{};

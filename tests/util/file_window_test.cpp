@@ -134,7 +134,7 @@ TEST(FileWindow, MoreThanABlockIsReadWhenItIsWanted) {
     EXPECT_EQ(file.reads, (Reads{{7, 500'000}}));
 }
 
-TEST(FileWindow, ReadsOnBehindWhatItHolds) {
+TEST(FileWindow, ReadsOnAfterTheBytesItHolds) {
     ReadLog file(100'000);
     FileWindow window(file);
     (void)window.view(0, 10);
@@ -184,7 +184,7 @@ TEST(FileWindow, LeapReadsNothingInBetween) {
     EXPECT_EQ(file.reads, (Reads{{0, 8'192}, {999'872, 128}}));
 }
 
-TEST(FileWindow, CopyThatReadsOnLeavesTheWindowBehindIt) {
+TEST(FileWindow, CopyThatReadsOnMovesTheWindowAfterIt) {
     ReadLog file(100'000);
     FileWindow window(file);
     (void)window.view(0, 10);

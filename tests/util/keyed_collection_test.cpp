@@ -113,7 +113,7 @@ void add_when_memory_allows(KeyedCollection& collection, const String& key, Add 
 TEST(KeyedCollection, MemoryThatRunsOutLeavesItAsItWas) {
     KeyedCollection collection;
     constexpr std::int32_t kMany = 300;
-    // Of both kinds some find a table full: tables double behind 2, 4, 8 entries and so on.
+    // Of both kinds some find a table full: tables double after 2, 4, 8 entries and so on.
     const auto is_alone = [](std::int32_t number) { return number % 3 == 0; };
     for (std::int32_t i = 1; i <= kMany; ++i) {
         const String key = u"a key of some length, number " + key_number(i);
@@ -131,7 +131,7 @@ TEST(KeyedCollection, MemoryThatRunsOutLeavesItAsItWas) {
     }
 }
 
-// Keys and items stand in tables of their own, either of which may be the one without room.
+// Keys and items have separate tables, and either may be the full one.
 TEST(KeyedCollection, KeyWithoutRoomForItsItemIsNotAdded) {
     constexpr std::uint64_t kTables = 2;
     test::for_each_failing_allocation(kTables, 20, [](test::FailingAllocation failing) {

@@ -278,7 +278,7 @@ RC_GTEST_PROP(NumericText, DoublesComeBackWithoutAnExponent, (std::uint64_t bits
     RC_ASSERT(to_double(text) == value);
 }
 
-// A decimal with `places` of its digits behind the point, rounded in whole numbers.
+// A decimal with `places` of its digits after the point, rounded in whole numbers.
 std::int64_t rounded(std::int64_t digits, int places) {
     std::int64_t power = 1;
     for (int i = 0; i < places; ++i) {
@@ -297,16 +297,16 @@ RC_GTEST_PROP(NumericText, DecimalsOfAnyFormAreRoundedAlike, ()) {
                                                      [](std::int64_t half) { return half * 50; }));
     const auto places = *rc::gen::inRange(0, 8);
     const auto zeros = *rc::gen::inRange(0, 6);
-    const auto behind_point = *rc::gen::inRange(0, 30);
+    const auto decimals = *rc::gen::inRange(0, 30);
 
     std::string mantissa =
         std::to_string(digits) + std::string(static_cast<std::size_t>(zeros), '0');
-    const auto count = static_cast<std::size_t>(behind_point);
+    const auto count = static_cast<std::size_t>(decimals);
     if (mantissa.size() < count) {
         mantissa.insert(0, count - mantissa.size(), '0');
     }
     mantissa.insert(mantissa.size() - count, ".");
-    const std::string text = mantissa + "e" + std::to_string(behind_point - places - zeros);
+    const std::string text = mantissa + "e" + std::to_string(decimals - places - zeros);
     RC_ASSERT(to_long(text_of(text)) == rounded(digits, places));
     RC_ASSERT(to_long(text_of("-" + text)) == -rounded(digits, places));
 }

@@ -43,7 +43,7 @@ public:
     SystemCalls(const SystemCalls&) = delete;
     SystemCalls& operator=(const SystemCalls&) = delete;
 
-    // The next calls of that kind end so, one after the other; those behind them as usual.
+    // The next calls of that kind end so, one after the other; those after them as usual.
     void plan(SystemCall call, std::initializer_list<CallOutcome> outcomes);
     // The same outcome `times` times.
     void plan(SystemCall call, CallOutcome outcome, int times);

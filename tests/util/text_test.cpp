@@ -26,7 +26,7 @@ const TextCase kPairs[] = {
     {"last of two bytes", "\xDF\xBF", u"\u07FF"},
     {"first of three bytes", "\xE0\xA0\x80", u"\u0800"},
     {"last before the surrogates", "\xED\x9F\xBF", u"\uD7FF"},
-    {"first behind the surrogates", "\xEE\x80\x80", u"\uE000"},
+    {"first after the surrogates", "\xEE\x80\x80", u"\uE000"},
     {"last of three bytes", "\xEF\xBF\xBF", u"\uFFFF"},
     {"first of four bytes", "\xF0\x90\x80\x80", u"\xD800\xDC00"},
     {"an emoji", "\xF0\x9F\x98\x80", u"\xD83D\xDE00"},
@@ -48,7 +48,7 @@ const TextCase kPairs[] = {
     {"encoded low surrogate", "\xED\xBF\xBF", u"\xDCED\xDCBF\xDCBF"},
     {"above the last code point", "\xF4\x90\x80\x80", u"\xDCF4\xDC90\xDC80\xDC80"},
     {"lead byte of no code point", "\xF5\x80\x80\x80", u"\xDCF5\xDC80\xDC80\xDC80"},
-    {"valid behind invalid", "\xC3\xC3\xA9", u"\xDCC3\u00E9"},
+    {"valid after invalid", "\xC3\xC3\xA9", u"\xDCC3\u00E9"},
 };
 
 TEST(Text, Utf8BecomesUnits) {
