@@ -20,7 +20,7 @@ namespace brindle::host {
 
 namespace {
 
-// Answers that wait for the one of a file before them.
+// Answers that wait for that of an earlier file.
 constexpr std::size_t kMaxWaiting = 1024;
 constexpr std::chrono::milliseconds kDrawAgain{100};
 
@@ -66,7 +66,7 @@ private:
                 threads_.emplace_back([this] { work(); });
                 ++working_;
             } catch (const std::system_error&) {
-                // Fewer threads do it, too.
+                // Continue with fewer threads.
                 if (threads_.empty()) {
                     throw;
                 }
@@ -108,7 +108,7 @@ private:
         done_.notify_one();
     }
 
-    // No further file is begun.
+    // Starts no further file.
     void end() {
         is_over_ = true;
         room_.notify_all();
@@ -124,7 +124,7 @@ private:
             }
             ++running_;
         }
-        // One thread at a time asks for a name, which may have to be waited for.
+        // One thread at a time gets a name, and may have to wait for it.
         const Lock naming(naming_);
         {
             Lock lock(answers_);
@@ -205,7 +205,7 @@ private:
         }
     }
 
-    // A pipe that is slow does not hold up the bar.
+    // A slow pipe does not delay the bar.
     void write_lines(std::string& lines) {
         if (lines.empty()) {
             return;
@@ -222,7 +222,7 @@ private:
     const unsigned fixed_jobs_;  // 0: the tuner decides
     NameSource names_;
     ProgressBar progress_;
-    BatchOutcome outcome_;  // of the one that writes
+    BatchOutcome outcome_;  // of the writing thread
     const bool output_is_terminal_ = is_terminal(Stream::Output);
 
     std::mutex naming_;
@@ -231,7 +231,7 @@ private:
     std::condition_variable room_;
     std::condition_variable done_;
     std::vector<std::thread> threads_;
-    bool has_all_threads_ = false;  // the system gives no more
+    bool has_all_threads_ = false;  // the system creates no more
     JobTuner tuner_{processors(), std::chrono::steady_clock::now()};
     unsigned running_ = 0;
     bool is_over_ = false;

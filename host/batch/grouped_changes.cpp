@@ -45,7 +45,7 @@ void GroupedChanges::write() {
         if (change.write) {
             is_first = false;
             change.failure = outcome_of([&](const std::string&) { return change.write(); }, name);
-            change.write = nullptr;  // lets go of the file
+            change.write = nullptr;  // releases the file
         }
         done_(name, change.failure);
     }

@@ -14,7 +14,7 @@ namespace brindle::host {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{64} * 1024;
-// No system has names as long as this. What is longer is no list of names, and is not gathered.
+// No system has names as long as this. Longer input is not a list of names, and is not buffered.
 constexpr std::size_t kLongestName = kBlock;
 
 }  // namespace

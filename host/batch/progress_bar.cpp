@@ -28,7 +28,7 @@ ProgressBar::ProgressBar(bool is_shown, const std::vector<std::string>& paths)
         try {
             counting_ = std::thread([this, paths] { count(paths); });
         } catch (const std::system_error&) {
-            // The bar does without a total.
+            // The bar works without a total.
             return;
         }
     }

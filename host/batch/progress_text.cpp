@@ -34,7 +34,7 @@ std::string rate_text(const Progress& progress) {
     return std::to_string(std::llround(rate)) + " files/s";
 }
 
-// How much of the work is done. Folders may grow while they are walked.
+// The part of the work that is done. Folders may grow while they are walked.
 double share_done(const Progress& progress) {
     if (progress.total->files == 0) {
         return 1;
@@ -68,7 +68,7 @@ std::string bar_text(double share, std::size_t width) {
 }  // namespace
 
 std::string progress_text(const Progress& progress, int columns, bool colours) {
-    // The last column stays free: a terminal may go on to the next line when it is written.
+    // The last column stays free: a terminal may start the next line when it is written.
     const auto room = static_cast<std::size_t>(std::max(columns - 1, 0));
     std::string facts = std::to_string(progress.done.files);
     if (progress.total) {

@@ -1,4 +1,4 @@
-// brindle apply: the edits of a table, a row a file.
+// brindle apply: the edits of a table, one row per file.
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
@@ -122,7 +122,7 @@ public:
     }
 
 private:
-    // Rows of one file would be changes to what the other has written.
+    // Two rows of one file would change each other's result.
     void find_files() {
         std::map<std::pair<std::uint64_t, std::uint64_t>, RowTask*> known;
         for (RowTask& task : tasks_) {
@@ -189,7 +189,7 @@ private:
             }));
     }
 
-    // Called on several threads, each with a task of its own.
+    // Called on several threads, each with its own task.
     [[nodiscard]] std::optional<std::string> reason_against(RowTask& task, const std::string& name,
                                                             Answer& answer) const {
         cMPEGHeader header;
@@ -228,7 +228,7 @@ private:
         const std::string table =
             options_.edits == kStandardInput ? "standard input" : options_.edits;
         for (const TableError& error : errors) {
-            // What a cell holds may end a line.
+            // A cell may contain line ends.
             write_error(table, printable(error.place.text() + ", " + error.text));
         }
         has_errors_ = !errors.empty();

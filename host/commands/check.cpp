@@ -38,7 +38,7 @@ struct CheckOptions {
     bool notes = false;
     Verdict least = Verdict::Ok;       // of the files that are printed
     std::vector<std::string> ignored;  // codes
-    Verdict fails = Verdict::Bad;      // from which the status is 1
+    Verdict fails = Verdict::Bad;      // the exit status is 1 from this verdict
     bool never_fails = false;
     bool listen = false;
     SoundLimits limits;
@@ -178,7 +178,7 @@ ExitStatus check_all(const CheckOptions& options) {
                   [&](const Counted& counted) { return count(counted, counts); });
     if (!options.batch.quiet || outcome.is_interrupted) {
         const std::string summary = summary_of(counts, outcome);
-        // Programs read nothing but verdicts.
+        // Programs expect only verdicts.
         options.json ? write_note(summary) : write_output(summary);
     }
     const ExitStatus status = outcome.status();

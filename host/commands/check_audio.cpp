@@ -55,7 +55,7 @@ void check_frame_count(const EncoderHeader& header, std::int64_t frames, Finding
     }
     const std::string counts = "the encoder counted " + std::to_string(*header.frames) +
                                " frames, there are " + std::to_string(frames);
-    // Some count their own frame, too.
+    // Some encoders count their own frame, too.
     if (*header.frames >= frames + 2) {
         findings.push_back({Reason::AudioMissing, counts});
     } else if (*header.frames < frames - 1) {
@@ -63,7 +63,7 @@ void check_frame_count(const EncoderHeader& header, std::int64_t frames, Finding
     }
 }
 
-// Some count their own frame, some the tags at the end.
+// Some encoders count their own frame, some the tags at the end.
 void check_byte_count(const EncoderHeader& header, std::int64_t header_frame, std::int64_t audio,
                       std::int64_t tags, Findings& findings) {
     if (!header.bytes) {
@@ -135,7 +135,7 @@ public:
         }
     }
 
-    // Bytes where the walk has found no frame of the stream.
+    // Bytes without a frame of the stream.
     void take_gap(std::int64_t begin, std::int64_t end) {
         const FoundFrames found = take_other_frames(begin, end);
         const std::int64_t junk = end - begin - found.bytes;
@@ -164,7 +164,7 @@ public:
         return take_other_frames(begin, end).bytes == end - begin;
     }
 
-    // Frames that are not the stream's.
+    // Frames that do not belong to the stream.
     FoundFrames take_other_frames(std::int64_t begin, std::int64_t end) {
         FoundFrames found = find_frames(file_, begin, end);
         other_frames_ += found.frames;
@@ -291,7 +291,7 @@ Finding not_playable(std::string why, std::string remedy) {
     return {Reason::NotPlayableByHosts, std::move(why), std::move(remedy)};
 }
 
-// What keeps hosts from the stream.
+// Why hosts do not find the stream.
 Finding find_obstacle(const CheckedFile& file, const Playable& playable) {
     constexpr std::int64_t kFewestFrames = 11;
     constexpr std::int64_t kMaxPositions = 16'384;

@@ -15,7 +15,7 @@ namespace brindle::host {
 
 namespace {
 
-// Saves work in a file of such a name until it takes the old one's place.
+// Saves write a file of such a name until it replaces the old one.
 bool is_leftover(const std::string& name) {
     const std::size_t folder = name.find_last_of('/');
     return name.substr(folder == std::string::npos ? 0 : folder + 1).starts_with(".brindle-");
@@ -23,7 +23,7 @@ bool is_leftover(const std::string& name) {
 
 bool is_riff(CheckedFile& file) {
     constexpr std::size_t kHead = 12;
-    // Where audio or a tag is at the beginning there is nothing else.
+    // If audio or a tag is at the beginning, it is not a RIFF file.
     if (has_id3v2(file.header) || (has_stream(file.header) && !file.header.RepairRequired())) {
         return false;
     }

@@ -70,7 +70,7 @@ void check_silences(const Listening& heard, const Played& played, std::int64_t l
                                                    places_text(silences, count, range_text)});
 }
 
-// Where sound is heard again of what begins at the cue-in.
+// Where the sound after the cue-in begins.
 std::int64_t next_sound(const Listening& heard, std::int64_t cue_in) {
     if (cue_in < heard.sound->begin) {
         return heard.sound->begin;
@@ -84,11 +84,11 @@ std::int64_t next_sound(const Listening& heard, std::int64_t cue_in) {
 }
 
 void check_cue_in(const Listening& heard, std::int64_t cue_in, Findings& findings) {
-    // What is set by ear is set a little before the sound.
+    // A cue-in set by ear is a little before the sound.
     constexpr std::int64_t kUnnoticed = 500;
     const std::string text = "cue-in at " + time_text(cue_in) + ", ";
     if (cue_in >= heard.sound->end) {
-        // Beyond the end of the file it has a code of its own.
+        // Beyond the end of the file it has its own code.
         if (cue_in <= heard.milliseconds) {
             findings.push_back({Reason::CueInInSilence,
                                 text + "where sound has ended at " + time_text(heard.sound->end),
@@ -107,7 +107,7 @@ void check_silence(const cMPEGHeader& header, const Listening& heard, const Soun
                    Findings& findings) {
     const Played played(header, heard);
     if (!heard.sound) {
-        // What cannot be decoded has no sound either.
+        // Audio that cannot be decoded has no sound either.
         if (heard.undecoded.count == 0 &&
             heard.milliseconds > in_milliseconds(limits.silent_start)) {
             findings.push_back({Reason::SilentStart,

@@ -38,7 +38,7 @@ void check_size(CheckedFile& file, Findings& findings) {
     constexpr std::size_t kTagHeader = 10;
     const cMPEGHeader& header = file.header;
     const std::int32_t tag_size = header.ID3TagSizeIncludingHeader();
-    // Where audio follows the tag at once there is no other.
+    // If audio directly follows the tag, there is no second one.
     if (has_id3v2(header) && (header.RepairRequired() || !has_stream(header)) &&
         is_tag_header(file.bytes.read(tag_size, kTagHeader))) {
         findings.push_back(
@@ -128,7 +128,7 @@ std::string_view without_padding(std::string_view field) {
     return field.substr(0, last == std::string_view::npos ? 0 : last + 1);
 }
 
-// What a tagger that lacks a character writes in its place.
+// The characters that taggers write for one that the code page lacks.
 bool is_written_for(char16_t unit, char byte) {
     constexpr char16_t kBytes = 0x100;
     constexpr char16_t kHigh = 0x80;
@@ -170,7 +170,7 @@ void check_agreement(CheckedFile& file, Findings& findings) {
             continue;
         }
         const String& text = *texts.at(i);
-        // Of several values some taggers write the first.
+        // If there are several values, some taggers write the first.
         const String first = text.substr(0, text.find(u'/'));
         if (!may_be_made_from(text, field, place.length) &&
             !may_be_made_from(first, field, place.length)) {

@@ -23,7 +23,7 @@ void add_help_and_version(CLI::App& app) {
     app.get_formatter()->column_width(26);
 }
 
-// The arguments in the reverse order that the parser wants. It would take the argument after
+// The arguments in reverse order, as the parser expects them. It would take the argument after
 // `--title=` for the title, so an empty value becomes an argument of its own.
 std::vector<std::string> for_the_parser(std::vector<std::string> given) {
     std::vector<std::string> arguments;
@@ -197,9 +197,9 @@ void CommandOptions::operand(const std::string& name, Take take, const std::stri
 
 void CommandOptions::operands(const std::string& name, std::vector<std::string>& values,
                               const std::string& help) {
-    // A list of strings would be taken apart at the commas when it is written "[a,b]", and be empty
-    // when it is written "{}"; both are good names of files. An option that still waits for more
-    // values, and hands them over as they came, does neither.
+    // The parser would split a list of strings written "[a,b]" at its commas, and take "{}" for an
+    // empty one; both are valid file names. An option that takes any number of values, and passes
+    // them on unchanged, does neither.
     constexpr int kAnyNumber = CLI::detail::expected_max_vector_size;
     add_texts(app_, name, values, help)
         ->required()

@@ -26,7 +26,7 @@ constexpr std::string_view kRemove = "remove";
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// A row of which something cannot be read.
+// A row that cannot be read completely.
 class RowError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -36,7 +36,7 @@ bool is_utf16(std::string_view text) {
     return text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
 }
 
-// The names in one cell, with commas between them.
+// The names in one cell, separated by commas.
 std::vector<std::string> names_in(const std::string& cell) {
     try {
         return CsvReader(cell, kCsvComma).next();
@@ -63,7 +63,7 @@ char delimiter_of(std::string_view text) {
 }
 
 bool truth_of(const std::string& cell) {
-    // Spreadsheets write them in capitals.
+    // Spreadsheets write capitals.
     if (cell == "true" || cell == "TRUE") {
         return true;
     }
@@ -188,9 +188,9 @@ bool is_escape_between(std::string_view text, std::string_view first, std::strin
            digits <= last;
 }
 
-// json_name() writes a byte that is no UTF-8 as the escape of a lone surrogate, which the parser
-// refuses. With a backslash more it passes, and with each other backslash doubled unescaped_name()
-// undoes both.
+// json_name() writes a byte that is not UTF-8 as the escape of a lone surrogate, which the parser
+// refuses. With another backslash it is accepted, and with every other backslash doubled
+// unescaped_name() reverses both.
 std::string with_escaped_bytes(std::string_view json) {
     std::string text;
     while (!json.empty()) {

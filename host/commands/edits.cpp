@@ -32,7 +32,7 @@ struct GivenText {
     bool unicode = false;
 };
 
-// As this program runs where hosts of Windows do not; there it is the system's own.
+// On Windows, hosts use the system's code page; elsewhere this one.
 constexpr std::string_view kCodePage = "Windows-1252";
 
 [[noreturn]] void refuse(const std::string& option, const std::string& why) {
@@ -41,7 +41,7 @@ constexpr std::string_view kCodePage = "Windows-1252";
 
 // --- Values from the command line.
 
-// What is in a frame besides a text.
+// The contents of a frame other than a text.
 struct Surroundings {
     std::size_t bytes = 0;
     std::size_t characters = 0;  // in the text's encoding
@@ -120,7 +120,7 @@ double checked_real(const Field& field, const std::string& given) {
     return number;
 }
 
-// What is in the field's frame besides its text.
+// The contents of the field's frame other than its text.
 Surroundings around(const Field& field) {
     if (field.is_custom()) {
         const std::u16string_view name = field.custom_name;
@@ -240,7 +240,7 @@ Edit custom_field(const GivenText& given) {
                         {given.text.substr(equals + 1), given.unicode});
 }
 
-// Empties a field of the ID3v1 record, where there is one.
+// Clears a field of the ID3v1 record, if there is one.
 void empty_record_field(const Field& field, cMPEGHeader& header) {
     if (has_id3v1(header)) {
         field.access.set(header, field.access.type == FieldType::Text ? Variant(String())
@@ -274,7 +274,7 @@ Edit removal_of_custom_field(const String& name) {
     return edit;
 }
 
-// What `scan` prints for one, and what people write.
+// The values that `scan` prints, and those that people write.
 bool checked_yes_or_no(const Field& field, const std::string& given) {
     for (const char* yes : {"1", "-1", "yes", "true", "TRUE"}) {
         if (given == yes) {

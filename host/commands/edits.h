@@ -20,7 +20,7 @@ struct ShownValue {
     std::function<std::string(const cMPEGHeader&)> text;
 };
 
-// One assignment, checked already.
+// One checked assignment.
 struct Edit {
     ShownValue shown;
     std::optional<ShownValue> shown_in_record;  // what it sets in the ID3v1 record, too
@@ -30,7 +30,7 @@ struct Edit {
     String frame_id;
     String version2_id;
     String field_name;
-    // It takes the frames out of the tag; what it assigns is the field of the ID3v1 record.
+    // Removes the frames from the tag; `assign` sets the field of the ID3v1 record.
     bool removes = false;
 };
 

@@ -1,4 +1,4 @@
-// The header that encoders leave in the first frame in place of sound.
+// The header that encoders write into the first frame instead of sound.
 #pragma once
 
 #include <cstdint>

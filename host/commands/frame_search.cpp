@@ -11,12 +11,12 @@ namespace {
 constexpr char kSyncByte = '\xFF';
 constexpr auto kHeaderBytes = static_cast<std::int64_t>(MpegFrame::kHeaderBytes);
 
-// A range of a file, read in blocks. Positions asked for may go back by two frames.
+// A range of a file, read in blocks. Requested positions may go back by two frames.
 class BlockReader {
 public:
     BlockReader(ReadOnlyFile& file, std::int64_t end) : file_(file), end_(end) {}
 
-    // From a position on, to the end of the block at most; empty at the end of the range.
+    // The bytes from a position to at most the end of the block; empty at the end of the range.
     std::string_view from(std::int64_t position) {
         const std::int64_t held_to = begin_ + static_cast<std::int64_t>(block_.size());
         const bool is_held = position >= begin_ && position + kHeaderBytes <= held_to;
@@ -73,7 +73,7 @@ private:
         return is_whole ? frame : std::nullopt;
     }
 
-    // Looks as far ahead as two frames, so no position costs more than that.
+    // Looks at most two frames ahead, so the cost of a position is bounded.
     bool leads_on(std::int64_t position) {
         constexpr int kConfirming = 3;
         for (int frames = 0; frames < kConfirming && position != end_; ++frames) {
@@ -144,7 +144,7 @@ std::optional<MpegFrame> find_free_format(ReadOnlyFile& file, std::int64_t begin
         for (std::size_t second = bytes.find(mark, first + kMinDistance);
              second < first + kMaxDistance; second = bytes.find(mark, second + 1)) {
             const std::size_t distance = second - first;
-            // One more or less by padding.
+            // Padding makes a difference of one.
             if (is_like_first(second) &&
                 (is_like_first(second + distance) || is_like_first(second + distance + 1) ||
                  is_like_first(second + distance - 1))) {

@@ -127,7 +127,7 @@ void read_lists(ListenCommand& options) {
     }
 }
 
-// --- what is done
+// --- running
 
 std::string text_of(const std::string& name, const Listening& heard,
                     const std::optional<std::string>& error, const ListenCommand& options) {
@@ -218,7 +218,7 @@ ExitStatus listen(ListenCommand& options) {
     if (!options.batch.quiet || outcome.is_interrupted) {
         const std::string summary =
             outcome.files_text() + ": " + std::to_string(outcome.failures) + " failed\n";
-        // Programs read nothing but facts.
+        // Programs expect only facts.
         options.json || options.csv ? write_note(summary) : write_output(summary);
     }
     return outcome.status();

@@ -128,7 +128,7 @@ std::optional<Sequence> sequence_at(std::string_view bytes) {
 // Latin text in which a letter and the marks next to it happen to be UTF-8: "PÅ»", "é »".
 bool may_be_chance(std::string_view bytes, std::size_t place, std::size_t length) {
     constexpr Byte kApostrophe = 0x92;
-    constexpr Byte kTildeA = 0xC3;  // no word on its own, but the lead of most letters in UTF-8
+    constexpr Byte kTildeA = 0xC3;  // not a word, but the first byte of most letters in UTF-8
     const auto byte_at = [&](std::size_t i) {
         return i < bytes.size() ? static_cast<Byte>(bytes[i]) : Byte{' '};
     };
@@ -218,7 +218,7 @@ private:
         constexpr std::size_t kLong = 4;
         constexpr std::size_t kDistinct = 2;
         constexpr Byte kLowerCase = 0x20;
-        // "ÄÖÜ", "Öö": letters of their own in languages that have few others with accents.
+        // "ÄÖÜ", "Öö": separate letters in languages that have few others with accents.
         constexpr std::string_view kOrdinary = "\xE4\xF6\xFC\xDF\xE5\xE6\xF8\xE9\xFF";
         // Latin text has such marks next to one letter: "¿Ó".
         const auto letters = std::count_if(word_.begin(), word_.end(), [](char c) {

@@ -15,8 +15,8 @@ struct MisreadText {
     String meant;  // of UTF-8; which of several code pages was meant is not known
 };
 
-// Whether a text as it is read makes sense only in another encoding. A guess: it takes no text of
-// a language that is written with Latin letters for another.
+// Whether a text as it is read makes sense only in another encoding. A guess that never
+// misjudges text of a language written in Latin letters.
 [[nodiscard]] std::optional<MisreadText> find_misread_encoding(const String& text);
 
 }  // namespace brindle::host

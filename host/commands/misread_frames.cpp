@@ -22,16 +22,15 @@ bool is_text(const String& id) {
                            is_one_of({u"COMM", u"USLT", u"IPLS", u"COM", u"ULT", u"IPL"}));
 }
 
-// The encoding byte of a text that is not 8-bit, which the reading of version 2 leaves in its
-// place.
+// The encoding byte of a text that is not 8-bit, left in place by the version 2 reader.
 bool begins_with_encoding(const String& value) {
     constexpr char16_t kUtf16 = 1;
     constexpr char16_t kUtf8 = 3;
     return !value.empty() && value[0] >= kUtf16 && value[0] <= kUtf8;
 }
 
-// A save of version 2 drops most frames, whatever their text; so the values themselves are looked
-// at.
+// A save of version 2 drops most frames, with any text; so the values themselves are
+// compared.
 std::vector<std::string> misread_texts_of_version2(const cMPEGHeader& header) {
     std::vector<std::string> labels;
     for (const String& id : tag_frame_ids(header)) {

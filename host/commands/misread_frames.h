@@ -1,4 +1,4 @@
-// Texts and pictures of a tag that the library's hosts do not read as they were meant.
+// Texts and pictures of a tag that hosts do not read as intended.
 #pragma once
 
 #include <string>

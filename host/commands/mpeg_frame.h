@@ -23,7 +23,7 @@ struct MpegFrame {
     std::uint32_t bits = 0;
     int version = 0;  // 1, 2, or 25 for MPEG 2.5
     int layer = 0;
-    int kbps = 0;  // 0: free format, whose frames tell nothing of their length
+    int kbps = 0;  // 0: free format, whose frame headers do not give the length
     int frequency = 0;
     std::int64_t length = 0;  // bytes, header and padding included; 0 in free format
 
@@ -40,7 +40,7 @@ struct MpegFrame {
 // Version, layer and sampling frequency are the same. A player cannot change them without a gap.
 [[nodiscard]] bool is_same_kind(const MpegFrame& a, const MpegFrame& b);
 
-// Of a frame's first four bytes; none where they are no header.
+// Of a frame's first four bytes; none if they are not a header.
 [[nodiscard]] std::optional<MpegFrame> mpeg_frame_in(std::string_view bytes);
 
 }  // namespace brindle::host

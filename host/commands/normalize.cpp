@@ -1,4 +1,4 @@
-// brindle normalize: tags in the form that hosts and other programs read alike.
+// brindle normalize: rewrites tags in a form that all programs read the same.
 #include <memory>
 #include <string>
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char16_t* kPictureId = u"APIC";
 
-// Takes all pictures out, also those that hosts do not read.
+// Removes all pictures, also those that hosts do not read.
 Edit removal_of_pictures() {
     Edit edit;
     edit.shown = {"Pictures that hosts read", [](const cMPEGHeader& header) {

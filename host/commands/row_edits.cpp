@@ -17,7 +17,7 @@ namespace brindle::host {
 
 namespace {
 
-// What `scan` prints and a save changes by itself, or what is no value of the file.
+// Columns of `scan` that a save changes by itself, or that are not values of the file.
 constexpr std::string_view kIgnored[] = {
     "audio_sha256", "error",      "file_escaped",   "file_facts",
     "schema",       "tag",        "TagType",        "v2Frames",
@@ -62,7 +62,7 @@ bool is_empty(const Column& column, const std::string& cell) {
                std::end(kNumbers);
 }
 
-// What hosts read before a text in UTF-8, as version 2.4 has it: the byte of its encoding.
+// The character that hosts read before a UTF-8 text of version 2.4: its encoding byte.
 constexpr char kUtf8Mark = '\x03';
 
 std::optional<String> text_by_documents(const Column& column, const TagFacts& facts) {
@@ -73,8 +73,8 @@ std::optional<String> text_by_documents(const Column& column, const TagFacts& fa
     return id == u"COMM" ? facts.comment() : facts.text(id);
 }
 
-// Whether the cell is what hosts read of the file's text where that is in UTF-8. A save turns it
-// into UTF-16, and the table must mean the same before and after.
+// Whether the cell is what hosts read of the file's text where that is in UTF-8. A save converts
+// it to UTF-16, and the table must mean the same before and after.
 bool is_reading_of_utf8(const std::string& cell, const Column& column, const TagFacts& facts) {
     const std::optional<String> text = text_by_documents(column, facts);
     if (!text) {
@@ -89,7 +89,7 @@ bool is_reading_of_utf8(const std::string& cell, const Column& column, const Tag
     return misread && misread->encoding == MeantEncoding::Utf8 && misread->meant == *text;
 }
 
-// What a field reads as that is not in the file.
+// The value of a field that is not in the file.
 bool is_nothing(const std::string& value) {
     return value.empty() || value == "0";
 }
@@ -110,7 +110,7 @@ public:
         for (const EditCell& cell : row_.cells) {
             read_cell(cell);
         }
-        // A removed title empties that of the ID3v1 record, which a cell may set again.
+        // Removing a title clears that of the ID3v1 record, which a cell may set again.
         for (const std::string& name : row_.removed) {
             remove(name);
         }
@@ -194,7 +194,7 @@ private:
             return;
         }
         given->is_removed = true;
-        // A value that is gone already has been removed by the same row before.
+        // A value that is already gone was removed by the same row.
         if (!is_same_value(given->cell->text, given->now) && !is_nothing(given->now)) {
             refuse("remove", "'" + printable(name) + "' is also set");
         }
@@ -224,8 +224,8 @@ private:
         }
     }
 
-    // Setting or removing a title also changes that of the ID3v1 record, but where a cell says what
-    // stands in the record, that is written.
+    // Setting or removing a title also changes that of the ID3v1 record, but a cell for the
+    // record takes precedence.
     void pin_record() {
         for (const Field& field : all_fields()) {
             if (field.record_option == nullptr) {

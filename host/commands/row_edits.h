@@ -16,7 +16,7 @@ namespace brindle::host {
 
 struct RowEdits {
     std::vector<Edit> edits;
-    std::vector<KeptValue> kept;      // of the cells that say what the file says already
+    std::vector<KeptValue> kept;      // of the cells with the file's current values
     std::vector<std::string> errors;  // "column Year: ..."
 };
 

@@ -1,4 +1,4 @@
-// brindle scan: a line for each file of a library, and a summary.
+// brindle scan: one line for each file of a library, and a summary.
 #include <memory>
 #include <optional>
 
@@ -115,7 +115,7 @@ public:
             batch.run([&](const FoundName& found) { return scan_file(found); },
                       [&](const Counted& counted) { return summary_.add(counted); });
         if (!options_.batch.quiet || outcome.is_interrupted) {
-            // Programs read nothing but facts.
+            // Programs expect only facts.
             if (options_.json || options_.csv || options_.columns) {
                 write_note(summary_.text(outcome));
             } else {

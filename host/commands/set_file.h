@@ -38,7 +38,7 @@ struct SetOptions : ChangeOptions {
     std::vector<KeptValue> kept;
     // Where the values depend on the file's content: how it was when they were found.
     std::optional<FileState> expected_state;
-    // What saves a file that is refused.
+    // The option that saves a refused file.
     std::string way_to_force = "--force";
 };
 
@@ -52,8 +52,8 @@ struct SetReport {
 };
 
 // Sets values of one file and leaves all other frames as they are. Several
-// files may be done at once. What is passed by reference must outlive the change. A dry run is done
-// with the plan.
+// files may be done at once. What is passed by reference must outlive the change. A dry run
+// ends with the plan.
 [[nodiscard]] PlannedChange plan_with_editor(const std::string& name, const SetOptions& options,
                                              SetReport& report, Journal& journal);
 

@@ -44,8 +44,7 @@ private:
         return finish(changes);
     }
 
-    // A save converts the tag and drops all other fields that were set, so the values come after
-    // it.
+    // A save converts the tag and drops other fields that were set, so they are set after it.
     Failure set_converted() {
         const auto is_replaced = [&](const LostFrame& frame) {
             return std::any_of(options_.edits.begin(), options_.edits.end(), [&](const Edit& edit) {
@@ -99,8 +98,8 @@ private:
         return std::nullopt;
     }
 
-    // A version 2 tag is saved twice, and the second time by what the first has left: so each save
-    // has its entry in the journal, and its flush.
+    // A version 2 tag is saved twice, and the second save depends on the result of the first: each
+    // save has its own journal entry and flush.
     void save() {
         SaveOptions save = change_.save_options(options_.atomic);
         const auto before = state_of(change_.name());
@@ -113,7 +112,7 @@ private:
         header_.SaveAllInfo(save);
     }
 
-    // Old and new values, a line each.
+    // Old and new values, one per line.
     std::string assign() {
         const std::vector<ShownValue> values = values_changed_by(options_.edits, options_.separate);
         std::vector<std::string> lines;

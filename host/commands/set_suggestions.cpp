@@ -109,7 +109,7 @@ std::optional<std::string> set_suggestions(const std::string& name, const Listen
                                            Journal& journal) {
     auto failure = SuggestionsOfFile(name, listening, options, report, journal).run();
     if (report.is_outdated) {
-        // The same file under another name, as a rule: then nothing is left to do.
+        // Usually the same file under another name: then nothing is left to do.
         report = {};
         failure = SuggestionsOfFile(name, listening, options, report, journal).run();
     }

@@ -22,7 +22,7 @@ using Failure = std::optional<std::string>;
 
 constexpr std::int32_t kWrittenVersion = 3;
 
-// What a file says of the values that are set: to hosts, and to other programs.
+// The values that are set, as hosts and other programs read them from a file.
 class Reading {
 public:
     Reading(const cMPEGHeader& header, const TagFacts& facts) : header_(header), facts_(facts) {}
@@ -62,14 +62,14 @@ private:
     const TagFacts& facts_;
 };
 
-// One file on its way. Its members return why the file failed, or nothing.
+// The change of one file. Its members return why the file failed, or nothing.
 class FileToSet {
 public:
     FileToSet(const std::string& name, const SetOptions& options, SetReport& report,
               Journal& journal)
         : change_(name), options_(options), report_(report), journal_(journal) {}
 
-    // Works the save out, and hands it to the journal.
+    // Plans the save, and adds it to the journal.
     Failure plan() {
         if (Failure reason = change_.open(header_)) {
             return reason;
@@ -203,7 +203,7 @@ private:
     // Hosts or other programs will read what was given; the line tells what the others read.
     [[nodiscard]] bool is_read_back(const Edit& edit, const Reading& promise) const {
         if (edit.removes) {
-            return true;  // what is gone has nothing to be read
+            return true;  // a removed value is not read back
         }
         if (edit.frame_id.empty() || promise.of_hosts(edit.shown) == edit.shown.text(header_)) {
             return true;

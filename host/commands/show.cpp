@@ -1,4 +1,4 @@
-// brindle show: what is known of each file.
+// brindle show: stream, tags and fields of each file.
 #include <memory>
 #include <optional>
 

@@ -1,4 +1,4 @@
-// brindle strip: takes tags off.
+// brindle strip: removes tags.
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -40,7 +40,7 @@ std::string tags_text(const StripPlan& plan) {
                                                          : "ID3v2 tag";
 }
 
-// Files of 2 GiB and more are never stripped, but those without tags need not be.
+// Files of 2 GiB and more cannot be stripped; without tags they need not be.
 bool has_no_tag(const cMPEGHeader& header, const std::string& name, std::int64_t size) {
     constexpr std::int64_t kRecord = 128;
     constexpr std::size_t kIdentifier = 3;
@@ -63,7 +63,7 @@ std::optional<std::string> strip_file(FileToStrip& file, const StripOptions& opt
     const StripPlan& plan = file.plan;
     const std::string& name = change.name();
     SaveOptions save = change.save_options();
-    // The journal must not bring back what is not in the file any more.
+    // The journal must not restore bytes that are no longer in the file.
     save.before_write = [&](const NewContent& content) {
         if (!change.before() || !(content == plan.content)) {
             throw Error(RuntimeError::PermissionDenied, u"brindle");

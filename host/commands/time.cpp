@@ -1,4 +1,4 @@
-// brindle time: milliseconds as people read them.
+// brindle time: milliseconds in a readable form.
 #include <charconv>
 #include <cstdint>
 #include <map>

@@ -1,4 +1,4 @@
-// brindle undo and brindle journal: what a journal brings back, and what it holds.
+// brindle undo and brindle journal: restoring files, and listing journals.
 #include <functional>
 #include <memory>
 #include <optional>

@@ -1,5 +1,5 @@
-// Numbers and texts one after the other, as the records of a journal hold them: numbers in eight
-// bytes, the lowest first, texts and bytes after their length.
+// Consecutive numbers and texts, as in the records of a journal: numbers in eight
+// bytes, little-endian, texts and bytes after their length.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,7 @@ private:
     JournalBytes bytes_;
 };
 
-// The fields are not those that a writer has left.
+// The fields are not as a writer wrote them.
 class FieldFault : public std::runtime_error {
 public:
     FieldFault() : std::runtime_error("Damaged") {}

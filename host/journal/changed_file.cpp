@@ -88,7 +88,7 @@ JournalEntry entry_of(const std::string& name, const FileState& before, const Ne
     ReadOnlyFile file(name);
     entry.front = read_part(file, 0, content.kept_from);
     entry.back = read_part(file, content.kept_to, before.size);
-    // A tag whose end stays as it is need not be kept to its end.
+    // The unchanged end of a tag need not be kept.
     const std::size_t same = common_end(entry.front, content.front);
     entry.front.resize(entry.front.size() - same);
     const auto new_front = std::span(content.front).first(content.front.size() - same);
@@ -113,7 +113,7 @@ Comparison compared(const std::string& name, std::int64_t size, const JournalEnt
         }
         return place->second == mark;
     };
-    // Only a change in place can be cut off in the middle.
+    // Only a change in place can be interrupted half-way.
     const bool can_be_between = entry.new_front.length == std::ssize(entry.front);
     for (const PartMark& front : fronts) {
         for (const PartMark& back : backs) {

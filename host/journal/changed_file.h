@@ -1,4 +1,4 @@
-// A file against what a journal says of it.
+// Comparison of a file with its journal entry.
 #pragma once
 
 #include <optional>
@@ -27,7 +27,7 @@ enum class StandsAs {
 // The whole file is read.
 struct Comparison {
     StandsAs state = StandsAs::Other;
-    NewContent restored;  // what brings the file back; for After and Between
+    NewContent restored;  // restores the file; for After and Between
 };
 [[nodiscard]] Comparison compared(const std::string& name, std::int64_t size,
                                   const JournalEntry& entry);

@@ -11,7 +11,7 @@ JournalBytes compressed(std::span<const std::uint8_t> bytes) {
     JournalBytes result(size);
     if (compress2(result.data(), &size, bytes.data(), static_cast<uLong>(bytes.size()),
                   Z_BEST_SPEED) != Z_OK) {
-        throw std::bad_alloc();  // all that can be missing
+        throw std::bad_alloc();  // the only possible failure
     }
     result.resize(size);
     return result;
@@ -23,13 +23,13 @@ std::optional<JournalBytes> decompressed(std::span<const std::uint8_t> bytes, st
     if (inflateInit(&stream) != Z_OK) {
         throw std::bad_alloc();
     }
-    // The member is no pointer to constant bytes, though they are not changed.
+    // zlib does not change the bytes, but its member is not a pointer to const.
     stream.next_in = const_cast<Bytef*>(bytes.data());
     stream.avail_in = static_cast<uInt>(bytes.size());
     JournalBytes result;
     int state = Z_OK;
     try {
-        // One byte more than there may be, to see that there is none.
+        // One byte more than allowed, to detect excess data.
         while (state == Z_OK && result.size() <= length) {
             const std::size_t before = result.size();
             const std::size_t room = std::min(kBlock, length + 1 - before);

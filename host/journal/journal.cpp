@@ -83,7 +83,7 @@ struct Journal::State {
         }
     }
 
-    // Nothing has been changed that the file could bring back.
+    // No change has been made that the file could undo.
     [[noreturn]] void remove_and_refuse(const std::string& reason) const {
         std::error_code error;
         std::filesystem::remove(name, error);

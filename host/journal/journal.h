@@ -1,4 +1,4 @@
-// The journal of a run: what brings each file back is on the device before the file is changed.
+// The journal of a run: the data to restore a file is on the device before the file is changed.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,7 @@ struct JournalOptions {
     JournalLimits limits = {};
 };
 
-// No journal can be kept, so nothing may be changed. Its text tells the user what to do.
+// No journal can be kept, so nothing may be changed. The text says what the user can do.
 class JournalError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -1,4 +1,4 @@
-// What a journal holds: which command it belongs to, and of each file what brings it back.
+// The content of a journal: its command, and for each file the data to restore it.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,7 @@ struct PartMark {
 // `new_front`, the same range, `new_back`.
 struct JournalEntry {
     std::string name;    // absolute; its folders are no symbolic links
-    std::string target;  // the file that the name stood for
+    std::string target;  // the file that the name referred to
     FileState before;    // of which mode, times and user attributes are kept
     JournalBytes front;
     JournalBytes back;

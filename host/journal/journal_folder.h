@@ -24,7 +24,7 @@ struct JournalLimits {
 };
 
 // Removes journals of the user that are older, and then the oldest until the rest takes no more
-// space. Those of runs that go on stay.
+// space. Journals of running programs stay.
 void remove_old_journals(const std::string& folder, const JournalLimits& limits);
 
 }  // namespace brindle::host

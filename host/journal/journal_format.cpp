@@ -15,7 +15,7 @@ constexpr std::size_t kLengths = 16;
 constexpr std::size_t kCheck = 16;
 constexpr std::size_t kChecksum = 64;
 constexpr std::size_t kHeading = kLengths + kCheck + kChecksum;
-// What does not get smaller becomes a little larger.
+// Incompressible data grows slightly.
 constexpr std::int64_t kMaxStored = kMaxRecord + kMaxRecord / 1024;
 
 std::string checksum_of(std::span<const std::uint8_t> bytes) {

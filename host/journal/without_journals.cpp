@@ -1,4 +1,4 @@
-// Takes the place of the others in a build without what journals need.
+// Replaces the other sources in a build without the libraries that journals need.
 #include "journal/journal.h"
 #include "journal/undo_run.h"
 

@@ -17,8 +17,7 @@ bool stands_at(std::span<const std::uint8_t> bytes, std::size_t place, std::stri
 // After the side information of MPEG-1 stereo, MPEG-1 mono or MPEG-2 stereo, MPEG-2 mono.
 constexpr std::array<std::size_t, 3> kPlaces{36, 21, 13};
 
-// Where the part begins that tells more than the letters and the flags: nothing of it is missing
-// but what the flags leave out.
+// Start of the LAME part: after the letters, the flags and the fields set in the flags.
 std::size_t lame_part(std::span<const std::uint8_t> frame) {
     for (const std::size_t place : kPlaces) {
         if (!stands_at(frame, place, "Xing") && !stands_at(frame, place, "Info")) {

@@ -80,8 +80,7 @@ FrameDecoder::Decoded FrameDecoder::decode(std::span<const std::uint8_t> frame) 
             // The data of two frames does not overlap.
             reservoir_ = parts->main_data_begin + parts->own_bytes - data_bytes(*parts);
         } else if (parts) {
-            // The decoder would combine the frame with the data that it has kept, and produce
-            // noise.
+            // With the data that it has kept, the decoder would make noise of the frame.
             samples = run(without_data(frame, format, *parts, reservoir_));
             reservoir_ += parts->own_bytes;
         }

@@ -15,7 +15,7 @@
 
 namespace brindle::host {
 
-// Decodes frames as they are walked over, and keeps the books about those that can't be.
+// Decodes frames during the walk, and records those that can't be decoded.
 class FileListening::State {
 public:
     State(std::int64_t bytes, const ListenOptions& options) : bytes_(bytes), options_(options) {}
@@ -116,7 +116,7 @@ private:
 
     void keep(const WalkedFrame& frame) {
         if (kept_.size() == static_cast<std::size_t>(most_at_ends_ + kRunUp)) {
-            // Its memory is used again.
+            // Reuses its memory.
             KeptFrame first = std::move(kept_.front());
             kept_.pop_front();
             first.bytes.assign(frame.bytes.begin(), frame.bytes.end());
@@ -157,7 +157,7 @@ private:
     std::optional<FrameDecoder> decoder_;
     std::optional<Listener> listener_;
     std::int64_t walked_ = 0;
-    std::int64_t played_ = 0;  // frames whose time is over
+    std::int64_t played_ = 0;  // frames that have been played
     bool has_sound_ = false;   // a frame was decoded
     UndecodedFrames undecoded_;
     std::int64_t frames_cut_off_ = 0;

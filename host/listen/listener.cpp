@@ -115,8 +115,8 @@ void Listener::end_millisecond() {
     millisecond_ = {};
 }
 
-// Levels are weighted as loudness is, so that rumble is no sound. The filter that weights goes on
-// ringing after a sound for some milliseconds, in which there is nothing to weight.
+// Levels are weighted as loudness is, so that rumble does not count as sound. The filter that
+// weights goes on ringing after a sound for some milliseconds, in which there is nothing to weight.
 void Listener::end_block() {
     const double weighted = meter_.latest_energy(kBlock);
     range_.add(weighted);

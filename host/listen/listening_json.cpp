@@ -31,7 +31,7 @@ private:
 };
 
 Json number(std::optional<double> value, double precision) {
-    // Less than half of it below zero is no minus zero.
+    // Less than half of it below zero is not -0.
     return value ? Json(std::round(*value / precision) * precision + 0.0) : Json(nullptr);
 }
 

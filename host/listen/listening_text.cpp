@@ -9,7 +9,7 @@ namespace brindle::host {
 
 namespace {
 
-// One decimal place. No locale has a say in it.
+// One decimal place. Independent of the locale.
 std::string tenths(double value) {
     constexpr double kTen = 10;
     std::array<char, 32> digits{};

@@ -13,11 +13,11 @@ std::string point_text(const std::optional<std::int64_t>& point) {
     return point ? std::to_string(*point) : "";
 }
 
-// No locale has a say in it.
+// Independent of the locale.
 std::string fixed_text(double value, int places) {
     constexpr double kTen = 10;
     const double scale = std::pow(kTen, places);
-    // Less than half of the last place below zero is no minus zero.
+    // Less than half of the last place below zero is not -0.
     const double rounded = std::round(value * scale) / scale + 0.0;
     std::array<char, 64> digits{};
     const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), rounded,

@@ -1,4 +1,4 @@
-// Takes the place of listen_to_file.cpp in a build without the libraries that it needs.
+// Replaces listen_to_file.cpp in a build without the libraries that it needs.
 #include "listen_to_file.h"
 
 namespace brindle::host {

@@ -165,7 +165,7 @@ std::string FileTable::csv_text(const std::vector<std::string>& texts) const {
         row += &text == texts.data() ? "" : std::string(1, kCsvComma);
         row += csv_cell(form_.spreadsheet ? for_spreadsheet(text) : text);
     }
-    // An empty line would be no row for most readers.
+    // Most readers do not take an empty line for a row.
     return (row.empty() ? "\"\"" : row) + kCsvLineEnd;
 }
 

@@ -22,7 +22,7 @@ namespace brindle::host {
 
 namespace {
 
-// What the forms of the objects below are known by.
+// The version of the objects below.
 constexpr int kJsonSchema = 2;
 
 // --- What hosts read, under the names of the automation interface

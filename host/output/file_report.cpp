@@ -36,7 +36,7 @@ struct Group {
     void add(std::string label, const String& value) { add(std::move(label), printable(value)); }
 };
 
-// Minutes and seconds for the eye, and the number that a schedule takes.
+// Minutes and seconds for people, and the number for a schedule.
 std::string time_and_number(std::int32_t ms) {
     return time_text(ms) + "  (" + std::to_string(ms) + " ms)";
 }
@@ -65,7 +65,7 @@ Group stream(const cMPEGHeader& header) {
     return group;
 }
 
-// What the tag says, and beside it what hosts read, where that is something else.
+// The text in the tag, and the text that hosts read if it differs.
 std::string both_readings(const std::optional<String>& tag, const String& hosts) {
     if (!tag || *tag == hosts) {
         return printable(hosts);
@@ -73,8 +73,7 @@ std::string both_readings(const std::optional<String>& tag, const String& hosts)
     return printable(*tag) + "  (hosts read: " + in_quotes(hosts) + ")";
 }
 
-// Of a field outside of user-defined texts. A number of 0 without a frame is how the members say
-// that there is none.
+// Of a field outside of user-defined texts. A missing number reads as 0.
 std::string tag_field_text(const Field& field, const cMPEGHeader& header, const TagFacts& facts) {
     const std::optional<String> tag =
         field.is_in_record() ? std::nullopt : tag_text(facts, field.frame_id);
@@ -144,7 +143,7 @@ std::string frame_text(const String& id, const String& value) {
         id == u"TXXX" && description_end != String::npos) {
         shown = printable(value.substr(0, description_end)) + " = ";
         text.erase(0, description_end + 1);
-        // Some programs end the text with a NUL; nothing is said by it.
+        // Some programs end the text with a NUL, which has no meaning.
         if (!text.empty() && text.back() == u'\0') {
             text.pop_back();
         }
@@ -174,7 +173,7 @@ SavePlan plan_of(const cMPEGHeader& header) {
     try {
         return plan_save(header);
     } catch (const Error&) {
-        return {};  // a save tells the reason
+        return {};  // a save reports the reason
     }
 }
 

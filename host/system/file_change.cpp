@@ -12,7 +12,7 @@ namespace brindle::host {
 
 namespace {
 
-// Words for the descriptions of run-time errors that are only names.
+// Readable texts for run-time errors whose descriptions are only names.
 struct Words {
     RuntimeError number;
     std::string_view description;

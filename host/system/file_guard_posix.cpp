@@ -20,7 +20,7 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kMaxWait = std::chrono::seconds(10);
 constexpr auto kPause = std::chrono::milliseconds(10);
 
-// A save that was waited for may have put another file under the name.
+// The save that held the lock may have replaced the file.
 bool stands_for(const std::string& name, int file) {
     struct stat named {};
     struct stat held {};
@@ -33,7 +33,7 @@ bool stands_for(const std::string& name, int file) {
 const std::string kOpenElsewhere = "Permission denied: open for writing elsewhere";
 
 // The system sends SIGIO when another program waits for the file. It would end this one; check()
-// asks instead.
+// queries the lease instead.
 void ignore_lease_signals() {
     static const bool is_ignored = std::signal(SIGIO, SIG_IGN) != SIG_ERR;
     static_cast<void>(is_ignored);

@@ -12,7 +12,7 @@ namespace brindle::host {
 
 namespace {
 
-// What the header says of a file with neither tag.
+// The value for a file with neither tag.
 constexpr auto kUntagged = static_cast<eTagType>(-1);
 
 char ascii_lower(char c) {
@@ -56,7 +56,7 @@ std::optional<std::string> open_file(cMPEGHeader& header, const std::string& nam
     if (header.FileName().empty()) {
         return std::generic_category().message(ENOENT);
     }
-    // Where anything was found the file was read, and need not be opened once more.
+    // If anything was found, the file was read and need not be opened again.
     const bool has_nothing = header.Frequency() == 0 && header.TagType() == kUntagged;
     return has_nothing ? reason_against_reading(name) : std::nullopt;
 }

@@ -7,7 +7,7 @@ namespace brindle::host {
 
 namespace {
 
-// The one thing that a signal handler may touch. 0: none came yet.
+// Only this may be changed by a signal handler. 0: no signal yet.
 std::atomic<int> received_signal = 0;
 static_assert(std::atomic<int>::is_always_lock_free);
 

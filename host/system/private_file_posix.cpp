@@ -142,10 +142,10 @@ std::optional<std::string> make_private_folder(const std::string& name) {
 std::optional<std::string> flush_folder(const std::string& name) {
     const int folder = ::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder == -1) {
-        // A folder that may be entered and not be read.
+        // A folder that may be entered but not read.
         return errno == EACCES ? std::nullopt : std::optional(system_reason());
     }
-    // Some file systems flush no folders.
+    // Some file systems cannot flush folders.
     const bool is_flushed = fsync(folder) == 0 || errno == EINVAL;
     auto reason = is_flushed ? std::nullopt : std::optional(system_reason());
     ::close(folder);

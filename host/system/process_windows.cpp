@@ -9,7 +9,7 @@
 
 namespace brindle::host {
 
-// main() has them in the system's code page, which lacks most names.
+// main() gets them in the system's code page, which lacks many characters.
 std::vector<std::string> program_arguments(int, char**) {
     int count = 0;
     wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);

@@ -1,4 +1,4 @@
-// Takes the place of the others in a build without a library for it.
+// Replaces the other sources in a build without a hash library.
 #include "system/sha256.h"
 
 namespace brindle::host {

@@ -58,7 +58,7 @@ Sha256::~Sha256() {
 }
 
 void Sha256::add(std::span<const std::uint8_t> bytes) {
-    // The function takes what it does not change by a pointer to what it could.
+    // The function does not change the bytes, but takes a pointer to non-const.
     require(BCryptHashData(state_->hash, const_cast<PUCHAR>(bytes.data()),
                            static_cast<ULONG>(bytes.size()), 0));
 }

@@ -14,7 +14,7 @@ HANDLE handle_of(Stream stream) {
 
 }  // namespace
 
-// A console, told to obey the escape sequences that the progress bar is drawn with.
+// A console with the escape sequences enabled that the progress bar uses.
 bool is_terminal(Stream stream) {
     DWORD mode = 0;
     void* const handle = handle_of(stream);

@@ -17,7 +17,7 @@ void call_handler(const std::function<void(Parameters...)>& handler, Arguments&&
 }
 
 // The same for an event: what its handler throws is the handler's own affair, and the step that
-// raised the event goes on.
+// raised the event continues.
 template <typename... Parameters, typename... Arguments>
 void raise_event(const std::function<void(Parameters...)>& handler,
                  Arguments&&... arguments) noexcept {

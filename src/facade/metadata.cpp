@@ -1,5 +1,5 @@
-// The facade's properties of tags and scheduling: which field each one stands for, and how values
-// are converted on the way.
+// The facade's properties of tags and scheduling: which field each one accesses, and how values
+// are converted.
 #include <string_view>
 
 #include <brindle/cMPEGHeader.h>

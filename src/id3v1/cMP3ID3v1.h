@@ -23,7 +23,7 @@ struct Id3v1Change {
     std::array<std::uint8_t, kId3v1Length> record{};
     std::array<std::uint8_t, kId3v1Length> old_record{};
 
-    // What is written, and what stands there: without the identifier where there is a record.
+    // The new bytes, and the bytes there now: without the identifier where there is a record.
     [[nodiscard]] std::span<const std::uint8_t> bytes() const noexcept;
     [[nodiscard]] std::span<const std::uint8_t> old_bytes() const noexcept;
 };

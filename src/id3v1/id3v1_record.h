@@ -1,4 +1,4 @@
-// The 128 bytes that may stand at the very end of an MP3 file.
+// The 128 bytes that may be at the very end of an MP3 file.
 #pragma once
 
 #include <array>
@@ -43,7 +43,7 @@ public:
         return bytes_;
     }
 
-    // All bytes of a text, with whatever pads it.
+    // All bytes of a text, with its padding.
     [[nodiscard]] std::span<const std::uint8_t> text(Id3v1Field field) const noexcept;
     // Cut or padded with spaces to the field's width.
     void set_text(Id3v1Field field, std::span<const std::uint8_t> text) noexcept;

@@ -1,6 +1,6 @@
 // The form of a text that hosts and other programs read alike.
 //
-// Hosts take the bytes of a text for characters of their code page, whatever its encoding is; other
+// Hosts take the bytes of a text for characters of their code page, in any encoding; other
 // programs go by the encoding. Both read text in ISO-8859-1, of characters that the code page has
 // at the same place, without NULs between values.
 #pragma once

@@ -23,8 +23,8 @@ class CustomFields {
 public:
     // True until anything was read or set.
     [[nodiscard]] bool empty() const noexcept { return read_.empty() && set_.empty(); }
-    // A custom frame as the reader finds it, whose bytes somebody else keeps: name, NUL, value;
-    // what stands after a further NUL counts for nothing. A name seen before keeps its first
+    // A custom frame as the reader finds it, whose bytes are owned elsewhere: name, NUL, value;
+    // the bytes after another NUL are ignored. A name seen before keeps its first
     // value, and a frame without a NUL is no field.
     void read(const Frame& frame) {
         if (!frame.empty()) {
@@ -47,7 +47,7 @@ private:
     [[nodiscard]] const Frame* find_read(Name name) const;
     void index_all() const;
 
-    // Frames are taken apart when somebody asks for a field: most are never asked for.
+    // Frames are parsed when a field is requested: most never are.
     std::vector<Frame> read_;
     std::map<String, String, std::less<>> set_;  // these count before those that were read
     // Of the first `indexed_` frames; made when a search needs it.

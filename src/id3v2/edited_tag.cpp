@@ -106,7 +106,7 @@ private:
     }
 };
 
-// A frame of the old tag on its way into the new one.
+// A frame of the old tag that goes into the new one.
 struct Entry {
     std::size_t place = 0;  // in the plan
     std::string id;         // of version 2.3
@@ -354,7 +354,7 @@ private:
         }
     }
 
-    // All of it; nothing where nobody can look into it, or it is longer than any text.
+    // All of it; nothing if it cannot be decoded, or is longer than any text.
     static std::optional<ByteVector> content_of(const ImportedFrame& frame) {
         if (frame.is_packed || std::cmp_greater(frame.body.size(), kMaxBodyInMemory)) {
             return std::nullopt;

@@ -28,7 +28,7 @@ enum class NarrowText { CodePage, Latin1 };
 // A text frame in 8-bit text.
 [[nodiscard]] std::vector<std::uint8_t> text_frame(std::string_view id, std::string_view text);
 
-// Whether several frames of that id are told apart by their descriptions.
+// Whether several frames of that id differ by their descriptions.
 [[nodiscard]] bool has_description(std::string_view id) noexcept;
 
 }  // namespace brindle

@@ -34,7 +34,7 @@ struct FileToEdit {
     FileState state;
 };
 
-// Finds the stream's accepted frame in the file as it stands.
+// Finds the stream's accepted frame in the current file.
 using FindAccepted = std::function<std::optional<AcceptedFrame>(FileWindow& file)>;
 
 class FileEdit {

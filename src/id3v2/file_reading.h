@@ -47,7 +47,7 @@ public:
     std::uint8_t tag_version = 0;
     // The analyser's first frame. A save moves it.
     std::optional<AcceptedFrame> accepted;
-    // How long the file is in which it stands.
+    // Length of the file that contains it.
     std::int64_t known_length = 0;
 
     // What keeps the tag from being known, or from being saved, whole: saving it would lose the
@@ -57,7 +57,7 @@ public:
     // The same, and error 53 when the name that was told last does not exist.
     [[nodiscard]] std::optional<Error> opening_error() const;
 
-    // --- The file as it stands now, which somebody else may have changed.
+    // --- The current file, which another program may have changed.
 
     // To be saved. Null when no name was told, and when the file is there no more; error 53 when
     // the name that was told last never existed.

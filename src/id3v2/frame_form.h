@@ -1,4 +1,4 @@
-// The text in a frame's body, whatever form it is written in.
+// The text in a frame's body, in any form.
 #pragma once
 
 #include <cstdint>

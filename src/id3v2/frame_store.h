@@ -27,7 +27,7 @@ namespace brindle {
 // The first one is handed out to hosts, who may change it at any time; so the other two never
 // rely on it, and an id that it lacks may still have values here.
 //
-// The reader only lines frames up. They are sorted by id when somebody asks for anything: a library
+// The reader only appends frames. They are sorted by id when one is first requested: a library
 // scan reads a few properties of each file and seldom a frame. So any member may raise
 // std::bad_alloc; what was not sorted then waits for the next question.
 class FrameStore {
@@ -64,7 +64,7 @@ public:
     [[nodiscard]] FrameStore copy() const;
 
     // A value as the reader finds it: the next one of its id, as the reader is done before a host
-    // puts values at numbers of its own. Somebody else keeps the bytes.
+    // puts values at numbers of its own. The bytes are owned elsewhere.
     void append(FrameId id, std::span<const std::uint8_t> value) {
         unsorted_.push_back({id, static_cast<std::uint32_t>(value.size()), value.data()});
     }
@@ -76,7 +76,7 @@ public:
     void remove_value(const String& id, std::int32_t index);
     // Removes an id with its values 1, 2, 3 ...
     void remove_frame(const String& id);
-    // Removes the custom values of that description. The others are numbered anew.
+    // Removes the custom values of that description. The others are renumbered.
     void remove_custom(std::u16string_view description);
     // The number of the custom value ("TXXX") of that description; 0 when there is none.
     [[nodiscard]] std::int32_t find_custom(std::u16string_view description) const;

@@ -64,7 +64,7 @@ public:
     // Removes 1, 2, 3 ... until a number is missing; how many there were.
     std::size_t remove_run_from_1();
     void set_count(std::optional<std::int32_t> count);
-    // Removes values, numbers the others anew from 1, and counts them; how many went.
+    // Removes values, renumbers the others from 1, and returns the number of removed values.
     template <typename IsRemoved>
     std::size_t remove_if(const IsRemoved& is_removed) {
         auto& slots = list().slots;

@@ -141,7 +141,7 @@ private:
 // Segments of FF, marker, length of 16 bits (itself included) and contents. That of the start of
 // a frame (SOF) holds the precision, height and width.
 std::optional<ImageSize> jpeg_size(ImageBytes& image) {
-    // Profiles and metadata of 64 kB each stand before it, some dozens at most.
+    // Profiles and metadata of 64 kB each may precede it, some dozens at most.
     constexpr int kMaxSegments = 64;
     constexpr std::size_t kSegmentHead = 9;
     constexpr std::size_t kSegmentStart = 4;

@@ -22,7 +22,7 @@ struct ImportedFrame {
     std::int64_t prefix = 0;  // how many bytes those are
     // False: id, flags and body are those of the file, byte for byte.
     bool is_converted = false;
-    // Compressed or encrypted, so that nobody can look into it here.
+    // Compressed or encrypted, so it cannot be decoded here.
     bool is_packed = false;
 
     [[nodiscard]] std::string_view id() const noexcept {

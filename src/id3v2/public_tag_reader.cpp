@@ -80,7 +80,7 @@ bool are_zeros(std::span<const std::uint8_t> bytes) noexcept {
     return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte == 0; });
 }
 
-// A frame as this library writes it, whatever its id: with a body and without flags. What follows a
+// A frame of any id as this library writes it: with a body and without flags. What follows a
 // tag is not taken for one: of a frame of silence the bytes after its header are zeros.
 bool may_be_frame(std::span<const std::uint8_t> header, const FrameLayout& layout) noexcept {
     const auto size = header.subspan(layout.id_width, layout.size_width);

@@ -38,7 +38,7 @@ struct PublicFrame {
     [[nodiscard]] std::string_view id() const noexcept { return {id_bytes.data(), id_width}; }
 };
 
-// What stands in front of the frames.
+// The bytes before the frames.
 struct PublicTagHeader {
     std::uint8_t version = 0;
     std::uint8_t flags = 0;
@@ -57,11 +57,11 @@ struct PublicTagHeader {
     [[nodiscard]] bool is_compressed() const noexcept;
 };
 
-// None where no tag header of a known version stands.
+// None if there is no tag header of a known version.
 [[nodiscard]] std::optional<PublicTagHeader> read_public_tag_header(FileWindow& file,
                                                                     std::int64_t position);
 
-// Version 4 wants frame sizes of 7 bits a byte, and programs that never learned it write plain
+// Version 4 requires frame sizes of 7 bits per byte, but many programs write plain
 // ones.
 enum class FrameSizes { Plain, Syncsafe };
 
@@ -100,7 +100,7 @@ public:
                       FrameIds ids = FrameIds::Documented);
 
     // None after the last one. A frame that claims more than the tag holds is the last one. Frames
-    // without a body are told too.
+    // without a body are included.
     std::optional<PublicFrame> next();
     // Whether the last frame was followed by padding or ended exactly where the tag does.
     [[nodiscard]] bool ended_well() const noexcept { return ended_well_; }
@@ -121,20 +121,20 @@ struct PublicTag {
     std::uint8_t version = 0;
     std::int64_t end = 0;  // after its last byte, footer included
     std::vector<PublicFrame> frames;
-    // What stands between the last frame and the end, mostly padding.
+    // The bytes between the last frame and the end, mostly padding.
     ByteRange rest;
 };
 
-// The tag whose "ID3" stands at `position`, as far as it lies before `limit`; none when there is no
+// The tag whose "ID3" is at `position`, as far as it lies before `limit`; none when there is no
 // tag header.
 [[nodiscard]] std::optional<PublicTag> read_public_tag(
     FileWindow& file, std::int64_t position,
     std::int64_t limit = std::numeric_limits<std::int64_t>::max());
 
-// The tags that stand one after the other in the range.
+// The consecutive tags in the range.
 [[nodiscard]] std::vector<PublicTag> read_public_tags(FileWindow& file, const ByteRange& range);
 
-// Where the first byte other than 0 stands; the range's end, or the file's before it, without one.
+// Position of the first byte other than 0; the range's end, or the file's before it, without one.
 [[nodiscard]] std::int64_t end_of_zeros(FileWindow& file, const ByteRange& range);
 
 // What the frame holds when prefix and unsynchronisation are undone, up to `most` bytes of it.

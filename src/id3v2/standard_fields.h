@@ -44,7 +44,7 @@ struct StandardFieldRow {
     StandardField field;
     std::u16string_view frame_id;
     Nuls nuls;
-    // What stands before the text in the frame: an empty description, or language, description.
+    // The bytes before the text in the frame: an empty description, or language, description.
     std::u16string_view held_prefix;
 };
 

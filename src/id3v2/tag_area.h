@@ -1,4 +1,4 @@
-// Where in a file a tag is written, and what of the file stays after it.
+// Where a tag is written in a file, and which part of the file stays after it.
 #pragma once
 
 #include <cstdint>
@@ -12,16 +12,16 @@ namespace brindle {
 
 struct TagArea {
     // The old tag that a new one of at most `length` bytes overwrites in place; none: the file is
-    // built anew in any case.
+    // rebuilt in any case.
     std::optional<std::int64_t> position;
     std::int64_t length = 0;
-    // The first byte of the old file that stands after the tag of a new one.
+    // The first byte of the old file that follows the tag in a new one.
     std::int64_t kept_from = 0;
     // The first byte of audio, where the file has any.
     std::optional<std::int64_t> audio;
-    // What goes when the tag is taken off: all that stands before the audio, without audio the tag
-    // alone. Empty when there is nothing to take off; none when the tag claims more than the file
-    // holds and nobody knows where it ends.
+    // The bytes to remove with the tag: everything before the audio, without audio the tag
+    // alone. Empty if there is nothing to remove; none if the tag claims more than the file
+    // holds and its end is unknown.
     std::optional<ByteRange> strippable = ByteRange();
 
     // A file without a tag whose audio begins there.
@@ -37,9 +37,9 @@ struct TagArea {
     }
 };
 
-// `accepted` is the analyser's first frame in the file as it stands.
+// `accepted` is the analyser's first frame in the current file.
 [[nodiscard]] TagArea find_tag_area(FileWindow& file, const std::optional<AcceptedFrame>& accepted);
-// The same of the tag whose "ID3" stands at `tag`.
+// The same for the tag whose "ID3" is at `tag`.
 [[nodiscard]] TagArea find_tag_area(FileWindow& file, const std::optional<AcceptedFrame>& accepted,
                                     std::optional<std::int64_t> tag);
 

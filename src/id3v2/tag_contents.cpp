@@ -27,7 +27,7 @@ std::span<std::uint8_t> without_nuls(std::span<std::uint8_t> bytes) {
     return bytes.first(static_cast<std::size_t>(end - bytes.begin()));
 }
 
-// Finds the field of a frame by the id as it stands in a file. A tag can hold a hundred thousand
+// Finds the field of a frame by the id as stored in a file. A tag can hold a hundred thousand
 // frames, so each id has a slot of its own, found with one multiplication: a search through the
 // rows makes opening 50,000 frames 15 % slower.
 class StandardIds {

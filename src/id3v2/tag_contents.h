@@ -67,7 +67,7 @@ public:
     void remove(const String& id, const String& description, std::int32_t& number);
 
     // What was set since the file was read, each id, and each name of user-defined text, once, as
-    // it stands now; with the stamp when there is any.
+    // it is now; with the stamp when there is any.
     [[nodiscard]] std::vector<EditedField> edited_fields() const;
     // The names of custom fields that were removed since then and not set again.
     [[nodiscard]] const std::set<String>& removed_custom_fields() const noexcept {

@@ -1,6 +1,6 @@
 // How many of the bytes at the front of a file are a tag beyond doubt.
 //
-// What stands after a tag is audio, and audio that is taken for tag is lost with the next save. So
+// The bytes after a tag are audio, and audio that is taken for tag is lost with the next save. So
 // a tag's size is believed only when all of the tag adds up; of any other tag only those frames are
 // believed that another frame directly follows.
 #pragma once
@@ -20,7 +20,7 @@ struct ProvenTag {
     bool adds_up = false;
 };
 
-// The tag whose "ID3" stands at `position`, which must be there. `stream` is where the frames
+// The tag whose "ID3" is at `position`, which must be there. `stream` is where the frames
 // begin that the analyser has accepted, if any: where nothing but the end of the file, or a tag of
 // another kind, follows the tag, they cannot lie inside it.
 [[nodiscard]] ProvenTag prove_tag(FileWindow& file, std::int64_t position,

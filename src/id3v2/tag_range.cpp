@@ -19,7 +19,7 @@ std::optional<ByteRange> find_tag_range(FileWindow& file,
     if (!area.position) {
         return std::nullopt;
     }
-    // Without audio a tag that claims more than there is has whatever there is.
+    // Without audio, a tag that claims more than there is extends to the end of the file.
     const std::int64_t limit = area.audio ? *area.position + area.length : file.length();
     ByteRange range{*area.position, *area.position};
     while (range.end < limit) {

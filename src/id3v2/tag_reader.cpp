@@ -58,7 +58,7 @@ TagReading TagReader::read(std::int64_t position) {
         facts_.size = static_cast<std::int32_t>(decode_number(
             std::span(header).subspan(kTagSizeOffset, kTagSizeWidth), kSyncsafeShift));
         tag_end_ = position_ + facts_.size;
-        // Behind the tag the first frames of audio will be asked for.
+        // The first frames of audio after the tag are read next.
         file_.expect_until(tag_end_ + static_cast<std::int64_t>(FileWindow::kHeadBlock));
         if (facts_.version == kOldestVersion) {
             walk_version2();
@@ -142,7 +142,7 @@ std::span<const std::uint8_t> TagReader::read_large(std::uint64_t size) {
     const auto held =
         static_cast<std::size_t>(std::min<std::uint64_t>(size, static_cast<std::uint64_t>(left)));
     large_ = allocate([&](ByteArena& arena) { return arena.allocate_for_read(held, position_); });
-    // A frame that goes beyond its tag is not gone on from.
+    // Reading stops after a frame that crosses the end of the tag.
     const bool goes_on = position_ + static_cast<std::int64_t>(held) < tag_end_;
     large_ = large_.first(goes_on ? file_.copy_and_read_on(position_, large_)
                                   : file_.copy(position_, large_));
@@ -155,7 +155,7 @@ std::span<std::uint8_t> TagReader::allocate(Allocation allocation) {
     try {
         return allocation(contents_.bytes());
     } catch (const std::bad_alloc&) {
-        // Hosts see such a file as corrupt, whatever the cause.
+        // Hosts see such a file as corrupt, for any cause.
         facts_.corrupt = facts_.version != kOldestVersion;
         throw;
     }

@@ -25,7 +25,7 @@ struct TagReading {
     std::optional<Error> fault;
 };
 
-// Where a frame that was filed stands in the file, and under which id and number it was filed.
+// The position of a stored frame in the file, and the id and number under which it is stored.
 struct FiledFrame {
     std::int64_t position = 0;  // of its header
     std::uint64_t size = 0;     // as the header claims it
@@ -33,7 +33,7 @@ struct FiledFrame {
     std::int32_t number = 0;
 };
 
-// The frames of one tag, filed in the order of the file. Whatever the tag claims, no more is
+// The frames of one tag, stored in the order of the file. Whatever the tag claims, no more is
 // taken into memory than the file holds, and the walk ends with the file.
 class TagReader {
 public:

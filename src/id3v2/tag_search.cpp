@@ -19,7 +19,7 @@ constexpr std::size_t kSearchStep = kSearchBlock - std::size(kTagIdentifier);
 constexpr std::uint8_t kAudioSync[] = {0xFF, 0xFB};  // MPEG-1 Layer III without CRC
 constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 
-// A block is searched only when the file goes on after it.
+// A block is searched only if the file continues after it.
 bool fills_block(const FileWindow& file, std::int64_t position) noexcept {
     return position + static_cast<std::int64_t>(kSearchBlock) + 1 < file.length();
 }
@@ -49,7 +49,7 @@ std::size_t find_bytes(std::span<const std::uint8_t> in,
         return kNotFound;
     }
     if (std::equal(std::begin(wanted), std::end(wanted), in.begin())) {
-        return 0;  // where a tag stands in nearly all files
+        return 0;  // where the tag of nearly all files is
     }
     const std::size_t positions = in.size() - kWanted + 1;
     for (std::size_t begin = 0; begin < positions; begin += kRange) {
@@ -97,7 +97,7 @@ bool is_tag_at(FileWindow& file, std::int64_t position) {
     }
     constexpr std::size_t kUntilVersion = kVersionOffset + 1;
     std::array<std::uint8_t, kUntilVersion> start{};
-    // Behind a tag at the front of a file the audio begins, which is read next anyhow.
+    // After a tag at the front of a file the audio begins, which is read next anyway.
     if (!file.has_passed(position)) {
         const auto seen = file.view(position, start.size());
         std::copy(seen.begin(), seen.end(), start.begin());

@@ -23,7 +23,7 @@ FileContent built_tag(const FrameStore& frames) {
     return tag;
 }
 
-// The tag goes, or nothing does: nobody may believe that it was taken off or saved.
+// Either the tag is removed, or nothing changes: no partial success may be reported.
 ByteRange require_strippable(const TagArea& area) {
     if (!area.strippable) {
         throw Error(kEndlessTag);
@@ -73,8 +73,8 @@ void TagWriter::save(const SaveOptions& options) {
     }
 }
 
-// The audio lies where the file was opened or where this object has moved it, unless somebody else
-// has changed the file since: then it is looked for again.
+// The audio lies where the file was opened or where this object has moved it, unless another
+// program has changed the file since: then it is looked for again.
 void TagWriter::follow_audio(BinaryFile& file, std::int64_t length) {
     require_addressable_length(length);
     if (length != reading_.known_length) {

@@ -211,7 +211,7 @@ private:
     bool big_endian_ = true;
 };
 
-// One text, a byte at a time: its strings, and what stands between them.
+// One text, byte by byte: its strings, and the separators between them.
 template <typename Reader>
 class Transcoder {
 public:

@@ -23,10 +23,10 @@ struct AcceptedFrame {
     StreamKinds kinds;
 };
 
-// The kind of the frame whose header stands at `position`; none where no valid header stands.
+// The kind of the frame whose header is at `position`; none if there is no valid header.
 [[nodiscard]] std::optional<FrameKind> frame_kind_at(FileWindow& file, std::int64_t position);
 
-// Whether a header stands at `position`, that of a free-format frame included.
+// Whether a header is at `position`, that of a free-format frame included.
 [[nodiscard]] bool is_any_header_at(FileWindow& file, std::int64_t position);
 
 // The first position of `range` at which audio may begin: at a single header of a kind that the
@@ -36,11 +36,11 @@ struct AcceptedFrame {
 [[nodiscard]] std::optional<std::int64_t> find_audio(FileWindow& file, const ByteRange& range,
                                                      const std::optional<StreamKinds>& accepted);
 
-// Whether a header stands anywhere in the bytes, that of a free-format frame included.
+// Whether a header is anywhere in the bytes, that of a free-format frame included.
 [[nodiscard]] bool holds_header(std::span<const std::uint8_t> bytes);
 
 // Whether a frame of the kind of the header at `position` ends exactly there and begins in the
-// last bytes before it, at `begin` or later. Where no header stands, frames of any kind count.
+// last bytes before it, at `begin` or later. If there is no header, frames of any kind count.
 [[nodiscard]] bool frame_ends_at(FileWindow& file, std::int64_t begin, std::int64_t position);
 
 }  // namespace brindle

@@ -74,7 +74,7 @@ constexpr std::size_t kShortestSegment = std::size_t{8} * 1024;
 
 using Segments = std::array<Segment, kSegments>;
 
-// All of them, or only the first, which then goes on to the end.
+// All of them, or only the first, which then continues to the end.
 template <std::uint32_t common>
 std::size_t split(const BlockWalk<common>& walk, std::size_t begin, std::size_t end,
                   Segments& segments) {

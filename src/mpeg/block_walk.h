@@ -21,7 +21,7 @@ inline constexpr std::uint32_t kSyncAndKindMask = kSyncMask | kKindMask;
 
 // What the third byte of a header tells of a frame, in one stream: bit rate and padding stand
 // there, and nothing else that the frame's length depends on. A walk cannot look at the next header
-// before it knows this length, so each step on the way to it counts.
+// before it knows this length, so each step to get it counts.
 //
 // Headers of the stream have the bits of `common` as its first header has them.
 template <std::uint32_t common>
@@ -55,9 +55,9 @@ private:
     std::array<std::uint16_t, 256> bit_rates_{};
 };
 
-// Goes through the frames of one block, the first of which stands at `offset`, and adds them to
-// `stream`. True when the chain goes on after the block; `offset` is then where the next frame
-// stands, else where the chain broke. A frame may end `left_of_file` bytes after the block's
+// Goes through the frames of one block, the first of which is at `offset`, and adds them to
+// `stream`. True if the chain continues after the block; `offset` is then that of the next
+// frame, else where the chain broke. A frame may end `left_of_file` bytes after the block's
 // beginning at most.
 template <std::uint32_t common>
 bool walk_block(std::span<const std::uint8_t> block, std::size_t left_of_file,

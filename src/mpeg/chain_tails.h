@@ -73,7 +73,7 @@ public:
         if (shape.length == 0 || next > file_length_) {
             return {};
         }
-        // Where it stands, and what it has in common with the others of its stream.
+        // Its position, and what it has in common with the others of its stream.
         const std::int64_t frame = position * kOnePlace + (bits & kStreamMask);
         ChainSum chain(shape.bit_rate_by_8 * 8);
         const Entry& follower = entry(next);

@@ -41,7 +41,7 @@ public:
     std::int32_t ID3v2Length = 0;
     std::int32_t ID3v2Offset = 0;
     bool HasV1Tag = false;
-    // Hears of progress and may cancel. Not owned; may be missing.
+    // Receives progress and may cancel. Not owned; may be missing.
     Host* Owner = nullptr;
 
     // As a new one.

@@ -84,7 +84,7 @@ ChainOutcome FrameChains::follow(std::int64_t position, const FrameHeader& first
     return {false, tail.reason == Break::FileEnd ? links : 0, false};
 }
 
-// Follows the chain as far as it goes on in the usual way: whole frames of the first one's bit rate
+// Follows the chain as far as it has the usual form: whole frames of the first one's bit rate
 // which the window holds.
 void FrameChains::run_through_window(const FrameHeader& first, std::int32_t needed, Run& run,
                                      Followers& followers) const {

@@ -31,7 +31,7 @@ public:
     FrameChains(FileWindow& window, Clock& clock, Host* host)
         : window_(window), host_(host), yield_timer_(clock, window) {}
 
-    // The first frame stands at `position`; no earlier call had a later one.
+    // The first frame is at `position`; no earlier call had a later one.
     ChainOutcome follow(std::int64_t position, const FrameHeader& first, std::int32_t needed);
     // Gives the memory back, for who needs some after the last chain.
     void forget_all() noexcept { tails_ = std::vector<std::uint8_t>(); }

@@ -82,7 +82,7 @@ void FrameWalker::follow_chain() {
     }
 }
 
-// The same frame by frame: a visitor wants to see all bytes of each.
+// The same frame by frame: a visitor receives all bytes of each.
 void FrameWalker::visit_chain() {
     const std::int64_t chain = position_;
     while (position_ < audio_end_) {

@@ -19,7 +19,7 @@ public:
     FrameWalker(FileWindow& window, std::int64_t audio_end, FrameVisitor visit = {})
         : window_(window), audio_end_(audio_end), visit_(std::move(visit)) {}
 
-    // All 0 when no valid, whole frame stands at `first_frame`.
+    // All 0 when there is no valid, complete frame at `first_frame`.
     FrameWalk run(std::int64_t first_frame);
 
 private:

@@ -1,4 +1,4 @@
-// Headers of frames in a file and in memory: what stands at a place, and where the next one is.
+// Headers of frames in a file and in memory: what is at a position, and where the next header is.
 #pragma once
 
 #include <cstddef>

@@ -27,7 +27,7 @@ struct TagPlaces {
     }
 };
 
-// Stands for the place after the tag.
+// Means the position after the tag.
 inline constexpr std::int32_t kStartBehindTag = -1;
 
 class StreamScan {

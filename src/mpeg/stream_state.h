@@ -22,7 +22,7 @@ struct StreamState {
     XingRecord xing;
     std::int32_t average_bit_rate = 0;  // kbit/s
     bool cancelled = false;
-    // Where the accepted first frame stands, also when the header's own position became 0.
+    // Offset of the accepted first frame, also when the header's own position became 0.
     std::optional<std::int32_t> accepted_position;
     // The header from which the longest run was followed. Near the end of a file few frames make a
     // run, so the first one that was kept may be a false header.

@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view kLetters = "XING";
 
 // After the side information of MPEG-1 stereo, of MPEG-1 mono or MPEG-2 stereo, of MPEG-2 mono.
-// Any of them will do, whatever the frame is.
+// Each of them is accepted in any frame.
 constexpr std::array<std::size_t, 3> kPlaces = {32, 17, 9};
 
 constexpr std::int32_t kHasFrames = 1;

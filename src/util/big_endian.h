@@ -6,7 +6,7 @@
 
 namespace brindle {
 
-// The number that `width` bytes stand for, most significant first. One expression, which compilers
+// The number in `width` bytes, most significant first. One expression, which compilers
 // turn into one load; of a loop they make a load a byte (65 % more instructions in a search for
 // headers).
 template <std::size_t width>

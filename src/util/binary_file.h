@@ -13,7 +13,7 @@
 namespace brindle {
 
 // Which file it is and what of it changes with every write: two equal states of one name mean that
-// nobody has changed or replaced the file in between.
+// no other program has changed or replaced the file in between.
 struct FileState {
     std::uint64_t volume = 0;
     std::uint64_t number = 0;  // of the file on its volume
@@ -83,11 +83,11 @@ public:
     virtual std::unique_ptr<BinaryFile> open(const String& name, OpenMode mode) = 0;
     // True when some entry matches; "*" and "?" in the last component are wildcards. No errors.
     virtual bool exists(const String& name) = 0;
-    // The file that a name stands for, symbolic links followed to the end.
+    // The file that a name refers to, with all symbolic links followed.
     virtual String resolve_links(const String& name) = 0;
     // Raises what keeps the file from being written, without opening it (53, 70, 75).
     virtual void require_writable(const String& name) = 0;
-    // The state of the file that a name stands for now.
+    // The current state of the file that a name refers to.
     [[nodiscard]] virtual FileState state(const String& name) = 0;
     // A new, empty file of a unique name in the folder of `neighbour`, which nobody but the owner
     // can open where the system has access rights. `name` receives its name.

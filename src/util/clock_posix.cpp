@@ -21,7 +21,7 @@ timespec time_of(clockid_t clock) {
 }  // namespace
 
 double PosixClock::seconds() {
-    // Who asks wants to know whether a large part of a second has passed.
+    // Callers need to know whether a large part of a second has passed.
     constexpr double kNanosecondsPerSecond = 1e9;
     const timespec now = time_of(kTickClock);
     return static_cast<double>(now.tv_sec) +

@@ -12,7 +12,7 @@
 namespace brindle {
 namespace {
 
-// What the bytes 80 to 9F stand for; all others are the code points of their own number.
+// The code points of the bytes 80 to 9F; all other bytes are equal to their code points.
 constexpr std::size_t kFirstSpecial = 0x80;
 constexpr std::array<char16_t, 32> kSpecial = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,  // 80

@@ -30,8 +30,8 @@ public:
     void append(std::shared_ptr<const ByteSource> source, std::int64_t size);
 
     [[nodiscard]] std::int64_t size() const noexcept { return size_; }
-    // Writes all of it to `to` from `offset` on, where nothing stands yet. The host may run now and
-    // then, see copy_bytes().
+    // Writes all of it to `to` from `offset` on, where there are no bytes yet. The host may run now
+    // and then, see copy_bytes().
     void copy_to(BinaryFile& to, std::int64_t offset, Host* host) const;
     // All of it in memory.
     [[nodiscard]] std::vector<std::uint8_t> read_all() const { return read({0, size_}); }
@@ -40,10 +40,10 @@ public:
     // All of it, around the last range of the file that it holds.
     [[nodiscard]] NewContent around_last_range_of(const BinaryFile& file) const;
 
-    // What of it, laid at `offset` of the file, is not known to stand there already.
+    // The parts that, placed at `offset` of the file, are not known to be there already.
     struct Part {
         ByteRange range;
-        bool is_of_file = false;  // it stands elsewhere in the file
+        bool is_of_file = false;  // it is elsewhere in the file
     };
     [[nodiscard]] std::vector<Part> parts_apart_from(const BinaryFile& file,
                                                      std::int64_t offset) const;
@@ -93,7 +93,7 @@ private:
                             std::span<std::uint8_t> into);
 
     const FileContent& content_;
-    // Where the last reading of a source has come to: the next one mostly goes on there.
+    // End of the last read of a source: the next one usually continues there.
     const ByteSource* open_source_ = nullptr;
     std::unique_ptr<ByteStream> stream_;
     std::int64_t stream_offset_ = 0;

@@ -84,7 +84,7 @@ std::uint64_t random_number(unsigned salt) {
     return number;
 }
 
-// Short, whatever the neighbour is called: a name has at most 255 bytes.
+// Short for every name of the neighbour: a name has at most 255 bytes.
 String unique_name(unsigned salt) {
     constexpr char16_t kDigits[] = u"0123456789abcdef";
     String name = u".brindle-";
@@ -150,7 +150,7 @@ String PosixFileSystem::resolve_links(const String& name) {
     return name;
 }
 
-// Not by opening it: that would end the other programs' trust that nobody writes.
+// Not by opening it: that would break the read leases of other programs.
 void PosixFileSystem::require_writable(const String& name) {
     const std::string path = disk_name(name);
     if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {

@@ -48,8 +48,8 @@ public:
     // Copies bytes out without moving the window: what it holds from memory, the rest straight
     // from the file. The number copied, smaller only where the file ends.
     std::size_t copy(std::int64_t offset, std::span<std::uint8_t> into);
-    // The same for a caller that goes on after these bytes: what is not held of them is read in one
-    // call with what is expected after them, where the window then stands.
+    // The same for a caller that continues after these bytes: what is not held of them is read in
+    // one call with what is expected after them, which is where the window then is.
     std::size_t copy_and_read_on(std::int64_t offset, std::span<std::uint8_t> into);
 
     // The caller will want the bytes up to `end`: the next refills go that far (a block at a
@@ -96,8 +96,8 @@ private:
     std::size_t capacity_ = 0;
     PlacedBuffer buffer_;
     std::uint8_t* held_ = nullptr;  // the byte at begin_
-    // The last bytes of the file once somebody has copied them alone, as a record there is; so
-    // nobody who goes through the file reads them again.
+    // The last bytes of the file after they have been copied separately, as for a record; a later
+    // pass through the file does not read them again.
     static constexpr std::size_t kLongestTail = 128;
     std::array<std::uint8_t, kLongestTail> tail_{};
     std::size_t tail_size_ = 0;

@@ -25,7 +25,7 @@ struct Decimal {
     bool negative = false;
     std::u16string_view whole;     // the digits before the "."
     std::u16string_view fraction;  // and after it
-    std::int64_t point = 0;        // how many of all these digits stand before the shifted "."
+    std::int64_t point = 0;        // number of these digits before the shifted "."
 
     [[nodiscard]] std::size_t size() const { return whole.size() + fraction.size(); }
     [[nodiscard]] int digit(std::size_t i) const {
@@ -256,7 +256,7 @@ double to_double(std::u16string_view text) {
     if (power > kLargestPower) {
         throw Error(RuntimeError::Overflow);
     }
-    // In this form the exponent stays small, whatever the text looked like.
+    // In this form the exponent stays small for any text.
     std::string plain = "0.";
     plain.reserve(plain.size() + decimal.size() + std::string_view("e-400").size());
     for (std::size_t i = first; i < decimal.size(); ++i) {

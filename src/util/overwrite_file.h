@@ -13,7 +13,7 @@ namespace brindle {
 struct Overwrite {
     std::int64_t offset = 0;
     std::span<const std::uint8_t> bytes;
-    // What stands there now, up to the end of the file.
+    // The bytes there now, up to the end of the file.
     std::span<const std::uint8_t> old_bytes;
 };
 

@@ -21,7 +21,7 @@ enum class PackedKey : std::uint64_t {};
 
 inline constexpr std::size_t kPackedUnits = 4;
 inline constexpr char16_t kMissingUnit = 0xFFFF;  // no character in any text
-// Stands for no text at all.
+// Represents no text at all.
 inline constexpr PackedKey kNoKey{0xFFFF'0001'0000'0000};
 
 // kNoKey for a text that does not fit.

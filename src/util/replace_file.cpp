@@ -34,9 +34,9 @@ void replace_file(FileSystem& files, const String& target,
         throw;
     }
     if (options.flush) {
-        // Not reported: the new file stands, whole and on the device. At worst a power cut in the
-        // next seconds brings the old one back, as whole as before; an error would tell the host
-        // that the old one stands now. Some systems and folders do not let a folder be flushed.
+        // Not reported: the new file is in place, complete and on the device. At worst a power cut
+        // in the next seconds brings the old one back, as whole as before; an error would tell the
+        // host that the old one is in place. Some systems cannot flush a folder.
         skip_errors([&] { files.flush_folder_of(old_file); });
     }
 }

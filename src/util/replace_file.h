@@ -1,4 +1,4 @@
-// The one way in which a file is written anew: the old one is whole until the new one is.
+// The only way to rewrite a file: the old one is complete until the new one is.
 #pragma once
 
 #include <functional>
@@ -22,7 +22,7 @@ struct ReplaceOptions {
 // Puts a new file in the place of `target`. `fill` writes it, and closes whatever it holds open of
 // the old one: some systems do not give the name of an open file to another.
 //
-// At every instant the complete old file or the complete new one stands under the name. When
+// At every instant the name refers to the complete old file or the complete new one. When
 // anything fails before that instant, no new file is left, the old one is untouched and the
 // error is raised as it came. A symbolic link stays a link; what it names is replaced. A target
 // that is missing or may not be written is refused before anything is created. The new file has

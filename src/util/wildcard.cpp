@@ -8,8 +8,8 @@ bool has_wildcard(std::u16string_view pattern) noexcept {
     return pattern.find_first_of(u"*?") != std::u16string_view::npos;
 }
 
-// What stands between two "*" matches best where it matches first, so only the last "*" has ever
-// to take one character more: time at most pattern by name, whatever the pattern.
+// The text between two "*" matches best at its first match, so only the last "*" ever has to be
+// extended: time is at most pattern length times name length.
 bool matches_wildcard(std::u16string_view pattern, std::u16string_view name) noexcept {
     std::size_t p = 0;
     std::size_t n = 0;

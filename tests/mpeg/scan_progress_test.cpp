@@ -186,8 +186,8 @@ TEST(ScanProgress, WalkReportsAfterMoreThanHalfASecond) {
         file.run();
         return host.events.size();
     };
-    // Eleven blocks of 96 KiB; of those that take exactly half a second every other one is
-    // reported.
+    // Eleven blocks of 96 KiB; of those that take exactly half a second every other one
+    // is reported.
     const std::size_t blocks = events_at(0.5625);
     EXPECT_GE(blocks, 10U);
     EXPECT_LE(blocks, 12U);

@@ -73,7 +73,7 @@ protected:
     }
 
     // The same of one that has a result: `member` puts it into the place that the host names.
-    // Nothing stands there after a failure.
+    // Zero or null after a failure.
     template <typename Out, typename Member>
     [[nodiscard]] HRESULT store(Out* into, Member member) noexcept {
         return run([&] {

@@ -5,7 +5,7 @@
 
 namespace brindle::com {
 
-// A result code of the system on its way to the host.
+// A system result code to be returned to the host.
 class ResultError : public std::exception {
 public:
     explicit ResultError(HRESULT result) noexcept : result_(result) {}
