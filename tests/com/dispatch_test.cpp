@@ -389,7 +389,7 @@ TEST(Errors, FileThatMayNotBeWrittenIsTheTaggersError) {
     EXPECT_TRUE(file.content() == audio(120)) << file.content().size();
 }
 
-TEST(TypeInformation, ObjectTellsItsClassAndItsEvents) {
+TEST(TypeInformation, ObjectReturnsItsClassAndItsEvents) {
     const auto header = create();
     ComPtr<IProvideClassInfo2> provider;
     ASSERT_EQ(header.As(&provider), S_OK);

@@ -9,7 +9,7 @@
 namespace brindle::com::test {
 namespace {
 
-TEST(Events, ReadingTellsTheName) {
+TEST(Events, ReadingPassesTheName) {
     const auto header = create();
     std::vector<std::wstring> names;
     Sink sink;
@@ -41,7 +41,7 @@ TEST(Events, DurationIsWhatTheHostAnswersEachTime) {
     EXPECT_EQ(number(*header.Get(), &host::_cMPEGHeader::get_Duration), 0);
 }
 
-TEST(Events, EachSinkSeesWhatTheOneBeforeHasLeft) {
+TEST(Events, EachSinkReceivesTheValueOfThePreviousOne) {
     const File file(L"no audio.mp3", "no audio in here");
     const auto header = create();
     Sink first;
@@ -255,7 +255,7 @@ TEST(Events, SinkMayReleaseTheLastReferenceInsideAScan) {
     EXPECT_EQ(sink.references, 0U);
 }
 
-TEST(Events, SinkMayReleaseTheLastReferenceWhenAskedForADuration) {
+TEST(Events, SinkMayReleaseTheLastReferenceInDurationNeeded) {
     const File file(L"no audio.mp3", "no audio in here");
     auto header = create();
     Sink sink;

@@ -142,7 +142,7 @@ void __stdcall answer_box(HWND, UINT, UINT_PTR timer, DWORD) {
     ::PostMessageW(box, WM_COMMAND, IDOK, 0);
 }
 
-TEST_F(MessageTest, FieldWithoutANameIsAskedForInABox) {
+TEST_F(MessageTest, FieldWithoutANameIsRequestedInABox) {
     const File tagged(L"tagged.mp3", tag({{"TIT2", "A title"}, {"TXXX", "a field"}}) + audio(120));
     EXPECT_EQ(assign(*header.Get(), tagged.name()), S_OK);
     seen = {};

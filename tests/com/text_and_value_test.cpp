@@ -161,7 +161,7 @@ TEST(FileNames, OfEveryScriptWork) {
 }
 
 // The system would end it at the NUL and open another file.
-TEST(FileNames, WithANulInsideAreOpenedByNobody) {
+TEST(FileNames, WithANulInsideAreNeverOpened) {
     const File file(L"song.mp3", audio(120));
     const auto header = create();
     EXPECT_EQ(assign(*header.Get(), file.name() + std::wstring(1, L'\0') + L".mp3"), S_OK);

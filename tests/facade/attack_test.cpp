@@ -37,7 +37,7 @@ TEST(AttackFile, IsLeftAsItIsByReading) {
     }
 }
 
-TEST(AttackFile, KeepsItsAudioWhateverIsSavedAndStripped) {
+TEST(AttackFile, KeepsItsAudioInAnySaveAndStrip) {
     for (const AttackFile& attack : test::attack_files()) {
         SCOPED_TRACE(attack.name);
         LoadedHeader loaded(attack.file);
@@ -255,7 +255,7 @@ TEST(AttackFile, ThatGrewSinceItWasOpenedKeepsWhatCameToIt) {
     EXPECT_NE(left.find((good_audio() + more).text()), std::string::npos);
 }
 
-TEST(AttackFile, ThatDisappearedSinceItWasOpenedIsNotMadeAnew) {
+TEST(AttackFile, ThatDisappearedSinceItWasOpenedIsNotCreatedAgain) {
     LoadedHeader loaded(Tag(3).text("TIT2", "Song").padding(3'000) + good_audio());
     loaded.world.files.remove(test::kSong);
     loaded.header.Title(u"New");

@@ -210,7 +210,7 @@ TEST(Events, RaiseScanningEventHandsAllFourOn) {
     EXPECT_FALSE(cancel);
 }
 
-TEST(Events, AnUnknownDurationIsAskedForEachTime) {
+TEST(Events, AnUnknownDurationIsRequestedEachTime) {
     LoadedHeader loaded(test::repeated(9000, 'x'));
     std::vector<std::int32_t> starts;
     loaded.header.DurationNeeded = [&](std::int32_t& duration) {
@@ -226,7 +226,7 @@ TEST(Events, AnUnknownDurationIsAskedForEachTime) {
     EXPECT_EQ(loaded.header.Duration(), -7);
 }
 
-TEST(Events, WithoutAFileNoDurationIsAskedFor) {
+TEST(Events, WithoutAFileNoDurationIsRequested) {
     LoadedHeader loaded;
     int asked = 0;
     loaded.header.DurationNeeded = [&](std::int32_t&) { ++asked; };
@@ -289,7 +289,7 @@ TEST(Events, AFileAssignedInsideDurationNeededIsObeyed) {
     EXPECT_EQ(loaded.header.Title(), u"Other");
 }
 
-TEST(Events, DurationAskedForInsideDurationNeededRaisesItAgain) {
+TEST(Events, DurationReadInsideDurationNeededRaisesItAgain) {
     LoadedHeader loaded(test::repeated(9000, 'x'));
     int depth = 0;
     loaded.header.DurationNeeded = [&](std::int32_t& duration) {

@@ -126,7 +126,7 @@ bool fails_silently(FailingAllocation failing, Statement&& statement) {
     return run.has_failed;
 }
 
-TEST(FacadeFaults, MemoryThatRunsOutWhileAFileIsLoadedReachesNobody) {
+TEST(FacadeFaults, FailedAllocationsWhileAFileIsLoadedRaiseNothing) {
     for_each_failing_allocation(2, 3000, [](FailingAllocation failing) {
         LoadedHeader loaded;
         loaded.world.files.put(kSong, song());
@@ -156,14 +156,14 @@ TEST(FacadeFaults, MemoryThatRunsOutNeverShowsTheFileBefore) {
     });
 }
 
-TEST(FacadeFaults, MemoryThatRunsOutWhilePropertiesAreReadReachesNobody) {
+TEST(FacadeFaults, FailedAllocationsWhilePropertiesAreReadRaiseNothing) {
     const LoadedHeader loaded(song());
     for_each_failing_allocation(2, 3000, [&](FailingAllocation failing) {
         return fails_silently(failing, [&] { read_everything(loaded.header); });
     });
 }
 
-TEST(FacadeFaults, MemoryThatRunsOutWhilePropertiesAreAssignedReachesNobody) {
+TEST(FacadeFaults, FailedAllocationsWhilePropertiesAreAssignedRaiseNothing) {
     const Arguments arguments;
     for_each_failing_allocation(2, 3000, [&](FailingAllocation failing) {
         LoadedHeader loaded(song());

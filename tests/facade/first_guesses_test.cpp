@@ -201,7 +201,7 @@ TEST_F(FirstGuesses, ARemovedCustomFieldCanBeSetAgain) {
     EXPECT_EQ(reopened().CustomFieldRetrieve("Mood"), Variant(u"wild"));
 }
 
-TEST_F(FirstGuesses, AnEditTakesARemovedFieldOutToo) {
+TEST_F(FirstGuesses, AnEditAlsoRemovesARemovedField) {
     loaded.load(test::Tag().field("Mood", "calm").field("Key", "Am").bytes() + audio());
     header.CustomFieldRemove("Mood");
     TagEdit(header).save();
@@ -217,7 +217,7 @@ TEST_F(FirstGuesses, RemovingWhatIsNotThereChangesNothing) {
     EXPECT_TRUE(header.CustomFieldExists("Mood"));
 }
 
-TEST_F(FirstGuesses, WhyAFileIsNotOpenCanBeAsked) {
+TEST_F(FirstGuesses, TheReasonWhyAFileIsNotOpenCanBeRead) {
     EXPECT_FALSE(header.OpeningError());
     header.FileName("missing.mp3");
     ASSERT_TRUE(header.OpeningError());

@@ -239,7 +239,7 @@ TEST(LoadSequence, TheSecondAssignmentDiscardsEditsMadeInBetween) {
     EXPECT_EQ(loaded.header.Intro(), 5);
 }
 
-TEST(LoadSequence, NothingOfTheFileBeforeIsLeft) {
+TEST(LoadSequence, NothingOfThePreviousFileRemains) {
     LoadedHeader loaded(Tag(3).lyrics("eng", "", "La").text("TCON", "(179)").padded_to(300) +
                         audio());
     EXPECT_EQ(loaded.header.Genre(), u"17");

@@ -307,7 +307,7 @@ TEST_F(Metadata, TheListOfFramesIsHandedOutAsItIs) {
     EXPECT_EQ(header.v2Frames(), frames);
 }
 
-TEST(FrameListOfAHost, StaysValidAfterReloadAndAfterTheObjectIsGone) {
+TEST(FrameListOfAHost, StaysValidAfterReloadAndAfterTheObjectIsDestroyed) {
     std::shared_ptr<KeyedCollection> frames;
     {
         LoadedHeader loaded(Tag(3).text("TIT2", "A").text("TPE1", "B").padded_to(300) + audio());
@@ -320,7 +320,7 @@ TEST(FrameListOfAHost, StaysValidAfterReloadAndAfterTheObjectIsGone) {
     EXPECT_EQ(frames->Item(2), Variant(String(u"TPE1")));
 }
 
-TEST(FrameListOfAHost, AnEntryTakenOutLeavesItsValuesUntilTheListIsAskedAgain) {
+TEST(FrameListOfAHost, ARemovedEntryLeavesItsValuesUntilTheListIsReadAgain) {
     LoadedHeader loaded(Tag(3).text("TIT2", "A").text("TPE1", "B").padded_to(300) + audio());
     loaded.header.v2Frames()->Remove(u"TIT2");
     EXPECT_EQ(loaded.header.FrameCount(), 1);

@@ -72,7 +72,7 @@ TEST(OpeningCost, TaggedFileOfConstantRateIsReadInAFewCalls) {
     EXPECT_LE(cost.allocations, 60U);
 }
 
-TEST(OpeningCost, PictureThatNobodyAsksForIsReadOnceAndNeverWidened) {
+TEST(OpeningCost, UnusedPictureIsReadOnceAndNeverConverted) {
     constexpr std::size_t kPicture = 60'000;
     Tag tag = station_tag();
     tag.picture("image/jpeg", 3, "", test::repeated(kPicture, 0x55)).padding(2'000);

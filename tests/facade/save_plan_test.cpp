@@ -246,7 +246,7 @@ void PrintTo(const EditCase& edit_case, std::ostream* stream) {
 
 class SavePlanAfterEdits : public ::testing::TestWithParam<EditCase> {};
 
-TEST_P(SavePlanAfterEdits, NamesWhatNobodyReplaced) {
+TEST_P(SavePlanAfterEdits, NamesFramesThatWereNotReplaced) {
     OpenedFile file(GetParam().tag + audio());
     GetParam().edit(file.header);
     const SavePlan plan = file.plan();
@@ -438,7 +438,7 @@ TEST(SavePlan, RecordToComeCounts) {
 
 // --- What a strip would take off
 
-TEST(StripPlan, TellsWhatGoes) {
+TEST(StripPlan, ReportsTheBytesToRemove) {
     const Bytes tag = Tag(3).padded_to(500).bytes();
     const Bytes upper = Bytes("TAG") + zeros(125);
     const Bytes lower = Bytes("tag") + zeros(125);
@@ -475,7 +475,7 @@ TEST(StripPlan, TellsWhatGoes) {
     }
 }
 
-TEST(StripPlan, TellsWhyNothingGoes) {
+TEST(StripPlan, ReportsWhyNothingIsRemoved) {
     const OpenedFile endless(Tag(3).padding(90).size(90'000) + repeated(6000, 0x55));
     ASSERT_TRUE(plan_strip(endless.header, v2TagOnly).refusal);
     EXPECT_EQ(plan_strip(endless.header, v2TagOnly).refusal->number(), 5);
@@ -495,7 +495,7 @@ TEST(SavePlan, WithoutAFileThereIsNothingToPlan) {
     EXPECT_EQ(plan_save(header).needed_length, 0);
 }
 
-TEST(SavePlan, FileThatIsGoneHasNone) {
+TEST(SavePlan, MissingFileHasNone) {
     OpenedFile file(audio());
     file.files().remove(kSong);
     EXPECT_EQ(file.plan().needed_length, 0);

@@ -162,7 +162,7 @@ TEST_F(SavingHost, EditsAreLostWhenTheFileIsAssignedAgain) {
     EXPECT_EQ(saved(), stamped(Tag()).padded_to(2048).bytes() + kAudio + blank_record());
 }
 
-TEST_F(SavingHost, NothingIsWrittenWhenTheObjectGoes) {
+TEST_F(SavingHost, NothingIsWrittenWhenTheObjectIsDestroyed) {
     world_.files.put(kName, kAudio);
     {
         cMPEGHeader other(world_.environment);
@@ -232,14 +232,14 @@ TEST_F(SavingHost, FileThatCannotBeSeenAnyMoreIsAnError) {
     EXPECT_EQ(error->number(), 75);
 }
 
-TEST_F(SavingHost, FileThatIsGoneIsSavedNowhereAndThatIsNoError) {
+TEST_F(SavingHost, MissingFileIsNotSavedAndRaisesNoError) {
     open(kAudio);
     world_.files.remove(kName);
     EXPECT_FALSE(error_of_saving());
     EXPECT_EQ(world_.files.names(), std::vector<String>());
 }
 
-TEST_F(SavingHost, FileThatSomebodyChangesMeanwhileIsNotWritten) {
+TEST_F(SavingHost, FileChangedByAnotherProgramIsNotWritten) {
     for (const Bytes& old : {Tag().padded_to(4000) + kAudio, kAudio}) {
         for (const SaveOptions& options : {SaveOptions{}, SaveOptions{.atomic = true}}) {
             open(old);
@@ -314,7 +314,7 @@ TEST_F(SavingHost, LastWordBeforeAChangeIsTheHosts) {
     refused(Tag(2).text("TT2", "Old").padded_to(600) + kAudio, false, SaveWay::Replace);
 }
 
-TEST_F(SavingHost, RemoveTagsTellsWhatStripTagsKeepsToItself) {
+TEST_F(SavingHost, RemoveTagsRaisesTheErrorThatStripTagsHides) {
     const Bytes endless = Tag().padding(90).size(90'000).bytes() + test::repeated(6000, 0x55);
     open(endless);
     EXPECT_FALSE(header_.StripTags(v2TagOnly));
@@ -378,7 +378,7 @@ TEST_F(SavingHost, HostThatYieldsDuringACopyCannotDisturbIt) {
     EXPECT_EQ(header_.FileName(), kName);
 }
 
-TEST_F(SavingHost, StripTakesOffWhatIsNamedAndReadsTheFileAgain) {
+TEST_F(SavingHost, StripRemovesTheNamedTagsAndReadsTheFileAgain) {
     struct Row {
         eTagType tags;
         Bytes left;

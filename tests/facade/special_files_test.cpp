@@ -100,7 +100,7 @@ protected:
     int scans_ = 0;
 };
 
-TEST_F(WhileScanned, FileThatIsCutKeepsWhatIsLeftOfItsAudio) {
+TEST_F(WhileScanned, TruncatedFileKeepsTheRestOfItsAudio) {
     constexpr std::size_t kLeft = 500'000;
     read_and([](const std::string& path) { std::filesystem::resize_file(path, kLeft); });
     header_.Title(u"New");
@@ -121,7 +121,7 @@ TEST_F(WhileScanned, FileThatGrowsKeepsWhatCameToIt) {
     EXPECT_NE(saved.find((stream_ + audio()).text()), std::string::npos);
 }
 
-TEST_F(WhileScanned, FileThatDisappearsIsReadToItsEndAndNotMadeAnew) {
+TEST_F(WhileScanned, FileThatDisappearsIsReadToItsEndAndNotCreatedAgain) {
     read_and([](const std::string& path) { std::filesystem::remove(path); });
     EXPECT_TRUE(header_.VBR());
     EXPECT_EQ(header_.Frequency(), 44'100);

@@ -244,7 +244,7 @@ std::vector<RemovalCase> removal_cases() {
 
 class TagRemovals : public ::testing::TestWithParam<RemovalCase> {};
 
-TEST_P(TagRemovals, TakeOutWhatWasAskedForAndNothingElse) {
+TEST_P(TagRemovals, RemoveTheNamedTagsAndNothingElse) {
     OpenedFile file(GetParam().tag + long_audio());
     const EditPlan plan = file.edit({.removed = {GetParam().removed}});
     EXPECT_THAT(plan.losses(), IsEmpty());
@@ -295,7 +295,7 @@ TEST(TagRemoval, IsSeenInThePreview) {
 
 // --- What the plan tells
 
-TEST(EditPlan, TellsTheFateOfEachFrame) {
+TEST(EditPlan, ReportsTheFateOfEachFrame) {
     OpenedFile file(Tag(3)
                         .frame("TIT3", Bytes{0} + letters(5000))
                         .text("TIT2", "Old")
@@ -310,7 +310,7 @@ TEST(EditPlan, TellsTheFateOfEachFrame) {
     EXPECT_TRUE(file.header.Title().starts_with(u"Corrupt ID3v2 Tag"));
 }
 
-TEST(EditPlan, TellsConversions) {
+TEST(EditPlan, ReportsConversions) {
     OpenedFile file(Tag(4).utf8_text("TALB", "A").padding(99) + long_audio());
     file.header.Song(u"New");
     EXPECT_THAT(fates(file.edit()), ElementsAre("TALB:1 converted"));
@@ -379,7 +379,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 // --- How it is written
 
-TEST(TagEdit, WritesInPlaceNoMoreThanWhatDiffers) {
+TEST(TagEdit, WritesInPlaceOnlyTheBytesThatDiffer) {
     const Bytes picture = Bytes("\0image/png\0\3\0"sv) + letters(90'000);
     OpenedFile file(Tag(3)
                         .text("TIT2", "Old")
@@ -427,7 +427,7 @@ TEST(TagEdit, LeavesTheRecordAloneWhereNoneOfItIsSet) {
     EXPECT_EQ(bare.content().last(long_audio().size()), long_audio());
 }
 
-TEST(TagEdit, KeepsWhatStandsBetweenTagAndAudio) {
+TEST(TagEdit, KeepsTheBytesBetweenTagAndAudio) {
     const Bytes tag = Tag(3).text("TALB", "A").padding(300).bytes();
     const Bytes junk = repeated(77, 'j');
     OpenedFile file(tag + junk + long_audio());
@@ -439,7 +439,7 @@ TEST(TagEdit, KeepsWhatStandsBetweenTagAndAudio) {
     EXPECT_EQ(file.content().last(junk.size() + long_audio().size()), junk + long_audio());
 }
 
-TEST(TagEdit, KeepsWhatStandsInFrontOfAudioWithoutATag) {
+TEST(TagEdit, KeepsTheBytesBeforeAudioWithoutATag) {
     OpenedFile file(repeated(50, 'j') + long_audio());
     file.header.Song(u"New");
     file.edit();

@@ -253,7 +253,7 @@ TEST_F(WritingTheRecord, FileWithoutARecordGrowsByExactly128Bytes) {
     EXPECT_EQ(content().size(), kAudio.size() + 128);
 }
 
-TEST_F(WritingTheRecord, RecordOfNobodyIsSpacesTrack0AndGenre255) {
+TEST_F(WritingTheRecord, EmptyRecordIsSpacesTrack0AndGenre255) {
     open(kAudio);
     record_.Update();
     EXPECT_EQ(content(), kAudio + Id3v1{.filler = ' '}.bytes());
@@ -271,7 +271,7 @@ TEST_F(WritingTheRecord, ExistingRecordIsOverwrittenInPlace) {
     EXPECT_EQ(content(), expected);
 }
 
-TEST_F(WritingTheRecord, FieldsNobodySetKeepTheirBytesAndTheZeroComesBack) {
+TEST_F(WritingTheRecord, FieldsThatWereNotSetKeepTheirBytesAndTheZeroIsRestored) {
     const Id3v1 read{.title = "Hello  ", .comment = "  kept  ", .track = 'z', .byte_125 = 'y'};
     open(kAudio + read.bytes());
     record_.Update();
@@ -490,7 +490,7 @@ RC_GTEST_PROP(WritingAnyRecord, IsReadBackAndKeepsTheAudio,
 
 // --- stripping ---
 
-TEST_F(StrippingTheRecord, RecordGoesAndTheFieldsAreReadAgain) {
+TEST_F(StrippingTheRecord, RecordIsRemovedAndTheFieldsAreReadAgain) {
     open(kAudio + Id3v1{.title = "Song", .track = 3, .genre = 4}.bytes());
     record_.Artist(u"Set by the host");
     EXPECT_TRUE(record_.Stripv1Tag());
@@ -504,7 +504,7 @@ TEST_F(StrippingTheRecord, RecordGoesAndTheFieldsAreReadAgain) {
     EXPECT_EQ(world_.files.open_files(), 0U);
 }
 
-TEST_F(StrippingTheRecord, LowerCaseRecordGoesThoughNoReaderSeesIt) {
+TEST_F(StrippingTheRecord, LowerCaseRecordIsRemovedThoughNoReaderSeesIt) {
     open(kAudio + Id3v1{.title = "Song", .identifier = "tag"}.bytes());
     EXPECT_FALSE(record_.HasID3v1Tag());
     EXPECT_TRUE(record_.Stripv1Tag());
@@ -532,7 +532,7 @@ TEST_F(StrippingTheRecord, FileWithoutARecordIsTrueAndUntouched) {
     EXPECT_EQ(world_.files.open_files(), 0U);
 }
 
-TEST_F(StrippingTheRecord, OnlyTheLastOfTwoRecordsGoes) {
+TEST_F(StrippingTheRecord, OnlyTheLastOfTwoRecordsIsRemoved) {
     const Bytes once = kAudio + Id3v1{.title = "Inner"}.bytes();
     open(once + Id3v1{.title = "Outer"}.bytes());
     EXPECT_TRUE(record_.Stripv1Tag());
@@ -586,7 +586,7 @@ TEST_F(StrippingTheRecord, LargeFileMovesInPiecesOf256To400KiB) {
     EXPECT_GE(world_.files.calls(FileCall::Copy), 8U);
 }
 
-TEST_F(StrippingTheRecord, CopiesThatMoveLessThanAskedForGoOn) {
+TEST_F(StrippingTheRecord, PartialCopiesAreContinued) {
     open(kAudio + Id3v1{.title = "Song"}.bytes());
     world_.files.fail({.call = FileCall::Copy, .from_then_on = true, .kind = Fault::Kind::Shorten});
     EXPECT_TRUE(record_.Stripv1Tag());

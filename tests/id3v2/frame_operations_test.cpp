@@ -201,7 +201,7 @@ TEST_F(FrameOperations, WithoutAnOwnerNoMessageIsShown) {
     EXPECT_EQ(model.FrameCount(), 0);
 }
 
-TEST_F(FrameOperations, AWholeFrameGoesWithItsValues) {
+TEST_F(FrameOperations, AFrameIsRemovedWithAllItsValues) {
     add(u"COMM", {u"a", u"b", u"c"});
     model.RemoveFrame(u"COMM");
     EXPECT_EQ(model.TagsInFrame(u"COMM"), 0);
@@ -238,7 +238,7 @@ TEST_F(FrameOperations, AnIncomingIndexCountsForOtherFrames) {
     EXPECT_EQ(model.TagsInFrame(u"COMM"), 3);
 }
 
-TEST_F(FrameOperations, TheLastValueTakesItsFrameAlong) {
+TEST_F(FrameOperations, RemovingTheLastValueRemovesItsFrame) {
     add(u"COMM", {u"a"});
     std::int32_t index = 1;
     model.RemoveFrame(u"COMM", u"", index);
@@ -484,7 +484,7 @@ TEST(RadioFieldsOfATag, ATagWithCustomFramesIsNotStamped) {
 
 // With these two values alone in the tag, one is left when the first is taken out, so the look for
 // others ends at the first number: the frame goes from the list, and comes back counting one.
-TEST(RadioFieldsOfATag, ReplacingTheFirstOfTwoLoneFieldsCountsAnew) {
+TEST(RadioFieldsOfATag, ReplacingTheFirstOfTwoLoneFieldsRestartsTheCount) {
     OpenedModel opened(Tag(3).field("Intro", "5").field("x", "y").padded_to(300) + audio());
     opened.model.AddCustomField(u"Intro", u"6");
     EXPECT_EQ(opened.model.TagsInFrame(u"TXXX"), 1);
@@ -614,7 +614,7 @@ TEST_F(RadioFields, RemovingTheFrameLeavesTheField) {
     EXPECT_TRUE(model.CustomFieldExists(u"a"));
 }
 
-TEST_F(RadioFields, AFieldWithoutANameTakesAllOthersFramesAway) {
+TEST_F(RadioFields, AFieldWithoutANameRemovesTheFramesOfAllOthers) {
     Messages messages;
     model.Owner = &messages;
     store(u"a", u"1");

@@ -133,7 +133,7 @@ TEST(OpeningFaults, AFailingReadAfterTheFirstFramesLeavesThem) {
     EXPECT_EQ(opened.model.Duration(), -1);
 }
 
-TEST(OpeningFaults, AFileWhoseLengthCannotBeAskedForIsIncomplete) {
+TEST(OpeningFaults, AFileWhoseLengthCannotBeReadIsIncomplete) {
     OpenedModel opened;
     opened.world.files.put(kSong, song());
     opened.world.files.fail({.nth = 1, .call = FileCall::Length});

@@ -92,7 +92,7 @@ TEST(Opening, BothVersionMembersGiveTheVersionByte) {
     }
 }
 
-TEST(Opening, ARecordIsReadAndToldToTheAnalyser) {
+TEST(Opening, ARecordIsReadAndPassedToTheAnalyser) {
     OpenedModel opened(audio() +
                        test::Id3v1{.title = "V1", .artist = "A1", .year = "1999"}.bytes());
     EXPECT_TRUE(opened.model.HasID3v1Tag());

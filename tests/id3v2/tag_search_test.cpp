@@ -137,7 +137,7 @@ TEST(TagSearch, FindsTheFirstTagOfAKnownVersionBeforeAudio) {
     }
 }
 
-TEST(TagSearch, AudioSyncInTheFirstBlockEndsTheSearchWhenNoIdentifierStandsThere) {
+TEST(TagSearch, AudioSyncInTheFirstBlockWithoutAnIdentifierEndsTheSearch) {
     EXPECT_EQ(tag_in(file_with(20000, {{4000, kSync}, {4200, kTag}})), std::nullopt);
 }
 

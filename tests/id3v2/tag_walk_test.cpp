@@ -345,7 +345,7 @@ TEST(TagWalk, TheWalkEndsWhereThePositionPassesTheTagSize) {
     });
 }
 
-TEST(TagWalk, TheTestStandsAfterSkippedFramesToo) {
+TEST(TagWalk, TheTestAlsoAppliesAfterSkippedFrames) {
     // A skipped frame of 10 bytes ends at 20: position 21.
     const Bytes frames = Bytes("TIT2") + zeros(6) + text("TALB", "B");
     const auto tag = [&](std::uint32_t size) { return Tag(3).raw(frames).size(size).bytes(); };

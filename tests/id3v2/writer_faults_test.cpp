@@ -228,7 +228,7 @@ Moment moment_of(const std::vector<LoggedCall>& calls, std::size_t nth) {
     return nth < flush ? Moment::WritingInPlace : Moment::AfterWritingInPlace;
 }
 
-TEST_P(SaveFaults, EachFailingCallLeavesTheOldFileAndTellsItsError) {
+TEST_P(SaveFaults, EachFailingCallLeavesTheOldFileAndRaisesItsError) {
     const Scenario& scenario = GetParam();
     const std::vector<LoggedCall> calls = calls_of(scenario);
     for (const bool from_then_on : {false, true}) {

@@ -115,7 +115,7 @@ TEST_F(Saving, WithoutAnyEditTheStampAloneIsWritten) {
     EXPECT_EQ(saved(), stamped(Tag()).padded_to(2048).bytes() + kAudio + blank_record());
 }
 
-TEST_F(Saving, JunkInFrontOfTheAudioGoesWhenATagIsMade) {
+TEST_F(Saving, JunkInFrontOfTheAudioIsRemovedWhenATagIsMade) {
     open(junk(100) + kAudio);
     EXPECT_EQ(saved(), stamped(Tag()).padded_to(2048).bytes() + kAudio + blank_record());
 }
@@ -163,7 +163,7 @@ TEST_F(Saving, NeedOf4096BytesIn4096IsRebuiltWith6144) {
     EXPECT_EQ(world_.files.calls(FileCall::Replace), 1U);
 }
 
-TEST_F(Saving, RecordIsWrittenBeforeTheTagAndGoesWhenTheTagCannotBeWritten) {
+TEST_F(Saving, RecordIsWrittenBeforeTheTagAndRemovedWhenTheTagCannotBeWritten) {
     const Bytes old = Tag().padded_to(600) + kAudio;
     open(old);
     world_.files.fail({.nth = 2, .call = FileCall::Write});
@@ -485,7 +485,7 @@ TEST_F(Saving, ThirdSaveOfOneObjectThatGrowsMovesTheAudioOnce) {
     EXPECT_EQ(saved(), expected);
 }
 
-TEST_F(Saving, FileThatSomebodyHasChangedIsLookedThroughAgainInSilence) {
+TEST_F(Saving, FileChangedByAnotherProgramIsScannedAgainWithoutEvents) {
     open(Tag().padded_to(600) + kAudio);
     put(Tag().padded_to(1500) + kAudio + kAudio);
     host_.scannings = 0;
@@ -493,7 +493,7 @@ TEST_F(Saving, FileThatSomebodyHasChangedIsLookedThroughAgainInSilence) {
     EXPECT_EQ(host_.scannings, 0);
 }
 
-TEST_F(Saving, FileThatSomebodyHasReplacedByOneOfTheSameLengthIsNotCutWhereTheOldOneWas) {
+TEST_F(Saving, FileReplacedByOneOfTheSameLengthIsNotCutAtTheOldOffset) {
     open(Tag().padded_to(60) + kAudio);
     const Bytes other = kAudio + junk(60);
     put(other);
@@ -502,7 +502,7 @@ TEST_F(Saving, FileThatSomebodyHasReplacedByOneOfTheSameLengthIsNotCutWhereTheOl
 
 // --- files that cannot be saved ---
 
-TEST_F(Saving, FileThatIsGoneIsNoErrorAndNotMadeAgain) {
+TEST_F(Saving, MissingFileIsNoErrorAndNotCreatedAgain) {
     open(kAudio);
     world_.files.remove(kName);
     EXPECT_NO_THROW(model_.Update());

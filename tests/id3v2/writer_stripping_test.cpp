@@ -113,7 +113,7 @@ TEST_F(Stripping, EditsInMemoryAreNotWritten) {
     EXPECT_EQ(model_.Title(), u"Song");
 }
 
-TEST_F(Stripping, RightAfterASaveTakesOffWhatWasSaved) {
+TEST_F(Stripping, RightAfterASaveRemovesTheSavedTag) {
     for (const std::int32_t tags : {kV2, kBoth}) {
         open(kAudio);
         model_.Update();
@@ -127,7 +127,7 @@ TEST_F(Stripping, PaddingAndJunkInFrontOfTheAudioGoWithTheTag) {
     EXPECT_EQ(stripped(kV2), kAudio);
 }
 
-TEST_F(Stripping, SecondTagGoesWithTheFirst) {
+TEST_F(Stripping, SecondTagIsRemovedWithTheFirst) {
     open(kTag + kTag + kAudio);
     EXPECT_EQ(stripped(kV2), kAudio);
 }
@@ -176,7 +176,7 @@ TEST_F(Stripping, TagInsideAStreamThatBeginsTheFileIsAudio) {
 
 // --- without audio ---
 
-TEST_F(Stripping, WithoutAudioOnlyTheTagsOwnAreaGoes) {
+TEST_F(Stripping, WithoutAudioOnlyTheTagsOwnAreaIsRemoved) {
     open(kTag + junk(6000) + kRecord);
     EXPECT_EQ(stripped(kV2), junk(6000) + kRecord);
     open(junk(33) + kTag + junk(6000));
@@ -218,7 +218,7 @@ TEST_F(Stripping, ObjectWithoutAFileIsFalse) {
     EXPECT_TRUE(model_.StripTags(0));
 }
 
-TEST_F(Stripping, FileThatIsGoneIsFalseAndNotMadeAgain) {
+TEST_F(Stripping, MissingFileIsFalseAndNotCreatedAgain) {
     for (const std::int32_t tags : {kV1, kV2, kBoth}) {
         open(kTag + kAudio + kRecord);
         world_.files.remove(kName);
@@ -237,7 +237,7 @@ TEST_F(Stripping, FileThatMayNotBeWrittenIsFalseAndNothingIsCreated) {
     }
 }
 
-TEST_F(Stripping, FileThatSomebodyHasChangedIsCutWhereItsOwnAudioBegins) {
+TEST_F(Stripping, ChangedFileIsCutWhereItsOwnAudioBegins) {
     for (const std::int32_t tags : {kV2, kBoth}) {
         open(kTag + kAudio);
         world_.files.put(kName, kTag + junk(300) + kAudio + kAudio);
@@ -245,7 +245,7 @@ TEST_F(Stripping, FileThatSomebodyHasChangedIsCutWhereItsOwnAudioBegins) {
     }
 }
 
-TEST_F(Stripping, FileThatSomebodyHasReplacedByOneOfTheSameLengthIsCutWhereItsOwnAudioBegins) {
+TEST_F(Stripping, FileReplacedByOneOfTheSameLengthIsCutWhereItsOwnAudioBegins) {
     open(kTag + junk(417) + kAudio);
     const Bytes other = Tag().padded_to(300).bytes() + test::stream(kFrame, 1) + kAudio;
     world_.files.put(kName, other + junk(300));

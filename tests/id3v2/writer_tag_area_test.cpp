@@ -97,7 +97,7 @@ TEST(TagArea, WithoutAudioIsTheHeaderAloneWhereTheTagClaimsMoreThanTheFileHolds)
     EXPECT_EQ(area.kept_from, 10);
 }
 
-TEST(TagArea, SizeThatIsExactlyTheFilesLengthIsStillBelieved) {
+TEST(TagArea, SizeThatIsExactlyTheFilesLengthIsStillAccepted) {
     const Bytes content = Tag().padding(200).size(9210).bytes() + junk(9000);
     ASSERT_EQ(content.size(), 9210U);
     EXPECT_EQ(area_of(content, std::nullopt).length, 9220);

@@ -145,7 +145,7 @@ TEST(TagBuilder, IdThatOnlyTheHostHasListedHasNoFrame) {
     EXPECT_EQ(built(store), kHeader + Bytes("TIT2\0\0\0\x02\0\0\0a"sv) + kEndMark);
 }
 
-TEST(TagBuilder, FittedTagIsZeroFilledAndTellsItsSizeInSevenBitBytes) {
+TEST(TagBuilder, FittedTagIsZeroFilledWithItsSizeInSevenBitBytes) {
     std::vector<std::uint8_t> tag = build_tag(store_of({{u"TIT2", u"Song"}}));
     fit_tag(tag, 2048);
     // 2,038 = 15 * 128 + 118.

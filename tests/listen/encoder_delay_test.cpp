@@ -39,7 +39,7 @@ TEST(EncoderDelay, IsReadAtEachPlaceAndWithEachFlag) {
     }
 }
 
-TEST(EncoderDelay, IsNotToldByOtherEncodersOrOtherFrames) {
+TEST(EncoderDelay, IsNotReadFromOtherEncodersOrOtherFrames) {
     EXPECT_EQ(read_encoder_delay(header_frame(36, "GOGO3.13b")), EncoderDelay());
     EXPECT_EQ(read_encoder_delay(header_frame(36, std::string(9, '\0'))), EncoderDelay());
     EXPECT_EQ(read_encoder_delay(header_frame(36, "LAME3.100", "VBRI")), EncoderDelay());

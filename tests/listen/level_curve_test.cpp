@@ -72,7 +72,7 @@ TEST(LastFall, OfShortSoundIsOverAllOfIt) {
     EXPECT_EQ(curve.last_fall(0.6), std::nullopt);
 }
 
-TEST(LastFall, IsNotKnownWhereNobodyListened) {
+TEST(LastFall, IsUnknownInPartsThatWereNotDecoded) {
     LevelCurve curve;
     add(curve, 1'000, kLoud);
     curve.skip(1'000);
@@ -94,7 +94,7 @@ TEST(Loudest, IsAMeanOver400Milliseconds) {
     EXPECT_EQ(curve.loudest({0, 390}), 0);
 }
 
-TEST(Loudest, LeavesOutWhereNobodyListened) {
+TEST(Loudest, SkipsPartsThatWereNotDecoded) {
     LevelCurve curve;
     add(curve, 500, kSoft);
     curve.skip(100);
@@ -128,7 +128,7 @@ TEST(Quiet, IsInsideOnly) {
               (Stretches{{0, 5'000}, {6'000, 11'000}}));
 }
 
-TEST(Quiet, IsNotWhereNobodyListened) {
+TEST(Quiet, IsNotInPartsThatWereNotDecoded) {
     LevelCurve curve;
     add(curve, 1'500, 0);
     curve.skip(1'000);

@@ -62,7 +62,7 @@ TEST(ListenToFile, NoStreamIsNothing) {
     EXPECT_FALSE(Opened(Bytes()).listen());
 }
 
-TEST(ListenToFile, HeaderFrameIsNotHeardAndTellsTheDelay) {
+TEST(ListenToFile, HeaderFrameIsNotDecodedAndGivesTheDelay) {
     Bytes header = layer3_frame(Frame{}, {}).first(36) + Bytes("Info") + big_endian(0, 4) +
                    Bytes("LAME3.100") + zeros(12) + big_endian(0x240'451, 3);
     header += zeros(417 - header.size());
@@ -140,7 +140,7 @@ TEST(ListenToFile, QuickFillsTheReservoirAfterTheMiddle) {
     EXPECT_EQ(quick.frames_cut_off, 0);
 }
 
-TEST(ListenToFile, QuickTellsThePlaceOfABadFrameAtTheEnd) {
+TEST(ListenToFile, QuickReportsThePositionOfABadFrameAtTheEnd) {
     const Listening quick =
         Opened(frames(9'000) + frames(1, kBad) + frames(99)).listen({.quick = true}).value();
     EXPECT_EQ(quick.undecoded.count, 1);

@@ -133,7 +133,7 @@ TEST(Listener, NoiseBelowTheGateIsNoSound) {
 
 // --- silences inside
 
-TEST(Listener, SilencesAreLongerThanAsked) {
+TEST(Listener, SilencesAreLongerThanTheLimit) {
     const Stereo sound = Stereo().tone(3, -20).silence(1).tone(3, -20).silence(3).tone(3, -20);
     const std::pair<std::int64_t, std::int64_t> kCounts[] = {{500, 2}, {1'500, 1}, {3'500, 0}};
     for (const auto& [shortest, count] : kCounts) {
@@ -262,7 +262,7 @@ TEST(Listener, OneChannelHasNoBalance) {
     EXPECT_FALSE(listener.conclude({}, std::nullopt).balance);
 }
 
-TEST(Listener, ClippedRunsAreTold) {
+TEST(Listener, ClippedRunsAreReported) {
     Stereo sound = Stereo().tone(3, -10);
     for (const std::size_t second : {std::size_t{1}, std::size_t{2}}) {
         for (std::size_t place = 0; place < 10; ++place) {

@@ -75,7 +75,7 @@ TEST(Suggestions, PeakHasSixPlacesAndMayBeAboveFullScale) {
     }
 }
 
-TEST(Suggestions, PartOfAFileTellsNoGain) {
+TEST(Suggestions, PartOfAFileGivesNoGain) {
     for (const Reference reference : {Reference::Partial, Reference::ReplayGain}) {
         Listening heard = some_sound();
         heard.reference = reference;

@@ -136,13 +136,13 @@ TEST(FindAudio, HeadersWithReservedFieldsDoNotCount) {
     }
 }
 
-TEST(FindAudio, BeginsWhereItIsTold) {
+TEST(FindAudio, BeginsAtTheGivenPosition) {
     const Bytes content = test::stream(kStereo, 3);
     EXPECT_EQ(audio_in(content, kind(kStereo), 1), 417);
     EXPECT_EQ(audio_in(content, kind(kStereo), 417), 417);
 }
 
-TEST(FindAudio, EndsWhereItIsTold) {
+TEST(FindAudio, EndsAtTheGivenPosition) {
     Content content(junk(50) + kStereo.bytes());
     EXPECT_EQ(find_audio(content.window(), {0, 50}, kind(kStereo)), std::nullopt);
     EXPECT_EQ(find_audio(content.window(), {0, 51}, kind(kStereo)), 50);
@@ -192,7 +192,7 @@ TEST(FrameEndsAt, TellsWhetherAFrameOfTheNextOnesKindEndsThere) {
     }
 }
 
-TEST(FrameEndsAt, LooksNoFartherBackThanItIsTold) {
+TEST(FrameEndsAt, LooksBackOnlyToTheGivenPosition) {
     Content content(junk(30) + kStereo.bytes() + kStereo.bytes());
     EXPECT_TRUE(frame_ends_at(content.window(), 30, 30 + 417));
     EXPECT_FALSE(frame_ends_at(content.window(), 31, 30 + 417));

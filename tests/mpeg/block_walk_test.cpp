@@ -123,7 +123,7 @@ TEST(BlockWalk, LastFrameMayEndBeyondTheBlock) {
     EXPECT_TRUE(walked.goes_on);
 }
 
-TEST(BlockWalk, HeaderThatTheBlockCutsIsLeftForTheNext) {
+TEST(BlockWalk, HeaderCutByTheBlockIsReadInTheNextOne) {
     const Walked walked = walk_cut_block(kHeaderBytes - 1);
     EXPECT_EQ(walked.stream.frames, 239);
     EXPECT_EQ(walked.offset, 239 * kFrame);

@@ -221,7 +221,7 @@ TEST(FrameWalk, HeaderFrameLaterInTheStreamIsAFrameLikeAnyOther) {
 
 // --- what may change from frame to frame
 
-TEST(FrameWalk, GoesOnWhenBitRateModeFlagsAndPaddingChange) {
+TEST(FrameWalk, ContinuesWhenBitRateModeFlagsAndPaddingChange) {
     const Frame other{
         .kbps = 64, .mode = Mode::JointStereo, .copyright = true, .original = true, .emphasis = 1};
     const FrameWalk found = walk(stream(Frame{}, 10) + stream(other, 10) +
@@ -270,7 +270,7 @@ TEST(FrameWalk, LastFrameAfterJunkEndsTheAudio) {
 }
 
 // A spliced file: the eleventh frame has lost its end, so the twelfth begins inside it.
-TEST(FrameWalk, FrameThatRunsIntoTheNextTakesItAlong) {
+TEST(FrameWalk, FrameThatOverlapsTheNextOneReplacesIt) {
     const FrameWalk found =
         walk(stream(Frame{}, 10) + Frame{}.bytes().first(200) + stream(Frame{}, 10));
     EXPECT_EQ(found.frames, 10 + 1 + 9);
@@ -383,7 +383,7 @@ TEST(WalkFrames, FrameCutByTheRecordIsCut) {
 
 // The duration that hosts read counts frames up to the change only: 110 of 320 kbit/s and 110 of
 // 128, then 400 in another mode.
-TEST(WalkFrames, TellsMoreThanTheDurationWhereFramesChangeTheirMode) {
+TEST(WalkFrames, CountsMoreThanTheDurationWhereFramesChangeTheirMode) {
     std::vector<int> rates;
     for (int frame = 0; frame < 220; ++frame) {
         rates.push_back(frame % 2 == 0 ? 320 : 128);
@@ -404,7 +404,7 @@ TEST(WalkFrames, FollowsTheAudioThatASaveHasMoved) {
     EXPECT_EQ(found.bytes_after, 0);
 }
 
-TEST(WalkFrames, LooksAgainInAFileThatSomebodyElseHasChanged) {
+TEST(WalkFrames, SearchesAgainInAFileThatAnotherProgramHasChanged) {
     Opened file(stream(Frame{}, 120));
     file.world.files.put(kName, zeros(50) + stream(Frame{}, 150));
     const FrameWalk found = file.walk();

@@ -16,7 +16,7 @@ Bytes data_of(const Xing& xing) {
     return frame.last(frame.size() - 4);
 }
 
-TEST(XingHeader, IsReadAtEachOfItsThreePlacesWhateverTheFrame) {
+TEST(XingHeader, IsReadAtEachOfItsThreeOffsetsInAnyFrame) {
     for (const std::size_t offset : {kXingStereo1, kXingMono1, kXingMono2}) {
         const XingRecord record =
             ReadXing(data_of({.frames = 1234, .bytes = 567890, .offset = offset}));

@@ -156,7 +156,7 @@ TEST_F(BinaryFileTest, InterruptedAndShortWritesGoOn) {
     EXPECT_EQ(folder.content("a"), pattern(1'000));
 }
 
-TEST_F(BinaryFileTest, DeviceThatNeverTakesAnythingIsAnError) {
+TEST_F(BinaryFileTest, DeviceThatNeverAcceptsBytesIsAnError) {
     folder.put("a", "");
     const auto file = open("a");
     SystemCalls calls;
@@ -183,7 +183,7 @@ TEST_F(BinaryFileTest, FailuresOfTheSystemAreRaised) {
     EXPECT_EQ(calls.left(), 0U);
 }
 
-TEST_F(BinaryFileTest, CloseIsDoneOnceWhateverItReports) {
+TEST_F(BinaryFileTest, CloseIsCalledOnceEvenIfItFails) {
     folder.put("a", "abc");
     for (const int error : {0, EINTR, EIO}) {
         auto file = open("a");

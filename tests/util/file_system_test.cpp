@@ -115,14 +115,14 @@ TEST_F(FileSystemTest, EachModeTreatsAMissingFileInItsWay) {
     EXPECT_EQ(folder.content("missing.mp3"), Bytes(""));
 }
 
-TEST_F(FileSystemTest, OpeningGoesOnAfterASignal) {
+TEST_F(FileSystemTest, OpeningContinuesAfterASignal) {
     SystemCalls calls;
     calls.plan(SystemCall::Open, fails_with(EINTR), 2);
     EXPECT_EQ(opening(folder.name("song.mp3"), OpenMode::Read), 0);
     EXPECT_EQ(calls.seen(SystemCall::Open).size(), 3U);
 }
 
-TEST_F(FileSystemTest, WhatCannotBeToldForAFileIsClosedAgain) {
+TEST_F(FileSystemTest, UnreadableFactsCloseTheFile) {
     SystemCalls calls;
     calls.plan(SystemCall::Status, {fails_with(EIO)});
     EXPECT_EQ(opening(folder.name("song.mp3"), OpenMode::Read), 57);
@@ -179,7 +179,7 @@ TEST_F(FileSystemTest, FileMadeForAReplacementIsItsOwnersAlone) {
     EXPECT_EQ(mode_of(to_utf8(beside)), 0600U);
 }
 
-TEST_F(FileSystemTest, WritableFilesAreToldFromOthersWithoutOpeningThem) {
+TEST_F(FileSystemTest, WritableFilesAreRecognisedWithoutOpeningThem) {
     const auto asking = [&](const std::string& name) {
         return error_number([&] { files().require_writable(folder.name(name)); });
     };
@@ -282,7 +282,7 @@ TEST_F(FileSystemTest, LinkThatCannotBeFollowedIsNotTakenForItsTarget) {
     EXPECT_EQ(error_number([&] { (void)files().resolve_links(folder.name("loop")); }), 75);
 }
 
-TEST_F(FileSystemTest, NewFileLiesHiddenBesideItsNeighbour) {
+TEST_F(FileSystemTest, NewFileIsHiddenBesideItsNeighbour) {
     std::set<String> names;
     for (int i = 0; i < 20; ++i) {
         String name;
@@ -433,7 +433,7 @@ TEST_F(FileSystemTest, ExistsWhatIsNamed) {
     }
 }
 
-TEST_F(FileSystemTest, NameWithWildcardsIsFirstTakenAsItStands) {
+TEST_F(FileSystemTest, NameWithWildcardsIsFirstTakenLiterally) {
     folder.put("folder/what?.mp3", "");
     EXPECT_TRUE(files().exists(folder.name("folder/what?.mp3")));
     files().remove(folder.name("folder/what?.mp3"));

@@ -77,7 +77,7 @@ Bytes bytes_of(std::span<const std::uint8_t> view) {
 
 using Reads = std::vector<Read>;
 
-TEST(FileWindow, LengthIsAskedOnce) {
+TEST(FileWindow, LengthIsReadOnce) {
     ReadLog file(100'000);
     FileWindow window(file);
     (void)window.view(0, 10);
@@ -248,7 +248,7 @@ TEST(FileWindow, CopyReadsOnNoFartherThanTheTailThatIsKnown) {
     EXPECT_EQ(file.reads.size(), 4U);
 }
 
-TEST(FileWindow, GoingBackReadsAnew) {
+TEST(FileWindow, GoingBackReadsAgain) {
     ReadLog file(100'000);
     FileWindow window(file);
     (void)window.view(50'000, 10);
@@ -294,7 +294,7 @@ TEST(FileWindow, StretchThatIsKnownToBeShortIsReadAtOnce) {
     EXPECT_EQ(file.reads, (std::vector<Read>{{0, 100'000}}));
 }
 
-TEST(FileWindow, NoMoreThanTheMostIsKept) {
+TEST(FileWindow, AtMostTheMaximumIsKept) {
     ReadLog file(1'000'000);
     FileWindow window(file);
     window.expect_until(1'000'000);
@@ -401,7 +401,7 @@ TEST(FileWindow, TellsWhatItHasPassed) {
     EXPECT_FALSE(window.has_passed(150'000)) << "a view of it reads on";
 }
 
-TEST(FileWindow, FileThatWasCutGivesWhatIsLeft) {
+TEST(FileWindow, TruncatedFileGivesTheRemainingBytes) {
     ReadLog file(10'000);
     file.claimed_length = 100'000;
     FileWindow window(file);

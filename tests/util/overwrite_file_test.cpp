@@ -78,7 +78,7 @@ TEST_F(OverwriteFile, FailedWriteLeavesTheOldFileAndRaisesItsError) {
     }
 }
 
-TEST_F(OverwriteFile, FailedWriteBackIsTold) {
+TEST_F(OverwriteFile, FailedWriteBackIsReported) {
     files_.fail({.nth = 2,
                  .call = FileCall::Write,
                  .from_then_on = true,

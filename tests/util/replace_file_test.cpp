@@ -108,14 +108,14 @@ TEST_F(ReplaceFile, FolderIsRefused) {
     EXPECT_TRUE(only_file_is(kOld));
 }
 
-TEST_F(ReplaceFile, TargetThatSomebodyHoldsOpenStaysAndTheNewFileGoes) {
+TEST_F(ReplaceFile, TargetHeldOpenStaysAndTheNewFileIsRemoved) {
     const auto held = files_.open(kName, OpenMode::Read);
     EXPECT_EQ(number_of_error(), 70);
     held->close();
     EXPECT_TRUE(only_file_is(kOld));
 }
 
-TEST_F(ReplaceFile, AnythingThatFillRaisesGoesThroughAsItCame) {
+TEST_F(ReplaceFile, ExceptionsOfFillAreRethrownUnchanged) {
     EXPECT_THROW(replace_file(files_, kName, [](BinaryFile&) { throw std::bad_alloc(); }),
                  std::bad_alloc);
     EXPECT_TRUE(only_file_is(kOld));
