@@ -45,7 +45,7 @@ struct Folders {
     }
 };
 
-// So that writing it back does not fall into somebody's time.
+// So that no contender is charged for writing it back.
 void flush_file(const std::string& path) {
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     let_flushes_through(true);
@@ -179,7 +179,7 @@ void enter_growing(const Folders& folders, const RebuiltFile& file, bool flush) 
            .iterations = file.iterations});
 }
 
-// Each of the threads takes every so-manieth file.
+// With N threads, each processes every N-th file.
 void on_threads(int count, const std::vector<std::string>& files,
                 const std::function<void(const std::string&)>& job) {
     std::vector<std::thread> threads;

@@ -1,5 +1,5 @@
-// Runs the contenders of a job in turn, each between two runs of the job's limit, so that whatever
-// else the machine does meanwhile weighs on both.
+// Runs the contenders of a job in turn, each between two runs of the job's limit, so that other
+// load on the machine affects both.
 #pragma once
 
 #include <functional>
@@ -25,7 +25,7 @@ struct Contest {
     double seconds = 0.05;
 };
 
-// Registers one benchmark for each run, named "<job>/<round>/<place>/<contender>"; the limit stands
+// Registers one benchmark for each run, named "<job>/<round>/<place>/<contender>"; the limit is
 // at the even places.
 void enter(const Contest& contest);
 

@@ -1,4 +1,4 @@
-// What a host that binds late pays for a property, against the system's own dispatch on the same
+// The cost of a property for a host that binds late, against the system's own dispatch on the same
 // type information and against opening the file.
 //
 // usage: brindle_dispatch <Brindle.dll> <MP3 file>
@@ -26,7 +26,7 @@ using Microsoft::WRL::ComPtr;
 constexpr int kRounds = 31;
 constexpr int kCalls = 2'000;
 constexpr int kFiles = 20;
-// A property read costs at most that many times what the system's own dispatch takes.
+// Maximum ratio of a property read to the system's own dispatch.
 constexpr double kMaxTimesSystem = 3;
 
 constexpr GUID kClass = {

@@ -1,5 +1,5 @@
-// Saving flushes the new file to the device, which takes far longer than all else. To see the rest
-// it can be left out: the program is linked so that fsync comes here first.
+// Saving flushes the new file to the device, which takes far longer than all else. To measure the
+// rest, it can be switched off: the program is linked so that fsync is called here first.
 #pragma once
 
 namespace brindle::bench {

@@ -1,5 +1,5 @@
 // Opens every file that is known to be hard on a reader, one by one, for callgrind to count what
-// each costs: the part of its output that belongs to a file bears the file's number, length and
+// each costs: the part of its output for a file has the file's number, length and
 // name.
 //
 //   brindle_hostile <folder>      where the files are written

@@ -7,7 +7,7 @@
 
 namespace brindle::bench {
 
-// A new object reads a file; every property is asked for once.
+// A new object reads a file; every property is read once.
 std::size_t open_and_read(const String& name);
 // A new object reads a file.
 std::size_t open_only(const String& name);

@@ -12,7 +12,7 @@ extern "C" {
 namespace brindle::bench::libavformat {
 namespace {
 
-// The library that ffprobe asks.
+// The library that ffprobe uses.
 AVFormatContext* opened(const std::string& path) {
     av_log_set_level(AV_LOG_QUIET);
     AVFormatContext* context = nullptr;

@@ -8,8 +8,7 @@
 namespace brindle::bench::mutagen {
 namespace {
 
-// The Python program that does the jobs; asking it and hearing that it is done takes a pipe each
-// way.
+// The Python program that does the jobs; requests and answers go through a pipe each.
 class Interpreter {
 public:
     Interpreter() {

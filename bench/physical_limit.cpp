@@ -114,7 +114,7 @@ void SaveLimit::operator()(bool flush) const {
     const std::size_t length = length_of(file);
     read_part(file, length - kRecord, buffer.data(), kRecordIdentifier);
     write_part(file, length - kRecordFields, tail_.data(), tail_.size());
-    // What is overwritten must be known, to be written back should a write fail.
+    // The overwritten bytes must be known, so that they can be restored if a write fails.
     read_part(file, 0, buffer.data(), tag_.size());
     write_part(file, 0, tag_.data(), tag_.size());
     require(!flush || ::fdatasync(file) == 0, "fdatasync");

@@ -1,4 +1,4 @@
-// What the machine needs for a job at least: its system calls alone, without a look at the bytes.
+// The minimum that the machine needs for a job: its system calls, without processing the bytes.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 namespace brindle::bench {
 
-// Which parts of a tagged file an opening or a save cannot do without.
+// The parts of a tagged file that opening or saving requires.
 struct FileParts {
     std::size_t head = 0;            // the tag and the first 101 frames
     std::size_t tag_area = 0;        // what a save in place writes
@@ -20,7 +20,7 @@ void open_limit(const std::string& path, const FileParts& parts);
 // Open, the whole file in reads of 1 MiB, close.
 void walk_limit(const std::string& path);
 // Open, length, read 3, write 125 at the tail, read 10, read 3 KB before the audio, write the tag
-// area, close. Writes what is there already.
+// area, close. Writes the bytes that are already there.
 class SaveLimit {
 public:
     SaveLimit(std::string path, const FileParts& parts);

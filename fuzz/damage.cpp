@@ -1,5 +1,5 @@
-// Real audio, damaged, under tags that lie, and any saves and strips of it: no byte of the audio
-// goes, and a file comes to rest.
+// Damaged real audio under wrong tags, and any saves and strips of it: no byte of the audio is
+// lost, and after some saves the file stays the same.
 #include "fuzz/input.h"
 #include "fuzz/input_choices.h"
 #include "support/audio_promise.h"

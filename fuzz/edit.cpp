@@ -1,4 +1,4 @@
-// A tag of any frames and any edit of it: what was not named stays byte for byte.
+// A tag of any frames and any edit of it: all other frames stay byte for byte.
 #include "fuzz/input.h"
 #include "fuzz/input_choices.h"
 #include "support/edit_promise.h"

@@ -1,5 +1,5 @@
-// Any end of a file: what a record holds comes back after it was written, and only its 128 bytes
-// ever change.
+// Any end of a file: the values of a record are read back after it was written, and only its 128
+// bytes ever change.
 #include "fuzz/input.h"
 #include "id3v1/cMP3ID3v1.h"
 #include "support/memory_environment.h"
@@ -13,7 +13,7 @@ namespace {
 
 const String kName = u"song.mp3";
 
-// Text that a record gives back as it is: NULs and spaces around a text are filling.
+// Text that a record returns unchanged: NULs and spaces around a text are padding.
 String text_of(const Bytes& bytes) {
     String text;
     for (const std::uint8_t byte : bytes) {

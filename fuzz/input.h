@@ -1,4 +1,4 @@
-// The bytes that a fuzzer makes up, taken from the front; and the answer to a broken promise.
+// The bytes that a fuzzer generates, read from the front; and the reaction to a broken promise.
 #pragma once
 
 #include <algorithm>
@@ -46,7 +46,7 @@ private:
     std::size_t left_;
 };
 
-// The fuzzer keeps what led here.
+// The fuzzer keeps the input that led here.
 inline void require(bool holds, const std::string& promise) {
     if (!holds) {
         (void)std::fprintf(stderr, "broken: %s\n", promise.c_str());

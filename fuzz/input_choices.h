@@ -7,7 +7,7 @@
 
 namespace brindle::fuzz {
 
-// Decisions as the fuzzer makes them; after its input always the first of the choices.
+// Choices made by the fuzzer's input; after its end always the first choice.
 class InputChoices : public test::Choices {
 public:
     explicit InputChoices(Input& input) : input_(input) {}

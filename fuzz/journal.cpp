@@ -1,4 +1,4 @@
-// A record of a journal, as somebody else may have written it: it is refused, or it is what a
+// A record of a journal, as any program may have written it: it is refused, or it is what a
 // writer of the same values would have written.
 #include <cstddef>
 #include <cstdint>

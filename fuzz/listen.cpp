@@ -1,6 +1,6 @@
-// Streams of frames with any side information and any data, listened to: every frame plays its
-// time, and what is found lies inside of the file. The decoder and the meter are the system's and
-// not instrumented; what is searched for is what we make of frames and of samples.
+// Streams of frames with any side information and any data, listened to: every frame plays for
+// its duration, and all results are inside the file. The decoder and the meter are system libraries
+// and not instrumented; the target tests our own handling of frames and samples.
 #include <algorithm>
 #include <cmath>
 #include <iterator>

@@ -1,4 +1,4 @@
-// Everything that an open file can be asked, as one text.
+// The values of all members of an open file, as one text.
 #pragma once
 
 #include <brindle/cMPEGHeader.h>

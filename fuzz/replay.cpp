@@ -1,4 +1,4 @@
-// Runs a fuzz target once over each file of the folders that are named.
+// Runs a fuzz target once over each file in the given folders.
 #include <cstdint>
 #include <cstdio>
 #include <exception>
@@ -20,7 +20,7 @@ int main(int count, char** arguments) {
                 }
                 std::ifstream file(entry.path(), std::ios::binary);
                 const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
-                // Says which one it was, should it end the program.
+                // Names the input in case it ends the program.
                 std::printf("%s\n", entry.path().c_str());
                 static_cast<void>(std::fflush(stdout));
                 LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()),

@@ -1,5 +1,5 @@
 // Any bytes in front of good audio, then a host's session of edits, saves and strips: no byte of
-// the audio ever changes, what was set is read back, and a file comes to rest.
+// the audio ever changes, the values are read back, and after some saves the file stays the same.
 #include <utility>
 
 #include <brindle/cMPEGHeader.h>
@@ -87,7 +87,7 @@ public:
 
     void reopen() { header_.FileName(kName); }
 
-    // Whether there was nothing against it.
+    // Whether the save was not refused.
     bool save() {
         const Bytes before = content();
         bool saved = true;
@@ -145,7 +145,7 @@ public:
         }
     }
 
-    // Of a tag after other bytes the last frames are not read.
+    // The last frames of a tag after other bytes are not read.
     [[nodiscard]] bool has_readable_tag() const {
         return content().size() >= kTagsAreFoundFrom && content().first(3) == Bytes("ID3");
     }

@@ -1,4 +1,4 @@
-// A file and what is claimed of its tags: the analyser says what the slow and simple way says.
+// A file and claims about its tags: the analyser agrees with the slow and simple reference.
 #include "fuzz/input.h"
 #include "mpeg/clsMPEG.h"
 #include "mpeg/same_outcome.h"

@@ -1,4 +1,4 @@
-// Any bytes after the identifier of a tag: the reader makes of them what the plain steps make.
+// Any bytes after the identifier of a tag: the reader agrees with the plain reference.
 #include <string_view>
 
 #include "fuzz/input.h"

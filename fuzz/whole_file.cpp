@@ -1,4 +1,4 @@
-// Any file, opened and asked for all it has; nothing of it changes, and it is read twice at most.
+// Any file: it is opened and every member is read. It does not change, and is read at most twice.
 #include <string>
 
 #include <brindle/cMPEGHeader.h>
