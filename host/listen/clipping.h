@@ -8,7 +8,7 @@
 
 namespace brindle::host {
 
-// The largest sample of 16 bits; what is decoded may be larger.
+// The largest sample of 16 bits; decoded samples may be larger.
 inline constexpr float kFullScale = 32'767.0F / 32'768.0F;
 
 class ClippedRuns {
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] const std::vector<std::int64_t>& places() const { return places_; }
 
 private:
-    std::vector<std::int64_t> lengths_;  // of the run that each channel is in
+    std::vector<std::int64_t> lengths_;  // of each channel's current run
     std::int64_t count_ = 0;
     std::vector<std::int64_t> places_;
 };

@@ -1,4 +1,4 @@
-// What an encoder has put around the sound, as its header in the first frame tells.
+// The samples that an encoder adds around the sound, by its header in the first frame.
 #pragma once
 
 #include <cmath>
@@ -8,8 +8,8 @@
 namespace brindle::host {
 
 struct EncoderDelay {
-    // Samples, the decoder's own delay included. A player that trims leaves them out; 0 when the
-    // file does not give, so no player trims them.
+    // Samples, the decoder's own delay included. A player that trims removes them; 0 if the file
+    // does not give them, so no player trims.
     std::int64_t before = 0;
     std::int64_t after = 0;
 
@@ -17,7 +17,7 @@ struct EncoderDelay {
 };
 
 // `frame` is the first of a Layer III stream, and holds a header ("Xing" or "Info"), in which
-// encoders of the LAME kind tell both.
+// LAME and compatible encoders store both.
 [[nodiscard]] EncoderDelay read_encoder_delay(std::span<const std::uint8_t> frame);
 
 // To the nearest whole number.

@@ -1,4 +1,4 @@
-// From the frames of one stream to samples, each frame to exactly as many as its header tells: time
+// From the frames of one stream to samples, each frame to exactly as many as its header gives: time
 // continues after frames that can't be decoded.
 #pragma once
 
@@ -19,8 +19,8 @@ namespace brindle::host {
 
 class FrameDecoder {
 public:
-    // Channels are those of the first frame: later ones of one channel play on both of two, later
-    // ones of two are mixed to one. Raises std::bad_alloc.
+    // Channels are those of the first frame: later mono frames play on both channels of a stereo
+    // stream, later stereo frames are mixed to mono. Raises std::bad_alloc.
     explicit FrameDecoder(const StreamFormat& format);
 
     struct Decoded {

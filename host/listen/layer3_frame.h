@@ -1,4 +1,4 @@
-// Where the data of a Layer III frame lies. It may begin in the frames before: the bit reservoir.
+// The position of a Layer III frame's data. It may begin in earlier frames: the bit reservoir.
 //
 //   header 4 | CRC 2, where protected | side information | the frame's own bytes
 //
@@ -35,14 +35,14 @@ struct Layer3Frame {
 [[nodiscard]] std::optional<Layer3Frame> read_layer3_frame(std::span<const std::uint8_t> frame,
                                                            const StreamFormat& format);
 
-// The frame with side information that asks for no data: it decodes to silence, and its own bytes
-// and those from `main_data_begin` on are handed on to the frames after it.
+// The frame with side information that refers to no data: it decodes to silence, and its own bytes
+// and those from `main_data_begin` on stay available to the frames after it.
 [[nodiscard]] std::vector<std::uint8_t> without_data(std::span<const std::uint8_t> frame,
                                                      const StreamFormat& format,
                                                      const Layer3Frame& parts,
                                                      std::size_t main_data_begin);
 
-// The farthest that main_data_begin can tell.
+// The maximum of main_data_begin.
 [[nodiscard]] constexpr std::size_t longest_reservoir(const StreamFormat& format) {
     return format.is_mpeg1 ? 511 : 255;
 }

@@ -1,4 +1,4 @@
-// The level of a file over time, for questions whose threshold is known only at the end.
+// The level of a file over time, for thresholds that are known only at the end.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace brindle::host {
 
 class LevelCurve {
 public:
-    // One value covers so much, until there are kMaxValues: then each two become one, and so on.
+    // Duration of one value, until there are kMaxValues: then pairs are merged, and so on.
     // Almost three hours have the finest step; memory is bounded for any input.
     static constexpr std::int64_t kFinestStep = 10;  // ms
     static constexpr std::size_t kMaxValues = std::size_t{1} << 20;
@@ -22,7 +22,7 @@ public:
     // Number of steps that are not decoded. They do not count as silence.
     void skip(std::int64_t steps);
 
-    // Of all that was heard; 0 when nothing was.
+    // Over all decoded audio; 0 if there was none.
     [[nodiscard]] double mean() const;
 
     // Momentary levels are means over 400 ms, or over everything where that is shorter.

@@ -1,4 +1,4 @@
-// From a file to what is heard in it.
+// Decodes and measures a file.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ namespace brindle::host {
 // Why this program can't listen, or nothing.
 [[nodiscard]] std::optional<std::string> reason_against_listening();
 
-// Listens along with somebody else's walk over the frames of one file, so that it is read once.
+// Measures the frames of a walk that the caller makes, so that the file is read once.
 class FileListening {
 public:
     // Of a file of `bytes` bytes.

@@ -1,5 +1,5 @@
-// Listens to samples as they come: feeds the meter and the curves with the right blocks, and draws
-// the conclusions at the end.
+// Measures samples as they arrive: passes blocks to the meter and the curves, and evaluates them at
+// the end.
 #pragma once
 
 #include <array>
@@ -21,7 +21,7 @@ namespace brindle::host {
 
 class Listener {
 public:
-    // `most_milliseconds`: no more will come.
+    // `most_milliseconds`: the maximum duration.
     Listener(const StreamFormat& format, MeterMode mode, std::int64_t most_milliseconds);
 
     // Samples of all channels in turn.

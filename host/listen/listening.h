@@ -1,4 +1,4 @@
-// What is heard in one file.
+// The measurements of one file.
 #pragma once
 
 #include <array>
@@ -12,7 +12,7 @@
 
 namespace brindle::host {
 
-// What thresholds are relative to.
+// The reference of the thresholds.
 enum class Reference {
     Whole,       // the loudness of the whole file
     Partial,     // of what was decoded of it
@@ -21,7 +21,7 @@ enum class Reference {
 
 enum class EndStyle { Cold, Fade };
 
-// Frames that could not be decoded, and are heard as silence.
+// Frames that could not be decoded, and count as silence.
 struct UndecodedFrames {
     std::int64_t count = 0;
     // Of the first.
@@ -44,7 +44,7 @@ struct Listening {
     bool is_whole = true;           // or only its first and last minute
     EncoderDelay delay;
     UndecodedFrames undecoded;
-    // The first frames of a file that was cut out of another one: what they need is not in it.
+    // The first frames of a file that was cut out of another one: their data is not in it.
     std::int64_t frames_cut_off = 0;
 
     // --- loudness

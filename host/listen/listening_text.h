@@ -1,4 +1,4 @@
-// What is heard in a file, for people to read.
+// The measurements of a file, for people to read.
 #pragma once
 
 #include <optional>
@@ -15,7 +15,7 @@ namespace brindle::host {
 // `-12.2 LUFS`
 [[nodiscard]] std::string lufs_text(double loudness);
 
-// What can't be decoded, the first of it at `time`; there are such frames.
+// A message about frames that can't be decoded, of which there are some; the first is at `time`.
 [[nodiscard]] std::string undecoded_text(const UndecodedFrames& frames, const std::string& time);
 
 // Why the file has failed although it was listened to, or nothing.

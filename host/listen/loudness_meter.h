@@ -1,4 +1,4 @@
-// Loudness by EBU R 128 (ITU-R BS.1770), of blocks of samples as they come.
+// Loudness by EBU R 128 (ITU-R BS.1770), of blocks of samples as they arrive.
 #pragma once
 
 #include <cstddef>
@@ -15,13 +15,13 @@ enum class MeterMode {
     Quick,  // no true peak, which costs six times the rest
 };
 
-// Longer sound is not kept block by block but counted by levels of 0.1 LU, in constant memory; what
-// is measured is then right to 0.05 LU.
+// Longer sound is not kept block by block but counted by levels of 0.1 LU, in constant memory; the
+// error is then at most 0.05 LU.
 inline constexpr std::int64_t kMaxExactBlocks = 432'000;  // of 100 ms, 12 hours
 
 class LoudnessMeter {
 public:
-    // `most_blocks`: how long the sound can be, in blocks of 100 ms. Raises std::bad_alloc.
+    // `most_blocks`: the maximum duration, in blocks of 100 ms. Raises std::bad_alloc.
     LoudnessMeter(int channels, std::int32_t frequency, MeterMode mode, std::int64_t most_blocks);
 
     // Samples of all channels in turn.

@@ -10,8 +10,8 @@
 namespace brindle::host {
 
 // Short-term levels (3 s) are sampled ten times a second and counted in steps of 0.01 LU, so
-// memory does not depend on the length. The meter's own range looks once a second, which differs by
-// up to 2 LU in 40 s of sound.
+// memory does not depend on the length. The meter's own range is sampled once a second, which
+// differs by up to 2 LU in 40 s of sound.
 class LoudnessRange {
 public:
     static constexpr std::int64_t kStep = 10;  // ms
@@ -29,7 +29,7 @@ private:
     static constexpr int kLevelsPerUnit = 100;
 
     void count(double energy);
-    // The level below which so large a part of those counted from `first` on is.
+    // The level below which this part of the levels counted from `first` is.
     [[nodiscard]] double percentile(std::size_t first, std::int64_t all, double part) const;
 
     std::array<double, 30> tenths_{};  // sums of the latest 3 s

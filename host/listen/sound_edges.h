@@ -1,4 +1,4 @@
-// Where sound begins and ends at a threshold that is known only when all was heard: for each level
+// Where sound begins and ends at a threshold that is known only at the end: for each level
 // the first and the last millisecond that reaches it.
 #pragma once
 

@@ -1,4 +1,4 @@
-// What is heard in a file, as values to set.
+// The measurements of a file, as values to set.
 #pragma once
 
 #include <optional>
@@ -9,7 +9,7 @@
 
 namespace brindle::host {
 
-// What ReplayGain 2.0 brings every programme to, LUFS.
+// The target loudness of ReplayGain 2.0, LUFS.
 inline constexpr double kReplayGainReference = -18;
 
 // The columns of a table of edits (`brindle apply`).

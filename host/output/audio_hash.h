@@ -8,7 +8,7 @@
 namespace brindle::host {
 
 // SHA-256 of all frames that walk_frames() finds, the encoder's header frame and a last frame that
-// is cut included, without the bytes between them. "" without a stream.
+// is cut off included, without the bytes between them. "" without a stream.
 // Errors: those of opening and reading.
 [[nodiscard]] std::string audio_hash(const std::string& name, const cMPEGHeader& header);
 

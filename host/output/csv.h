@@ -11,10 +11,10 @@ namespace brindle::host {
 inline constexpr char kCsvComma = ',';
 inline constexpr const char* kCsvLineEnd = "\r\n";
 
-// Spreadsheets take a cell that begins with one of a few characters for a formula, and leave out a
+// Spreadsheets take a cell that begins with one of a few characters for a formula, and drop a
 // single quote in front of it.
 [[nodiscard]] std::string for_spreadsheet(const std::string& text);
-// The text that for_spreadsheet() was given.
+// The reverse of for_spreadsheet().
 [[nodiscard]] std::string from_spreadsheet(const std::string& cell);
 
 }  // namespace brindle::host

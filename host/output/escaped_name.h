@@ -1,4 +1,4 @@
-// Names of files as UTF-8 text.
+// File names as UTF-8 text.
 #pragma once
 
 #include <optional>
@@ -7,9 +7,9 @@
 
 namespace brindle::host {
 
-// A byte that is no part of UTF-8 becomes the six characters \udc80 to \udcff, and a backslash two.
+// A byte that is not UTF-8 becomes the six characters \udc80 to \udcff; a backslash is doubled.
 [[nodiscard]] std::string escaped_name(std::string_view name);
-// The name that escaped_name() was given; nothing for text with a lone backslash.
+// The reverse of escaped_name(); nothing for text with a lone backslash.
 [[nodiscard]] std::optional<std::string> unescaped_name(std::string_view escaped);
 
 }  // namespace brindle::host

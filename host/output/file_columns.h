@@ -43,7 +43,7 @@ struct Column {
 [[nodiscard]] std::optional<Column> column_of(const std::string& title);
 // "file", the keys of the JSON object of a file, "error".
 [[nodiscard]] std::vector<Column> all_columns();
-// Adds that of the audio's hash before "error", or at the end, where it is not there yet.
+// Adds the column of the audio's hash before "error", or at the end, if it is missing.
 void add_hash_column(std::vector<Column>& columns);
 [[nodiscard]] bool has_hash_column(const std::vector<Column>& columns);
 
@@ -58,7 +58,7 @@ public:
 
     [[nodiscard]] std::string csv_header() const;
     [[nodiscard]] std::string csv_row(const TableFile& file) const;
-    // For people: the texts with tabs between them, and what is invisible in them shown.
+    // For people: the texts separated by tabs, with invisible characters escaped.
     [[nodiscard]] std::string line(const TableFile& file) const;
 
 private:

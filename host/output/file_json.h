@@ -1,4 +1,4 @@
-// All that is known of one file, as a line of JSON.
+// The properties of one file, as a line of JSON.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace brindle::host {
 enum class FrameValues { Shown, LeftOut };
 
 // The fields as hosts read them under the names of the automation interface, then "schema", "tag"
-// and "file_facts": the tag and the file as they are. "v2Tag", which may be left out, maps the id
+// and "file_facts": the tag and the file as they are. "v2Tag", which is optional, maps the id
 // of each frame to the list of its values. The audio's hash is among the facts of the file where
 // one is given; "" is that of a file without audio.
 [[nodiscard]] std::string file_json_line(

@@ -1,4 +1,4 @@
-// All that is known of one file, for people to read.
+// The properties of one file, for people to read.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace brindle::host {
 
 // The file's name and below it the groups Stream, Tags, Scheduling fields and Frames, a line for
-// each value. What a file does not have is left out.
+// each value. Missing values are omitted.
 [[nodiscard]] std::string file_report(const std::string& name, const cMPEGHeader& header);
 
 }  // namespace brindle::host

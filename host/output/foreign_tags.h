@@ -1,4 +1,4 @@
-// Tags at the end of a file that the library leaves alone.
+// Tags at the end of a file that the library does not change.
 #pragma once
 
 #include <cstdint>

@@ -18,20 +18,20 @@ using Json = nlohmann::ordered_json;
 [[nodiscard]] Json to_json(bool value);
 [[nodiscard]] Json to_json(std::int16_t value);
 [[nodiscard]] Json to_json(std::int32_t value);
-// A whole number is written as one: 1, not 1.0.
+// Whole numbers have no decimals: 1, not 1.0.
 [[nodiscard]] Json to_json(double value);
 [[nodiscard]] Json to_json(eTagType value);
 [[nodiscard]] Json to_json(const String& value);
-// null when nothing is there.
+// null for an empty value.
 [[nodiscard]] Json to_json(const Variant& value);
 // The same as text.
 [[nodiscard]] std::string json_text(const Variant& value);
 
-// A name of the system's as a JSON string. A byte that is no part of UTF-8 is written as the escape
-// of U+DC80 to U+DCFF, so that a program can make the same name of it again.
+// A file name of the system as a JSON string. A byte that is not UTF-8 is written as the escape
+// of U+DC80 to U+DCFF, so that a program can restore the name.
 [[nodiscard]] std::string json_name(std::string_view name);
-// One line with its line feed: an object that begins with the file's name. Elsewhere bytes that are
-// no UTF-8 become U+FFFD.
+// One line with its line feed: an object that begins with the file's name. Elsewhere, bytes that
+// are not UTF-8 become U+FFFD.
 [[nodiscard]] std::string json_line(const std::string& file_name, const Json& facts);
 
 }  // namespace brindle::host

@@ -1,4 +1,4 @@
-// Text of foreign origin on one line of a terminal.
+// Text from files on one line of a terminal.
 #pragma once
 
 #include <concepts>
@@ -9,11 +9,11 @@
 
 namespace brindle::host {
 
-// The text with what is invisible in it shown: a line feed becomes \n, a carriage return \r, a tab
+// The text with invisible characters escaped: a line feed becomes \n, a carriage return \r, a tab
 // \t, any other C0 control or DEL \xNN; C1 controls, bidirectional and other format characters, and
 // separators of lines \uNNNN or \UNNNNNNNN. A tag or a file name can otherwise end a line, send
-// commands to the terminal or show text in another order. A byte that is no UTF-8 becomes \xNN, as
-// other programs take a text with such a byte for binary.
+// commands to the terminal or show text in another order. A byte that is not UTF-8 becomes \xNN,
+// because other programs take a text with such a byte for binary.
 [[nodiscard]] std::string printable(std::string_view utf8);
 [[nodiscard]] std::string printable(const String& text);
 // The same in quotation marks.
