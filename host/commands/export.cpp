@@ -72,17 +72,17 @@ ExitStatus export_files(const ExportOptions& options) {
 void add_export(CommandLine& program) {
     const auto options = std::make_shared<ExportOptions>();
     CommandOptions command =
-        program.add("export", "Write scheduling fields as other playout systems read them, too",
+        program.add("export", "Write scheduling fields for other playout systems",
                     "brindle export --to liquidsoap --dry-run music",
                     [options] { return export_files(*options); });
     command.word(
         "--to", "SYSTEM", playout_system_words(),
         [options](const std::string& word) { options->system = playout_system_of(word); },
-        "The system that is to find the fields");
+        "The system for which the fields are written");
     command.require("--to");
     add_saving_options(command, *options);
     command.changed_paths(*options,
-                          "Show old and new values and what a save would do; touch nothing");
+                          "Show old and new values and what a save would do; write nothing");
 }
 
 }  // namespace brindle::host

@@ -60,7 +60,7 @@ PlannedChange plan(const std::string& name, const ImportOptions& options, Journa
         }
     }
     if (row.cells.empty()) {
-        return nothing_written(name, has_points ? "all of it is set already" : no_points);
+        return nothing_written(name, has_points ? "all values are already set" : no_points);
     }
     return plan_row(row, header, state, options, /*unicode=*/false, journal);
 }
@@ -88,10 +88,10 @@ void add_import(CommandLine& program) {
         [options](const std::string& word) { options->system = playout_system_of(word); },
         "The system whose fields are read");
     command.require("--from");
-    command.flag("--overwrite", options->overwrite, "Set it also where something is");
+    command.flag("--overwrite", options->overwrite, "Also replace values that are already set");
     add_saving_options(command, *options);
     command.changed_paths(*options,
-                          "Show old and new values and what a save would do; touch nothing");
+                          "Show old and new values and what a save would do; write nothing");
 }
 
 }  // namespace brindle::host

@@ -17,7 +17,7 @@ PlannedChange plan_row(const EditRow& row, const cMPEGHeader& header,
         return {edits.errors.front()};
     }
     if (edits.edits.empty()) {
-        return nothing_written(row.file, "the file is so already");
+        return nothing_written(row.file, "the file already has these values");
     }
     const auto changes = std::make_shared<SetOptions>(changes_of(std::move(edits), unicode));
     changes->latin1 = unicode;

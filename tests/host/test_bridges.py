@@ -130,7 +130,7 @@ EXPORTED = {
                                    {"liq_cue_in": "1.5", "liq_cue_out": "3.135"}),
     "other letters": ("liquidsoap", points(1500) + others(LIQ_CUE_IN="1.5"), AUDIO,
                       {"liq_cue_in": "1.500", "liq_cue_out": "3.135"}),
-    "what is no number": ("liquidsoap", points(1500) + others(liq_cue_in="soon", liq_cue_out="nan"),
+    "what is not a number": ("liquidsoap", points(1500) + others(liq_cue_in="soon", liq_cue_out="nan"),
                           AUDIO, {"liq_cue_in": "1.500", "liq_cue_out": "3.135"}),
     "azuracast": ("azuracast", points(1500, 2000, 2500), AUDIO,
                   {"cue_in": "1.500", "cue_out": "3.135", "cross_start_next": "2.500",
@@ -351,13 +351,13 @@ def test_import_keeps_what_is_set_and_overwrites_on_demand(brindle, song):
     assert imported(song) == {"cue_in": 700, "sectone": 3000}
     before = snapshot(song)
     assert fine(brindle("import", "--from", "liquidsoap", "song.mp3")) == (
-        "song.mp3: nothing written, all of it is set already\n")
+        "song.mp3: nothing written, all values are already set\n")
     assert snapshot(song) == before
     fine(brindle("import", "--from", "liquidsoap", "--overwrite", "song.mp3"))
     assert imported(song) == {"cue_in": 1500, "sectone": 3000}
     before = snapshot(song)
     assert fine(brindle("import", "--from", "liquidsoap", "--overwrite", "song.mp3")) == (
-        "song.mp3: nothing written, the file is so already\n")
+        "song.mp3: nothing written, the file already has these values\n")
     assert snapshot(song) == before
 
 
@@ -418,7 +418,7 @@ def test_check_and_normalize_leave_the_fields_alone(brindle, song):
     assert fine(brindle("check", "--notes", "--quiet", "song.mp3")) == "song.mp3: ok\n"
     assert snapshot(song) == before
     assert fine(brindle("normalize", "song.mp3")) == (
-        "song.mp3: nothing written, the file is so already\n")
+        "song.mp3: nothing written, the file already has these values\n")
     assert snapshot(song) == before
     # Also where there is something to do.
     fine(brindle("set", "--unicode", "--album", "Жук", "song.mp3"))
