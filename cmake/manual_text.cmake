@@ -1,9 +1,9 @@
-# The manual as plain text for Windows: <manual>.txt of <manual>.
+# A page of the manual as plain text for Windows: <text> from <manual>.
 execute_process(COMMAND ${mandoc} -T ascii ${manual}
-    OUTPUT_VARIABLE text
+    OUTPUT_VARIABLE shown
     COMMAND_ERROR_IS_FATAL ANY)
 # Terminals print bold and underlined letters twice.
 string(ASCII 8 backspace)
-string(REGEX REPLACE ".${backspace}" "" text "${text}")
-string(REPLACE "\n" "\r\n" text "${text}")
-file(WRITE ${manual}.txt "${text}")
+string(REGEX REPLACE ".${backspace}" "" shown "${shown}")
+string(REPLACE "\n" "\r\n" shown "${shown}")
+file(WRITE ${text} "${shown}")

@@ -6,7 +6,7 @@ foreach(manual brindle.html brindle.txt)
     endif()
 endforeach()
 file(READ ${folder}/README.md readme)
-string(REPLACE docs/brindle.1.scd docs/brindle.html readme "${readme}")
+string(REPLACE docs/manual/brindle.1.scd docs/brindle.html readme "${readme}")
 file(WRITE ${folder}/README.md "${readme}")
 
 # As sha256sum writes and checks them.

@@ -31,7 +31,7 @@ def test_package_has_what_a_station_needs(package):
         "x64/Brindle.dll", "x64/Brindle.tlb", "x64/Brindle.Automation.manifest", "x64/brindle.exe",
         "register.cmd", "unregister.cmd", "README.md", "LICENSE", "CHANGELOG.md", "SHA256SUMS",
         "examples/automation/tag_file.vbs", "docs/automation.md", "docs/brindle.html",
-        "docs/brindle.txt"}
+        "docs/brindle.txt", "docs/brindle-set.html", "docs/brindle-set.txt"}
     for width in ("x86", "x64"):
         build = ROOT / "build" / f"windows-{width}"
         for built in (build / "src" / "facade" / "com" / "Brindle.dll",
@@ -42,17 +42,23 @@ def test_package_has_what_a_station_needs(package):
 def test_manual_is_there_to_be_read(package):
     assert not list(package.rglob("*.scd"))
     assert "docs/brindle.html" in (package / "README.md").read_text()
-    text = (package / "docs" / "brindle.txt").read_bytes()
-    page = (package / "docs" / "brindle.html").read_bytes()
-    assert b"\b" not in text and b"\x1b" not in text  # no bold letters as terminals have them
-    assert text.count(b"\r\n") == text.count(b"\n") > 100
-    assert page.lower().startswith(b"<!doctype html>") and page.rstrip().endswith(b"</html>")
-    # Every option of its source.
-    options = set(re.findall(r"\*(--[a-z-]+)\*", (ROOT / "docs" / "brindle.1.scd").read_text()))
+    sources = list((ROOT / "docs" / "manual").iterdir())
+    assert len(sources) > 10
+    options = set()
+    for source in sources:
+        name = source.name.removesuffix(".1.scd")
+        text = (package / "docs" / f"{name}.txt").read_bytes()
+        page = (package / "docs" / f"{name}.html").read_bytes()
+        assert b"\b" not in text and b"\x1b" not in text  # no bold letters as terminals have them
+        assert text.count(b"\r\n") == text.count(b"\n") > 10
+        assert page.lower().startswith(b"<!doctype html>") and page.rstrip().endswith(b"</html>")
+        # Every option of its source.
+        explained = set(re.findall(r"\*(--[a-z-]+)\*", source.read_text()))
+        for option in explained:
+            assert option.encode() in text
+            assert option.encode() in page
+        options |= explained
     assert len(options) > 20
-    for option in options:
-        assert option.encode() in text
-        assert option.encode() in page
 
 
 # The document on the C++ library names headers that a Windows host does not need.

@@ -6,6 +6,7 @@ import re
 
 import pytest
 
+from manual import page_of
 from mp3_bytes import audio
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
@@ -170,17 +171,13 @@ def test_completion_of_zsh_lists_no_other_options():
 
 @each_settable_row
 def test_manual_has_the_option(help_lines, row):
-    text = (ROOT / "docs" / "brindle.1.scd").read_text(encoding="utf-8")
-    section = text.split("# BRINDLE SET\n")[1].split("\n# ")[0]
     kind = placeholder(help_lines[row.option])
     written = f"*{row.option}* _{kind}_" if kind else f"*{row.option}*"
-    entries = [line for line in section.split("\n") if line.startswith("*--")]
+    entries = [line for line in page_of("set").split("\n") if line.startswith("*--")]
     assert any(written in re.split(r", (?=\*)", line) for line in entries)
 
 
 def test_manual_has_no_other_options():
-    text = (ROOT / "docs" / "brindle.1.scd").read_text(encoding="utf-8")
-    section = text.split("# BRINDLE SET\n")[1].split("\n# ")[0]
-    entries = "\n".join(line for line in section.split("\n") if line.startswith("*--"))
+    entries = "\n".join(line for line in page_of("set").split("\n") if line.startswith("*--"))
     assert set(re.findall(r"\*(--[a-z0-9-]+)\*", entries)) == (
         table_options() | JOURNAL_OPTIONS | OTHER_OPTIONS - {"-h", "--help", "--version"})

@@ -11,10 +11,10 @@ import tarfile
 
 import pytest
 
+from manual import page_of
 from mp3_bytes import audio, tag, text_frame
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-MANUAL = ROOT / "docs" / "brindle.1.scd"
 
 # 120 frames of side information and data of NULs play 3,134.69 ms of silence.
 SILENT = tag(text_frame("TIT2", "Song")) + audio()
@@ -69,8 +69,7 @@ def test_manual_has_every_key(tmp_path, brindle, tone):
     (tmp_path / "a.mp3").write_bytes(tone)
     facts = facts_of(brindle("listen", "--json", "a.mp3"))
     assert list(facts) == KEYS
-    section = MANUAL.read_text().split("# BRINDLE LISTEN\n")[1].split("\n# ")[0]
-    table = section.split("[[ *Key*\n")[1].replace("\\", "")
+    table = page_of("listen").split("[[ *Key*\n")[1].replace("\\", "")
     told = re.findall(r"^\|  (.*)$", table, re.MULTILINE)
     names = [name for row in told for name in row.split(", ")]
     assert names == [key for key in KEYS if not key.endswith("_trimmed_ms")] + ["error"]

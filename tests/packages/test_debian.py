@@ -156,7 +156,8 @@ def test_installed_program_shows_the_sample(system, song, environment):
 
 def test_program_has_its_pages_and_completions(system):
     share = system / "usr" / "share"
-    assert (share / "man/man1/brindle.1.gz").exists()
+    for page in (ROOT / "docs" / "manual").iterdir():
+        assert (share / "man/man1" / f"{page.stem}.gz").exists()
     assert (share / "bash-completion/completions/brindle").exists()
     assert (share / "zsh/vendor-completions/_brindle").exists()
     assert (share / "fish/vendor_completions.d/brindle.fish").exists()
