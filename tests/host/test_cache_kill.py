@@ -108,8 +108,10 @@ def test_every_call_that_writes(program, music, injected, existing):
     assert tried > 30
 
 
-def kill_at_random(program, folder, times, longest):
+def kill_at_random(program, folder, times):
+    begin = time.monotonic()
     without = output_without(program, folder)
+    longest = time.monotonic() - begin
     cache = folder / "cache.db"
     chance = random.Random(19)
     stored = 0
@@ -130,16 +132,17 @@ def kill_at_random(program, folder, times, longest):
             now = len(rows(cache, "name"))
             assert now >= stored, attempt
             stored = now
-    assert killed > times / 2
+    # A run that finds everything in the cache is faster.
+    assert killed > times / 4
     assert is_recovered(program, folder, without)
 
 
 def test_at_random_moments(program, tmp_path):
     fill(tmp_path / "music", 1500)
-    kill_at_random(program, tmp_path, 25, 0.3)
+    kill_at_random(program, tmp_path, 25)
 
 
 @pytest.mark.deep
 def test_at_many_random_moments(program, tmp_path):
     fill(tmp_path / "music", 3000)
-    kill_at_random(program, tmp_path, 400, 0.6)
+    kill_at_random(program, tmp_path, 400)
