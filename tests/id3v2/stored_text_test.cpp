@@ -96,5 +96,16 @@ TEST(StoredText, MovesItsText) {
     EXPECT_EQ(last.wide(), u"long enough for the heap");
 }
 
+TEST(StoredText, IsEmptyAfterItsTextWasMoved) {
+    StoredText constructed_from(u"text");
+    StoredText assigned_from(u"text");
+    StoredText to(std::move(constructed_from));
+    // NOLINTBEGIN(bugprone-use-after-move)
+    EXPECT_EQ(constructed_from.size(), 0U);
+    to = std::move(assigned_from);
+    EXPECT_EQ(assigned_from.size(), 0U);
+    // NOLINTEND(bugprone-use-after-move)
+}
+
 }  // namespace
 }  // namespace brindle
