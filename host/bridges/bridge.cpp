@@ -27,8 +27,8 @@ constexpr std::array<SystemWord, 3> kWords{{
 // A file's time as a system counts it.
 class SystemTime {
 public:
-    // Liquidsoap leaves out what the encoder has put around the sound, and AzuraCast plays through
-    // Liquidsoap.
+    // Liquidsoap removes the samples that the encoder adds around the sound, and AzuraCast plays
+    // with Liquidsoap.
     SystemTime(PlayoutSystem system, const PlayingTime& playing)
         : time_(playing), trims_(system != PlayoutSystem::Rivendell) {}
 
@@ -38,7 +38,7 @@ public:
     [[nodiscard]] std::int64_t of_host(std::int64_t point) const {
         return trims_ ? time_.trimmed.trimmed(point) : point;
     }
-    // 0 is the beginning, and no point, to both.
+    // For both, 0 means the beginning, and that no point is set.
     [[nodiscard]] std::int64_t to_host(const FieldPoint& point) const {
         const std::int64_t at =
             trims_ && point.at > 0 ? time_.trimmed.untrimmed(point.at) : point.at;
@@ -87,7 +87,7 @@ void check_range(const char* name, std::int64_t point, std::int64_t length) {
     }
 }
 
-// Brindle's point, or the system's own where there is none.
+// Brindle's point, or the system's if none is set.
 std::optional<std::int64_t> point_or(std::int64_t ours, const std::optional<FieldPoint>& theirs,
                                      const SystemTime& time) {
     if (ours != 0) {
@@ -97,7 +97,7 @@ std::optional<std::int64_t> point_or(std::int64_t ours, const std::optional<Fiel
     return is_inside ? std::optional(theirs->at) : std::nullopt;
 }
 
-// Brindle has no cue-out: the system's own stays where it can.
+// Brindle has no cue-out: that of the system stays if it is possible.
 std::int64_t cue_out_for(const WantedPoints& wanted, const std::optional<FieldPoint>& theirs,
                          const SystemTime& time) {
     const std::int64_t least = std::max(wanted.cue_in, wanted.next_start.value_or(0));
@@ -179,7 +179,7 @@ HostPoints imported(PlayoutSystem system, const TagFacts& facts, const PlayingTi
     if (!there.errors.empty()) {
         throw BridgeError(there.errors.front());
     }
-    // The next begins where playing ends, unless something else is said.
+    // Without another field the next begins where playing ends.
     const bool ends_early = there.cue_out && there.cue_out->at + kRoundingOfPoints < time.end();
     if (!there.next_start && ends_early) {
         there.next_start = there.cue_out;
@@ -222,7 +222,7 @@ std::vector<SharedPoint> disagreements(const HostPoints& points, const TagFacts&
     try {
         compare_all(read_rdxl(facts));
     } catch (const RdxlError&) {
-        // Says nothing that could differ.
+        // Without a value there is nothing to compare.
     }
     return found;
 }

@@ -32,32 +32,32 @@ enum class PlayoutSystem { Liquidsoap, AzuraCast, Rivendell };
 // Why this build has no bridge to the system, or nothing.
 [[nodiscard]] std::optional<std::string> reason_against(PlayoutSystem system);
 
-// Points cannot be taken over; what() is the reason.
+// The points cannot be converted; what() is the reason.
 class BridgeError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// How long a file plays.
+// The duration of a file.
 struct PlayingTime {
     std::int64_t length = 0;  // ms, for hosts
     TrimmedTime trimmed;
 };
 
-// The fields to write, so that the system plays the file as hosts do. What they say already is left
-// out, and so is what Brindle has no point for: a point that the system has stays. Raises
-// BridgeError.
+// The fields to write, so that the system plays the file as hosts do. Fields that already have
+// these values are omitted, and points that are not set in Brindle: those of the system stay.
+// Raises BridgeError.
 [[nodiscard]] std::vector<CustomField> exported(PlayoutSystem system, const HostPoints& points,
                                                 const TagFacts& facts, const PlayingTime& playing);
 
 // Whether there is any field in which the system keeps a point.
 [[nodiscard]] bool has_fields_of(PlayoutSystem system, const TagFacts& facts);
 
-// What the system's fields say. Raises BridgeError for one that cannot be true.
+// The points in the system's fields. Raises BridgeError if one is impossible.
 [[nodiscard]] HostPoints imported(PlayoutSystem system, const TagFacts& facts,
                                   const PlayingTime& playing);
 
-// A field of one of these systems that says the same as a field of Brindle.
+// A field of one of these systems with the same meaning as a field of Brindle.
 struct SharedPoint {
     std::string_view brindle_name;  // "cue-in"
     std::string system_name;        // "liq_cue_in"

@@ -43,8 +43,8 @@ public:
 
 // Raises RdxlError.
 [[nodiscard]] SystemPoints read_rdxl(const TagFacts& facts);
-// Nothing if the file's rdxl says so already; of one that is there all else stays. Raises
-// RdxlError.
+// Nothing if the file's rdxl already has these points. The rest of an existing rdxl does not
+// change. Raises RdxlError.
 [[nodiscard]] std::vector<CustomField> rdxl_to_write(const WantedPoints& wanted,
                                                      const TagFacts& facts);
 

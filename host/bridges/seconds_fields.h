@@ -32,7 +32,7 @@ struct SecondsField {
 // `end`: where the system's time ends.
 [[nodiscard]] SystemPoints read_seconds(std::span<const SecondsField> fields, const TagFacts& facts,
                                         std::int64_t end);
-// The fields that do not say so already.
+// The fields whose values differ.
 [[nodiscard]] std::vector<CustomField> seconds_to_write(std::span<const SecondsField> fields,
                                                         const WantedPoints& wanted,
                                                         const TagFacts& facts, std::int64_t end);

@@ -6,12 +6,12 @@
 
 namespace brindle::host {
 
-// "BRND" in the header of the database, where file(1) finds it, too.
+// "BRND" in the header of the database, which file(1) shows.
 inline constexpr std::int32_t kApplicationId = 0x42524E44;
 
-// Makes the file, for the user alone, if it is not there. Refused is what anybody else may have
-// written, a symbolic link, and every file that holds anything but a database with our id. The
-// answer is the path for Database. Raises CacheError.
+// Creates the file, readable by its user only, if it does not exist. Refuses files that others can
+// write to, symbolic links, and all content except a database with our id. Returns the path for
+// Database. Raises CacheError.
 [[nodiscard]] std::string prepare_cache_file(const std::string& name);
 
 }  // namespace brindle::host

@@ -5,8 +5,8 @@
 
 namespace brindle::host {
 
-// Makes the tables in an empty database. Raises CacheError, with a reason alone, unless the
-// database then has our id, our version and our tables, and is whole; and DatabaseError.
+// Creates the tables in an empty database. Raises CacheError (a reason without the name) unless the
+// database then has our id, our version and our tables, and passes its check; and DatabaseError.
 void prepare_cache_schema(const Database& database);
 
 }  // namespace brindle::host

@@ -10,10 +10,10 @@ namespace brindle::host {
 
 namespace {
 
-// The times of files are as coarse as 2 seconds, and those of a share come from another clock.
+// File times have a resolution of 2 seconds on some systems, and those of a share another clock.
 constexpr std::int64_t kSettlingSeconds = 2;
 
-// A row is written again after so many days without a change, so that it is not forgotten.
+// A row is marked again after this time, so that it is not removed as old.
 constexpr std::int64_t kDaysBetweenMarks = 7;
 
 std::int64_t seconds_now() {
@@ -89,7 +89,7 @@ Answer CachedBatch::cached_answer(const FoundName& found, const FileIdentity& id
                      .run = cache_->run(),
                      .day = cache_->today()};
     Answer answer;
-    // Had to be read again, and turned out to be the same.
+    // The file was read again, and the output is the same.
     if (cached && is_old(*cached) && cached->output == now.output &&
         cached->counted == now.counted) {
         answer.is_unchanged = true;
@@ -102,7 +102,7 @@ Answer CachedBatch::cached_answer(const FoundName& found, const FileIdentity& id
     return answer;
 }
 
-// What this run has found itself is new, also where a file comes up again.
+// An answer of this run is new, also if the file is named twice.
 bool CachedBatch::is_old(const CachedAnswer& cached) const {
     return cache_options_.only_new && cached.run != cache_->run();
 }

@@ -1,4 +1,4 @@
-// A batch that takes what it can from the cache of an earlier run.
+// A batch that reads only files for which a cache has no answer.
 #pragma once
 
 #include <cstdint>
@@ -13,30 +13,30 @@ namespace brindle::host {
 
 struct CacheOptions {
     std::optional<std::string> file;
-    bool only_new = false;  // only what no earlier run has printed
+    bool only_new = false;  // print only new and changed files
 };
 
-// What reading a file has brought.
+// The result of reading a file.
 struct FileResult {
     Answer answer;
     Counted counted{};
-    // Whether the next run would read the same. A file that fails is read again in any case.
+    // False if another run may read something else. Files that fail are always read again.
     bool is_lasting = true;
 };
 
 class CachedBatch {
 public:
-    // Both are called on several threads at once.
+    // Both are called on several threads at the same time.
     using Read = std::function<FileResult(const FoundName& found)>;
-    // Adds a file to the summary; false when these are not numbers of the command.
+    // Adds a file to the summary; false if the numbers are not valid for the command.
     using Count = std::function<bool(const Counted& counted)>;
 
-    // `command` is its name and all its options that decide what is printed of a file, other than
-    // its name. Raises CacheError before any file is read.
+    // `command` is its name and all options that affect the output, except the name of a file.
+    // Raises CacheError before any file is read.
     CachedBatch(const BatchOptions& options, const CacheOptions& cache, const std::string& command);
 
-    // An answer is stored when it has been written: what a killed run has not printed, the next run
-    // with `only_new` prints.
+    // An answer is stored after it has been written, so the next run with `only_new` prints
+    // everything that a killed run has not printed.
     [[nodiscard]] BatchOutcome run(const Read& read, const Count& count);
 
 private:

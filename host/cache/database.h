@@ -17,9 +17,9 @@ class DatabaseError : public std::runtime_error {
 public:
     DatabaseError(int code, const std::string& text) : std::runtime_error(text), code_(code) {}
 
-    // Another program has held it longer than one waits.
+    // Another program has locked it for longer than the time-out.
     [[nodiscard]] bool is_busy() const;
-    // Not a database, or not whole.
+    // Not a database, or damaged.
     [[nodiscard]] bool is_damage() const;
     // A value is larger than Database::kLongestValue.
     [[nodiscard]] bool is_oversize() const;
@@ -33,8 +33,8 @@ class Database {
 public:
     static constexpr int kLongestValue = 2 * 1024 * 1024;
 
-    // Opens what is there under this absolute path, which must hold no symbolic link; an empty file
-    // is an empty database. What the file's schema may do when it is read is kept to a minimum.
+    // Opens the file with this absolute path, which must not contain symbolic links; an empty file
+    // is an empty database. The schema of the file can run as little code as SQLite permits.
     explicit Database(const std::string& path);
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
@@ -91,7 +91,7 @@ private:
     Statement& statement_;
 };
 
-// What is not committed when it goes is rolled back.
+// The destructor rolls back what is not committed.
 class Transaction {
 public:
     explicit Transaction(const Database& database);

@@ -16,10 +16,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// What is printed of a file that is no attack stays far below.
+// Far above the output for any file that is not an attack.
 constexpr std::size_t kLongestOutput = std::size_t{1024} * 1024;
 
-// Of one transaction.
+// Limits of one transaction.
 constexpr std::size_t kMostRows = 512;
 constexpr std::size_t kMostBytes = std::size_t{4} * 1024 * 1024;
 constexpr std::chrono::seconds kLongestWait{1};
@@ -33,7 +33,7 @@ constexpr const char* kFind =
     " AND name = ? AND size = ? AND modified = ? AND modified_nanoseconds = ? AND changed = ?"
     " AND changed_nanoseconds = ?";
 
-// Ids of options are looked up in each transaction: another run may have forgotten them.
+// Ids of options are looked up in each transaction: another run may have removed them.
 constexpr const char* kAddOptions = "INSERT OR IGNORE INTO options(text) VALUES (?)";
 constexpr const char* kKeep =
     "INSERT OR REPLACE INTO files(options, volume, number, name, size, modified,"
@@ -99,7 +99,7 @@ struct RunCache::State {
         }
     }
 
-    // Under the lock of `using_database`.
+    // Requires the lock of `using_database`.
     void fail(const DatabaseError& error) {
         writes = false;
         failure = failure ? failure : error.what();
@@ -123,7 +123,7 @@ struct RunCache::State {
         }
     }
 
-    // Nothing where anybody else than this program has written the row.
+    // Nothing if the row is not one that this program writes.
     static std::optional<CachedAnswer> answer_in(const Statement& row) {
         const auto settled = row.number(0);
         const auto run = row.number(1);
@@ -199,14 +199,14 @@ struct RunCache::State {
     const std::int64_t run = random_number();
     const std::int64_t today = days_since_1970();
 
-    std::mutex using_database;  // guards all up to `failure`
+    std::mutex using_database;  // guards the members up to `failure`
     std::optional<Database> database;
     std::optional<Statement> lookup;
     bool reads = true;
     bool writes = true;
     std::optional<std::string> failure;
 
-    std::mutex adding;  // guards what waits
+    std::mutex adding;  // guards the members below
     std::vector<Row> waiting;
     std::size_t waiting_bytes = 0;
     Clock::time_point last_stored = Clock::now();

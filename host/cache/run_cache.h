@@ -1,4 +1,4 @@
-// What earlier runs have printed of files, in a database.
+// The output of earlier runs for each file, in a database.
 #pragma once
 
 #include <array>
@@ -15,40 +15,40 @@ namespace brindle::host {
 // Why this build has no cache, or nothing.
 [[nodiscard]] std::optional<std::string> reason_against_caching();
 
-// What a file adds to the summary of a run; each command has numbers of its own.
+// What a file adds to the summary of a run. The meaning of the numbers depends on the command.
 using Counted = std::array<std::int64_t, 3>;
 
 struct CachedAnswer {
     std::string output;
     Counted counted{};
-    // Otherwise the file had changed so shortly before it was read that a further change may have
-    // left the same identity: it has to be read again.
+    // False when the file had changed shortly before it was read: another change may then have left
+    // the identity as it is, so the file has to be read again.
     bool is_settled = false;
-    std::int64_t run = 0;  // in which the file was read
-    std::int64_t day = 0;  // when a run last came across it, in days since 1970
+    std::int64_t run = 0;  // that has read the file
+    std::int64_t day = 0;  // of the last run that found the file, in days since 1970
 };
 
 // May be used on several threads.
 class RunCache {
 public:
-    // Opens the database in this file, or makes it. `options` are the version of the program, the
-    // command, and all its options that decide what is printed. Raises CacheError.
+    // Opens or creates the database in this file. `options` are the version of the program, the
+    // command, and all its options that affect the output. Raises CacheError.
     RunCache(const std::string& file, std::string options);
     RunCache(const RunCache&) = delete;
     RunCache& operator=(const RunCache&) = delete;
-    // Stores what still waits.
+    // Stores the answers that are not stored yet.
     ~RunCache();
 
-    // What was printed of the file when it was as it is now, under this name and with the options.
+    // The output for the file with this identity, under this name and with the options.
     [[nodiscard]] std::optional<CachedAnswer> find(const std::string& name,
                                                    const FileIdentity& identity);
-    // Answers wait until there are many, and a second at most as long as more of them come.
+    // Answers are stored together: when there are many, or a second after the last time.
     void keep(const std::string& name, const FileIdentity& identity, CachedAnswer answer);
-    // Stores what still waits and forgets files that no run has come across for long. The answer is
-    // why not everything could be taken from the cache or stored in it, or nothing.
+    // Stores the rest, and removes files that no run has found for a long time. Returns why the
+    // cache could not be used for all files, or nothing.
     [[nodiscard]] std::optional<std::string> finish();
 
-    // Of this run: no other has the same.
+    // A number that no other run has.
     [[nodiscard]] std::int64_t run() const;
     [[nodiscard]] std::int64_t today() const;
 

@@ -1,4 +1,4 @@
-// Takes the place of run_cache.cpp in a build without SQLite.
+// Replaces run_cache.cpp in a build without SQLite.
 #include "cache/run_cache.h"
 
 namespace brindle::host {
@@ -39,7 +39,7 @@ std::int64_t RunCache::today() const {
     return 0;
 }
 
-// Nothing asks for one without a cache.
+// Not called without a cache.
 std::optional<FileIdentity> identity_of(const std::string&) {
     return std::nullopt;
 }
