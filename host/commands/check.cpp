@@ -142,7 +142,7 @@ std::string words_of(const CheckOptions& options) {
         const SoundLimits& limits = options.limits;
         words += " --listen";
         for (const double limit : {limits.silent_start, limits.silence_inside, limits.silent_end,
-                                   limits.too_loud, limits.too_quiet}) {
+                                   limits.too_loud, limits.too_quiet, limits.sound_range}) {
             std::array<char, 32> digits{};
             const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), limit).ptr;
             words += " " + std::string(digits.data(), end);
@@ -232,6 +232,10 @@ void add_limits(CommandOptions& command, SoundLimits& limits) {
     command.number("--too-quiet", "LUFS", limits.too_quiet, kSoftest, 0,
                    "With --listen: lowest loudness not reported (default: -30)");
     command.needs("--too-quiet", "--listen");
+    constexpr double kMaxUnits = 80;
+    command.number("--sound-range", "LU", limits.sound_range, 1, kMaxUnits,
+                   "With --listen: level of sound below the loudness of the file (default: 40)");
+    command.needs("--sound-range", "--listen");
 }
 
 }  // namespace

@@ -165,7 +165,8 @@ void check_loudness(double loudness, const SoundLimits& limits, Findings& findin
 }  // namespace
 
 ListenOptions listen_options(const SoundLimits& limits) {
-    return {.shortest_silence = in_milliseconds(limits.silence_inside)};
+    return {.sound_range = limits.sound_range,
+            .shortest_silence = in_milliseconds(limits.silence_inside)};
 }
 
 void check_sound(const cMPEGHeader& header, const Listening& heard, const SoundLimits& limits,

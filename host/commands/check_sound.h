@@ -19,6 +19,7 @@ struct SoundLimits {
     // LUFS
     double too_loud = -7;
     double too_quiet = -30;
+    double sound_range = 40;  // LU below the loudness that are still sound
 };
 
 // How a file is to be listened to.

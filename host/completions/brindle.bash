@@ -55,7 +55,7 @@ _brindle() {
             ;;
         check)
             options="--json --notes --only --ignore --fail-on --listen --silent-start
-                --silence-inside --silent-end --too-loud --too-quiet --cache --new -0 --null --jobs
+                --silence-inside --silent-end --too-loud --too-quiet --sound-range --cache --new -0 --null --jobs
                 --quiet"
             ;;
         listen)
@@ -76,7 +76,7 @@ _brindle() {
         scan:--columns) return ;;
         scan:--jobs | check:--jobs | listen:--jobs) return ;;
         check:--silent-start | check:--silence-inside | check:--silent-end) return ;;
-        check:--too-loud | check:--too-quiet) return ;;
+        check:--too-loud | check:--too-quiet | check:--sound-range) return ;;
         listen:--set)
             mapfile -t COMPREPLY < <(
                 compgen -W "cue-in sectone loudness end-style cue-in,sectone,loudness" -- "$word")

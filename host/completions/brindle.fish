@@ -90,7 +90,7 @@ complete -c brindle -n '__fish_seen_subcommand_from listen import' -l overwrite 
 complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l end-style-texts -d 'Texts for the end styles'
 complete -c brindle -n '__fish_seen_subcommand_from listen' -l quick -d 'First and last minute only'
 complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l reference -d 'Loudness for gains'
-complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l sound-range -d 'Level of sound below the loudness'
+complete -c brindle -n '__fish_seen_subcommand_from check listen' -x -l sound-range -d 'Level of sound below the loudness'
 complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l overlap-range -d 'Level below the loudness at which the next may start'
 
 complete -c brindle -n '__fish_seen_subcommand_from time' -x -l style -a 'none fraction all' -d 'Layout'

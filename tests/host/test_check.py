@@ -573,7 +573,7 @@ def test_listening_adds_reasons_and_takes_none_away(tmp_path, brindle):
 
 
 @pytest.mark.parametrize("option", ["--silent-start", "--silence-inside", "--silent-end",
-                                    "--too-loud", "--too-quiet"])
+                                    "--too-loud", "--too-quiet", "--sound-range"])
 def test_limits_are_numbers_and_need_to_listen(tmp_path, brindle, option):
     (tmp_path / "a.mp3").write_bytes(GOOD + AUDIO)
     value = "-10" if "too" in option else "1"

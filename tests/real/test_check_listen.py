@@ -193,6 +193,13 @@ def test_silences_are_limited_by_options(check, tmp_path):
         "silence-inside"]
 
 
+def test_level_of_sound_is_an_option(check, tmp_path):
+    """The hiss is 60 dB below the music."""
+    path = file_of(SOUNDS["hiss-at-the-end"][0], tmp_path / "a.mp3")
+    assert list(check(path)) == ["silent-end"]
+    assert list(check(path, "--sound-range", "70")) == []
+
+
 def test_many_silences_are_counted(check, tmp_path):
     parts = [part for number in range(7) for part in (music(1, seed=number), quiet(1))]
     path = file_of((*parts, music(1)), tmp_path / "a.mp3")
