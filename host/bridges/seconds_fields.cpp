@@ -119,13 +119,18 @@ std::optional<std::int64_t> wanted_number(const SecondsField& field, const Wante
     }
 }
 
-bool says_so(const SecondsField& field, std::int64_t wanted, const TagFacts& facts,
-             std::int64_t end) {
+bool has_value(const SecondsField& field, std::int64_t wanted, const TagFacts& facts,
+               std::int64_t end) {
     const auto text = facts.custom(field.name);
-    const auto number = text ? milliseconds_in(*text) : std::nullopt;
-    const bool is_from_end =
-        field.meaning == SecondsMeaning::CueOutFromEitherEnd && number.value_or(0) < 0;
-    return number && (is_from_end ? end + *number : *number) == wanted;
+    if (!text) {
+        return false;
+    }
+    const auto number = milliseconds_in(*text);
+    if (!number) {
+        return false;
+    }
+    const bool is_from_end = field.meaning == SecondsMeaning::CueOutFromEitherEnd && *number < 0;
+    return (is_from_end ? end + *number : *number) == wanted;
 }
 
 }  // namespace
@@ -149,7 +154,7 @@ std::vector<CustomField> seconds_to_write(std::span<const SecondsField> fields,
     std::vector<CustomField> made;
     for (const SecondsField& field : fields) {
         const auto number = wanted_number(field, wanted);
-        const bool stays = !number || (says_so(field, *number, facts, end) &&
+        const bool stays = !number || (has_value(field, *number, facts, end) &&
                                        texts_named(facts, field.name).size() == 1);
         if (!stays) {
             made.push_back({String(field.name), from_utf8(seconds_text(*number))});
