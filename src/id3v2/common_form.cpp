@@ -71,17 +71,6 @@ CommonForm recoded_people(Bytes content) {
 
 }  // namespace
 
-bool is_read_alike(char16_t unit) {
-    constexpr char16_t kFirstOther = 0x80;
-    constexpr char16_t kFirstPrintable = 0xA0;  // 80 to 9F are control characters
-    constexpr char16_t kLast = 0xFF;
-    if (unit < kFirstOther) {
-        return unit != 0;
-    }
-    return unit >= kFirstPrintable && unit <= kLast &&
-           widen(static_cast<std::uint8_t>(unit)) == unit;
-}
-
 CommonForm in_common_form(std::string_view id, Bytes content, bool was_version4) {
     if (content.empty()) {
         return {};

@@ -30,9 +30,6 @@ struct CommonForm {
     std::vector<std::uint8_t> content;  // of the frame, where it is recoded
 };
 
-// Whether the code page has the character where ISO-8859-1 has it.
-[[nodiscard]] bool is_read_alike(char16_t unit);
-
 // Of a frame of version 2.3 with that id and content. Lists of people (IPLS, TIPL, TMCL) keep their
 // values apart. A comment without a description loses its language, which hosts would read as part
 // of it. `was_version4`: genres by number get the parentheses of version 2.3.

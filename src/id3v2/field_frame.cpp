@@ -7,7 +7,6 @@
 
 #include <brindle/text.h>
 
-#include "id3v2/common_form.h"
 #include "id3v2/custom_field_names.h"
 #include "id3v2/custom_fields.h"
 #include "id3v2/frame_fields.h"

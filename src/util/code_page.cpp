@@ -87,4 +87,15 @@ std::uint8_t narrow(char16_t unit) noexcept {
     return page().byte_of(unit);
 }
 
+bool is_read_alike(char16_t unit) noexcept {
+    constexpr char16_t kFirstOther = 0x80;
+    constexpr char16_t kFirstPrintable = 0xA0;  // 80 to 9F are control characters
+    constexpr char16_t kLast = 0xFF;
+    if (unit < kFirstOther) {
+        return unit != 0;
+    }
+    return unit >= kFirstPrintable && unit <= kLast &&
+           widen(static_cast<std::uint8_t>(unit)) == unit;
+}
+
 }  // namespace brindle

@@ -15,5 +15,7 @@ namespace brindle {
 [[nodiscard]] String widen(std::span<const std::uint8_t> bytes);
 // A character outside the page becomes "?".
 [[nodiscard]] std::uint8_t narrow(char16_t unit) noexcept;
+// Whether ISO-8859-1 has the character, and the code page has it at the same place.
+[[nodiscard]] bool is_read_alike(char16_t unit) noexcept;
 
 }  // namespace brindle
