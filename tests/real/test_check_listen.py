@@ -222,8 +222,8 @@ def test_loudness_is_limited_by_options(check, tmp_path):
 
 def test_clipped_runs_have_their_places(check, tmp_path):
     path = file_of(with_burst(music(3, 1), 3), tmp_path / "a.mp3")
-    count, places = re.fullmatch(r"(\d+) runs of samples at full scale, at (.*), \.\.\.: take a "
-                                 "source of lower level", check(path)["clipped"]["text"]).groups()
+    count, places = re.fullmatch(r"(\d+) runs of samples at full scale, at (.*), \.\.\.: use a "
+                                 "source with a lower level", check(path)["clipped"]["text"]).groups()
     # Two in each period of ten milliseconds, and where coding adds ripple, more.
     assert int(count) >= 20
     times = [time_in(place) for place in places.split(", ")]
