@@ -332,6 +332,7 @@ def test_import_names_what_it_cannot_take(brindle, song, name):
     assert snapshot(song) == before
 
 
+@pytest.mark.plain_build
 def test_large_xml_costs_little_memory(program, tmp_path):
     """Of a text 65,536 bytes are read. With all of its elements it would take gigabytes."""
     song = tmp_path / "song.mp3"

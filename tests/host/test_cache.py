@@ -149,6 +149,7 @@ def test_order_and_number_of_ignored_codes_are_no_other_option(brindle, library,
                                "--cache", "cache.db", "music"))
 
 
+@pytest.mark.plain_build
 def test_files_are_not_opened_again(program, library, cache):
     def opened_files(*form):
         trace = cache.parent / "trace"
@@ -290,6 +291,7 @@ def test_time_of_the_status_lies_two_seconds_before_the_reading(brindle, library
     assert len(settled) > 5
 
 
+@pytest.mark.plain_build
 def test_file_that_changes_while_it_is_read_is_not_stored(program, library, cache):
     song = library / "a.mp3"
     # The program waits after it has opened the file, with the old state in hand.
@@ -326,6 +328,7 @@ def test_file_that_failed_is_tried_again(program, library, cache, reachable):
     assert run().stderr == b"brindle: music/e.mp3: Permission denied\n"
 
 
+@pytest.mark.plain_build
 @pytest.mark.parametrize("call, error", [("pread64", "EIO"), ("openat", "EMFILE")])
 @pytest.mark.parametrize("form", [("scan", "--json"), ("scan", "--hash"), ("check", "--json"),
                                   ("check", "--listen")], ids=" ".join)
