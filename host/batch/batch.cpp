@@ -60,8 +60,14 @@ private:
     // Number of files to process in parallel.
     [[nodiscard]] unsigned jobs() const { return fixed_jobs_ > 0 ? fixed_jobs_ : tuner_.jobs(); }
 
+    // A thread starts when there may be a file for it: few files need few threads.
+    [[nodiscard]] bool needs_thread() const {
+        return threads_.size() < jobs() && threads_.size() <= written_ + waiting_.size() &&
+               !is_over_ && !has_all_threads_;
+    }
+
     void start_threads() {
-        while (threads_.size() < jobs() && !is_over_ && !has_all_threads_) {
+        while (needs_thread()) {
             try {
                 threads_.emplace_back([this] { work(); });
                 ++working_;
@@ -143,6 +149,9 @@ private:
             return std::nullopt;
         }
         waiting_.emplace_back();
+        if (needs_thread()) {
+            done_.notify_one();
+        }
         return Task{*std::move(found), written_ + waiting_.size() - 1};
     }
 
@@ -153,7 +162,6 @@ private:
             tuner_.job_ended(std::chrono::steady_clock::now());
         }
         if (jobs() > before) {
-            done_.notify_one();
             turn_.notify_all();
         } else {
             turn_.notify_one();

@@ -17,7 +17,7 @@ namespace {
 using Seconds = std::chrono::duration<double>;
 using Time = JobTuner::Time;
 
-// Seconds that a job takes while so many run, in a simulated library.
+// Duration of a job in a simulated library, by the number of running jobs.
 using JobSeconds = std::function<double(unsigned running)>;
 
 struct SimulatedRun {
