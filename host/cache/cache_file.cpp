@@ -1,5 +1,7 @@
 #include "cache/cache_file.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string_view>
