@@ -139,17 +139,13 @@ std::vector<CustomField> exported(PlayoutSystem system, const HostPoints& points
     check_range("intro", points.intro, playing.length);
     check_range("secondary tone", points.sectone, playing.length);
     const SystemTime time(system, playing);
-    try {
-        const SystemPoints there = read_points(system, facts, time.end());
-        WantedPoints wanted;
-        wanted.cue_in = point_or(points.cue_in, there.cue_in, time).value_or(0);
-        wanted.next_start = point_or(points.sectone, there.next_start, time);
-        wanted.talk_end = point_or(points.intro, there.talk_end, time);
-        wanted.cue_out = cue_out_for(wanted, there.cue_out, time);
-        return fields_to_write(system, wanted, facts, time.end());
-    } catch (const RdxlError& error) {
-        throw BridgeError(error.what());
-    }
+    const SystemPoints there = read_points(system, facts, time.end());
+    WantedPoints wanted;
+    wanted.cue_in = point_or(points.cue_in, there.cue_in, time).value_or(0);
+    wanted.next_start = point_or(points.sectone, there.next_start, time);
+    wanted.talk_end = point_or(points.intro, there.talk_end, time);
+    wanted.cue_out = cue_out_for(wanted, there.cue_out, time);
+    return fields_to_write(system, wanted, facts, time.end());
 }
 
 bool has_fields_of(PlayoutSystem system, const TagFacts& facts) {
@@ -170,12 +166,7 @@ bool has_fields_of(PlayoutSystem system, const TagFacts& facts) {
 
 HostPoints imported(PlayoutSystem system, const TagFacts& facts, const PlayingTime& playing) {
     const SystemTime time(system, playing);
-    SystemPoints there;
-    try {
-        there = read_points(system, facts, time.end());
-    } catch (const RdxlError& error) {
-        throw BridgeError(error.what());
-    }
+    SystemPoints there = read_points(system, facts, time.end());
     if (!there.errors.empty()) {
         throw BridgeError(there.errors.front());
     }
@@ -221,7 +212,7 @@ std::vector<SharedPoint> disagreements(const HostPoints& points, const TagFacts&
     }
     try {
         compare_all(read_rdxl(facts));
-    } catch (const RdxlError&) {
+    } catch (const BridgeError&) {
         // Without a value there is nothing to compare.
     }
     return found;

@@ -10,13 +10,13 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <brindle/tag_facts.h>
 
+#include "bridges/bridge_error.h"
 #include "bridges/points.h"
 #include "listen/trimmed_time.h"
 
@@ -31,12 +31,6 @@ enum class PlayoutSystem { Liquidsoap, AzuraCast, Rivendell };
 
 // Why this build has no bridge to the system, or nothing.
 [[nodiscard]] std::optional<std::string> reason_against(PlayoutSystem system);
-
-// The points cannot be converted; what() is the reason.
-class BridgeError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 // The duration of a file.
 struct PlayingTime {

@@ -19,7 +19,6 @@
 #pragma once
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,19 +31,13 @@ namespace brindle::host {
 
 inline constexpr std::u16string_view kRdxlName = u"rdxl";
 
-// The text cannot be read, or has no place for points; what() is the reason.
-class RdxlError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
 // Why this program can't read XML, or nothing.
 [[nodiscard]] std::optional<std::string> reason_against_rdxl();
 
-// Raises RdxlError.
+// Raises BridgeError if the text is not XML of a cart.
 [[nodiscard]] SystemPoints read_rdxl(const TagFacts& facts);
 // Nothing if the file's rdxl already has these points. The rest of an existing rdxl does not
-// change. Raises RdxlError.
+// change. Raises BridgeError if it is not XML of a cart, or has no place for a point.
 [[nodiscard]] std::vector<CustomField> rdxl_to_write(const WantedPoints& wanted,
                                                      const TagFacts& facts);
 

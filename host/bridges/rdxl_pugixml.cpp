@@ -11,6 +11,7 @@
 
 #include <brindle/text.h>
 
+#include "bridges/bridge_error.h"
 #include "bridges/custom_text.h"
 #include "bridges/rdxl.h"
 #include "output/printable_text.h"
@@ -60,7 +61,7 @@ public:
         const std::ptrdiff_t place =
             value.type() == pugi::node_pcdata ? value.offset_debug() : kNowhere;
         if (place == kNowhere) {
-            throw RdxlError(std::string("rdxl has no ") + element + " that could be changed");
+            throw BridgeError(std::string("rdxl has no ") + element + " that could be changed");
         }
         const auto begin = static_cast<std::size_t>(place);
         text_.replace(begin, text_.find('<', begin) - begin, std::to_string(number));
@@ -74,11 +75,11 @@ private:
 
     void parse() {
         if (!document_.load_buffer(text_.data(), text_.size(), kParsing, pugi::encoding_utf8)) {
-            throw RdxlError("rdxl is no XML that can be read");
+            throw BridgeError("rdxl is no XML that can be read");
         }
         cut_ = document_.child("cart").child("cutList").child("cut");
         if (!cut_) {
-            throw RdxlError("rdxl has no cart with a cut");
+            throw BridgeError("rdxl has no cart with a cut");
         }
     }
 
@@ -193,26 +194,22 @@ SystemPoints read_rdxl(const TagFacts& facts) {
 
 std::vector<CustomField> rdxl_to_write(const WantedPoints& wanted, const TagFacts& facts) {
     const auto old = custom_text(facts, kRdxlName);
-    Rdxl rdxl(old ? to_utf8(*old) : new_rdxl(facts));
-    const bool is_named_so = facts.custom(kRdxlName) && texts_named(facts, kRdxlName).size() == 1;
-    bool is_changed = !is_named_so;
+    const std::string before = old ? to_utf8(*old) : new_rdxl(facts);
+    Rdxl rdxl(before);
     if (!rdxl.has(kStart, wanted.cue_in)) {
         rdxl.set(kStart, wanted.cue_in);
-        is_changed = true;
     }
     if (!rdxl.has(kEnd, wanted.cue_out)) {
         rdxl.set(kEnd, wanted.cue_out);
-        is_changed = true;
     }
     if (wanted.next_start && !rdxl.has(kSegueStart, *wanted.next_start)) {
         set_range(rdxl, kSegueStart, *wanted.next_start, kSegueEnd, wanted.cue_out);
-        is_changed = true;
     }
     if (wanted.talk_end && !rdxl.has(kTalkEnd, *wanted.talk_end)) {
         set_range(rdxl, kTalkStart, 0, kTalkEnd, *wanted.talk_end);
-        is_changed = true;
     }
-    if (!is_changed) {
+    const bool is_named_so = facts.custom(kRdxlName) && texts_named(facts, kRdxlName).size() == 1;
+    if (is_named_so && rdxl.text() == before) {
         return {};
     }
     return {{String(kRdxlName), from_utf8(rdxl.text())}};
