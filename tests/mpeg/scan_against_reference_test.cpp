@@ -12,6 +12,7 @@
 #include "mpeg/reference_analyser.h"
 #include "mpeg/same_outcome.h"
 #include "support/bytes.h"
+#include "support/case_count.h"
 #include "support/frames.h"
 #include "support/memory_environment.h"
 
@@ -158,16 +159,16 @@ ReferenceAnalyser expect_same_outcome(const Case& made) {
 
 // How often each kind of outcome came up, so that the comparison is known to be worth something.
 struct Outcomes {
-    int accepted = 0;
-    int variable = 0;
-    int averaged = 0;  // variable, and not by a header in the first frame
-    int turned_down = 0;
+    unsigned accepted = 0;
+    unsigned variable = 0;
+    unsigned averaged = 0;  // variable, and not by a header in the first frame
+    unsigned turned_down = 0;
 
     void count(const ReferenceAnalyser& reference, bool has_xing) {
-        accepted += reference.found ? 1 : 0;
-        turned_down += reference.found ? 0 : 1;
-        variable += reference.VBR ? 1 : 0;
-        averaged += reference.VBR && !has_xing ? 1 : 0;
+        accepted += reference.found ? 1U : 0U;
+        turned_down += reference.found ? 0U : 1U;
+        variable += reference.VBR ? 1U : 0U;
+        averaged += reference.VBR && !has_xing ? 1U : 0U;
     }
 };
 
@@ -178,7 +179,7 @@ bool contains_xing(const Bytes& file) {
 
 TEST(ScanAgainstReference, RandomFilesHaveTheSameOutcome) {
     Outcomes outcomes;
-    for (unsigned seed = 0; seed < 5'000; ++seed) {
+    for (unsigned seed = 0; seed < case_count(5'000); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Dice dice(seed);
         const Case made = random_case(dice);
@@ -187,10 +188,10 @@ TEST(ScanAgainstReference, RandomFilesHaveTheSameOutcome) {
             return;
         }
     }
-    EXPECT_GT(outcomes.accepted, 1'000);
-    EXPECT_GT(outcomes.averaged, 250);
-    EXPECT_GT(outcomes.variable - outcomes.averaged, 30);
-    EXPECT_GT(outcomes.turned_down, 600);
+    EXPECT_GT(outcomes.accepted, case_count(1'000));
+    EXPECT_GT(outcomes.averaged, case_count(250));
+    EXPECT_GT(outcomes.variable - outcomes.averaged, case_count(30));
+    EXPECT_GT(outcomes.turned_down, case_count(600));
 }
 
 class GivenFile : public ScannedFile {
@@ -204,7 +205,7 @@ private:
 };
 
 TEST(ScanAgainstReference, SeriesOfFilesOnOneAnalyserHaveTheSameOutcome) {
-    for (unsigned seed = 0; seed < 600; ++seed) {
+    for (unsigned seed = 0; seed < case_count(600); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Dice dice(1'000'000 + seed);
         MemoryEnvironment world;
@@ -234,7 +235,7 @@ TEST(ScanAgainstReference, SeriesOfFilesOnOneAnalyserHaveTheSameOutcome) {
 
 // Only headers, a few bytes apart: every chain meets many others.
 TEST(ScanAgainstReference, FilesOfNothingButHeadersHaveTheSameOutcome) {
-    for (unsigned seed = 0; seed < 1'500; ++seed) {
+    for (unsigned seed = 0; seed < case_count(1'500); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Dice dice(2'000'000 + seed);
         const std::size_t kinds = 1 + dice(3);
