@@ -23,6 +23,11 @@ struct FileState {
     friend bool operator==(const FileState&, const FileState&) = default;
 };
 
+enum class ReadOrder {
+    Scattered,   // short pieces here and there
+    Sequential,  // a long range from its beginning to its end
+};
+
 // An open regular file, read and written at 0-based positions. Every member raises Error.
 class BinaryFile {
 public:
@@ -35,6 +40,8 @@ public:
     // Asks the system each time: another program may have changed the file.
     [[nodiscard]] virtual std::int64_t length() = 0;
     [[nodiscard]] virtual FileState state() = 0;
+    // How the next bytes will be read: the system then reads ahead only what is needed.
+    virtual void expect_reads(ReadOrder order) { static_cast<void>(order); }
     // Fills `into` from `offset`; fewer bytes than asked for only at the end of the file.
     virtual std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) = 0;
     // The same into two places, one after the other: in one call where the system has such a call.

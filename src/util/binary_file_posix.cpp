@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <iterator>
 #include <optional>
 #include <unistd.h>
@@ -79,6 +80,18 @@ FileState PosixFile::state() {
     return file_state(status_of(descriptor_));
 }
 
+void PosixFile::expect_reads(ReadOrder order) {
+#ifdef POSIX_FADV_RANDOM
+    if (order != expected_order_) {
+        // Only advice: the file is read all the same if the system does not take it.
+        static_cast<void>(::posix_fadvise(
+            descriptor_, 0, 0,
+            order == ReadOrder::Scattered ? POSIX_FADV_RANDOM : POSIX_FADV_SEQUENTIAL));
+    }
+#endif
+    expected_order_ = order;
+}
+
 std::size_t PosixFile::read_at(std::int64_t offset, std::span<std::uint8_t> into) {
     std::size_t done = 0;
     while (done < into.size()) {
@@ -145,6 +158,7 @@ void PosixFile::write_at(std::int64_t offset, std::span<const std::uint8_t> byte
 std::size_t PosixFile::copy_from(BinaryFile& source, std::int64_t source_offset,
                                  std::int64_t offset, std::size_t count) {
     state_at_opening_.reset();
+    source.expect_reads(ReadOrder::Sequential);
     std::size_t done = 0;
     const auto* const native = dynamic_cast<const PosixFile*>(&source);
     if (native != nullptr && kernel_copies_ && (offset - source_offset) % kPage == 0) {

@@ -28,6 +28,7 @@ public:
 
     [[nodiscard]] std::int64_t length() override { return state().length; }
     [[nodiscard]] FileState state() override;
+    void expect_reads(ReadOrder order) override;
     std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override;
     std::size_t read_scattered_at(std::int64_t offset, std::span<std::uint8_t> first,
                                   std::span<std::uint8_t> second) override;
@@ -46,6 +47,7 @@ private:
 
     int descriptor_ = -1;
     std::optional<FileState> state_at_opening_;
+    std::optional<ReadOrder> expected_order_;  // as far as the system was told
     bool is_sparse_ = false;
     bool kernel_copies_ = true;  // until it refuses
     CopyBlock block_;

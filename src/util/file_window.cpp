@@ -18,7 +18,17 @@ std::int64_t begin_of_page(std::int64_t offset) {
 FileWindow::FileWindow(BinaryFile& file) : FileWindow(file, file.length()) {}
 
 FileWindow::FileWindow(BinaryFile& file, std::int64_t length)
-    : file_(file), length_(length), readable_end_(length) {}
+    : file_(file), length_(length), readable_end_(length) {
+    file_.expect_reads(ReadOrder::Scattered);
+}
+
+void FileWindow::expect_until(std::int64_t end) {
+    expected_end_ = end;
+    most_at_once_ = kBlock;
+    if (std::min(end, readable_end_) - end_ > static_cast<std::int64_t>(kLongRange)) {
+        file_.expect_reads(ReadOrder::Sequential);
+    }
+}
 
 std::span<const std::uint8_t> FileWindow::view_block(std::int64_t offset, std::size_t wanted) {
     return holds(offset, wanted) ? held_from(offset) : refill(offset, wanted);

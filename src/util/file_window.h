@@ -21,6 +21,9 @@ public:
     static constexpr std::size_t kBlock = std::size_t{96} * 1024;
     // The most that keep_from() can make the window hold: 101 of the longest frames and a block.
     static constexpr std::size_t kMaxHeld = std::size_t{384} * 1024;
+    // A range that the system reads ahead in; in a shorter one it would read much that is not
+    // needed after its end.
+    static constexpr std::size_t kLongRange = std::size_t{1024} * 1024;
 
     // Asks the file for its length, once.
     explicit FileWindow(BinaryFile& file);
@@ -54,10 +57,7 @@ public:
 
     // The caller will want the bytes up to `end`: the next refills go that far (a block at a
     // time) and not much farther. Without it a refill takes kHeadBlock.
-    void expect_until(std::int64_t end) noexcept {
-        expected_end_ = end;
-        most_at_once_ = kBlock;
-    }
+    void expect_until(std::int64_t end);
     // The same for a range that is known to be short: it is read at once.
     void expect_at_once(std::int64_t end) noexcept {
         expected_end_ = end;

@@ -184,6 +184,8 @@ TEST(FrameEndsAt, TellsWhetherAFrameOfTheNextOnesKindEndsThere) {
         {"free format that does not go on so", junk(30) + free_format_header() + junk(99),
          free_format_header() + junk(50) + free_format_header(), false},
         {"free format before a rate", junk(30) + free_format_header() + junk(99), next, false},
+        {"free format before headers with a rate at its distance",
+         junk(30) + free_format_header() + junk(99), frame.first(4) + junk(99) + frame, false},
     };
     for (const Row& row : rows) {
         Content content(row.before + row.after);

@@ -42,6 +42,7 @@ public:
         ++lengths;
         return static_cast<std::int64_t>(claimed_length);
     }
+    void expect_reads(ReadOrder order) override { orders.push_back(order); }
     std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override {
         reads.push_back({offset, into.size()});
         if (fails) {
@@ -68,6 +69,7 @@ public:
     std::size_t claimed_length;
     bool fails = false;
     int lengths = 0;
+    std::vector<ReadOrder> orders;
     std::vector<Read> reads;
 };
 
@@ -480,6 +482,35 @@ RC_GTEST_PROP(FileWindow, AlwaysShowsTheBytesOfTheFile, ()) {
                 break;
         }
     }
+}
+
+// --- how the system reads ahead
+
+TEST(FileWindow, ExpectsScatteredReadsAndReadsOneAfterTheOtherInALongRange) {
+    constexpr auto kLong = static_cast<std::int64_t>(FileWindow::kLongRange);
+    ReadLog file(3 * FileWindow::kLongRange);
+    FileWindow window(file);
+    const std::vector<ReadOrder> scattered{ReadOrder::Scattered};
+    EXPECT_EQ(file.orders, scattered);
+    window.expect_until(kLong);
+    EXPECT_EQ(file.orders, scattered);
+    window.expect_until(kLong + 1);
+    EXPECT_EQ(file.orders, (std::vector{ReadOrder::Scattered, ReadOrder::Sequential}));
+}
+
+TEST(FileWindow, RangeEndsWithTheFile) {
+    ReadLog file(FileWindow::kLongRange);
+    FileWindow window(file);
+    window.expect_until(std::int64_t{1} << 40);
+    EXPECT_EQ(file.orders, std::vector{ReadOrder::Scattered});
+}
+
+TEST(FileWindow, RangeBeginsAfterWhatIsHeld) {
+    ReadLog file(FileWindow::kLongRange + 1);
+    FileWindow window(file);
+    static_cast<void>(window.view(0, 1));
+    window.expect_until(window.length());
+    EXPECT_EQ(file.orders, std::vector{ReadOrder::Scattered});
 }
 
 }  // namespace
