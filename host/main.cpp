@@ -11,10 +11,11 @@ using namespace brindle::host;
 int main(int argc, char** argv) {
     prepare_standard_streams();
     try {
-        const ExitStatus status = run_command_line(
-            program_arguments(argc, argv),
-            {add_show, add_set, add_apply, add_normalize, add_export, add_import, add_strip,
-             add_undo, add_journal, add_scan, add_check, add_listen, add_time, add_genres});
+        const ExitStatus status =
+            run_command_line(program_arguments(argc, argv),
+                             {add_show, add_set, add_apply, add_normalize, add_export, add_import,
+                              add_strip, add_undo, add_journal, add_scan, add_check, add_report,
+                              add_listen, add_time, add_genres});
         close_output();
         return static_cast<int>(status);
     } catch (const OutputFailure& failure) {

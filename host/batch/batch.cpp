@@ -34,7 +34,9 @@ public:
         : job_(job),
           fixed_jobs_(options.jobs > 0 || !options.is_busy ? options.jobs : processors()),
           names_(static_cast<const PathOptions&>(options), options.named_folders),
-          progress_(!options.quiet && is_terminal(Stream::Error), options.paths) {}
+          progress_(!options.quiet && is_terminal(Stream::Error), options.paths),
+          write_(options.write ? options.write : write_output),
+          output_is_terminal_(!options.write && is_terminal(Stream::Output)) {}
 
     BatchOutcome run() {
         wait();
@@ -219,9 +221,9 @@ private:
             return;
         }
         if (output_is_terminal_) {
-            progress_.while_hidden([&] { write_output(lines); });
+            progress_.while_hidden([&] { write_(lines); });
         } else {
-            write_output(lines);
+            write_(lines);
         }
         lines.clear();
     }
@@ -231,7 +233,8 @@ private:
     NameSource names_;
     ProgressBar progress_;
     BatchOutcome outcome_;  // of the writing thread
-    const bool output_is_terminal_ = is_terminal(Stream::Output);
+    const std::function<void(std::string_view)> write_;
+    const bool output_is_terminal_;
 
     std::mutex naming_;
     std::mutex answers_;  // guards all below

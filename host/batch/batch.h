@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "batch/job_tuner.h"
@@ -19,11 +20,13 @@ struct BatchOptions : PathOptions {
     NamedFolders named_folders = NamedFolders::Walked;
     bool is_busy = false;  // jobs compute more than they read: one per processor
     unsigned jobs = 0;     // 0: as many as bring the highest throughput
+    // Takes the answers' output instead of standard output, one thread at a time.
+    std::function<void(std::string_view lines)> write = nullptr;
 };
 
 // The result for one file.
 struct Answer {
-    std::string output;                // for standard output, whole lines
+    std::string output;                // whole lines
     std::optional<std::string> error;  // why the file failed
     std::int64_t bytes = 0;            // of the file, as far as known
     bool is_unchanged = false;         // since an earlier run: told of as a number alone

@@ -1,7 +1,6 @@
 // brindle check: whether files can go on air.
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <charconv>
 #include <map>
 #include <memory>
@@ -16,8 +15,10 @@
 
 #include "batch/batch.h"
 #include "commands/check_file.h"
+#include "commands/check_json.h"
 #include "commands/check_reasons.h"
 #include "commands/check_sound.h"
+#include "commands/check_summary.h"
 #include "commands/command_line.h"
 #include "listen/listen_to_file.h"
 #include "output/file_json.h"
@@ -43,8 +44,6 @@ struct CheckOptions {
     bool listen = false;
     SoundLimits limits;
 };
-
-using Counts = std::array<std::atomic<std::int64_t>, 4>;  // by verdict
 
 bool has_colours() {
     static const bool colours = wants_colours(Stream::Output);
@@ -74,16 +73,6 @@ std::string line_of(const std::string& name, const std::vector<Finding>& finding
     return line + "\n";
 }
 
-Json facts_of(const std::vector<Finding>& findings) {
-    Json reasons = Json::array();
-    for (const Finding& finding : findings) {
-        const ReasonRow& row = row_of(finding.reason);
-        reasons.push_back(
-            Json{{"code", row.code}, {"verdict", word(row.verdict)}, {"text", text_of(finding)}});
-    }
-    return Json{{"verdict", word(verdict_of(findings))}, {"reasons", std::move(reasons)}};
-}
-
 FileResult check(const FoundName& found, const CheckOptions& options) {
     FileResult result;
     Answer& answer = result.answer;
@@ -107,22 +96,13 @@ FileResult check(const FoundName& found, const CheckOptions& options) {
                          row_of(finding.reason).code) != options.ignored.end();
     });
     const Verdict verdict = verdict_of(findings);
-    result.counted = {static_cast<std::int64_t>(verdict)};
+    result.counted = CheckSummary::counted(findings);
     result.is_lasting = !header.OpeningError();
     if (verdict >= options.least) {
-        answer.output = options.json ? json_line(found.name, facts_of(findings))
+        answer.output = options.json ? json_line(found.name, findings_json(findings))
                                      : line_of(found.name, findings, options);
     }
     return result;
-}
-
-bool count(const Counted& counted, Counts& counts) {
-    const std::int64_t verdict = counted.front();
-    if (verdict < 0 || verdict >= static_cast<std::int64_t>(counts.size())) {
-        return false;
-    }
-    ++counts.at(static_cast<std::size_t>(verdict));
-    return true;
 }
 
 // All that decides what is printed of a file.
@@ -151,15 +131,6 @@ std::string words_of(const CheckOptions& options) {
     return words;
 }
 
-std::string summary_of(const Counts& counts, const BatchOutcome& outcome) {
-    std::string text = outcome.files_text() + ": ";
-    for (const Verdict verdict : {Verdict::Ok, Verdict::Warn, Verdict::Bad}) {
-        text += std::to_string(counts.at(static_cast<std::size_t>(verdict))) + " " + word(verdict) +
-                ", ";
-    }
-    return text + std::to_string(outcome.failures) + " failed\n";
-}
-
 ExitStatus check_all(const CheckOptions& options) {
     if (const auto reason = reason_against_listening(); options.listen && reason) {
         write_error("check --listen: " + *reason);
@@ -169,15 +140,15 @@ ExitStatus check_all(const CheckOptions& options) {
         write_error("check --cache: " + *reason);
         return ExitStatus::WrongUsage;
     }
-    Counts counts{};
+    CheckSummary counts;
     BatchOptions files = options.batch;
     files.is_busy = options.listen;
     CachedBatch batch(files, options.cache, words_of(options));
     const BatchOutcome outcome =
         batch.run([&](const FoundName& found) { return check(found, options); },
-                  [&](const Counted& counted) { return count(counted, counts); });
+                  [&](const Counted& counted) { return counts.add(counted); });
     if (!options.batch.quiet || outcome.is_interrupted) {
-        const std::string summary = summary_of(counts, outcome);
+        const std::string summary = counts.text(outcome);
         // Programs expect only verdicts.
         options.json ? write_note(summary) : write_output(summary);
     }
@@ -185,7 +156,7 @@ ExitStatus check_all(const CheckOptions& options) {
     bool fails = false;
     for (const Verdict verdict : {Verdict::Warn, Verdict::Bad}) {
         fails = fails || (!options.never_fails && verdict >= options.fails &&
-                          counts.at(static_cast<std::size_t>(verdict)) > 0);
+                          counts.files_with(verdict) > 0);
     }
     return status == ExitStatus::AllFine && fails ? ExitStatus::SomeFileFailed : status;
 }

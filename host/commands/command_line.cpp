@@ -238,11 +238,15 @@ void CommandOptions::batch(BatchOptions& options) {
 }
 
 void CommandOptions::cache(CacheOptions& options) {
+    cache_file(options);
+    flag("--new", options.only_new, "With --cache: print only new and changed files");
+    needs("--new", "--cache");
+}
+
+void CommandOptions::cache_file(CacheOptions& options) {
     text(
         "--cache", "FILE", [&options](const std::string& name) { options.file = name; },
         "Keep the output in this database, and do not read unchanged files again");
-    flag("--new", options.only_new, "With --cache: print only new and changed files");
-    needs("--new", "--cache");
 }
 
 void CommandOptions::journal(JournalOptions& options) {

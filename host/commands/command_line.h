@@ -97,6 +97,8 @@ public:
 
     // Whether a command takes what it prints from an earlier run.
     void cache(CacheOptions& options);
+    // The same of a command whose output is always that of all files.
+    void cache_file(CacheOptions& options);
 
     // How a command that changes files keeps its journal.
     void journal(JournalOptions& options);
@@ -141,6 +143,7 @@ void add_import(CommandLine& program);
 void add_strip(CommandLine& program);
 void add_scan(CommandLine& program);
 void add_check(CommandLine& program);
+void add_report(CommandLine& program);
 void add_listen(CommandLine& program);
 void add_time(CommandLine& program);
 void add_genres(CommandLine& program);

@@ -18,8 +18,8 @@ _brindle() {
 
     if [[ $COMP_CWORD -eq 1 ]]; then
         mapfile -t COMPREPLY < <(
-            compgen -W "show set apply normalize export import strip undo journal scan check listen
-                time genres -h --help --version" -- "$word")
+            compgen -W "show set apply normalize export import strip undo journal scan check
+                report listen time genres -h --help --version" -- "$word")
         return
     fi
     case $command in
@@ -58,6 +58,7 @@ _brindle() {
                 --silence-inside --silent-end --too-loud --too-quiet --sound-range --cache --new -0 --null --jobs
                 --quiet"
             ;;
+        report) options="-o --output --cache -0 --null --jobs --quiet" ;;
         listen)
             options="--json --csv --set --overwrite --dry-run --yes --end-style-texts --quick
                 --reference --sound-range --overlap-range -0 --null --jobs --quiet $journal"
@@ -68,13 +69,13 @@ _brindle() {
     esac
     case $command:$before in
         *:--journal-days | *:--journal-megabytes) return ;;
-        *:--journal | *:--cache)
+        *:--journal | *:--cache | report:-o | report:--output)
             compopt -o filenames 2>/dev/null
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
         scan:--columns) return ;;
-        scan:--jobs | check:--jobs | listen:--jobs) return ;;
+        *:--jobs) return ;;
         check:--silent-start | check:--silence-inside | check:--silent-end) return ;;
         check:--too-loud | check:--too-quiet | check:--sound-range) return ;;
         listen:--set)

@@ -1,6 +1,6 @@
 # Completion of brindle for fish.
 
-set -l commands show set apply normalize export import strip undo journal scan check listen time genres
+set -l commands show set apply normalize export import strip undo journal scan check report listen time genres
 
 complete -c brindle -f
 complete -c brindle -s h -l help -d 'Print help and exit'
@@ -16,11 +16,12 @@ complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a undo -d 'T
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a journal -d 'List the journals, or the changes in one'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a scan -d 'List files and folders with a summary'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a check -d 'Report whether files can go on air'
+complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a report -d 'Write one HTML page about all files'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a listen -d 'Measure loudness and find cue points'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a time -d 'Print milliseconds as minutes and seconds'
 complete -c brindle -n "not __fish_seen_subcommand_from $commands" -a genres -d 'Print the genre numbers and their names'
 
-complete -c brindle -n '__fish_seen_subcommand_from show set apply normalize export import strip undo journal scan check listen' -F
+complete -c brindle -n '__fish_seen_subcommand_from show set apply normalize export import strip undo journal scan check report listen' -F
 
 complete -c brindle -n '__fish_seen_subcommand_from show scan check listen' -l json -d 'One JSON object per file, on one line'
 
@@ -79,11 +80,12 @@ complete -c brindle -n '__fish_seen_subcommand_from check' -x -l silence-inside 
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l silent-end -d 'Longest silence at the end, in seconds'
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l too-loud -d 'Highest loudness'
 complete -c brindle -n '__fish_seen_subcommand_from check' -x -l too-quiet -d 'Lowest loudness'
-complete -c brindle -n '__fish_seen_subcommand_from show set normalize export import strip scan check listen' -s 0 -l null -d 'Names on standard input end with a NUL'
-complete -c brindle -n '__fish_seen_subcommand_from scan check' -r -F -l cache -d 'Do not read unchanged files again'
+complete -c brindle -n '__fish_seen_subcommand_from show set normalize export import strip scan check report listen' -s 0 -l null -d 'Names on standard input end with a NUL'
+complete -c brindle -n '__fish_seen_subcommand_from scan check report' -r -F -l cache -d 'Do not read unchanged files again'
 complete -c brindle -n '__fish_seen_subcommand_from scan check' -l new -d 'Only new and changed files'
-complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -x -l jobs -d 'Files in parallel'
-complete -c brindle -n '__fish_seen_subcommand_from scan check listen' -l quiet -d 'No progress bar and no summary'
+complete -c brindle -n '__fish_seen_subcommand_from scan check report listen' -x -l jobs -d 'Files in parallel'
+complete -c brindle -n '__fish_seen_subcommand_from scan check report listen' -l quiet -d 'No progress bar and no summary'
+complete -c brindle -n '__fish_seen_subcommand_from report' -r -F -s o -l output -d 'The page'
 
 complete -c brindle -n '__fish_seen_subcommand_from listen' -x -l set -a 'cue-in sectone loudness end-style' -d 'Set suggested values'
 complete -c brindle -n '__fish_seen_subcommand_from listen import' -l overwrite -d 'Also replace values'

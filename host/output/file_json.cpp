@@ -208,8 +208,8 @@ Json file_object(const std::string& name, std::int64_t size, const cMPEGHeader& 
 
 }  // namespace
 
-std::string file_json_line(const std::string& name, std::int64_t size, const cMPEGHeader& header,
-                           FrameValues values, const std::optional<std::string>& audio_hash) {
+Json file_json(const std::string& name, std::int64_t size, const cMPEGHeader& header,
+               FrameValues values, const std::optional<std::string>& audio_hash) {
     const TagFacts facts = facts_of(header);
     Json object = hosts_object(header, values);
     object["schema"] = kJsonSchema;
@@ -218,7 +218,12 @@ std::string file_json_line(const std::string& name, std::int64_t size, const cMP
     if (audio_hash) {
         object["file_facts"]["audio_sha256"] = audio_hash->empty() ? Json() : Json(*audio_hash);
     }
-    return json_line(name, object);
+    return object;
+}
+
+std::string file_json_line(const std::string& name, std::int64_t size, const cMPEGHeader& header,
+                           FrameValues values, const std::optional<std::string>& audio_hash) {
+    return json_line(name, file_json(name, size, header, values, audio_hash));
 }
 
 std::string failure_json_line(const std::string& name, const std::string& reason) {

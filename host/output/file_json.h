@@ -1,4 +1,4 @@
-// The properties of one file, as a line of JSON.
+// The properties of one file as JSON.
 #pragma once
 
 #include <cstdint>
@@ -7,14 +7,20 @@
 
 #include <brindle/cMPEGHeader.h>
 
+#include "output/json_values.h"
+
 namespace brindle::host {
 
 enum class FrameValues { Shown, LeftOut };
 
-// The fields as hosts read them under the names of the automation interface, then "schema", "tag"
-// and "file_facts": the tag and the file as they are. "v2Tag", which is optional, maps the id
-// of each frame to the list of its values. The audio's hash is among the facts of the file where
-// one is given; "" is that of a file without audio.
+// Of one file: the fields as hosts read them under the names of the automation interface, then
+// "schema", "tag" and "file_facts": the tag and the file as they are. "v2Tag", which is optional,
+// maps the id of each frame to the list of its values. The audio's hash is among the facts of the
+// file where one is given; "" is that of a file without audio.
+[[nodiscard]] Json file_json(const std::string& name, std::int64_t size, const cMPEGHeader& header,
+                             FrameValues values,
+                             const std::optional<std::string>& audio_hash = std::nullopt);
+// The same as a line that begins with the file's name.
 [[nodiscard]] std::string file_json_line(
     const std::string& name, std::int64_t size, const cMPEGHeader& header, FrameValues values,
     const std::optional<std::string>& audio_hash = std::nullopt);

@@ -13,7 +13,7 @@ from manual import FOLDER, page_of
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 COMPLETIONS = ROOT / "host" / "completions"
 COMMANDS = ("show", "set", "apply", "normalize", "export", "import", "strip", "undo", "journal", "scan", "check",
-            "listen", "time", "genres")
+            "report", "listen", "time", "genres")
 # Where the man page does not say it for each command again.
 EVERYWHERE = {"-h", "--help", "--version"}
 

@@ -24,8 +24,9 @@ ROOMS = {
     "listen": {"output", "batch", "system"},
     "bridges": {"listen", "output"},
     "journal": {"batch", "output", "system"},
+    "report": {"output"},
     "cache": {"batch", "output", "system"},
-    "commands": {"bridges", "listen", "cache", "journal", "batch", "output", "system"},
+    "commands": {"bridges", "listen", "cache", "journal", "report", "batch", "output", "system"},
 }
 
 

@@ -1,0 +1,160 @@
+// brindle report: one HTML page about a library.
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+#include <brindle/cMPEGHeader.h>
+#include <brindle/error.h>
+
+#include "batch/batch.h"
+#include "commands/check_file.h"
+#include "commands/check_json.h"
+#include "commands/check_summary.h"
+#include "commands/command_line.h"
+#include "output/file_json.h"
+#include "output/standard_streams.h"
+#include "report/report_page.h"
+#include "system/file_access.h"
+#include "system/input_file.h"
+#include "system/new_file.h"
+
+namespace brindle::host {
+
+namespace {
+
+constexpr const char* kStandardOutput = "-";
+
+struct ReportOptions {
+    BatchOptions batch;
+    CacheOptions cache;
+    std::string output;
+};
+
+// The page can't be written. It ends the run, since no further file would get into the page.
+class PageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+class Report {
+public:
+    explicit Report(const ReportOptions& options) : options_(options) {}
+
+    ExitStatus run() {
+        if (const auto reason = reason_against_caching(); options_.cache.file && reason) {
+            write_error("report --cache: " + *reason);
+            return ExitStatus::WrongUsage;
+        }
+        try {
+            return write_page();
+        } catch (const PageError& error) {
+            write_error(options_.output, error.what());
+            return ExitStatus::SomeFileFailed;
+        }
+    }
+
+private:
+    ExitStatus write_page() {
+        BatchOptions files = options_.batch;
+        files.write = [this](std::string_view rows) { page_.add(rows); };
+        CachedBatch batch(files, options_.cache, "report");
+        if (is_file()) {
+            create_file();
+        }
+        page_.begin(options_.batch.paths);
+        const BatchOutcome outcome =
+            batch.run([](const FoundName& found) { return report_file(found); },
+                      [this](const Counted& counted) { return summary_.add(counted); });
+        const bool is_unwritten = outcome.is_interrupted && is_file();
+        if (!is_unwritten) {
+            page_.end(outcome.is_interrupted ? "Interrupted: not all files are in this report."
+                                             : "");
+            if (is_file()) {
+                require(file_.complete());
+            }
+        }
+        if (!options_.batch.quiet || outcome.is_interrupted) {
+            write_note(summary_.text(outcome));
+        }
+        if (is_unwritten) {
+            write_error(options_.output, "Not written");
+        }
+        return outcome.status();
+    }
+
+    [[nodiscard]] bool is_file() const { return options_.output != kStandardOutput; }
+
+    // A slip must not cost a recording or any other file.
+    void create_file() {
+        constexpr std::size_t kBeginning = 64;
+        std::int64_t size = 0;
+        if (!reason_against_file(options_.output, size) && size > 0 &&
+            !is_report(read_bytes(options_.output, 0, kBeginning))) {
+            throw PageError("It exists and is not a report");
+        }
+        require(file_.create(options_.output));
+    }
+
+    void write(std::string_view text) {
+        if (is_file()) {
+            require(file_.append(text));
+        } else {
+            write_output(text);
+        }
+    }
+
+    static void require(const std::optional<std::string>& reason) {
+        if (reason) {
+            throw PageError(*reason);
+        }
+    }
+
+    [[nodiscard]] static FileResult report_file(const FoundName& found) {
+        FileResult result;
+        Answer& answer = result.answer;
+        cMPEGHeader header;
+        answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
+        if (!answer.error) {
+            try {
+                const auto findings = check_file(header, found.name, answer.bytes, nullptr);
+                answer.output = report_row(
+                    found.name, file_json(found.name, answer.bytes, header, FrameValues::LeftOut),
+                    findings_json(findings));
+                result.counted = CheckSummary::counted(findings);
+                result.is_lasting = !header.OpeningError();
+            } catch (const Error& error) {
+                answer.error = error.what();
+            }
+        }
+        if (answer.error) {
+            answer.output = failure_row(found.name, *answer.error);
+        }
+        return result;
+    }
+
+    const ReportOptions& options_;
+    CheckSummary summary_;
+    NewFile file_;
+    ReportPage page_{[this](std::string_view text) { write(text); }};
+};
+
+}  // namespace
+
+void add_report(CommandLine& program) {
+    const auto options = std::make_shared<ReportOptions>();
+    CommandOptions command = program.add(
+        "report", "Write one HTML page with totals, plots and a table of all files",
+        "brindle report /music -o library.html", [options] { return Report(*options).run(); });
+    command.text(
+        "-o,--output", "FILE", [options](const std::string& name) { options->output = name; },
+        "The page; an older report is replaced. - is standard output");
+    command.require("--output");
+    command.cache_file(options->cache);
+    command.batch(options->batch);
+}
+
+}  // namespace brindle::host
