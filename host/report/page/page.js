@@ -478,6 +478,8 @@
         height: "75vh",
         nestedFieldSeparator: false,
         headerFilterLiveFilterDelay: 50,
+        // It would make all visible rows again after each filter.
+        autoResize: false,
         placeholder: "No file matches.",
     });
     table.on("rowClick", (event, row) => {
@@ -504,7 +506,10 @@
     let fitting = null;
     addEventListener("resize", () => {
         clearTimeout(fitting);
-        fitting = setTimeout(() => plots.forEach(({fit}) => fit()), 200);
+        fitting = setTimeout(() => {
+            table.redraw();
+            plots.forEach(({fit}) => fit());
+        }, 200);
     });
 
     // --- Light and dark
