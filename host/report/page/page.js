@@ -66,7 +66,7 @@
             isVariable: value("/VBR"),
             size: value("/file_facts/size"),
             modified: value("/file_facts/modified"),
-            tagType: value("/TagType"),
+            tagType: Math.max(0, value("/TagType")),  // -1 is none, too
             reasons: value("/reasons") || [],
             codes: error ?? (value("/reasons") || []).map(reason => reason.code).join(", "),
             error,
@@ -91,10 +91,12 @@
 
     const tagTypes = ["no tags", "ID3v1 only", "ID3v2 only", "ID3v1 and ID3v2"];
 
-    // 1:05
+    // 1:02:03, as in the summary of scan
     function hours(milliseconds) {
-        const minutes = Math.floor(milliseconds / 60000);
-        return whole.format(Math.floor(minutes / 60)) + ":" + String(minutes % 60).padStart(2, "0");
+        const seconds = Math.floor((milliseconds + 500) / 1000);
+        const two = number => String(number % 60).padStart(2, "0");
+        return Math.floor(seconds / 3600) + ":" + two(Math.floor(seconds / 60)) + ":" +
+            two(seconds);
     }
 
     function addTotal(number, label, className = "", whenClicked = null) {
