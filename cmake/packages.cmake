@@ -52,12 +52,24 @@ ${about}
 This package holds the program brindle, which shows, checks and
 changes files.")
 
-# Every Debian package has its licence beside it.
+# Every Debian package has its licence beside it, the program's also those of the files of others
+# that it contains.
+file(READ ${PROJECT_SOURCE_DIR}/LICENSE licences)
+foreach(name tabulator uplot)
+    file(READ ${PROJECT_SOURCE_DIR}/third_party/${name}/LICENSE licence)
+    string(APPEND licences "\nThe pages of brindle report contain ${name}:\n\n${licence}\n")
+endforeach()
+set(program_licences ${PROJECT_BINARY_DIR}/debian/program-copyright)
+file(CONFIGURE OUTPUT ${program_licences} CONTENT "${licences}" @ONLY)
 foreach(pair library:${library_package} headers:libbrindle-dev program:brindle)
     string(REPLACE ":" ";" pair ${pair})
     list(GET pair 0 component)
     list(GET pair 1 package)
-    install(FILES ${PROJECT_SOURCE_DIR}/LICENSE
+    set(licence ${PROJECT_SOURCE_DIR}/LICENSE)
+    if(component STREQUAL program)
+        set(licence ${program_licences})
+    endif()
+    install(FILES ${licence}
         RENAME copyright
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
         COMPONENT ${component})

@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import shutil
 
 import pytest
@@ -96,3 +97,14 @@ def test_shows_the_files_of_a_folder(brindle, song):
     status, printed = brindle("show", windows_name(song.parent))
     assert status == 0
     assert NAME in printed
+
+
+def test_page_of_a_report_appears_under_its_name(brindle, song, folder):
+    page = folder / "library.html"
+    for _ in range(2):  # the second page replaces the first
+        assert brindle("report", "--quiet", windows_name(song), "-o", windows_name(page))[0] == 0
+    data = re.search(r'id="library">(.*?)</script>', page.read_text(encoding="utf-8"), re.DOTALL)[1]
+    assert [row[0] for row in json.loads(data)["files"]] == [windows_name(song)]
+    assert not list(folder.glob(".brindle-*"))
+    assert brindle("report", "--quiet", windows_name(song), "-o", windows_name(song))[0] == 1
+    assert song.read_bytes() == SAMPLE.read_bytes()

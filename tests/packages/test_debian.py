@@ -103,6 +103,12 @@ def test_licence_of_every_source_file_is_told(system):
     assert text.count("\nLicenseInfoInFile: MIT\n") == len(files)
 
 
+def test_program_comes_with_the_licences_of_what_it_contains(system):
+    copyright_file = (system / "usr/share/doc/brindle/copyright").read_text()
+    for licence in (ROOT / "LICENSE", *(ROOT / "third_party").glob("*/LICENSE")):
+        assert licence.read_text().strip() in copyright_file
+
+
 def test_reuse_finds_a_licence_for_every_file():
     run("reuse", "--root", ROOT, "lint")
 

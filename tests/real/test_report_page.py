@@ -167,6 +167,10 @@ def test_plots_are_drawn(browser):
         });""")
     assert colours[:3] == [1, 1, 1]
     assert colours[3] > 1  # a colour for each code
+    for box in browser.all(".plot"):
+        canvas = box.find_element("css selector", "canvas")
+        assert 0.9 < canvas.size["width"] / box.size["width"] < 1
+        assert canvas.get_attribute("aria-label") == box.find_element("css selector", "h2").text
 
 
 def test_plot_of_folders_names_the_codes(browser, checked):

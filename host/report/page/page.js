@@ -50,7 +50,9 @@
     const files = library.files.map((row, id) => {
         const value = name => row[place[name]];
         const name = value("/file");
-        const slash = name.lastIndexOf("/");
+        // Elsewhere a backslash is an ordinary character.
+        const ofWindows = /^[A-Za-z]:\\/.test(name);
+        const slash = Math.max(name.lastIndexOf("/"), ofWindows ? name.lastIndexOf("\\") : -1);
         const error = value("/error");
         const hasStream = value("/file_facts/bit_rate") !== null;
         return {
@@ -141,7 +143,7 @@
     const style = name => getComputedStyle(document.documentElement).getPropertyValue(name);
     const plots = [];
 
-    // A box with a heading for a plot, or for a sentence where there is nothing to plot.
+    // With a heading, for a plot or for a sentence where there is nothing to plot.
     function plotBox(title, isWide) {
         const box = element("div", {className: isWide ? "plot wide" : "plot"},
             element("h2", {textContent: title}));
@@ -155,7 +157,7 @@
             ticks: {stroke: () => style("--line"), width: 1}, ...more};
     }
 
-    function addPlot(box, {title, x, bars, height, xLabel, xAxis, xText, xRange, align}) {
+    function addPlot(box, {x, bars, height, xLabel, xAxis, xText, xRange, align}) {
         const padding = 24;
         const width = () => Math.max(200, box.clientWidth - padding);
         const options = {
@@ -188,18 +190,17 @@
         const plot = new uPlot(options, [x, ...bars.map(bar => bar.heights || bar.counts)], box);
         const canvas = plot.root.querySelector("canvas");
         canvas.setAttribute("role", "img");
-        canvas.setAttribute("aria-label", title);
+        canvas.setAttribute("aria-label", box.closest(".plot").firstChild.textContent);
         plots.push({plot, fit: () => plot.setSize({width: width(), height})});
         return plot;
     }
 
     // Number of values in each interval of `step`. Values beyond 40 intervals are counted in the
     // last one: a single concert must not squeeze thousands of songs into one bar.
-    function addHistogram(title, values, {xLabel, steps, ticks, text = String, none}) {
-        const box = plotBox(title);
+    function addHistogram(box, values, {xLabel, steps, ticks, text = String, none}) {
         if (values.length === 0) {
             box.append(element("p", {textContent: none}));
-            return;
+            return false;
         }
         const sorted = Float64Array.from(values).sort();
         const most = 40;
@@ -219,8 +220,8 @@
         }
         const beyond = values.filter(value => value >= (last + 1) * step).length;
         addPlot(box, {
-            title, x, height: 200, align: 1,
-            bars: [{label: "files", counts, colour: () => style("--accent")}],
+            x, height: 200, align: 1,
+            bars: [{label: "files", counts, colour: palette[1]}],
             xRange: () => [x[0], (last + 1) * step],
             xLabel,
             xAxis: {incrs: ticks, values: (plot, splits) => splits.map(value => text(value))},
@@ -230,10 +231,10 @@
             box.append(element("p", {textContent: count(beyond, "file") + " beyond are counted in "
                 + "the last bar."}));
         }
-        return box;
+        return true;
     }
 
-    function addYears() {
+    function addYears(box) {
         const years = [];
         for (const file of files) {
             const digits = /^\d{4}/.exec(file.year);
@@ -244,11 +245,11 @@
         const thisYear = new Date().getFullYear();
         const believed = years.filter(year => year >= 1860 && year <= thisYear + 1);
         // A wrong year stretches the plot, so these stay out of it.
-        const box = addHistogram("Files by year", believed, {
+        const isPlot = addHistogram(box, believed, {
             xLabel: "year", steps: [1, 2, 5, 10], ticks: [1, 2, 5, 10, 20, 50],
             none: "No file has a year."});
         const rest = files.length - believed.length;
-        if (box && rest > 0) {
+        if (isPlot && rest > 0) {
             box.append(element("p", {textContent: count(rest, "file") + " without a year."}));
         }
     }
@@ -258,11 +259,9 @@
     }
 
     // Bars of the folders with most reasons, one colour for each of the most frequent codes.
-    function addFolders() {
+    function addFolders(box) {
         const mostFolders = 15;
         const mostCodes = palette.length - 1;
-        const title = "Reasons by folder";
-        const box = plotBox(title, true);
         const notes = element("input", {type: "checkbox", id: "notes"});
         box.append(element("label", {}, notes, " with notes"));
         const content = element("div");
@@ -310,11 +309,11 @@
             }
             const ticks = listed.map((folder, index) => index);
             const short = folder => {
-                const last = readable(folder.slice(folder.lastIndexOf("/") + 1) || folder);
+                const last = readable(folder.slice(folder.search(/[^\\/]*$/)) || folder);
                 return last.length > 18 ? last.slice(0, 17) + "\u2026" : last;
             };
             const plot = addPlot(content, {
-                title, xLabel: "folder", x: ticks, height: 300, align: 0, bars: bars.reverse(),
+                xLabel: "folder", x: ticks, height: 300, align: 0, bars: bars.reverse(),
                 xRange: () => [-0.6, listed.length - 0.4],
                 xAxis: {splits: () => ticks, rotate: -35, size: 90, gap: 8,
                     values: (ignored, splits) => splits.map(index => short(listed[index]))},
@@ -331,22 +330,26 @@
     }
 
     function showPlots() {
+        // Boxes first: a plot is as wide as its box, and they share the width.
+        const boxes = ["Bit rates, kbit/s", "Lengths, minutes", "Files by year"].map(
+            title => plotBox(title, false));
+        const folders = plotBox("Reasons by folder", true);
         const rates = files.filter(file => file.rate !== null).map(file => file.rate / 1000);
         const none = "No file has a stream.";
-        addHistogram("Bit rates, kbit/s", rates, {
+        addHistogram(boxes[0], rates, {
             xLabel: "kbit/s", steps: [8, 16, 32, 64], ticks: [16, 32, 64, 128, 256], none});
         const lengths = files.filter(file => file.duration !== null)
             .map(file => file.duration / 1000);
         const minute = 60;
         const steps = [1, 2, 5, 10, 15, 30, minute, 2 * minute, 5 * minute, 10 * minute,
             30 * minute];
-        addHistogram("Lengths, minutes", lengths, {
+        addHistogram(boxes[1], lengths, {
             xLabel: "minutes", steps, none,
             ticks: [...steps, 60 * minute, 120 * minute, 300 * minute],
             text: seconds => Math.floor(seconds / minute) + ":" +
                 String(Math.floor(seconds % minute)).padStart(2, "0")});
-        addYears();
-        addFolders();
+        addYears(boxes[2]);
+        addFolders(folders);
     }
 
     // --- Table
