@@ -1,7 +1,7 @@
 // A file that gets its name when it is complete.
 #pragma once
 
-#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,7 +12,7 @@ namespace brindle::host {
 // complete.
 class NewFile {
 public:
-    NewFile() = default;
+    NewFile();
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
     ~NewFile();
@@ -25,9 +25,8 @@ public:
     [[nodiscard]] std::optional<std::string> complete();
 
 private:
-    // A descriptor, or a handle of the system; what is none differs.
-    static constexpr std::intptr_t kNone = -1;
-    std::intptr_t file_ = kNone;
+    struct Handle;
+    std::unique_ptr<Handle> handle_;
     std::string target_;
     std::string temporary_;
 };

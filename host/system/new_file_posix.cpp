@@ -23,10 +23,6 @@ std::string system_reason() {
     return std::generic_category().message(errno);
 }
 
-int descriptor(std::intptr_t file) {
-    return static_cast<int>(file);
-}
-
 // Some file systems cannot flush folders.
 bool flush_folder_of(const std::filesystem::path& path) {
     const std::filesystem::path folder = path.parent_path();
@@ -42,10 +38,24 @@ bool flush_folder_of(const std::filesystem::path& path) {
 
 }  // namespace
 
-NewFile::~NewFile() {
-    if (file_ != kNone) {
-        close(descriptor(file_));
+struct NewFile::Handle {
+    explicit Handle(const std::string& name)
+        : file(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kAllReadAndWrite)) {}
+    ~Handle() {
+        if (file != -1) {
+            close(file);
+        }
     }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    int file;
+};
+
+NewFile::NewFile() = default;
+
+NewFile::~NewFile() {
+    handle_.reset();
     if (!temporary_.empty()) {
         unlink(temporary_.c_str());
     }
@@ -74,12 +84,12 @@ std::optional<std::string> NewFile::create(const std::string& name) {
         }
     }
     const std::string temporary = temporary_name_beside(target_);
-    file_ = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kAllReadAndWrite);
-    if (file_ == kNone) {
+    handle_ = std::make_unique<Handle>(temporary);
+    if (handle_->file == -1) {
         return system_reason();
     }
     temporary_ = temporary;
-    if (exists && fchmod(descriptor(file_), status.st_mode & kRights) != 0) {
+    if (exists && fchmod(handle_->file, status.st_mode & kRights) != 0) {
         return system_reason();
     }
     return std::nullopt;
@@ -87,7 +97,7 @@ std::optional<std::string> NewFile::create(const std::string& name) {
 
 std::optional<std::string> NewFile::append(std::string_view text) const {
     while (!text.empty()) {
-        const ssize_t done = write(descriptor(file_), text.data(), text.size());
+        const ssize_t done = write(handle_->file, text.data(), text.size());
         if (done < 0 && errno == EINTR) {
             continue;
         }
@@ -101,11 +111,7 @@ std::optional<std::string> NewFile::append(std::string_view text) const {
 
 std::optional<std::string> NewFile::complete() {
     // Some file systems report only now that a write has failed.
-    const bool is_flushed = fsync(descriptor(file_)) == 0;
-    if (!is_flushed) {
-        return system_reason();
-    }
-    if (close(descriptor(std::exchange(file_, kNone))) != 0 ||
+    if (fsync(handle_->file) != 0 || close(std::exchange(handle_->file, -1)) != 0 ||
         std::rename(temporary_.c_str(), target_.c_str()) != 0) {
         return system_reason();
     }

@@ -32,16 +32,27 @@ std::string system_reason() {
     }
 }
 
-HANDLE handle(std::intptr_t file) {
-    return reinterpret_cast<HANDLE>(file);  // as the system hands them out
-}
-
 }  // namespace
 
-NewFile::~NewFile() {
-    if (file_ != kNone) {
-        CloseHandle(handle(file_));
+struct NewFile::Handle {
+    explicit Handle(const std::string& name)
+        : file(CreateFileW(wide_name(name).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                           CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr)) {}
+    ~Handle() {
+        if (file != INVALID_HANDLE_VALUE) {
+            CloseHandle(file);
+        }
     }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    HANDLE file;
+};
+
+NewFile::NewFile() = default;
+
+NewFile::~NewFile() {
+    handle_.reset();
     if (!temporary_.empty()) {
         DeleteFileW(wide_name(temporary_).c_str());
     }
@@ -65,10 +76,8 @@ std::optional<std::string> NewFile::create(const std::string& name) {
         }
     }
     const std::string temporary = temporary_name_beside(target_);
-    file_ = reinterpret_cast<std::intptr_t>(CreateFileW(wide_name(temporary).c_str(), GENERIC_WRITE,
-                                                        FILE_SHARE_READ, nullptr, CREATE_NEW,
-                                                        FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (file_ == kNone) {
+    handle_ = std::make_unique<Handle>(temporary);
+    if (handle_->file == INVALID_HANDLE_VALUE) {
         return system_reason();
     }
     temporary_ = temporary;
@@ -80,7 +89,7 @@ std::optional<std::string> NewFile::append(std::string_view text) const {
     while (!text.empty()) {
         const std::size_t part = std::min(text.size(), kMaxWrite);
         DWORD done = 0;
-        if (WriteFile(handle(file_), text.data(), static_cast<DWORD>(part), &done, nullptr) == 0) {
+        if (WriteFile(handle_->file, text.data(), static_cast<DWORD>(part), &done, nullptr) == 0) {
             return system_reason();
         }
         text.remove_prefix(done);
@@ -89,8 +98,8 @@ std::optional<std::string> NewFile::append(std::string_view text) const {
 }
 
 std::optional<std::string> NewFile::complete() {
-    if (FlushFileBuffers(handle(file_)) == 0 ||
-        CloseHandle(handle(std::exchange(file_, kNone))) == 0 ||
+    if (FlushFileBuffers(handle_->file) == 0 ||
+        CloseHandle(std::exchange(handle_->file, INVALID_HANDLE_VALUE)) == 0 ||
         MoveFileExW(wide_name(temporary_).c_str(), wide_name(target_).c_str(),
                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
         return system_reason();
