@@ -341,8 +341,8 @@ def test_interrupted_run_leaves_no_page(waiting, tmp_path):
     run = waiting("library.html")
     assert (tmp_path / "library.html").read_text() == older
     run.send_signal(signal.SIGINT)
-    _, errors = run.communicate(b"music/record.mp3\n", timeout=30)
-    assert run.returncode == 130
+    assert run.wait(timeout=30) == 130
+    _, errors = run.communicate(timeout=30)
     assert errors.decode().splitlines()[-1] == "brindle: library.html: Not written"
     assert errors.startswith(b"Interrupted: ")
     assert (tmp_path / "library.html").read_text() == older
@@ -352,8 +352,9 @@ def test_interrupted_run_leaves_no_page(waiting, tmp_path):
 def test_interrupted_page_on_standard_output_says_so(waiting):
     run = waiting("-", stdout=subprocess.PIPE)
     run.send_signal(signal.SIGTERM)
-    page, _ = run.communicate(b"music/record.mp3\n", timeout=30)
-    assert run.returncode == 143
+    page = run.stdout.read()
+    assert run.wait(timeout=30) == 143
+    run.communicate(timeout=30)
     data = Page((run.written + page).decode()).data
     assert data["message"] == "Interrupted: not all files are in this report."
     assert [row[0] for row in data["files"]] == ["music/good.mp3"]
