@@ -42,7 +42,7 @@ std::optional<std::string> FileLock::acquire(const std::string& name) {
         if (!locked) {
             return std::nullopt;  // the reading that follows tells why
         }
-        const HANDLE mutex = CreateMutexW(nullptr, FALSE, locked->c_str());
+        auto* const mutex = CreateMutexW(nullptr, FALSE, locked->c_str());
         if (mutex == nullptr) {
             return std::nullopt;
         }
@@ -63,6 +63,8 @@ std::optional<std::string> FileLock::acquire(const std::string& name) {
 
 void FileLock::release() {
     if (held_ != kNone) {
+        // One type for what all systems lock with.
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
         auto* const mutex = reinterpret_cast<HANDLE>(std::exchange(held_, kNone));
         ReleaseMutex(mutex);
         CloseHandle(mutex);
