@@ -29,13 +29,17 @@
 //   Where there are none, and nothing else was set, the tag stays as it is.
 // - On demand (EditOptions::common_form) texts get the form that hosts and other programs read
 // alike.
+// - On demand pictures and texts are replaced by others (new_image, new_text), and tags of other
+//   programs go (left_out_from).
 // - The ID3v1 record is written only where the host has set one of its fields.
 // - Where nothing but the record was set, the tag stays as it is.
 //
 // A result that equals the file is not written.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -56,7 +60,7 @@ enum class FrameFate {
     Kept,       // byte for byte as it stands
     Moved,      // the same, but after the frames that hosts can step over
     Converted,  // in another form; the same value
-    Changed,    // replaced by a value that was set
+    Changed,    // replaced by a value that was set, or by one of EditOptions' functions
     Lost,       // see EditLoss
     Removed,    // as EditOptions asks
 };
@@ -99,6 +103,8 @@ struct EditPlan {
     // and what stays as it is, since hosts and other programs read no form of it alike: texts with
     // a character that the code page has not, or not at its place in ISO-8859-1, and links.
     std::vector<TagFrame> without_common_form;
+    // Of EditOptions::new_image and new_text: frames that have other content.
+    std::vector<TagFrame> rewritten;
 
     [[nodiscard]] BRINDLE_EXPORT std::vector<EditedFrame> losses() const;
 };
@@ -107,6 +113,19 @@ struct EditPlan {
 struct FieldName {
     String id;
     String custom_name = {};
+};
+
+// A picture (APIC) that stays in the tag.
+struct EditedPicture : TagFrame {
+    String mime_type;
+    std::vector<std::uint8_t> image;
+    // Bytes of the new frame's body besides the image and its MIME type.
+    std::size_t other_bytes = 0;
+};
+
+struct NewImage {
+    String mime_type;  // of ISO-8859-1
+    std::vector<std::uint8_t> bytes;
 };
 
 struct EditOptions {
@@ -126,6 +145,17 @@ struct EditOptions {
     // code page has it, such as a quotation mark or the euro sign. Other programs read these right;
     // hosts do not read them.
     bool latin1 = false;
+    // Is called once for each picture that stays, except compressed and encrypted ones and those of
+    // more than 64 MiB. An image that it returns takes the place of the picture's; type and
+    // description stay.
+    std::function<std::optional<NewImage>(const EditedPicture&)> new_image = nullptr;
+    // Is called once for each value of the texts that stay ("T" frames, COMM, USLT, USER, IPLS). A
+    // text that it returns takes the value's place, in ISO-8859-1 or UTF-16.
+    std::function<std::optional<String>(const TagFrame&, const String& value)> new_text = nullptr;
+    // Bytes of the file, by their 0-based offsets, that are left out: tags of other programs
+    // between the audio and the ID3v1 record. The file is rebuilt then.
+    std::int64_t left_out_from = 0;
+    std::int64_t left_out_to = 0;
 };
 
 // One edit of the file that is open in a header. The header must live as long; what is set in it
@@ -133,7 +163,8 @@ struct EditOptions {
 class BRINDLE_EXPORT TagEdit {
 public:
     // Works the edit out; reads the file and changes neither it nor `header`.
-    // Errors: -896556 without a file open; those of opening and reading (7, 53, 57, 70, 75).
+    // Errors: 5 for bytes to leave out that the file does not have; -896556 without a file open;
+    // those of opening and reading (7, 53, 57, 70, 75).
     explicit TagEdit(const cMPEGHeader& header, const EditOptions& options = {});
     TagEdit(const TagEdit&) = delete;
     TagEdit& operator=(const TagEdit&) = delete;

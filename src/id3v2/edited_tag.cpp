@@ -18,6 +18,7 @@
 #include "id3v2/frame_text.h"
 #include "id3v2/imported_frame.h"
 #include "id3v2/public_tag_reader.h"
+#include "id3v2/rewritten_frame.h"
 #include "id3v2/tag_layout.h"
 #include "id3v2/text_encoding.h"
 #include "util/code_page.h"
@@ -38,6 +39,8 @@ constexpr std::string_view kOriginalYear = "TORY";
 constexpr std::string_view kOriginalTime = "TDOR";
 constexpr std::string_view kPeople = "IPLS";
 constexpr std::string_view kPeopleOfVersion4[] = {"TIPL", "TMCL"};
+
+constexpr std::size_t kMaxPictureInMemory = std::size_t{64} * 1024 * 1024;
 
 // Names that are longer are not looked for.
 constexpr std::size_t kMaxNameRead = 8'192;
@@ -155,6 +158,10 @@ public:
     }
 
     FileContent write() {
+        if (options_.new_image || options_.new_text) {
+            std::for_each(entries_.begin(), entries_.end(),
+                          [this](Entry& entry) { rewrite(entry); });
+        }
         split_recording_time();
         if (options_.common_form) {
             add_original_year();
@@ -369,6 +376,34 @@ private:
         frame.body.append_owned(std::move(body));
     }
 
+    // Asks the caller for other content.
+    void rewrite(Entry& entry) {
+        const bool is_asked = entry.id == kPicture ? options_.new_image != nullptr
+                                                   : options_.new_text && has_values(entry.id);
+        if (entry.field || entry.is_dropped || !is_asked) {
+            return;
+        }
+        std::optional<ImportedFrame> frame =
+            entry.imported ? entry.imported : import_frame(file_, entry.version, entry.source);
+        const std::size_t limit = entry.id == kPicture ? kMaxPictureInMemory : kMaxBodyInMemory;
+        if (frame->is_packed || std::cmp_greater(frame->body.size(), limit)) {
+            return;
+        }
+        const ByteVector content = frame->head(limit);
+        std::optional<ByteVector> other =
+            entry.id == kPicture
+                ? with_new_image(content, static_cast<std::size_t>(frame->prefix), planned(entry),
+                                 options_.new_image)
+                : with_new_text(entry.id, content, planned(entry), options_.new_text);
+        if (!other) {
+            return;
+        }
+        planned(entry).fate = FrameFate::Changed;
+        plan_.rewritten.push_back(planned(entry));
+        entry.imported = std::move(frame);
+        replace_content(*entry.imported, std::move(*other));
+    }
+
     void recode(Entry& entry) {
         if (entry.field || entry.is_dropped) {
             return;
@@ -390,7 +425,9 @@ private:
         if (form.result == CommonFormResult::Joined) {
             plan_.joined.push_back(planned(entry));
         }
-        planned(entry).fate = FrameFate::Converted;
+        if (planned(entry).fate != FrameFate::Changed) {
+            planned(entry).fate = FrameFate::Converted;
+        }
         std::erase_if(plan_.unseen, [&](const TagFrame& unseen) {
             return unseen.id == planned(entry).id && unseen.number == planned(entry).number;
         });

@@ -26,7 +26,12 @@ FileEdit::FileEdit(FileToEdit file, const FindAccepted& find_accepted, const cMP
     : subject_(std::move(file)),
       fields_(std::move(fields)),
       options_(std::move(options)),
-      sets_nothing_(fields_.empty() && (!options_.removed.empty() || options_.common_form)) {
+      sets_nothing_(fields_.empty() && (!options_.removed.empty() || options_.common_form ||
+                                        options_.new_image || options_.new_text)) {
+    if (options_.left_out_from < 0 || options_.left_out_from > options_.left_out_to ||
+        options_.left_out_to > subject_.state.length) {
+        throw Error(RuntimeError::InvalidCall);
+    }
     if (sets_nothing_) {
         // Every edit leaves it, and a tag needs a frame.
         fields_.push_back(saved_stamp());
@@ -35,9 +40,15 @@ FileEdit::FileEdit(FileToEdit file, const FindAccepted& find_accepted, const cMP
         plan_step(plan_.refusal, [&] {
             require_addressable_length(subject_.state.length);
             plan_record(record);
+            leave_bytes_out();
             layout_.content = old_content_;
             if (!fields_.empty()) {
                 plan_tag(find_accepted);
+            }
+            if (leaves_bytes_out()) {
+                patches_.reset();
+                plan_.fits = false;
+                plan_.loses_stream = loses_stream_at_end(find_accepted);
             }
         });
     });
@@ -52,6 +63,22 @@ void FileEdit::plan_record(const cMP3ID3v1& record) {
         record_.kind = Id3v1Change::Kind::None;
     }
     old_content_ = with_record(*subject_.file, subject_.state.length, record_);
+}
+
+// What follows them is held in memory, so that the audio is the last range of the file.
+void FileEdit::leave_bytes_out() {
+    if (!leaves_bytes_out()) {
+        return;
+    }
+    FileContent content;
+    content.append(old_content_, {0, options_.left_out_from});
+    content.append_owned(old_content_.read({options_.left_out_to, old_content_.size()}));
+    old_content_ = std::move(content);
+}
+
+bool FileEdit::loses_stream_at_end(const FindAccepted& find_accepted) const {
+    FileWindow before(*subject_.file);
+    return find_accepted(before) && !has_stream(subject_.environment, subject_.name, content());
 }
 
 void FileEdit::plan_tag(const FindAccepted& find_accepted) {
@@ -89,7 +116,8 @@ bool FileEdit::has_work(FileWindow& window, const ByteRange& old_tag) const {
             frame.fate == FrameFate::Converted || frame.fate == FrameFate::Moved;
         return frame.fate == FrameFate::Removed || (options_.common_form && has_other_form);
     };
-    if (std::any_of(plan_.frames.begin(), plan_.frames.end(), changes)) {
+    if (std::any_of(plan_.frames.begin(), plan_.frames.end(), changes) ||
+        !plan_.rewritten.empty()) {
         return true;
     }
     if (!options_.common_form) {

@@ -63,6 +63,12 @@ private:
     };
 
     void plan_record(const cMP3ID3v1& record);
+    [[nodiscard]] bool leaves_bytes_out() const noexcept {
+        return options_.left_out_from < options_.left_out_to;
+    }
+    void leave_bytes_out();
+    // When bytes after the audio are left out.
+    [[nodiscard]] bool loses_stream_at_end(const FindAccepted& find_accepted) const;
     void plan_tag(const FindAccepted& find_accepted);
     // Without a field that was set: whether there is anything to remove or to convert.
     [[nodiscard]] bool has_work(FileWindow& window, const ByteRange& old_tag) const;
@@ -77,7 +83,7 @@ private:
     bool sets_nothing_ = false;
     EditPlan plan_;
     Id3v1Change record_;
-    FileContent old_content_;  // with the new record
+    FileContent old_content_;  // with the new record, without the bytes that are left out
     SaveLayout layout_;
     std::optional<std::vector<Patch>> patches_ = std::vector<Patch>();
 };

@@ -489,6 +489,182 @@ TEST(TagEdit, WritesUtf16WhereLatin1HoldsNoSuchTextOnDemand) {
     EXPECT_EQ(read_tag_facts(file.header).text(u"TIT2"), u"\u2019");
 }
 
+// --- Other content of frames, by the caller
+
+EditOptions with_image(std::string_view image, std::vector<EditedPicture>* asked = nullptr) {
+    return {.new_image = [=](const EditedPicture& picture) {
+        if (asked != nullptr) {
+            asked->push_back(picture);
+        }
+        const bool is_new = picture.image == std::vector<std::uint8_t>(image.begin(), image.end());
+        return is_new ? std::nullopt
+                      : std::optional(NewImage{u"image/new", {image.begin(), image.end()}});
+    }};
+}
+
+TEST(NewImage, TakesThePlaceOfThePictures) {
+    const Bytes large = letters(100'000);
+    OpenedFile file(Tag(3)
+                        .text("TALB", "A")
+                        .frame("APIC", Bytes("\1image/png\0\3\xFF\xFE"
+                                             "d\0\0\0"sv) +
+                                           large)
+                        .picture("image/jpeg", 4, "", "old")
+                        .bytes() +
+                    long_audio());
+    std::vector<EditedPicture> asked;
+    const EditPlan plan = file.edit(with_image("new", &asked));
+    ASSERT_EQ(asked.size(), 2U);
+    EXPECT_EQ(label(asked[0]), "APIC:1");
+    EXPECT_EQ(asked[0].mime_type, u"image/png");
+    EXPECT_EQ(asked[0].image.size(), 100'000U);
+    EXPECT_EQ(asked[0].other_bytes, 9U);
+    EXPECT_THAT(fates(plan), ElementsAre("TALB:1 kept", "APIC:1 changed", "APIC:2 changed"));
+    EXPECT_THAT(labels(plan.rewritten), ElementsAre("APIC:1", "APIC:2"));
+    EXPECT_EQ(frames_of(file.content()),
+              (Words{std::string("TALB=\0A"sv),
+                     std::string("APIC=\1image/new\0\3\xFF\xFE"
+                                 "d\0\0\0new"sv),
+                     std::string("APIC=\0image/new\0\4\0new"sv), std::string(kStamp)}));
+    EXPECT_TRUE(file.edit(with_image("new")).changes_nothing);
+}
+
+TEST(NewImage, OfVersions2And4IsInAFrameOfVersion3) {
+    for (const Bytes& tag : {Tag(2).picture("image/png", 3, "d", "old").bytes(),
+                             Tag(4).flags(0x80).picture("image/png", 3, "d", "old").bytes()}) {
+        OpenedFile file(tag + long_audio());
+        file.edit(with_image("new"));
+        EXPECT_EQ(frames_of(file.content()),
+                  (Words{std::string("APIC=\0image/new\0\3d\0new"sv), std::string(kStamp)}));
+    }
+}
+
+TEST(NewImage, IsNotAskedForWhereNoneCanBe) {
+    std::vector<EditedPicture> asked;
+    OpenedFile file(Tag(3)
+                        .raw(Bytes("APIC\0\0\0\2\0\x40Mx"sv))  // encrypted
+                        .frame("APIC", {})
+                        .bytes() +
+                    long_audio());
+    EXPECT_TRUE(file.edit(with_image("new", &asked)).changes_nothing);
+    EXPECT_THAT(asked, IsEmpty());
+    OpenedFile other(Tag(3).picture("image/png", 3, "", "old").bytes() + long_audio());
+    EditOptions options = with_image("new", &asked);
+    options.removed = {{u"APIC"}};
+    EXPECT_THAT(fates(other.edit(options)), ElementsAre("APIC:1 removed"));
+    EXPECT_THAT(asked, IsEmpty());
+}
+
+EditOptions with_text(const String& from, const String& to) {
+    return {.new_text = [=](const TagFrame&, const String& value) {
+        return value == from ? std::optional(to) : std::nullopt;
+    }};
+}
+
+TEST(NewText, TakesThePlaceOfTheValues) {
+    OpenedFile file(Tag(3)
+                        .text("TIT2", "old")
+                        .text("TALB", "other")
+                        .comment("eng", "d", "old")
+                        .field("F", "old")
+                        .frame("IPLS", "\0P\0old\0"sv)
+                        .frame("OWNE",
+                               "\0old\0"
+                               "20260101old"sv)
+                        .frame("PRIV", "old"sv)
+                        .bytes() +
+                    long_audio());
+    const EditPlan plan = file.edit(with_text(u"old", u"n\u00E9"));
+    EXPECT_THAT(labels(plan.rewritten), ElementsAre("TIT2:1", "COMM:1", "TXXX:1", "IPLS:1"));
+    EXPECT_EQ(frames_of(file.content()),
+              (Words{std::string("TIT2=\0n\xE9"sv), std::string("TALB=\0other"sv),
+                     std::string("COMM=\0engd\0n\xE9"sv), std::string("TXXX=\0F\0n\xE9"sv),
+                     std::string("IPLS=\0P\0n\xE9"sv),
+                     std::string("OWNE=\0old\0"
+                                 "20260101old"sv),
+                     "PRIV=old", std::string(kStamp)}));
+    EXPECT_TRUE(file.edit(with_text(u"old", u"new")).changes_nothing);
+}
+
+TEST(NewText, OutsideLatin1IsUtf16) {
+    OpenedFile file(Tag(3).field("F", "old").bytes() + long_audio());
+    file.edit(with_text(u"old", u"\u0416"));
+    EXPECT_EQ(frames_of(file.content()), (Words{std::string("TXXX=\1\xFF\xFE"
+                                                            "F\0\0\0\xFF\xFE\x16\4"sv),
+                                                std::string(kStamp)}));
+    EXPECT_EQ(read_tag_facts(file.header).custom(u"F"), u"\u0416");
+}
+
+TEST(NewText, OfOneOfSeveralValues) {
+    OpenedFile file(Tag(4).utf8_text("TPE1", "a\0old"sv).bytes() + long_audio());
+    file.edit(with_text(u"old", u"new"));
+    EXPECT_EQ(frames_of(file.content()),
+              (Words{std::string("TPE1=\0a\0new"sv), std::string(kStamp)}));
+}
+
+// --- Tags of other programs
+
+const Bytes& foreign_tag() {
+    static const Bytes tag = repeated(500, '~');
+    return tag;
+}
+
+const Bytes& old_record() {
+    static const Bytes record = Bytes("TAG") + repeated(125, '.');
+    return record;
+}
+
+EditOptions without_foreign_tag(const Bytes& before) {
+    const auto begin = static_cast<std::int64_t>(before.size());
+    return {.left_out_from = begin,
+            .left_out_to = begin + static_cast<std::int64_t>(foreign_tag().size())};
+}
+
+TEST(LeftOutBytes, GoAndNothingElse) {
+    for (const Bytes& tag : {Bytes(), Tag(4).utf8_text("TIT2", "Old").padding(50).bytes()}) {
+        for (const Bytes& record : {Bytes(), old_record()}) {
+            const Bytes before = tag + long_audio();
+            OpenedFile file(before + foreign_tag() + record);
+            const EditPlan plan = file.edit(without_foreign_tag(before));
+            EXPECT_FALSE(plan.changes_nothing);
+            EXPECT_FALSE(plan.loses_stream);
+            EXPECT_EQ(plan.needed_length, 0);
+            EXPECT_EQ(file.content(), before + record);
+        }
+    }
+}
+
+TEST(LeftOutBytes, GoTogetherWithAnEdit) {
+    const Bytes before = Tag(3).text("TIT2", "Old").padding(300) + long_audio();
+    OpenedFile file(before + foreign_tag() + old_record());
+    file.header.Title(u"New");
+    file.header.Titlev1Tag(u"New");
+    const NewContent content = TagEdit(file.header, without_foreign_tag(before)).content();
+    EXPECT_EQ(content.kept_to, static_cast<std::int64_t>(before.size()));
+    EXPECT_EQ(content.back.size(), 128U);
+    file.edit(without_foreign_tag(before));
+    EXPECT_THAT(frames_of(file.content()), ElementsAre(title(), std::string(kStamp)));
+    EXPECT_EQ(file.content().size(), before.size() + 128);
+    EXPECT_EQ(file.content().last(128).part(0, 6), Bytes("TAGNew"));
+    EXPECT_EQ(file.content().last(128 + long_audio().size()).first(long_audio().size()),
+              long_audio());
+}
+
+TEST(LeftOutBytes, MustBeThere) {
+    OpenedFile file(long_audio());
+    const auto size = static_cast<std::int64_t>(long_audio().size());
+    EXPECT_THROW(TagEdit(file.header, {.left_out_from = -1, .left_out_to = 1}), Error);
+    EXPECT_THROW(TagEdit(file.header, {.left_out_from = 2, .left_out_to = 1}), Error);
+    EXPECT_THROW(TagEdit(file.header, {.left_out_from = 0, .left_out_to = size + 1}), Error);
+}
+
+TEST(LeftOutBytes, TellWhenTheStreamGoes) {
+    OpenedFile file(long_audio());
+    const auto size = static_cast<std::int64_t>(long_audio().size());
+    EXPECT_TRUE(
+        TagEdit(file.header, {.left_out_from = 100, .left_out_to = size}).plan().loses_stream);
+}
+
 TEST(TagEdit, NeedsAFile) {
     const cMPEGHeader empty;
     EXPECT_THROW(TagEdit{empty}, Error);
