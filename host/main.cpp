@@ -1,9 +1,13 @@
 #include <cerrno>
 #include <exception>
+#include <string>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include "commands/command_line.h"
 #include "output/standard_streams.h"
+#include "pictures/shrunk_picture.h"
 #include "system/process.h"
 
 using namespace brindle::host;
@@ -11,8 +15,12 @@ using namespace brindle::host;
 int main(int argc, char** argv) {
     prepare_standard_streams();
     try {
+        std::vector<std::string> arguments = program_arguments(argc, argv);
+        if (const auto picture_status = run_picture_process(arguments)) {
+            return *picture_status;
+        }
         const ExitStatus status =
-            run_command_line(program_arguments(argc, argv),
+            run_command_line(std::move(arguments),
                              {add_show, add_set, add_apply, add_normalize, add_export, add_import,
                               add_strip, add_undo, add_journal, add_scan, add_check, add_report,
                               add_listen, add_time, add_genres});

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "batch/grouped_changes.h"
 #include "commands/command_line.h"
 #include "commands/edits.h"
+#include "commands/file_work.h"
 #include "journal/journal.h"
 #include "system/file_state.h"
 
@@ -38,6 +40,8 @@ struct SetOptions : ChangeOptions {
     std::vector<KeptValue> kept;
     // Where the values depend on the file's content: how it was when they were found.
     std::optional<FileState> expected_state;
+    // Starts what else is done to a file.
+    std::function<std::unique_ptr<FileWork>(const std::string& name)> work;
     // The option that saves a refused file.
     std::string way_to_force = "--force";
 };

@@ -89,10 +89,22 @@ public:
         for (const Edit& edit : options_.edits) {
             edit.assign(header_);
         }
-        edit_.emplace(header_, brindle::EditOptions{.unicode = options_.unicode,
-                                                    .removed = removed_fields(),
-                                                    .common_form = options_.common_form,
-                                                    .latin1 = options_.latin1});
+        brindle::EditOptions edit_options{.unicode = options_.unicode,
+                                          .removed = removed_fields(),
+                                          .common_form = options_.common_form,
+                                          .latin1 = options_.latin1};
+        if (options_.work) {
+            work_ = options_.work(change_.name());
+            if (Failure reason = work_->prepare(header_, edit_options)) {
+                return reason;
+            }
+        }
+        edit_.emplace(header_, edit_options);
+        if (work_) {
+            if (Failure reason = work_->failure()) {
+                return reason;
+            }
+        }
         const EditPlan& plan = edit_->plan();
         if (plan.refusal) {
             return reason_of(*plan.refusal);
@@ -131,6 +143,11 @@ public:
     Failure save() {
         const Reading promise(promised_, promised_facts_);
         const EditPlan& plan = edit_->plan();
+        if (work_ && change_.before()) {
+            if (Failure reason = work_->before_save(header_, *change_.before())) {
+                return reason;
+            }
+        }
         if (!plan.changes_nothing) {
             edit_->save(change_.save_options(options_.atomic));
             report_.is_written = true;
@@ -147,7 +164,7 @@ public:
             return reason;
         }
         report_.lines += printable(change_.name()) + ": " + outcome(plan, now) +
-                         values_text(reading) + remarks_text(remarks_on(plan)) +
+                         values_text(reading) + remarks_text(all_remarks(plan)) +
                          remarks_text(remarks) + "\n";
         return std::nullopt;
     }
@@ -271,10 +288,19 @@ private:
                 text += "  " + fate_text(frame.fate) + ": " + frame_text(frame) + "\n";
             }
         }
-        for (const std::string& remark : remarks_on(plan)) {
+        for (const std::string& remark : all_remarks(plan)) {
             text += "  " + remark + "\n";
         }
         report_.lines += text;
+    }
+
+    [[nodiscard]] std::vector<std::string> all_remarks(const EditPlan& plan) const {
+        std::vector<std::string> remarks = remarks_on(plan);
+        if (work_) {
+            const auto more = work_->remarks(options_.dry_run);
+            remarks.insert(remarks.end(), more.begin(), more.end());
+        }
+        return remarks;
     }
 
     [[nodiscard]] static std::string how_it_fits(const EditPlan& plan) {
@@ -329,6 +355,7 @@ private:
     SetReport& report_;
     Journal& journal_;
     cMPEGHeader header_;
+    std::unique_ptr<FileWork> work_;  // lives as long as the edit, which calls it
     std::optional<TagEdit> edit_;
     // What hosts and other programs will read.
     cMPEGHeader promised_;

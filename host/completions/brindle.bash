@@ -90,7 +90,7 @@ _brindle() {
             return
             ;;
         normalize:--pictures)
-            mapfile -t COMPREPLY < <(compgen -W "keep drop" -- "$word")
+            mapfile -t COMPREPLY < <(compgen -W "keep shrink extract drop shrink,extract extract,drop" -- "$word")
             return
             ;;
         time:--style)

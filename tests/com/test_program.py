@@ -74,6 +74,9 @@ def test_says_what_it_was_built_without(brindle, song):
     status, printed = brindle("export", "--to", "rivendell", windows_name(song))
     assert (status, printed) == (2, "brindle: export --to rivendell: built without pugixml, "
                                     "which reads XML\n")
+    status, printed = brindle("normalize", "--pictures", "shrink", windows_name(song))
+    assert (status, printed) == (2, "brindle: normalize --pictures shrink: built without "
+                                    "libjpeg-turbo and libpng, which decode pictures\n")
     for command in ("scan", "check"):
         status, printed = brindle(command, "--cache", "c.db", windows_name(song))
         assert (status, printed) == (2, f"brindle: {command} --cache: built without SQLite, "

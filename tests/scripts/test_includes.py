@@ -26,7 +26,8 @@ ROOMS = {
     "journal": {"batch", "output", "system"},
     "report": {"output"},
     "cache": {"batch", "output", "system"},
-    "commands": {"bridges", "listen", "cache", "journal", "report", "batch", "output", "system"},
+    "pictures": set(),
+    "commands": {"pictures", "bridges", "listen", "cache", "journal", "report", "batch", "output", "system"},
 }
 
 
