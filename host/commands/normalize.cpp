@@ -92,6 +92,7 @@ void add_normalize(CommandLine& program) {
         kPictures, "WHAT", [pictures](const std::string& given) { *pictures = given; },
         "keep (default), shrink to what hosts read, drop, or extract into files beside; "
         "shrink,extract and extract,drop do both");
+    command.flag("--strip-foreign", more->strips_foreign, "Remove APEv2 and Lyrics3 tags");
     add_saving_options(command, *options);
     command.changed_paths(*options, "Show how each tag would change; write nothing");
 }

@@ -1,5 +1,11 @@
 #include "commands/normalized_file.h"
 
+#include <brindle/frame_walk.h>
+
+#include "output/foreign_tags.h"
+#include "output/stream_text.h"
+#include "system/file_access.h"
+
 namespace brindle::host {
 
 namespace {
@@ -7,7 +13,7 @@ namespace {
 class NormalizedFile final : public FileWork {
 public:
     NormalizedFile(const std::string& name, const NormalizeOptions& options)
-        : options_(options), pictures_(name, options.pictures) {}
+        : name_(name), options_(options), pictures_(name, options.pictures) {}
 
     std::optional<std::string> prepare(const cMPEGHeader& header,
                                        brindle::EditOptions& options) override {
@@ -15,6 +21,9 @@ public:
             options.new_image = [this](const EditedPicture& picture) {
                 return pictures_.new_image(picture);
             };
+        }
+        if (options_.strips_foreign) {
+            leave_foreign_tags_out(header, options);
         }
         return pictures_.plan_extraction(header);
     }
@@ -27,12 +36,54 @@ public:
     }
 
     std::vector<std::string> remarks(bool dry_run) const override {
-        return pictures_.remarks(dry_run);
+        std::vector<std::string> remarks = pictures_.remarks(dry_run);
+        remarks.insert(remarks.end(), remarks_.begin(), remarks_.end());
+        return remarks;
     }
 
 private:
+    void leave_foreign_tags_out(const cMPEGHeader& header, brindle::EditOptions& options) {
+        ReadOnlyFile file(name_);
+        std::int64_t size = 0;
+        if (reason_against_file(name_, size)) {
+            return;  // the edit reports it
+        }
+        constexpr std::int64_t kRecord = 128;
+        std::int64_t end = size - (has_id3v1(header) ? kRecord : 0);
+        if (end < size && end >= kRecord && file.read(end - kRecord, 3) == "TAG") {
+            end -= kRecord;  // of a second record
+        }
+        const std::int64_t begin = has_id3v2(header) ? header.ID3TagSizeIncludingHeader() : 0;
+        const RemovableTags tags = find_removable_tags(file, begin, end);
+        if (!tags.damaged.empty()) {
+            remarks_.push_back("kept the " + tags.damaged + " tag, whose parts do not add up");
+        }
+        if (tags.from == tags.to) {
+            return;
+        }
+        // A last frame that is not whole would end with bytes of the tag.
+        const FrameWalk walk = walk_frames(header);
+        if (walk.end > tags.from || walk.last_frame_is_cut) {
+            remarks_.emplace_back("kept the tags at the end, where an audio frame may be");
+            return;
+        }
+        options.left_out_from = tags.from;
+        options.left_out_to = tags.to;
+        add_removed("APEv2", tags.ape_bytes);
+        add_removed("Lyrics3", tags.lyrics3_bytes);
+    }
+
+    void add_removed(const std::string& name, std::int64_t bytes) {
+        if (bytes != 0) {
+            remarks_.push_back("removed the " + name + " tag (" + std::to_string(bytes) +
+                               " bytes)");
+        }
+    }
+
+    std::string name_;
     const NormalizeOptions& options_;
     NormalizedPictures pictures_;
+    std::vector<std::string> remarks_;
 };
 
 }  // namespace

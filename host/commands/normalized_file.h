@@ -11,6 +11,7 @@ namespace brindle::host {
 
 struct NormalizeOptions {
     PictureOptions pictures;
+    bool strips_foreign = false;
 };
 
 [[nodiscard]] std::unique_ptr<FileWork> normalize_file(const std::string& name,

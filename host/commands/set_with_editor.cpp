@@ -99,6 +99,7 @@ public:
                 return reason;
             }
         }
+        leaves_bytes_out_ = edit_options.left_out_from < edit_options.left_out_to;
         edit_.emplace(header_, edit_options);
         if (work_) {
             if (Failure reason = work_->failure()) {
@@ -190,7 +191,7 @@ private:
     }
 
     [[nodiscard]] SaveWay way(const EditPlan& plan) const {
-        const bool is_in_place = plan.fits || plan.needed_length == 0;
+        const bool is_in_place = !leaves_bytes_out_ && (plan.fits || plan.needed_length == 0);
         return is_in_place && !options_.atomic ? SaveWay::InPlace : SaveWay::Replace;
     }
 
@@ -361,6 +362,7 @@ private:
     cMPEGHeader promised_;
     TagFacts promised_facts_;
     bool had_record_ = false;
+    bool leaves_bytes_out_ = false;
 };
 
 }  // namespace

@@ -40,7 +40,7 @@ _brindle() {
             ;;
         apply) options="--dry-run --keep-going --unicode --spreadsheet $journal" ;;
         normalize)
-            options="--pictures --dry-run --preserve --force --atomic --yes -0 --null $journal"
+            options="--pictures --strip-foreign --dry-run --preserve --force --atomic --yes -0 --null $journal"
             ;;
         export) options="--to --dry-run --preserve --force --atomic --yes -0 --null $journal" ;;
         import)

@@ -61,7 +61,7 @@ def png_of_16_bits(image):
 
 
 def interlaced_png(image):
-    """Adam7: seven passes, each with every so manieth pixel."""
+    """Adam7: seven passes, each with every eighth to second pixel."""
     pixels = numpy.asarray(image)
     data = b""
     for x, y, right, down in ((0, 0, 8, 8), (4, 0, 8, 8), (0, 4, 4, 8), (2, 0, 4, 4), (0, 2, 2, 4),
