@@ -28,7 +28,7 @@ bool are_read_alike(const std::vector<String>& texts) {
 
 // Whose texts hosts show. Pictures, objects and the like are of no use to them.
 bool is_shown(std::string_view id) {
-    return id == kUserLink || holds_text(id);
+    return id == kUserLink || holds_only_text(id);
 }
 
 bool is_number(const String& text) {

@@ -83,4 +83,12 @@ bool holds_text(std::string_view id) noexcept {
     return std::find(fields.begin(), fields.end(), Text) != fields.end();
 }
 
+bool holds_only_text(std::string_view id) noexcept {
+    const auto fields = fields_of(id);
+    return holds_text(id) && std::all_of(fields.begin(), fields.end(), [](FrameField field) {
+               return field == Encoding || field == Language || field == EncodedString ||
+                      field == Text;
+           });
+}
+
 }  // namespace brindle

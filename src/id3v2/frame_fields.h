@@ -31,6 +31,10 @@ enum class FrameField : std::uint8_t {
 // Whether values in the frame's encoding are in it.
 [[nodiscard]] bool holds_text(std::string_view id) noexcept;
 
+// The same, and nothing else but a language and descriptions, so that the frame can be made anew of
+// its texts.
+[[nodiscard]] bool holds_only_text(std::string_view id) noexcept;
+
 // Links are 8-bit text without an encoding. That of a WXXX frame has a description in front.
 [[nodiscard]] bool is_link(std::string_view id) noexcept;
 

@@ -46,14 +46,7 @@ void append_texts(const std::vector<String>& texts, TextEncoding encoding, ByteV
 }  // namespace
 
 bool has_values(std::string_view id) noexcept {
-    if (id == kPeople) {
-        return true;
-    }
-    const auto fields = fields_of(id);
-    return holds_text(id) && std::all_of(fields.begin(), fields.end(), [](FrameField field) {
-               return field == FrameField::Encoding || field == FrameField::Language ||
-                      field == FrameField::EncodedString || field == FrameField::Text;
-           });
+    return id == kPeople || holds_only_text(id);
 }
 
 std::optional<std::vector<std::uint8_t>> with_new_image(

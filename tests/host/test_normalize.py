@@ -3,7 +3,7 @@
 import json
 
 import pytest
-from mutagen.id3 import (APIC, COMM, ID3, IPLS, POPM, RVA2, TALB, TCON, TDOR, TDRC, TIPL, TIT2, TMCL,
+from mutagen.id3 import (APIC, COMM, ID3, IPLS, OWNE, POPM, RVA2, TALB, TCON, TDOR, TDRC, TIPL, TIT2, TMCL,
                          TPE1, TPE2, TSOP, TXXX, UFID, USLT, WOAR, WXXX)
 
 from mp3_bytes import frame, id3v1, tag, text_frame, user_frame
@@ -93,6 +93,15 @@ def test_all_that_version_2_3_has_is_mapped(brindle, song):
     assert b"TIPL" not in content and b"TMCL" not in content
     assert_same_values(before, values(song), "TPE1", "TORY")
     assert values(song)["RVA2:t"] == before["RVA2:t"]
+
+
+def test_frames_that_hold_more_than_text_stay(brindle, song):
+    write(song, TIT2(1, "x"), OWNE(1, "EUR10", "20260101", "Säller"), version=3)
+    body = song.read_bytes()
+    owned = body[body.index(b"OWNE"):][:10 + len("EUR10") + 1 + 1 + 8 + 2 + 12]
+    assert brindle("normalize", "song.mp3").returncode == 0
+    assert owned in song.read_bytes() and text_frame("TIT2", "x") in song.read_bytes()
+    assert values(song)["OWNE"]["price"] == "EUR10"
 
 
 def test_texts_without_a_common_form_are_named_and_stay(brindle, song):

@@ -65,6 +65,7 @@ const CommonFormCase kCases[] = {
     {"LinkHasNoForm", "WOAR", "http://a"sv, NoneThere},
     {"PictureIsOfNoUse", "APIC", "\1image/png\0\3\xFF\xFE\0\0x"sv, AsBefore},
     {"PrivateFrameIsNoText", "PRIV", "\1x\0y"sv, AsBefore},
+    {"PriceAndDateStayWithTheText", "OWNE", "\3EUR1\0" "20260101S"sv, AsBefore},
     {"PeopleStayApart", "IPLS", "\1\xFF\xFE" "a\0\0\0\xFF\xFE" "b\0\0\0"sv, Recoded, "\0a\0b\0"sv},
     {"PeopleOfLatin1Stay", "IPLS", "\0a\0b\0"sv, AsBefore},
     {"PeopleOfVersion4StayApart", "TIPL", "\3a\0b\0c"sv, Recoded, "\0a\0b\0c\0"sv},
