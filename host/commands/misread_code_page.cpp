@@ -23,24 +23,6 @@ constexpr std::u16string_view kWindows1252 =
 constexpr Byte kFirstHigh = 0x80;
 constexpr Byte kFirstLetter = 0xC0;
 
-// The text's bytes in ISO-8859-1 or Windows-1252; none where it has other characters.
-std::optional<std::string> bytes_of(const String& text) {
-    constexpr char16_t kBytes = 0x100;
-    std::string bytes;
-    for (const char16_t unit : text) {
-        if (unit < kBytes) {
-            bytes += static_cast<char>(unit);
-            continue;
-        }
-        const std::size_t place = kWindows1252.find(unit);
-        if (place == std::u16string_view::npos) {
-            return std::nullopt;
-        }
-        bytes += static_cast<char>(kFirstHigh + place);
-    }
-    return bytes;
-}
-
 bool is_upper(Byte byte) {
     return (byte >= 'A' && byte <= 'Z') || (byte >= kFirstLetter && byte < 0xDF && byte != 0xD7);
 }
@@ -256,8 +238,25 @@ private:
 
 }  // namespace
 
+std::optional<std::string> single_bytes(const String& text) {
+    constexpr char16_t kBytes = 0x100;
+    std::string bytes;
+    for (const char16_t unit : text) {
+        if (unit < kBytes) {
+            bytes += static_cast<char>(unit);
+            continue;
+        }
+        const std::size_t place = kWindows1252.find(unit);
+        if (place == std::u16string_view::npos) {
+            return std::nullopt;
+        }
+        bytes += static_cast<char>(kFirstHigh + place);
+    }
+    return bytes;
+}
+
 std::optional<MisreadText> find_misread_encoding(const String& text) {
-    const std::optional<std::string> bytes = bytes_of(text);
+    const std::optional<std::string> bytes = single_bytes(text);
     if (!bytes || std::all_of(bytes->begin(), bytes->end(),
                               [](char c) { return static_cast<Byte>(c) < kFirstHigh; })) {
         return std::nullopt;

@@ -6,6 +6,7 @@
 
 #include "commands/command_line.h"
 #include "commands/normalized_file.h"
+#include "commands/repaired_text.h"
 #include "commands/set_file.h"
 #include "pictures/shrunk_picture.h"
 
@@ -93,6 +94,10 @@ void add_normalize(CommandLine& program) {
         "keep (default), shrink to what hosts read, drop, or extract into files beside; "
         "shrink,extract and extract,drop do both");
     command.flag("--strip-foreign", more->strips_foreign, "Remove APEv2 and Lyrics3 tags");
+    command.word(
+        "--repair-text", "CODEPAGE", repairable_code_pages(),
+        [more](const std::string& given) { more->code_page = given; },
+        "Repair text that was written in this encoding and labelled with another one");
     add_saving_options(command, *options);
     command.changed_paths(*options, "Show how each tag would change; write nothing");
 }

@@ -2,7 +2,11 @@
 
 #include <brindle/frame_walk.h>
 
+#include "commands/misread_code_page.h"
+#include "commands/repaired_text.h"
 #include "output/foreign_tags.h"
+#include "output/printable_text.h"
+#include "output/save_text.h"
 #include "output/stream_text.h"
 #include "system/file_access.h"
 
@@ -20,6 +24,11 @@ public:
         if (options_.pictures.shrinks) {
             options.new_image = [this](const EditedPicture& picture) {
                 return pictures_.new_image(picture);
+            };
+        }
+        if (!options_.code_page.empty()) {
+            options.new_text = [this](const TagFrame& frame, const String& value) {
+                return repaired(frame, value);
             };
         }
         if (options_.strips_foreign) {
@@ -42,6 +51,18 @@ public:
     }
 
 private:
+    std::optional<String> repaired(const TagFrame& frame, const String& value) {
+        if (!find_misread_encoding(value)) {
+            return std::nullopt;
+        }
+        std::optional<String> text = repaired_text(value, options_.code_page);
+        remarks_.push_back(text ? "repaired " + frame_label(frame) + ": " + in_quotes(*text)
+                                : "kept " + frame_label(frame) +
+                                      " as it is: its text is misread, but not certainly of " +
+                                      options_.code_page);
+        return text;
+    }
+
     void leave_foreign_tags_out(const cMPEGHeader& header, brindle::EditOptions& options) {
         ReadOnlyFile file(name_);
         std::int64_t size = 0;

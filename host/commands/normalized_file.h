@@ -12,6 +12,7 @@ namespace brindle::host {
 struct NormalizeOptions {
     PictureOptions pictures;
     bool strips_foreign = false;
+    std::string code_page;  // of texts to repair; "" for none
 };
 
 [[nodiscard]] std::unique_ptr<FileWork> normalize_file(const std::string& name,

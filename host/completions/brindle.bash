@@ -40,7 +40,7 @@ _brindle() {
             ;;
         apply) options="--dry-run --keep-going --unicode --spreadsheet $journal" ;;
         normalize)
-            options="--pictures --strip-foreign --dry-run --preserve --force --atomic --yes -0 --null $journal"
+            options="--pictures --strip-foreign --repair-text --dry-run --preserve --force --atomic --yes -0 --null $journal"
             ;;
         export) options="--to --dry-run --preserve --force --atomic --yes -0 --null $journal" ;;
         import)
@@ -91,6 +91,11 @@ _brindle() {
             ;;
         normalize:--pictures)
             mapfile -t COMPREPLY < <(compgen -W "keep shrink extract drop shrink,extract extract,drop" -- "$word")
+            return
+            ;;
+        normalize:--repair-text)
+            mapfile -t COMPREPLY < <(compgen -W "utf-8 windows-1251 koi8-r iso-8859-5 windows-1253
+                iso-8859-7" -- "$word")
             return
             ;;
         time:--style)

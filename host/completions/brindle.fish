@@ -45,6 +45,7 @@ complete -c brindle -n '__fish_seen_subcommand_from set normalize export import 
 
 complete -c brindle -n '__fish_seen_subcommand_from normalize' -x -l pictures -a 'keep shrink extract drop shrink,extract extract,drop' -d 'What to do with pictures'
 complete -c brindle -n '__fish_seen_subcommand_from normalize' -l strip-foreign -d 'Remove APEv2 and Lyrics3 tags'
+complete -c brindle -n '__fish_seen_subcommand_from normalize' -x -l repair-text -a 'utf-8 windows-1251 koi8-r iso-8859-5 windows-1253 iso-8859-7' -d 'Repair text in this encoding'
 
 complete -c brindle -n '__fish_seen_subcommand_from export' -x -l to -a 'liquidsoap azuracast rivendell' -d 'Playout system'
 complete -c brindle -n '__fish_seen_subcommand_from import' -x -l from -a 'liquidsoap azuracast rivendell' -d 'Playout system'
