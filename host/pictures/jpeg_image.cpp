@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdio>  // jpeglib.h needs it
 #include <cstdlib>
-#include <string>
+#include <memory>
 #include <string_view>
 
 // clang-format off
@@ -17,6 +17,8 @@
 namespace brindle::host {
 
 namespace {
+
+using MadeByLibrary = std::unique_ptr<unsigned char, decltype(&std::free)>;
 
 constexpr int kMaxScans = 500;
 constexpr int kExif = JPEG_APP0 + 1;
@@ -75,10 +77,10 @@ std::vector<std::uint8_t> profile_of(jpeg_decompress_struct& decoder) {
     unsigned size = 0;
     std::vector<std::uint8_t> profile;
     if (jpeg_read_icc_profile(&decoder, &data, &size) != 0) {
+        const MadeByLibrary held(data, &std::free);
         if (is_kept_profile(data, size)) {
             profile.assign(data, data + size);
         }
-        std::free(data);
     }
     return profile;
 }
@@ -171,10 +173,9 @@ std::vector<std::uint8_t> jpeg_of(const Image& image, int quality) {
         jpeg_write_scanlines(&encoder, &row, 1);
     }
     jpeg_finish_compress(&encoder);
-    std::vector<std::uint8_t> made(buffer, buffer + size);
     jpeg_destroy_compress(&encoder);
-    std::free(buffer);
-    return made;
+    const MadeByLibrary held(buffer, &std::free);
+    return {buffer, buffer + size};
 }
 
 }  // namespace brindle::host
