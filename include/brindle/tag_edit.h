@@ -94,7 +94,7 @@ struct EditPlan {
     std::vector<TagFrame> duplicates;
     // User-defined texts whose name differs from one that was set only in upper and lower case.
     std::vector<TagFrame> other_cases;
-    // Frames of the new tag that hosts cannot step over.
+    // Frames of the new tag, or with common_form of one that stays, that hosts cannot step over.
     std::vector<TagFrame> oversized;
     // Scheduling fields that stay in UTF-16 or UTF-8, in which hosts do not find them.
     std::vector<TagFrame> unseen;

@@ -98,6 +98,9 @@ void FileEdit::plan_tag(const FindAccepted& find_accepted) {
         fields_.clear();
         EditPlan without_tag;
         without_tag.without_common_form = std::move(plan_.without_common_form);
+        if (options_.common_form) {
+            without_tag.oversized = std::move(plan_.oversized);
+        }
         plan_ = std::move(without_tag);
         return;
     }

@@ -172,6 +172,15 @@ def test_unsynchronisation_and_extended_header_go(brindle, song):
     assert frame("PRIV", b"x\0y") in content
 
 
+def test_what_hosts_cannot_step_over_is_named_each_time(brindle, song):
+    song.write_bytes(tag(text_frame("TIT2", "Song"), text_frame("TIT3", "x" * 5001)) + AUDIO)
+    before = snapshot(song)
+    assert brindle("normalize", "song.mp3").stdout == (
+        b"song.mp3: nothing written, the file already has these values; hosts read title and artist "
+        b'as "Corrupt ID3v2 Tag..." because of TIT3:1, which they cannot skip\n')
+    assert snapshot(song) == before
+
+
 def test_texts_come_before_what_hosts_cannot_step_over(brindle, song):
     song.write_bytes(tag(frame("APIC", b"\0image/png\0\3\0" + b"p" * 90_000),
                          text_frame("TIT2", "Song")) + AUDIO)
