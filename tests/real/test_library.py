@@ -3,6 +3,7 @@
 import dataclasses
 import hashlib
 import json
+import re
 import shutil
 import struct
 import subprocess
@@ -223,3 +224,67 @@ def test_two_scans_print_the_same(library, program):
 
     for form in ("--json", "--csv"):
         assert digest(form) == digest(form, "--jobs", "1")
+
+
+# Id and name: a frame's number may change.
+LABEL = re.compile(r'\b([A-Z0-9]{4}):\d+(?: "([^"]*)")?')
+
+
+def values_of(path):
+    """As mutagen reads them, without the stamp of a saved tag; of pictures what stays. A field that
+    eyeD3 ends after its name has an empty value afterwards, so it is left out."""
+    reading = as_mutagen_reads(path)
+    custom = tuple(pair for pair in reading.custom if pair[0] != "TAGGED BY" and pair[1])
+    return dataclasses.replace(reading, custom=custom,
+                               pictures=tuple(kind for kind, _, _ in reading.pictures))
+
+
+def test_normalized_library_is_read_alike(library, program, tmp_path):
+    """What cannot be read alike, or not at all by hosts, is listed."""
+    copy = tmp_path / "copy"
+    shutil.copytree(library, copy)
+
+    def printed(*words):
+        done = subprocess.run([program, *words, str(copy)], stdin=subprocess.DEVNULL,
+                              capture_output=True, check=False)
+        return done.stdout.decode().splitlines()
+
+    def by_name(*words):
+        return {facts["file"]: facts for facts in map(json.loads, printed(*words))}
+
+    def normalize():
+        lines = printed("normalize", "--yes", "--pictures", "shrink", "--strip-foreign")
+        return dict(line.split(": ", 1) for line in lines)
+
+    before = {str(path): values_of(path) for path in copy.iterdir()}
+    hashes = {name: facts["file_facts"]["audio_sha256"]
+              for name, facts in by_name("scan", "--json", "--hash", "--quiet").items()}
+    done = normalize()
+    # Of some short files more than half would be tag.
+    assert len(before) - len(done) <= 3 and len(done) > 1_400
+    assert {name: value for name, value in before.items() if values_of(name) != value} == {}
+    scanned = by_name("scan", "--json", "--hash", "--quiet")
+    assert {name: facts["file_facts"]["audio_sha256"] for name, facts in scanned.items()} == hashes
+    shrunk = [name for name, text in done.items() if "; shrunk APIC:1 from " in text]
+    large = [path for path in library.iterdir()
+             if any(size > 81_900 for _, _, size in as_mutagen_reads(path).pictures)]
+    assert len(large) - len(shrunk) <= 3 and len(shrunk) > 500
+    for name, checked in by_name("check", "--json", "--notes", "--quiet").items():
+        if name not in done:
+            continue
+        found = {reason["code"]: reason["text"] for reason in checked["reasons"]}
+        listed = set(LABEL.findall(done[name]))
+        assert "large-picture" not in found, (name, done[name])
+        assert "corrupt-tag" not in found or "which they cannot skip" in done[name], name
+        for code in ("misread-text", "unread-text"):
+            assert set(LABEL.findall(found.get(code, ""))) <= listed, (name, found, done[name])
+        if "corrupt-tag" in found:
+            continue
+        facts = scanned[name]
+        for ours, theirs, label in (("Title", "title", "TIT2"), ("Artist", "artist", "TPE1"),
+                                    ("Album", "album", "TALB")):
+            assert (label, "") in listed or facts[ours] == facts["tag"][theirs], (name, ours)
+    once = {path.name: (path.stat().st_mtime_ns, path.stat().st_ino) for path in copy.iterdir()}
+    assert all(text.startswith("nothing written") for text in normalize().values())
+    assert {path.name: (path.stat().st_mtime_ns, path.stat().st_ino)
+            for path in copy.iterdir()} == once
