@@ -19,11 +19,10 @@ int main(int argc, char** argv) {
         if (const auto picture_status = run_picture_process(arguments)) {
             return *picture_status;
         }
-        const ExitStatus status =
-            run_command_line(std::move(arguments),
-                             {add_show, add_set, add_apply, add_normalize, add_export, add_import,
-                              add_strip, add_undo, add_journal, add_scan, add_check, add_report,
-                              add_listen, add_time, add_genres});
+        const ExitStatus status = run_command_line(
+            std::move(arguments), {add_show, add_set, add_apply, add_normalize, add_export,
+                                   add_import, add_strip, add_undo, add_journal, add_scan,
+                                   add_check, add_report, add_listen, add_time, add_genres});
         close_output();
         return static_cast<int>(status);
     } catch (const OutputFailure& failure) {

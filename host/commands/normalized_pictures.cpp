@@ -8,9 +8,9 @@
 #include "output/save_text.h"
 #include "pictures/image_kind.h"
 #include "pictures/shrunk_picture.h"
+#include "system/created_file.h"
 #include "system/file_access.h"
 #include "system/file_path.h"
-#include "system/created_file.h"
 
 namespace brindle::host {
 

@@ -10,6 +10,7 @@
 #include "journal/changed_file.h"
 #include "journal/journal_entry.h"
 #include "journal/journal_format.h"
+#include "system/posix_calls.h"
 #include "system/private_file.h"
 
 namespace brindle::host {
@@ -75,8 +76,7 @@ struct Journal::State {
         beginning.insert(beginning.end(), record.begin(), record.end());
         auto reason = file.append(beginning);
         if (!reason) {
-            const std::string above = std::filesystem::path(place).parent_path();
-            reason = flush_folder(above.empty() ? "." : above);
+            reason = flush_folder(std::filesystem::path(place).parent_path());
         }
         if (reason) {
             remove_and_refuse(*reason);

@@ -15,6 +15,7 @@
 #include "pictures/image.h"
 #include "pictures/shrink_image.h"
 #include "pictures/shrunk_picture.h"
+#include "system/posix_calls.h"
 
 namespace brindle::host {
 
@@ -70,17 +71,6 @@ Bytes read_input() {
     }
 }
 
-bool write_output(std::span<const std::uint8_t> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = write(STDOUT_FILENO, bytes.data(), bytes.size());
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        bytes = bytes.subspan(static_cast<std::size_t>(std::max(count, ssize_t{0})));
-    }
-    return true;
-}
-
 }  // namespace
 
 std::optional<int> run_picture_process(const std::vector<std::string>& arguments) {
@@ -95,7 +85,8 @@ std::optional<int> run_picture_process(const std::vector<std::string>& arguments
         static_cast<void>(std::signal(signal, SIG_IGN));
     }
     limit_process();
-    return write_output(shrunk_image(read_input(), max_bytes)) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return write_all(STDOUT_FILENO, shrunk_image(read_input(), max_bytes)) ? EXIT_SUCCESS
+                                                                           : EXIT_FAILURE;
 }
 
 }  // namespace brindle::host

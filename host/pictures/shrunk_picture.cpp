@@ -14,6 +14,7 @@
 
 #include "pictures/image.h"
 #include "pictures/picture_process.h"
+#include "system/posix_calls.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): not all systems declare it
 
@@ -87,16 +88,7 @@ public:
 
     // Ends early if the process does. It writes nothing before it has read all.
     void write(std::span<const std::uint8_t> bytes) {
-        while (!bytes.empty()) {
-            const ssize_t count = ::write(input_.in.get(), bytes.data(), bytes.size());
-            if (count < 0 && errno == EINTR) {
-                continue;
-            }
-            if (count < 0) {
-                break;
-            }
-            bytes = bytes.subspan(static_cast<std::size_t>(count));
-        }
+        static_cast<void>(write_all(input_.in.get(), bytes));
         input_.in.close();
     }
 

@@ -1,7 +1,8 @@
-#include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <span>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -10,6 +11,7 @@
 
 #include "system/file_access.h"
 #include "system/new_file.h"
+#include "system/posix_calls.h"
 #include "system/temporary_name.h"
 
 namespace brindle::host {
@@ -18,23 +20,6 @@ namespace {
 
 constexpr mode_t kAllReadAndWrite = 0666;  // without those of the user's mask
 constexpr mode_t kRights = 0777;
-
-std::string system_reason() {
-    return std::generic_category().message(errno);
-}
-
-// Some file systems cannot flush folders.
-bool flush_folder_of(const std::filesystem::path& path) {
-    const std::filesystem::path folder = path.parent_path();
-    const int opened =
-        open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (opened == -1) {
-        return errno == EACCES;
-    }
-    const bool is_flushed = fsync(opened) == 0 || errno == EINVAL;
-    close(opened);
-    return is_flushed;
-}
 
 }  // namespace
 
@@ -96,17 +81,8 @@ std::optional<std::string> NewFile::create(const std::string& name) {
 }
 
 std::optional<std::string> NewFile::append(std::string_view text) const {
-    while (!text.empty()) {
-        const ssize_t done = write(handle_->file, text.data(), text.size());
-        if (done < 0 && errno == EINTR) {
-            continue;
-        }
-        if (done <= 0) {
-            return system_reason();
-        }
-        text.remove_prefix(static_cast<std::size_t>(done));
-    }
-    return std::nullopt;
+    const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    return write_all(handle_->file, bytes) ? std::nullopt : std::optional(system_reason());
 }
 
 std::optional<std::string> NewFile::complete() {
@@ -116,7 +92,7 @@ std::optional<std::string> NewFile::complete() {
         return system_reason();
     }
     temporary_.clear();
-    return flush_folder_of(target_) ? std::nullopt : std::optional(system_reason());
+    return flush_folder(std::filesystem::path(target_).parent_path());
 }
 
 }  // namespace brindle::host

@@ -53,7 +53,5 @@ private:
 // Makes the folder and those above it that are missing, for the user alone. The answer is why that
 // could not be done, or nothing.
 [[nodiscard]] std::optional<std::string> make_private_folder(const std::string& name);
-// Until the device has the names in it.
-[[nodiscard]] std::optional<std::string> flush_folder(const std::string& name);
 
 }  // namespace brindle::host

@@ -8,6 +8,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include "system/posix_calls.h"
 #include "system/private_file.h"
 
 namespace brindle::host {
@@ -16,10 +17,6 @@ namespace {
 
 constexpr mode_t kOwnerReadsAndWrites = S_IRUSR | S_IWUSR;
 constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
-
-std::string system_reason() {
-    return std::generic_category().message(errno);
-}
 
 // Why others may have written the file, or nothing.
 std::optional<std::string> reason_against_trusting(const struct stat& status) {
@@ -83,17 +80,7 @@ void PrivateFile::close() {
 }
 
 std::optional<std::string> PrivateFile::append(std::span<const std::uint8_t> bytes) const {
-    while (!bytes.empty()) {
-        const ssize_t done = ::write(descriptor_, bytes.data(), bytes.size());
-        if (done < 0 && errno == EINTR) {
-            continue;
-        }
-        if (done <= 0) {
-            return system_reason();
-        }
-        bytes = bytes.subspan(static_cast<std::size_t>(done));
-    }
-    return std::nullopt;
+    return write_all(descriptor_, bytes) ? std::nullopt : std::optional(system_reason());
 }
 
 std::optional<std::string> PrivateFile::flush() const {
@@ -137,19 +124,6 @@ std::optional<std::string> make_private_folder(const std::string& name) {
         return system_reason();
     }
     return above.empty() ? std::nullopt : flush_folder(above);
-}
-
-std::optional<std::string> flush_folder(const std::string& name) {
-    const int folder = ::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder == -1) {
-        // A folder that may be entered but not read.
-        return errno == EACCES ? std::nullopt : std::optional(system_reason());
-    }
-    // Some file systems cannot flush folders.
-    const bool is_flushed = fsync(folder) == 0 || errno == EINVAL;
-    auto reason = is_flushed ? std::nullopt : std::optional(system_reason());
-    ::close(folder);
-    return reason;
 }
 
 }  // namespace brindle::host

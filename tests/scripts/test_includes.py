@@ -26,8 +26,9 @@ ROOMS = {
     "journal": {"batch", "output", "system"},
     "report": {"output"},
     "cache": {"batch", "output", "system"},
-    "pictures": set(),
-    "commands": {"pictures", "bridges", "listen", "cache", "journal", "report", "batch", "output", "system"},
+    "pictures": {"system"},
+    "commands": {"batch", "bridges", "cache", "journal", "listen", "output", "pictures", "report",
+                 "system"},
 }
 
 
