@@ -93,12 +93,13 @@ void require_tag_length(std::int64_t length) {
 // other files have to be looked at.
 bool loses_stream(Environment& environment, const String& name, const SaveLayout& layout,
                   const std::optional<AcceptedFrame>& accepted) {
-    // A tag in a shorter file, or of more than half of it, is overlooked.
+    // A tag in a shorter file, or of more than half of it, is overlooked. In a file that gets
+    // shorter a Xing header may count more bytes than there are.
     constexpr std::int64_t kShortFile = 8192;
     const std::int64_t tag_end = layout.tag_position + layout.tag.size();
     const bool is_plain = accepted && accepted->position + layout.shift == tag_end &&
-                          tag_end <= layout.content.size() / 2 && layout.tag_position == 0 &&
-                          layout.content.size() > kShortFile;
+                          layout.shift >= 0 && tag_end <= layout.content.size() / 2 &&
+                          layout.tag_position == 0 && layout.content.size() > kShortFile;
     return accepted && !is_plain && !has_stream(environment, name, layout.content);
 }
 

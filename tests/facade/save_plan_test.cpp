@@ -396,6 +396,21 @@ TEST(SavePlan, StreamAfterWhatIsKeptOfADoubtfulTagIsLost) {
     EXPECT_EQ(file.content().last(audio().size()), audio());
 }
 
+// Junk before the tag goes, and then the Xing header counts more bytes than the file has.
+TEST(SavePlan, StreamThatNeedsTheLengthOfTheFileIsLost) {
+    // 8,192 bytes afterwards, which is a short file, and one more.
+    for (const std::size_t rest : {178U, 179U}) {
+        OpenedFile file(repeated(4000, 'j') + Tag(3).padded_to(60).bytes() +
+                        xing_frame(Frame{}, {.frames = 13, .bytes = 9000}) + stream(Frame{}, 13) +
+                        zeros(rest));
+        ASSERT_EQ(file.header.Frequency(), 44100) << rest;
+        EXPECT_TRUE(file.plan().loses_stream) << rest;
+        file.header.SaveAllInfo();
+        file.header.FileName(kSong);
+        EXPECT_EQ(file.header.Frequency(), 0) << rest;
+    }
+}
+
 TEST(SavePlan, FileWithoutAStreamLosesNone) {
     OpenedFile file(Tag(3).padding(500) + repeated(9000, 0x55));
     EXPECT_FALSE(file.plan().loses_stream);

@@ -166,6 +166,7 @@ std::vector<EditCase> edit_cases() {
         {"ExactlyTwoUserTexts", Tag(3).field("A", "1").field("B", "2").bytes(), kNewCueIn, {std::string("TXXX=\0A\0001"sv), std::string("TXXX=\0B\0002"sv), cue_in(), stamp}},
         {"EmptyUserTextEndsNothing", Tag(3).field("A", "1").frame("TXXX", zeros(2)).field("B", "2").bytes(), kNewCueIn, {std::string("TXXX=\0A\0001"sv), std::string("TXXX=\0\0"sv), std::string("TXXX=\0B\0002"sv), cue_in(), stamp}},
         {"GenreIsItsNumber", Tag(3).text("TCON", "(4)Disco").bytes(), [](cMPEGHeader& header) { header.Genre(u"17"); }, {std::string("TCON=\0(17)"sv), stamp}},
+        {"LinkOutsideTheCodePageIsInIt", Tag(3).text("TALB", "A").bytes(), [](cMPEGHeader& header) { header.URL(u"http://\u0141"); }, {std::string("TALB=\0A"sv), "WOAR=http://?", stamp}},
         {"LinkHasNoEncoding", {}, [](cMPEGHeader& header) { header.URL(u"http://a"); }, {"WOAR=http://a", stamp}},
         // clang-format on
     };
@@ -403,6 +404,29 @@ TEST(TagEdit, RebuildsWhereALargeFrameMoves) {
     EXPECT_FALSE(plan.fits);
     EXPECT_EQ(frames_of(file.content()).back(), "APIC=" + picture.text());
     EXPECT_EQ(file.content().last(long_audio().size()), long_audio());
+}
+
+TEST(TagEdit, RebuildsWhereALargeFrameMovesInASmallTag) {
+    // The frame is larger than what an edit in place may move, the tag by a few bytes only.
+    OpenedFile file(Tag(3)
+                        .field("TAGGED BY", "abc")
+                        .frame("APIC", Bytes("\0image/png\0\3\0"sv) + letters(65'517))
+                        .padded_to(65'600) +
+                    long_audio());
+    file.header.CustomFieldAdd(u"TAGGED BY", Variant(String(u"x")));
+    EXPECT_FALSE(file.edit().fits);
+}
+
+TEST(TagEdit, FieldThatHostsSeeIsNotUnseen) {
+    OpenedFile file(Tag(3).field("Intro", "7").padding(99) + long_audio());
+    kNewTitle(file.header);
+    EXPECT_THAT(file.edit().unseen, IsEmpty());
+}
+
+TEST(TagEdit, CommonFormOfVersion2IsThatOfItsText) {
+    OpenedFile file(Tag(2).frame("TT2", "\1\xFF\xFE\x41\0"sv) + long_audio());
+    static_cast<void>(file.edit({.common_form = true}));
+    EXPECT_THAT(frames_of(file.content()), ElementsAre(title("A"), std::string(kStamp)));
 }
 
 TEST(TagEdit, LeavesTheTagAloneWhereOnlyTheRecordIsSet) {

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include "support/counting_allocator.h"
+
 namespace brindle {
 namespace {
 
@@ -51,6 +53,17 @@ RC_GTEST_PROP(HashIndex, FindsWhatALinearSearchFinds, ()) {
         RC_ASSERT(index.find(key % 7, [&](std::size_t entry) { return keys[entry] == key; }) ==
                   expected);
     }
+}
+
+TEST(HashIndex, EmptiedOneHasRoom) {
+    HashIndex index;
+    const auto hash_of = [](std::size_t) { return 7U; };
+    index.make_room(hash_of);
+    index.add(7, 0);
+    index.remove(0, hash_of);
+    const auto before = test::allocations();
+    index.make_room(hash_of);
+    EXPECT_EQ(test::allocations(), before);
 }
 
 }  // namespace

@@ -158,6 +158,7 @@ TEST(ImportedFrame, HeadIsTheContentWithoutPrefix) {
     EXPECT_EQ(Imported(4, 0, Bytes("PRIV\0\0\0\6\0\x41G\0\0\0\1x"sv)).head(), "x");
     EXPECT_EQ(Imported(3, 0, Bytes("PRIV\0\0\0\2\0\x20Gx"sv)).head(), "x");
     EXPECT_EQ(Imported(3, 0, Bytes("PRIV\0\0\0\2\0\x40Mx"sv)).head(), "");
+    EXPECT_EQ(Imported(2, 0, Bytes("TT2\0\0\2\0a"sv)).head(), "\0a"sv);
 }
 
 }  // namespace

@@ -27,6 +27,7 @@ void expect_no_stream(const Analysis& file) {
     EXPECT_EQ(file.analyser.FrameCounter(), 0);
     EXPECT_EQ(file.analyser.MpegVersion(), 0);
     EXPECT_EQ(file.analyser.SamplingFrequency(), 0);
+    EXPECT_EQ(file.analyser.Padding(), 0);
     EXPECT_EQ(file.analyser.ChannelMode(), -1);
     EXPECT_EQ(file.analyser.CopyRight(), -1);
     EXPECT_EQ(file.analyser.Original(), -1);
@@ -115,6 +116,19 @@ TEST(StreamScan, TenFramesAreTooFewAndElevenAreEnough) {
     eleven.run();
     EXPECT_TRUE(eleven.found());
     EXPECT_EQ(eleven.analyser.DurationmS(), 287);  // 4587 x 8 / 128 = 286.69
+}
+
+TEST(StreamScan, CutLastFrameConfirmsNothing) {
+    Analysis file(stream(kFrame, 15) + kFrame.bytes().first(300));
+    file.run();
+    expect_no_stream(file);
+}
+
+TEST(StreamScan, FramesOfAnotherEmphasisEndTheChain) {
+    Frame other = kFrame;
+    other.emphasis = 1;
+    Analysis file(stream(kFrame, 5) + stream(other, 1) + stream(kFrame, 24));
+    EXPECT_EQ(file.run().HeaderStartPos(), 6 * kFrameBytes);
 }
 
 TEST(StreamScan, LaterFileWithoutAStreamLeavesNothingOfTheEarlierOne) {
