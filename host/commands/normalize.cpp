@@ -8,6 +8,7 @@
 #include "commands/normalized_file.h"
 #include "commands/repaired_text.h"
 #include "commands/set_file.h"
+#include "output/standard_streams.h"
 #include "pictures/shrunk_picture.h"
 
 namespace brindle::host {
@@ -64,7 +65,8 @@ ExitStatus normalize(SetOptions& options, const NormalizeOptions& more) {
     Journal journal(options.journal, "normalize");
     if (more.pictures.shrinks) {
         if (const auto reason = reason_against_shrinking()) {
-            throw UsageError("normalize " + std::string(kPictures) + " shrink: " + *reason);
+            write_error("normalize " + std::string(kPictures) + " shrink: " + *reason);
+            return ExitStatus::WrongUsage;
         }
         if (!more.pictures.extracts && !journal.is_kept()) {
             throw UsageError(std::string(kPictures) +
