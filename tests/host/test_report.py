@@ -196,6 +196,7 @@ def test_two_runs_are_identical(brindle, made, tmp_path):
         assert (tmp_path / "again.html").read_text(encoding="utf-8") == made
 
 
+@pytest.mark.plain_build  # strace
 def test_cached_files_are_not_read_again(program, library, tmp_path):
     def opens():
         subprocess.run(["strace", "-f", "-e", "trace=openat", "-o", tmp_path / "trace", program,
