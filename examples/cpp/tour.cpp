@@ -6,10 +6,12 @@
 #include <variant>
 
 #include <brindle/cMPEGHeader.h>
+#include <brindle/file_session.h>
 #include <brindle/frame_walk.h>
 #include <brindle/path.h>
 #include <brindle/save_plan.h>
 #include <brindle/tag_edit.h>
+#include <brindle/tag_facts.h>
 
 using brindle::String;
 using brindle::to_utf8;
@@ -85,6 +87,16 @@ bool plays_what_it_promises(const brindle::cMPEGHeader& header) {
     return difference > -100 && difference < 100;
 }
 
+// Several readers, one open file.
+void look(const std::string& name) {
+    brindle::FileSession session;
+    brindle::cMPEGHeader header(session.environment());
+    header.FileName(name);
+    const auto facts = brindle::read_tag_facts(header);
+    const auto walk = brindle::walk_frames(header);
+    std::cout << facts.texts.size() << " texts, " << walk.frames << " frames\n";
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -109,6 +121,7 @@ int main(int count, char** arguments) {
     if (!plays_what_it_promises(header)) {
         std::cout << "dead air, or an end cut off\n";
     }
+    look(arguments[1]);
 
     change(header);
     if (loses_nothing(header)) {

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <system_error>
 #include <utility>
 
-#include "system/file_path.h"
+#include "system/file_access.h"
 #include "system/interruption.h"
 #include "system/process.h"
 
@@ -107,16 +106,20 @@ bool NameSource::may_wait() const {
 }
 
 std::optional<FoundName> NameSource::enter(FoundName found) {
-    std::error_code error;
-    if (!found.failure && std::filesystem::is_directory(path_of(found.name), error)) {
-        if (input_ && folders_ == NamedFolders::Refused) {
-            found.failure = "Is a folder; --yes changes all files in it";
-            return found;
-        }
-        folder_.emplace(found.name);
-        return std::nullopt;
+    FileStatus status;
+    if (found.failure || read_status(found.name, status)) {
+        return found;  // who reads the file learns why it can't be
     }
-    return found;
+    if (status.kind != FileKind::Folder) {
+        found.status = status;
+        return found;
+    }
+    if (input_ && folders_ == NamedFolders::Refused) {
+        found.failure = "Is a folder; --yes changes all files in it";
+        return found;
+    }
+    folder_.emplace(found.name);
+    return std::nullopt;
 }
 
 }  // namespace brindle::host

@@ -76,13 +76,13 @@ std::string line_of(const std::string& name, const std::vector<Finding>& finding
 FileResult check(const FoundName& found, const CheckOptions& options) {
     FileResult result;
     Answer& answer = result.answer;
-    cMPEGHeader header;
-    answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
+    InputFile file(found.name, found.status);
+    answer.error = found.failure ? found.failure : file.open();
+    answer.bytes = file.size();
     std::vector<Finding> findings;
     if (!answer.error) {
         try {
-            findings = check_file(header, found.name, answer.bytes,
-                                  options.listen ? &options.limits : nullptr);
+            findings = check_file(file, options.listen ? &options.limits : nullptr);
         } catch (const Error& error) {
             answer.error = error.what();
         }
@@ -97,7 +97,7 @@ FileResult check(const FoundName& found, const CheckOptions& options) {
     });
     const Verdict verdict = verdict_of(findings);
     result.counted = CheckSummary::counted(findings);
-    result.is_lasting = !header.OpeningError();
+    result.is_lasting = !file.header().OpeningError();
     if (verdict >= options.least) {
         answer.output = options.json ? json_line(found.name, findings_json(findings))
                                      : line_of(found.name, findings, options);

@@ -106,7 +106,7 @@ Finding changing_format(const MpegFrame& from, const MpegFrame& to, const std::s
 // Facts about the frames and the bytes between them, from one walk.
 class AudioOnTheWay {
 public:
-    explicit AudioOnTheWay(ReadOnlyFile& file) : file_(file) {}
+    explicit AudioOnTheWay(FileBytes& file) : file_(file) {}
 
     void operator()(const WalkedFrame& frame) {
         const std::string_view bytes(reinterpret_cast<const char*>(frame.bytes.data()),
@@ -227,7 +227,7 @@ private:
                  " is wrong, from byte " + std::to_string(first_wrong_crc_)});
     }
 
-    ReadOnlyFile& file_;
+    FileBytes& file_;
     std::optional<MpegFrame> first_frame_;
     std::int64_t end_ = 0;  // of the frame before
     struct Place {

@@ -33,13 +33,13 @@ bool is_riff(CheckedFile& file) {
 
 }  // namespace
 
-std::vector<Finding> check_file(const cMPEGHeader& header, const std::string& name,
-                                std::int64_t size, const SoundLimits* limits) {
+std::vector<Finding> check_file(InputFile& input, const SoundLimits* limits) {
     std::vector<Finding> findings;
-    CheckedFile file{header, name, size, ReadOnlyFile(name), read_tag_facts(header)};
+    const cMPEGHeader& header = input.header();
+    CheckedFile file{header, input.name(), input.size(), input, input.facts()};
     std::optional<FileListening> listening;
     if (limits != nullptr) {
-        listening.emplace(size, listen_options(*limits));
+        listening.emplace(input.size(), listen_options(*limits));
     }
     const auto audio = check_audio(file, listening ? &*listening : nullptr, findings);
     if (audio) {
@@ -52,7 +52,7 @@ std::vector<Finding> check_file(const cMPEGHeader& header, const std::string& na
     if (is_riff(file)) {
         findings.push_back({Reason::Wrapped, "a RIFF file"});
     }
-    if (is_leftover(name)) {
+    if (is_leftover(input.name())) {
         findings.push_back({Reason::Leftover, "a temporary file of brindle"});
     }
     check_tags(file, findings);

@@ -16,8 +16,8 @@ struct CheckedFile {
     const std::string& name;
     std::int64_t size;
     // What neither the walk nor the tag's reading hands out. Of most files nothing.
-    ReadOnlyFile bytes;
-    TagFacts facts;
+    FileBytes& bytes;
+    const TagFacts& facts;
 };
 
 }  // namespace brindle::host

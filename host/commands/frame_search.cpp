@@ -14,7 +14,7 @@ constexpr auto kHeaderBytes = static_cast<std::int64_t>(MpegFrame::kHeaderBytes)
 // A range of a file, read in blocks. Requested positions may go back by two frames.
 class BlockReader {
 public:
-    BlockReader(ReadOnlyFile& file, std::int64_t end) : file_(file), end_(end) {}
+    BlockReader(FileBytes& file, std::int64_t end) : file_(file), end_(end) {}
 
     // The bytes from a position to at most the end of the block; empty at the end of the range.
     std::string_view from(std::int64_t position) {
@@ -34,7 +34,7 @@ public:
 private:
     static constexpr std::int64_t kBlock = 65'536;
 
-    ReadOnlyFile& file_;
+    FileBytes& file_;
     std::int64_t end_;
     std::int64_t begin_ = 0;
     std::string block_;
@@ -42,7 +42,7 @@ private:
 
 class FrameSearch {
 public:
-    FrameSearch(ReadOnlyFile& file, std::int64_t begin, std::int64_t end)
+    FrameSearch(FileBytes& file, std::int64_t begin, std::int64_t end)
         : reader_(file, end), position_(begin), end_(end) {}
 
     FoundFrames run() {
@@ -112,11 +112,11 @@ private:
 
 }  // namespace
 
-FoundFrames find_frames(ReadOnlyFile& file, std::int64_t begin, std::int64_t end) {
+FoundFrames find_frames(FileBytes& file, std::int64_t begin, std::int64_t end) {
     return FrameSearch(file, begin, end).run();
 }
 
-std::optional<MpegFrame> find_free_format(ReadOnlyFile& file, std::int64_t begin) {
+std::optional<MpegFrame> find_free_format(FileBytes& file, std::int64_t begin) {
     constexpr std::size_t kSearched = 65'536;
     constexpr std::size_t kMinDistance = 24;
     constexpr std::size_t kMaxDistance = 8'192;

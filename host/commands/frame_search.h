@@ -24,10 +24,10 @@ struct FoundFrames {
 // Frames of any kind from `begin` to `end`: three headers, each where the frame before it ends, or
 // fewer that lead exactly to the end. Reads the range once, in blocks, in time linear in its
 // length.
-[[nodiscard]] FoundFrames find_frames(ReadOnlyFile& file, std::int64_t begin, std::int64_t end);
+[[nodiscard]] FoundFrames find_frames(FileBytes& file, std::int64_t begin, std::int64_t end);
 
 // The first frame of a stream in free format that begins in the first 64 KiB: three equal headers
 // at equal distances. Time is bounded.
-[[nodiscard]] std::optional<MpegFrame> find_free_format(ReadOnlyFile& file, std::int64_t begin);
+[[nodiscard]] std::optional<MpegFrame> find_free_format(FileBytes& file, std::int64_t begin);
 
 }  // namespace brindle::host

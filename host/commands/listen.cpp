@@ -151,11 +151,12 @@ std::string text_of_failure(const std::string& name, const std::string& error,
 
 Answer listen_to(const FoundName& found, const ListenCommand& options) {
     Answer answer;
-    cMPEGHeader header;
-    answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
+    InputFile file(found.name, found.status);
+    answer.error = found.failure ? found.failure : file.open();
+    answer.bytes = file.size();
     if (!answer.error) {
         try {
-            const auto heard = listen_to_file(header, answer.bytes, options.listening);
+            const auto heard = listen_to_file(file.header(), file.size(), options.listening);
             if (heard) {
                 answer.error = failure_of(*heard);
                 answer.output = text_of(found.name, *heard, answer.error, options);

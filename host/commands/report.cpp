@@ -116,16 +116,16 @@ private:
     [[nodiscard]] static FileResult report_file(const FoundName& found) {
         FileResult result;
         Answer& answer = result.answer;
-        cMPEGHeader header;
-        answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
+        InputFile file(found.name, found.status);
+        answer.error = found.failure ? found.failure : file.open();
+        answer.bytes = file.size();
         if (!answer.error) {
             try {
-                const auto findings = check_file(header, found.name, answer.bytes, nullptr);
-                answer.output = report_row(
-                    found.name, file_json(found.name, answer.bytes, header, FrameValues::LeftOut),
-                    findings_json(findings));
+                const auto findings = check_file(file, nullptr);
+                answer.output = report_row(found.name, file_json(file, FrameValues::LeftOut),
+                                           findings_json(findings));
                 result.counted = CheckSummary::counted(findings);
-                result.is_lasting = !header.OpeningError();
+                result.is_lasting = !file.header().OpeningError();
             } catch (const Error& error) {
                 answer.error = error.what();
             }

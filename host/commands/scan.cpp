@@ -129,12 +129,13 @@ private:
     [[nodiscard]] FileResult scan_file(const FoundName& found) const {
         FileResult result;
         Answer& answer = result.answer;
-        cMPEGHeader header;
-        answer.error = found.failure ? found.failure : open_file(header, found.name, answer.bytes);
+        InputFile file(found.name, found.status);
+        answer.error = found.failure ? found.failure : file.open();
+        answer.bytes = file.size();
         std::optional<std::string> hash;
         if (hashes_ && !answer.error) {
             try {
-                hash = audio_hash(found.name, header);
+                hash = audio_hash(file);
             } catch (const Error& error) {
                 answer.error = reason_of(error);
             }
@@ -142,24 +143,23 @@ private:
         if (answer.error) {
             answer.output = text_of_failure(found.name, *answer.error);
         } else {
-            answer.output = text_of(found.name, answer.bytes, header, hash);
-            result.counted = ScanSummary::counted(header);
-            result.is_lasting = !header.OpeningError();
+            answer.output = text_of(file, hash);
+            result.counted = ScanSummary::counted(file.header());
+            result.is_lasting = !file.header().OpeningError();
         }
         return result;
     }
 
-    [[nodiscard]] std::string text_of(const std::string& name, std::int64_t size,
-                                      const cMPEGHeader& header,
+    [[nodiscard]] std::string text_of(InputFile& file,
                                       const std::optional<std::string>& hash) const {
         if (options_.json) {
-            return file_json_line(name, size, header, FrameValues::LeftOut, hash);
+            return file_json_line(file, FrameValues::LeftOut, hash);
         }
-        const TableFile file{name, &header, hash.value_or("")};
+        const TableFile row{file.name(), &file.header(), hash.value_or("")};
         if (options_.csv) {
-            return table_.csv_row(file);
+            return table_.csv_row(row);
         }
-        return options_.columns ? table_.line(file) : scan_line(name, header, hash);
+        return options_.columns ? table_.line(row) : scan_line(file.name(), file.header(), hash);
     }
 
     [[nodiscard]] std::string text_of_failure(const std::string& name,

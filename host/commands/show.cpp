@@ -26,9 +26,8 @@ ExitStatus show(const ShowOptions& options) {
     NameSource names(paths);
     while (const std::optional<FoundName> found = names.next()) {
         const std::string& name = found->name;
-        cMPEGHeader header;
-        std::int64_t size = 0;
-        const auto reason = found->failure ? found->failure : open_file(header, name, size);
+        InputFile file(name, found->status);
+        const auto reason = found->failure ? found->failure : file.open();
         if (reason) {
             status = ExitStatus::SomeFileFailed;
             write_error(name, *reason);
@@ -36,9 +35,9 @@ ExitStatus show(const ShowOptions& options) {
                 write_output(failure_json_line(name, *reason));
             }
         } else if (options.json) {
-            write_output(file_json_line(name, size, header, FrameValues::Shown));
+            write_output(file_json_line(file, FrameValues::Shown));
         } else {
-            write_output((blank_line ? "\n" : "") + file_report(name, header));
+            write_output((blank_line ? "\n" : "") + file_report(name, file.header()));
             blank_line = true;
         }
     }

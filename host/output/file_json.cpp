@@ -15,8 +15,7 @@
 #include "output/json_values.h"
 #include "output/stream_text.h"
 #include "output/tag_reading.h"
-#include "system/file_access.h"
-#include "system/file_state.h"
+#include "system/utc_text.h"
 
 namespace brindle::host {
 
@@ -170,13 +169,12 @@ Json tag_object(const TagFacts& facts) {
 
 // --- "file_facts": size, time and tags of the file, and the bit rate in bit/s
 
-Json file_object(const std::string& name, std::int64_t size, const cMPEGHeader& header,
-                 const TagFacts& facts) {
+Json file_object(InputFile& file, const TagFacts& facts) {
     constexpr std::int64_t kBitsPerKilobit = 1'000;
     constexpr std::int64_t kRecord = 128;
+    const cMPEGHeader& header = file.header();
     const bool has_record = has_id3v1(header);
-    ReadOnlyFile file(name);
-    const ForeignTags foreign = find_foreign_tags(file, size - (has_record ? kRecord : 0));
+    const ForeignTags foreign = find_foreign_tags(file, file.size() - (has_record ? kRecord : 0));
     Json tags = Json::array();
     const auto add = [&](const std::string& kind, std::int64_t bytes) {
         Json tag;
@@ -197,9 +195,8 @@ Json file_object(const std::string& name, std::int64_t size, const cMPEGHeader& 
         add("ID3v1", kRecord);
     }
     Json object;
-    object["size"] = size;
-    const std::optional<std::string> modified = modification_time(name);
-    object["modified"] = modified ? Json(*modified) : Json();
+    object["size"] = file.size();
+    object["modified"] = utc_text(file.modified());
     object["tags"] = std::move(tags);
     object["bit_rate"] =
         has_stream(header) ? Json(kilobits_per_second(header) * kBitsPerKilobit) : Json();
@@ -208,22 +205,21 @@ Json file_object(const std::string& name, std::int64_t size, const cMPEGHeader& 
 
 }  // namespace
 
-Json file_json(const std::string& name, std::int64_t size, const cMPEGHeader& header,
-               FrameValues values, const std::optional<std::string>& audio_hash) {
-    const TagFacts facts = facts_of(header);
-    Json object = hosts_object(header, values);
+Json file_json(InputFile& file, FrameValues values, const std::optional<std::string>& audio_hash) {
+    const TagFacts facts = facts_of(file);
+    Json object = hosts_object(file.header(), values);
     object["schema"] = kJsonSchema;
     object["tag"] = tag_object(facts);
-    object["file_facts"] = file_object(name, size, header, facts);
+    object["file_facts"] = file_object(file, facts);
     if (audio_hash) {
         object["file_facts"]["audio_sha256"] = audio_hash->empty() ? Json() : Json(*audio_hash);
     }
     return object;
 }
 
-std::string file_json_line(const std::string& name, std::int64_t size, const cMPEGHeader& header,
-                           FrameValues values, const std::optional<std::string>& audio_hash) {
-    return json_line(name, file_json(name, size, header, values, audio_hash));
+std::string file_json_line(InputFile& file, FrameValues values,
+                           const std::optional<std::string>& audio_hash) {
+    return json_line(file.name(), file_json(file, values, audio_hash));
 }
 
 std::string failure_json_line(const std::string& name, const std::string& reason) {

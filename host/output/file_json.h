@@ -1,13 +1,11 @@
 // The properties of one file as JSON.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 
-#include <brindle/cMPEGHeader.h>
-
 #include "output/json_values.h"
+#include "system/input_file.h"
 
 namespace brindle::host {
 
@@ -17,12 +15,11 @@ enum class FrameValues { Shown, LeftOut };
 // "schema", "tag" and "file_facts": the tag and the file as they are. "v2Tag", which is optional,
 // maps the id of each frame to the list of its values. The audio's hash is among the facts of the
 // file where one is given; "" is that of a file without audio.
-[[nodiscard]] Json file_json(const std::string& name, std::int64_t size, const cMPEGHeader& header,
-                             FrameValues values,
+[[nodiscard]] Json file_json(InputFile& file, FrameValues values,
                              const std::optional<std::string>& audio_hash = std::nullopt);
 // The same as a line that begins with the file's name.
 [[nodiscard]] std::string file_json_line(
-    const std::string& name, std::int64_t size, const cMPEGHeader& header, FrameValues values,
+    InputFile& file, FrameValues values,
     const std::optional<std::string>& audio_hash = std::nullopt);
 
 // For a file that could not be read: its name and "error".

@@ -24,7 +24,7 @@ std::uint32_t little_endian(std::string_view bytes, std::size_t offset) {
     return number;
 }
 
-std::int64_t ape_bytes(ReadOnlyFile& file, std::int64_t end) {
+std::int64_t ape_bytes(FileBytes& file, std::int64_t end) {
     constexpr std::size_t kSize = 12;
     constexpr std::size_t kFlags = 20;
     constexpr std::uint32_t kHasHeader = 0x8000'0000;
@@ -42,7 +42,7 @@ std::int64_t ape_bytes(ReadOnlyFile& file, std::int64_t end) {
 }
 
 // "Lyrics3 v2.00": the size in six digits, without these and the mark.
-std::int64_t lyrics3_bytes(ReadOnlyFile& file, std::int64_t end) {
+std::int64_t lyrics3_bytes(FileBytes& file, std::int64_t end) {
     constexpr auto kDigits = static_cast<std::size_t>(kLyrics3Digits);
     constexpr auto kTail = static_cast<std::int64_t>(kDigits + kLyrics3End.size());
     if (end < kTail) {
@@ -69,7 +69,7 @@ std::int64_t number_in(std::string_view digits) {
 
 //   [header] | items: size of the value, flags, key, NUL, value | footer: "APETAGEX", version, size
 //   without the header, count of items, flags, 8 bytes
-bool is_whole_ape(ReadOnlyFile& file, std::int64_t begin, std::int64_t end) {
+bool is_whole_ape(FileBytes& file, std::int64_t begin, std::int64_t end) {
     constexpr std::size_t kCount = 16;
     constexpr std::size_t kFlags = 20;
     constexpr std::uint32_t kHasHeader = 0x8000'0000;
@@ -102,7 +102,7 @@ bool is_whole_ape(ReadOnlyFile& file, std::int64_t begin, std::int64_t end) {
 
 //   "LYRICSBEGIN" | fields: three letters, length in five digits, value | size in six digits |
 //   "LYRICS200"
-bool is_whole_lyrics3(ReadOnlyFile& file, std::int64_t begin, std::int64_t end) {
+bool is_whole_lyrics3(FileBytes& file, std::int64_t begin, std::int64_t end) {
     constexpr std::size_t kId = 3;
     constexpr std::size_t kFieldHead = kId + 5;
     const std::int64_t fields_end =
@@ -125,7 +125,7 @@ bool is_whole_lyrics3(ReadOnlyFile& file, std::int64_t begin, std::int64_t end) 
 
 }  // namespace
 
-RemovableTags find_removable_tags(ReadOnlyFile& file, std::int64_t begin, std::int64_t end) {
+RemovableTags find_removable_tags(FileBytes& file, std::int64_t begin, std::int64_t end) {
     RemovableTags tags;
     tags.from = end;
     tags.to = end;
@@ -147,7 +147,7 @@ RemovableTags find_removable_tags(ReadOnlyFile& file, std::int64_t begin, std::i
     }
 }
 
-ForeignTags find_foreign_tags(ReadOnlyFile& file, std::int64_t end) {
+ForeignTags find_foreign_tags(FileBytes& file, std::int64_t end) {
     ForeignTags tags;
     tags.lyrics3_bytes = lyrics3_bytes(file, end);
     tags.ape_bytes = ape_bytes(file, end - tags.lyrics3_bytes);

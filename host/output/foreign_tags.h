@@ -14,7 +14,7 @@ struct ForeignTags {
 };
 
 // Those that end at `end`: where the file ends, or its ID3v1 record begins.
-[[nodiscard]] ForeignTags find_foreign_tags(ReadOnlyFile& file, std::int64_t end);
+[[nodiscard]] ForeignTags find_foreign_tags(FileBytes& file, std::int64_t end);
 
 // Such tags, one directly after the other, whose parts add up to their length.
 struct RemovableTags {
@@ -27,7 +27,7 @@ struct RemovableTags {
 };
 
 // Those that end at `end` and begin at `begin` or later.
-[[nodiscard]] RemovableTags find_removable_tags(ReadOnlyFile& file, std::int64_t begin,
+[[nodiscard]] RemovableTags find_removable_tags(FileBytes& file, std::int64_t begin,
                                                 std::int64_t end);
 
 }  // namespace brindle::host

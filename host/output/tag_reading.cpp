@@ -14,6 +14,16 @@ namespace {
 
 constexpr std::u16string_view kStamp = u"Corrupt ID3v2 Tag";
 
+template <typename Read>
+TagFacts facts_or_none(const Read& read) {
+    try {
+        return read();
+    } catch (const Error&) {
+        note_read_failure();
+        return {};
+    }
+}
+
 }  // namespace
 
 bool is_corrupt(const cMPEGHeader& header) {
@@ -51,12 +61,11 @@ bool is_picture(const String& frame_id) {
 }
 
 TagFacts facts_of(const cMPEGHeader& header) {
-    try {
-        return read_tag_facts(header);
-    } catch (const Error&) {
-        note_read_failure();
-        return {};
-    }
+    return facts_or_none([&] { return read_tag_facts(header); });
+}
+
+TagFacts facts_of(InputFile& file) {
+    return facts_or_none([&] { return file.facts(); });
 }
 
 std::optional<String> tag_year(const TagFacts& facts) {

@@ -9,8 +9,21 @@
 
 namespace brindle::host {
 
-// Why a file can't be read as one, or nothing and its size. It is not opened: a FIFO would wait for
-// a writer, and a device may act on being opened.
+enum class FileKind { Regular, Folder, Other };
+
+struct FileStatus {
+    FileKind kind = FileKind::Other;
+    std::int64_t size = 0;
+    std::int64_t modified = 0;  // seconds since 1970
+};
+
+// What the system says of a name, links followed; the answer is why it says nothing. The file is
+// not opened: a FIFO would wait for a writer, and a device may act on being opened.
+[[nodiscard]] std::optional<std::string> read_status(const std::string& name, FileStatus& status);
+
+// Why a file of this status can't be read as one, or nothing.
+[[nodiscard]] std::optional<std::string> reason_against(const FileStatus& status);
+// The same for the file of a name, and its size.
 [[nodiscard]] std::optional<std::string> reason_against_file(const std::string& name,
                                                              std::int64_t& size);
 
@@ -21,16 +34,25 @@ namespace brindle::host {
 [[nodiscard]] std::optional<std::string> reason_against_writing(const std::string& name);
 [[nodiscard]] std::optional<std::string> reason_against_replacing(const std::string& name);
 
-// A file's bytes. It is opened by the first read, and then stays open.
-class ReadOnlyFile {
+// A file's bytes.
+class FileBytes {
 public:
-    explicit ReadOnlyFile(std::string name);
-    ~ReadOnlyFile();
-    ReadOnlyFile(const ReadOnlyFile&) = delete;
-    ReadOnlyFile& operator=(const ReadOnlyFile&) = delete;
+    FileBytes() = default;
+    FileBytes(const FileBytes&) = delete;
+    FileBytes& operator=(const FileBytes&) = delete;
+    virtual ~FileBytes() = default;
 
     // `count` bytes from an offset on, fewer where the file ends or can't be read.
-    [[nodiscard]] std::string read(std::int64_t offset, std::size_t count);
+    [[nodiscard]] virtual std::string read(std::int64_t offset, std::size_t count) = 0;
+};
+
+// A file that is opened by the first read, and then stays open.
+class ReadOnlyFile final : public FileBytes {
+public:
+    explicit ReadOnlyFile(std::string name);
+    ~ReadOnlyFile() override;
+
+    [[nodiscard]] std::string read(std::int64_t offset, std::size_t count) override;
 
 private:
     struct Handle;

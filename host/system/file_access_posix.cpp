@@ -24,18 +24,16 @@ int open_to_read(const std::string& name) {
 
 }  // namespace
 
-std::optional<std::string> reason_against_file(const std::string& name, std::int64_t& size) {
-    struct stat status {};
-    if (stat(name.c_str(), &status) != 0) {
+std::optional<std::string> read_status(const std::string& name, FileStatus& status) {
+    struct stat found {};
+    if (stat(name.c_str(), &found) != 0) {
         return system_reason(errno);
     }
-    if (S_ISDIR(status.st_mode)) {
-        return system_reason(EISDIR);
-    }
-    if (!S_ISREG(status.st_mode)) {
-        return "Not a regular file";
-    }
-    size = status.st_size;
+    status.kind = S_ISREG(found.st_mode)   ? FileKind::Regular
+                  : S_ISDIR(found.st_mode) ? FileKind::Folder
+                                           : FileKind::Other;
+    status.size = found.st_size;
+    status.modified = found.st_mtime;
     return std::nullopt;
 }
 

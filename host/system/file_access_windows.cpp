@@ -25,23 +25,33 @@ std::string system_reason(DWORD error) {
     }
 }
 
+std::int64_t joined(DWORD high, DWORD low) {
+    ULARGE_INTEGER both{};
+    both.HighPart = high;
+    both.LowPart = low;
+    return static_cast<std::int64_t>(both.QuadPart);
+}
+
+// Windows counts units of 100 ns since 1601.
+std::int64_t seconds_since_1970(const FILETIME& time) {
+    constexpr std::int64_t kUnits = 10'000'000;  // of a second
+    constexpr std::int64_t kFrom1601To1970 = 11'644'473'600;
+    return joined(time.dwHighDateTime, time.dwLowDateTime) / kUnits - kFrom1601To1970;
+}
+
 }  // namespace
 
-std::optional<std::string> reason_against_file(const std::string& name, std::int64_t& size) {
+std::optional<std::string> read_status(const std::string& name, FileStatus& status) {
     WIN32_FILE_ATTRIBUTE_DATA found{};
     if (GetFileAttributesExW(wide_name(name).c_str(), GetFileExInfoStandard, &found) == 0) {
         return system_reason(GetLastError());
     }
-    if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        return std::generic_category().message(EISDIR);
-    }
-    if ((found.dwFileAttributes & FILE_ATTRIBUTE_DEVICE) != 0) {
-        return "Not a regular file";
-    }
-    ULARGE_INTEGER length{};
-    length.HighPart = found.nFileSizeHigh;
-    length.LowPart = found.nFileSizeLow;
-    size = static_cast<std::int64_t>(length.QuadPart);
+    const auto has = [&](DWORD attribute) { return (found.dwFileAttributes & attribute) != 0; };
+    status.kind = has(FILE_ATTRIBUTE_DIRECTORY) ? FileKind::Folder
+                  : has(FILE_ATTRIBUTE_DEVICE)  ? FileKind::Other
+                                                : FileKind::Regular;
+    status.size = joined(found.nFileSizeHigh, found.nFileSizeLow);
+    status.modified = seconds_since_1970(found.ftLastWriteTime);
     return std::nullopt;
 }
 

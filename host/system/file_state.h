@@ -48,8 +48,4 @@ void require_same_content(const std::string& name, const FileState& before);
 [[nodiscard]] std::optional<std::string> restore_state(const std::string& name,
                                                        const FileState& before);
 
-// When the file was changed last, by ISO 8601: `2026-11-22T05:09:54Z`. Nothing when the system does
-// not tell.
-[[nodiscard]] std::optional<std::string> modification_time(const std::string& name);
-
 }  // namespace brindle::host

@@ -3,10 +3,13 @@
 #include <cerrno>
 #include <string_view>
 #include <system_error>
+#include <utility>
+#include <vector>
 
+#include <brindle/error.h>
 #include <brindle/text.h>
 
-#include "system/file_access.h"
+#include "system/read_failure.h"
 
 namespace brindle::host {
 
@@ -19,14 +22,19 @@ char ascii_lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-std::optional<std::string> reason_against(const std::string& name, std::int64_t& size) {
-    if (auto reason = reason_against_file(name, size)) {
-        return reason;
-    }
+// Reads the regular file of that name into `header`.
+std::optional<std::string> read_file(cMPEGHeader& header, const std::string& name) {
     if (!ends_in_mp3_or_mp2(name)) {
         return "The name does not end in mp3 or mp2";
     }
-    return std::nullopt;
+    header.FileName(from_utf8(name));
+    // Removed since it was checked.
+    if (header.FileName().empty()) {
+        return std::generic_category().message(ENOENT);
+    }
+    // If anything was found, the file was read and need not be opened again.
+    const bool has_nothing = header.Frequency() == 0 && header.TagType() == kUntagged;
+    return has_nothing && header.OpeningError() ? reason_against_reading(name) : std::nullopt;
 }
 
 }  // namespace
@@ -48,17 +56,45 @@ std::optional<std::string> open_file(cMPEGHeader& header, const std::string& nam
 
 std::optional<std::string> open_file(cMPEGHeader& header, const std::string& name,
                                      std::int64_t& size) {
-    if (auto reason = reason_against(name, size)) {
+    if (auto reason = reason_against_file(name, size)) {
         return reason;
     }
-    header.FileName(from_utf8(name));
-    // Removed since it was checked.
-    if (header.FileName().empty()) {
-        return std::generic_category().message(ENOENT);
+    return read_file(header, name);
+}
+
+InputFile::InputFile(std::string name, std::optional<FileStatus> status)
+    : name_(std::move(name)), status_(status) {}
+
+std::optional<std::string> InputFile::open() {
+    if (!status_) {
+        FileStatus status;
+        if (auto reason = read_status(name_, status)) {
+            return reason;
+        }
+        status_ = status;
     }
-    // If anything was found, the file was read and need not be opened again.
-    const bool has_nothing = header.Frequency() == 0 && header.TagType() == kUntagged;
-    return has_nothing ? reason_against_reading(name) : std::nullopt;
+    if (auto reason = reason_against(*status_)) {
+        return reason;
+    }
+    return read_file(header_, name_);
+}
+
+const TagFacts& InputFile::facts() {
+    if (!facts_) {
+        facts_ = read_tag_facts(header_);
+    }
+    return *facts_;
+}
+
+std::string InputFile::read(std::int64_t offset, std::size_t count) {
+    std::vector<std::uint8_t> bytes(count);
+    try {
+        bytes.resize(session_.read(offset, bytes));
+    } catch (const Error&) {
+        note_read_failure();
+        return {};
+    }
+    return {bytes.begin(), bytes.end()};
 }
 
 }  // namespace brindle::host

@@ -1,4 +1,4 @@
-// Opening a file, with the reason when it can't be.
+// Opening a file to look at it, with the reason when it can't be.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +7,10 @@
 #include <string_view>
 
 #include <brindle/cMPEGHeader.h>
+#include <brindle/file_session.h>
+#include <brindle/tag_facts.h>
+
+#include "system/file_access.h"
 
 namespace brindle::host {
 
@@ -20,5 +24,30 @@ namespace brindle::host {
 // Also tells the size of the file, as far as it is known.
 [[nodiscard]] std::optional<std::string> open_file(cMPEGHeader& header, const std::string& name,
                                                    std::int64_t& size);
+
+// A file that is only looked at. Whatever asks for its bytes reads the same open file.
+class InputFile final : public FileBytes {
+public:
+    // `status` is what the system said of it, where it was asked.
+    explicit InputFile(std::string name, std::optional<FileStatus> status = std::nullopt);
+
+    // To be called once, before all others. Why the file can't be read, or nothing.
+    [[nodiscard]] std::optional<std::string> open();
+
+    [[nodiscard]] const std::string& name() const noexcept { return name_; }
+    [[nodiscard]] const cMPEGHeader& header() const noexcept { return header_; }
+    [[nodiscard]] std::int64_t size() const noexcept { return status_ ? status_->size : 0; }
+    [[nodiscard]] std::int64_t modified() const noexcept { return status_ ? status_->modified : 0; }
+    // Read once. Raises Error.
+    [[nodiscard]] const TagFacts& facts();
+    [[nodiscard]] std::string read(std::int64_t offset, std::size_t count) override;
+
+private:
+    std::string name_;
+    std::optional<FileStatus> status_;
+    FileSession session_;
+    cMPEGHeader header_{session_.environment()};
+    std::optional<TagFacts> facts_;
+};
 
 }  // namespace brindle::host

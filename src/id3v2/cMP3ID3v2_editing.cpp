@@ -44,7 +44,7 @@ TagFacts cMP3ID3v2::read_tag_facts() const {
     return as_writer([&] {
         FileWindow window(*file);
         const auto range = find_tag_range(window, reading_.accepted_in(window));
-        return read_facts(*file, window, range.value_or(ByteRange()));
+        return read_facts(window, range.value_or(ByteRange()));
     });
 }
 

@@ -13,6 +13,7 @@
 #include "id3v2/tag_layout.h"
 #include "id3v2/text_encoding.h"
 #include "util/file_content.h"
+#include "util/window_file.h"
 
 namespace brindle {
 
@@ -22,7 +23,7 @@ using Bytes = std::span<const std::uint8_t>;
 
 class FactReader {
 public:
-    FactReader(BinaryFile& file, TagFacts& facts) : file_(file), facts_(facts) {}
+    FactReader(FileWindow& window, TagFacts& facts) : file_(window), facts_(facts) {}
 
     void take(const PublicFrame& source, std::uint8_t version) {
         const std::optional<ImportedFrame> frame =
@@ -75,16 +76,16 @@ private:
                                    {first_bytes.begin(), first_bytes.end()}});
     }
 
-    BinaryFile& file_;
+    WindowFile file_;
     TagFacts& facts_;
 };
 
 }  // namespace
 
-TagFacts read_facts(BinaryFile& file, FileWindow& window, const ByteRange& range) {
+TagFacts read_facts(FileWindow& window, const ByteRange& range) {
     TagFacts facts;
     facts.tag_bytes = range.length();
-    FactReader reader(file, facts);
+    FactReader reader(window, facts);
     for (const PublicTag& tag : read_public_tags(window, range)) {
         if (facts.version == 0) {
             facts.version = tag.version;

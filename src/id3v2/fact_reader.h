@@ -3,13 +3,12 @@
 
 #include <brindle/tag_facts.h>
 
-#include "util/binary_file.h"
 #include "util/byte_range.h"
 #include "util/file_window.h"
 
 namespace brindle {
 
-// Of the tags at `range`. `window` is one over `file`.
-[[nodiscard]] TagFacts read_facts(BinaryFile& file, FileWindow& window, const ByteRange& range);
+// Of the tags at `range`.
+[[nodiscard]] TagFacts read_facts(FileWindow& window, const ByteRange& range);
 
 }  // namespace brindle

@@ -198,10 +198,10 @@ TagFacts FileEdit::facts() const {
     FileWindow window(file);
     if (fields_.empty()) {
         const auto accepted = find_stream(subject_.environment, subject_.name, window);
-        return read_facts(file, window, find_tag_range(window, accepted).value_or(ByteRange()));
+        return read_facts(window, find_tag_range(window, accepted).value_or(ByteRange()));
     }
     const std::int64_t end = layout_.tag_position + layout_.tag.size();
-    return read_facts(file, window, {layout_.tag_position, end});
+    return read_facts(window, {layout_.tag_position, end});
 }
 
 NewContent FileEdit::new_content() const {

@@ -15,10 +15,6 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{64} * 1024;
 
-[[noreturn]] void refuse() {
-    throw Error(RuntimeError::InvalidCall);
-}
-
 }  // namespace
 
 void FileContent::append(std::span<const std::uint8_t> bytes) {
@@ -195,27 +191,6 @@ std::size_t ContentFile::read_source(const FileContent::Piece& piece, std::int64
     const std::size_t read = stream_->read(into);
     stream_offset_ += static_cast<std::int64_t>(read);
     return read;
-}
-
-void ContentFile::write_at(std::int64_t /*offset*/, std::span<const std::uint8_t> /*bytes*/) {
-    refuse();
-}
-
-std::size_t ContentFile::copy_from(BinaryFile& /*source*/, std::int64_t /*source_offset*/,
-                                   std::int64_t /*offset*/, std::size_t /*count*/) {
-    refuse();
-}
-
-void ContentFile::set_length(std::int64_t /*length*/) {
-    refuse();
-}
-
-void ContentFile::flush() {
-    refuse();
-}
-
-void ContentFile::flush_data() {
-    refuse();
 }
 
 }  // namespace brindle

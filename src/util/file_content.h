@@ -11,6 +11,7 @@
 #include "util/binary_file.h"
 #include "util/byte_range.h"
 #include "util/byte_source.h"
+#include "util/file_for_reading.h"
 #include "util/host.h"
 
 namespace brindle {
@@ -69,22 +70,14 @@ private:
     std::int64_t size_ = 0;
 };
 
-// Reads such a content as if the file were there. Whatever would change it raises error 5.
-class ContentFile final : public BinaryFile {
+// Reads such a content as if the file were there.
+class ContentFile final : public FileForReading {
 public:
     explicit ContentFile(const FileContent& content) noexcept : content_(content) {}
 
     std::int64_t length() override { return content_.size(); }
     FileState state() override;
     std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override;
-    void write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) override;
-    std::size_t copy_from(BinaryFile& source, std::int64_t source_offset, std::int64_t offset,
-                          std::size_t count) override;
-    void set_length(std::int64_t length) override;
-    void flush() override;
-    void flush_data() override;
-    // The files belong to the caller.
-    void close() override {}
 
 private:
     std::size_t read_piece(const FileContent::Piece& piece, std::int64_t offset,

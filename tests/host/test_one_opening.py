@@ -1,0 +1,65 @@
+"""What looks at a file asks for its status once, and opens it once."""
+
+import re
+import subprocess
+
+import pytest
+
+from mp3_bytes import audio, frame, id3v1, tag
+
+TAGGED = (tag(*(frame(f"T{letter}00", b"\0text") for letter in "ABCDEFGHIJKLMNOPQRST"),
+              frame("TIT2", b"\0Title"), frame("APIC", b"\0image/png\0\3\0" + bytes(30_000)))
+          + audio(300) + id3v1(title=b"Title"))
+FILES = {"tagged.mp3": TAGGED, "plain.mp3": audio(300), "silent.mp3": bytes(20_000)}
+COMMANDS = {
+    "scan": ("scan",),
+    "scan --json": ("scan", "--json"),
+    "scan --csv": ("scan", "--csv"),
+    "scan --hash": ("scan", "--hash"),
+    "check": ("check",),
+    "check --json": ("check", "--json"),
+    "check --listen": ("check", "--listen"),
+    "listen": ("listen",),
+    "report": ("report", "-o", "page.html"),
+    "show": ("show",),
+    "show --json": ("show", "--json"),
+}
+
+
+@pytest.fixture
+def calls(program, tmp_path):
+    """The calls of a run that name or read the file: statuses, openings, reads."""
+    def run(command, name, given):
+        folder = tmp_path / "music"
+        folder.mkdir()
+        (folder / name).write_bytes(FILES[name])
+        path = {"name": f"music/{name}", "folder": "music", "input": "-"}[given]
+        trace = tmp_path / "trace"
+        subprocess.run(["strace", "-f", "-y", "-qq", "-o", trace, "-e",
+                        "trace=openat,newfstatat,stat,statx,pread64,preadv", program,
+                        *COMMANDS[command], path],
+                       cwd=tmp_path, input=f"music/{name}\n".encode(), capture_output=True,
+                       timeout=60, check=False)
+        lines = [line for line in trace.read_text("latin-1").splitlines() if name in line]
+        return {kind: sum(bool(re.search(pattern, line)) for line in lines)
+                for kind, pattern in (("statuses", rf'stat\w*\(AT_FDCWD[^"]*"music/{name}"'),
+                                      ("openings", r"openat\(AT_FDCWD"),
+                                      ("reads", r"pread"))}
+
+    return run
+
+
+@pytest.mark.plain_build  # strace
+@pytest.mark.parametrize("given", ["name", "folder", "input"])
+@pytest.mark.parametrize("name", FILES)
+@pytest.mark.parametrize("command", COMMANDS)
+def test_file_is_opened_once(calls, command, name, given):
+    found = calls(command, name, given)
+    assert found["openings"] == 1
+    assert found["statuses"] == 1
+
+
+@pytest.mark.plain_build  # strace
+def test_texts_of_a_tag_are_read_together(calls):
+    """Two dozen texts and a picture between them and the audio."""
+    assert calls("scan --json", "tagged.mp3", "name")["reads"] <= 12
