@@ -2,6 +2,7 @@
 #include <system_error>
 #include <utility>
 
+#include "system/calls_windows.h"
 #include "system/file_access.h"
 #include "system/read_failure.h"
 #include "system/windows_handle.h"
@@ -9,21 +10,6 @@
 namespace brindle::host {
 
 namespace {
-
-// In the words that other systems have for it, so that scripts know them everywhere.
-std::string system_reason(DWORD error) {
-    switch (error) {
-        case ERROR_FILE_NOT_FOUND:
-        case ERROR_PATH_NOT_FOUND:
-        case ERROR_INVALID_NAME:
-            return std::generic_category().message(ENOENT);
-        case ERROR_ACCESS_DENIED:
-        case ERROR_SHARING_VIOLATION:
-            return std::generic_category().message(EACCES);
-        default:
-            return "Windows error " + std::to_string(error);
-    }
-}
 
 std::int64_t joined(DWORD high, DWORD low) {
     ULARGE_INTEGER both{};
@@ -44,7 +30,7 @@ std::int64_t seconds_since_1970(const FILETIME& time) {
 std::optional<std::string> read_status(const std::string& name, FileStatus& status) {
     WIN32_FILE_ATTRIBUTE_DATA found{};
     if (GetFileAttributesExW(wide_name(name).c_str(), GetFileExInfoStandard, &found) == 0) {
-        return system_reason(GetLastError());
+        return system_reason();
     }
     const auto has = [&](DWORD attribute) { return (found.dwFileAttributes & attribute) != 0; };
     status.kind = has(FILE_ATTRIBUTE_DIRECTORY) ? FileKind::Folder
@@ -58,7 +44,7 @@ std::optional<std::string> read_status(const std::string& name, FileStatus& stat
 std::optional<std::string> reason_against_reading(const std::string& name) {
     const WindowsHandle file(name, GENERIC_READ);
     if (!file.is_open()) {
-        return system_reason(GetLastError());
+        return system_reason();
     }
     return std::nullopt;
 }
@@ -66,7 +52,7 @@ std::optional<std::string> reason_against_reading(const std::string& name) {
 std::optional<std::string> reason_against_writing(const std::string& name) {
     const WindowsHandle file(name, GENERIC_READ | GENERIC_WRITE);
     if (!file.is_open()) {
-        return system_reason(GetLastError());
+        return system_reason();
     }
     return std::nullopt;
 }

@@ -1,9 +1,10 @@
-#include <algorithm>
-#include <cerrno>
+#include <cstdint>
 #include <filesystem>
+#include <span>
 #include <system_error>
 #include <utility>
 
+#include "system/calls_windows.h"
 #include "system/file_access.h"
 #include "system/file_path.h"
 #include "system/new_file.h"
@@ -11,28 +12,6 @@
 #include "system/windows_handle.h"
 
 namespace brindle::host {
-
-namespace {
-
-// In the words that other systems have for it.
-std::string system_reason() {
-    switch (const DWORD error = GetLastError()) {
-        case ERROR_FILE_NOT_FOUND:
-        case ERROR_PATH_NOT_FOUND:
-        case ERROR_INVALID_NAME:
-            return std::generic_category().message(ENOENT);
-        case ERROR_ACCESS_DENIED:
-        case ERROR_SHARING_VIOLATION:
-            return std::generic_category().message(EACCES);
-        case ERROR_DISK_FULL:
-        case ERROR_HANDLE_DISK_FULL:
-            return std::generic_category().message(ENOSPC);
-        default:
-            return "Windows error " + std::to_string(error);
-    }
-}
-
-}  // namespace
 
 struct NewFile::Handle {
     explicit Handle(const std::string& name)
@@ -85,16 +64,8 @@ std::optional<std::string> NewFile::create(const std::string& name) {
 }
 
 std::optional<std::string> NewFile::append(std::string_view text) const {
-    constexpr std::size_t kMaxWrite = std::size_t{1} << 30U;
-    while (!text.empty()) {
-        const std::size_t part = std::min(text.size(), kMaxWrite);
-        DWORD done = 0;
-        if (WriteFile(handle_->file, text.data(), static_cast<DWORD>(part), &done, nullptr) == 0) {
-            return system_reason();
-        }
-        text.remove_prefix(done);
-    }
-    return std::nullopt;
+    const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    return write_all(handle_->file, bytes) ? std::nullopt : std::optional(system_reason());
 }
 
 std::optional<std::string> NewFile::complete() {
