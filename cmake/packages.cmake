@@ -54,11 +54,10 @@ changes files.")
 
 # Every Debian package has its licence beside it, the program's also those of the files of others
 # that it contains.
-file(READ ${PROJECT_SOURCE_DIR}/LICENSE licences)
-foreach(name tabulator uplot)
-    file(READ ${PROJECT_SOURCE_DIR}/third_party/${name}/LICENSE licence)
-    string(APPEND licences "\nThe pages of brindle report contain ${name}:\n\n${licence}\n")
-endforeach()
+include(${CMAKE_CURRENT_LIST_DIR}/licences.cmake)
+brindle_licences_of_others(licences)
+file(READ ${PROJECT_SOURCE_DIR}/LICENSE licence)
+string(PREPEND licences "${licence}")
 set(program_licences ${PROJECT_BINARY_DIR}/debian/program-copyright)
 file(CONFIGURE OUTPUT ${program_licences} CONTENT "${licences}" @ONLY)
 foreach(pair library:${library_package} headers:libbrindle-dev program:brindle)

@@ -67,7 +67,7 @@ std::string FieldReader::text() {
 }
 
 void FieldReader::require_end() const {
-    if (!rest_.empty()) {
+    if (!is_at_end()) {
         throw FieldFault();
     }
 }

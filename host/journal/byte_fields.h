@@ -41,6 +41,7 @@ public:
     [[nodiscard]] std::int64_t number_up_to(std::int64_t most);
     [[nodiscard]] JournalBytes bytes();
     [[nodiscard]] std::string text();
+    [[nodiscard]] bool is_at_end() const { return rest_.empty(); }
     void require_end() const;
 
 private:

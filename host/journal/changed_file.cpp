@@ -1,7 +1,6 @@
 #include "journal/changed_file.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 #include <span>
 #include <system_error>
@@ -10,8 +9,8 @@
 #include <brindle/error.h>
 
 #include "journal/journal_format.h"
-#include "journal/recorded_name.h"
 #include "system/file_access.h"
+#include "system/recorded_name.h"
 #include "system/sha256.h"
 
 namespace brindle::host {
@@ -78,12 +77,11 @@ JournalEntry entry_of(const std::string& name, const FileState& before, const Ne
     JournalEntry entry;
     std::error_code error;
     const std::optional<std::string> recorded = recorded_name(name);
-    const std::filesystem::path target = std::filesystem::canonical(name, error);
+    entry.target = real_name(name, error);
     if (!recorded || error) {
         throw Error(RuntimeError::PathNotFound, u"brindle");
     }
     entry.name = *recorded;
-    entry.target = target.string();
     entry.before = before;
     ReadOnlyFile file(name);
     entry.front = read_part(file, 0, content.kept_from);

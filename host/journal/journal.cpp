@@ -10,8 +10,9 @@
 #include "journal/changed_file.h"
 #include "journal/journal_entry.h"
 #include "journal/journal_format.h"
-#include "system/posix_calls.h"
+#include "system/file_path.h"
 #include "system/private_file.h"
+#include "system/state_folder.h"
 
 namespace brindle::host {
 
@@ -57,9 +58,9 @@ struct Journal::State {
         if (options.file) {
             place = *options.file;
         } else {
-            const std::optional<std::string> folder = journal_folder();
+            const std::optional<std::string> folder = state_folder();
             if (!folder) {
-                refuse("the home folder", "HOME is not set");
+                refuse("the home folder", std::string(kStateVariable) + " is not set");
             }
             if (const auto reason = make_private_folder(*folder)) {
                 refuse(*folder, *reason);
@@ -76,7 +77,7 @@ struct Journal::State {
         beginning.insert(beginning.end(), record.begin(), record.end());
         auto reason = file.append(beginning);
         if (!reason) {
-            reason = flush_folder(std::filesystem::path(place).parent_path());
+            reason = flush_name(place);
         }
         if (reason) {
             remove_and_refuse(*reason);
@@ -84,9 +85,10 @@ struct Journal::State {
     }
 
     // No change has been made that the file could undo.
-    [[noreturn]] void remove_and_refuse(const std::string& reason) const {
+    [[noreturn]] void remove_and_refuse(const std::string& reason) {
+        file.close();
         std::error_code error;
-        std::filesystem::remove(name, error);
+        std::filesystem::remove(path_of(name), error);
         refuse(name, reason);
     }
 

@@ -65,6 +65,10 @@ JournalBytes bytes_of(const JournalEntry& entry) {
     for (const PartMark* part : {&entry.kept, &entry.new_front, &entry.new_back}) {
         write_part(fields, *part);
     }
+    // Only journals on Windows have this field.
+    if (entry.before.created != 0) {
+        fields.number(entry.before.created);
+    }
     return fields.take();
 }
 
@@ -85,6 +89,9 @@ JournalEntry read_entry(std::span<const std::uint8_t> bytes) {
     entry.back = fields.bytes();
     for (PartMark* part : {&entry.kept, &entry.new_front, &entry.new_back}) {
         *part = read_part(fields);
+    }
+    if (!fields.is_at_end()) {
+        entry.before.created = fields.number();
     }
     fields.require_end();
     entry.before.size = entry.length_before();

@@ -4,12 +4,12 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
 #include <unistd.h>
 
+#include "system/file_path.h"
 #include "system/private_file.h"
 
 namespace brindle::host {
@@ -20,31 +20,19 @@ namespace chrono = std::chrono;
 
 constexpr std::string_view kEnding = ".journal";
 
-std::optional<std::string> absolute_path_in(const char* variable) {
-    const char* const value = std::getenv(variable);
-    if (value == nullptr || value[0] != '/') {
-        return std::nullopt;
-    }
-    return std::string(value);
-}
-
 // `20261122T103305.123456789Z-4711.journal`
 bool is_journal_name(std::string_view name) {
     return name.size() > kEnding.size() && name.front() >= '0' && name.front() <= '9' &&
            name.ends_with(kEnding);
 }
 
-}  // namespace
-
-std::optional<std::string> journal_folder() {
-    if (const auto state = absolute_path_in("XDG_STATE_HOME")) {
-        return *state + "/brindle";
-    }
-    if (const auto home = absolute_path_in("HOME")) {
-        return *home + "/.local/state/brindle";
-    }
-    return std::nullopt;
+// False if it cannot be removed.
+bool remove_file(const std::string& name) {
+    std::error_code error;
+    return std::filesystem::remove(path_of(name), error);
 }
+
+}  // namespace
 
 std::string new_journal_name() {
     const auto now = chrono::time_point_cast<chrono::nanoseconds>(chrono::system_clock::now());
@@ -65,10 +53,10 @@ std::string new_journal_name() {
 std::vector<std::string> journals_in(const std::string& folder) {
     std::vector<std::string> names;
     std::error_code error;
-    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (is_journal_name(entry->path().filename().string())) {
-            names.push_back(entry->path().string());
+    for (std::filesystem::directory_iterator entry(path_of(folder), error), end;
+         !error && entry != end; entry.increment(error)) {
+        if (is_journal_name(name_of(entry->path().filename()))) {
+            names.push_back(name_of(entry->path()));
         }
     }
     std::sort(names.begin(), names.end());
@@ -92,7 +80,7 @@ void remove_old_journals(const std::string& folder, const JournalLimits& limits)
             continue;
         }
         if ((now - journal.modified_seconds()) / kDay >= limits.days) {
-            unlink(name.c_str());
+            static_cast<void>(remove_file(name));
             continue;
         }
         kept.push_back({name, journal.size()});
@@ -102,7 +90,7 @@ void remove_old_journals(const std::string& folder, const JournalLimits& limits)
         if (total <= limits.bytes) {
             break;
         }
-        if (unlink(oldest.name.c_str()) == 0) {
+        if (remove_file(oldest.name)) {
             total -= oldest.size;
         }
     }

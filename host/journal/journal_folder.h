@@ -1,15 +1,11 @@
-// The folder of the user's journals: ${XDG_STATE_HOME:-~/.local/state}/brindle.
+// The journals in a folder: their names, and how long they are kept.
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace brindle::host {
-
-// Nothing where neither variable names an absolute path.
-[[nodiscard]] std::optional<std::string> journal_folder();
 
 // The name of a journal that is created now. Names are in the order of time.
 [[nodiscard]] std::string new_journal_name();

@@ -3,15 +3,16 @@
 #include <filesystem>
 #include <system_error>
 
-#include "journal/journal_folder.h"
+#include "system/file_path.h"
+#include "system/state_folder.h"
 
 namespace brindle::host {
 
 std::string journal_path(const std::string& word) {
     std::error_code error;
-    const auto folder = journal_folder();
-    const bool is_name = word.find('/') == std::string::npos;
-    const auto status = std::filesystem::symlink_status(word, error);
+    const auto folder = state_folder();
+    const bool is_name = !path_of(word).has_parent_path();
+    const auto status = std::filesystem::symlink_status(path_of(word), error);
     return is_name && folder && !std::filesystem::exists(status) ? *folder + "/" + word : word;
 }
 

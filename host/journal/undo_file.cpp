@@ -1,6 +1,5 @@
 #include "journal/undo_file.h"
 
-#include <filesystem>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -10,12 +9,12 @@
 #include <brindle/text.h>
 
 #include "journal/changed_file.h"
-#include "journal/recorded_name.h"
 #include "output/printable_text.h"
 #include "system/file_access.h"
 #include "system/file_guard.h"
 #include "system/file_state.h"
 #include "system/input_file.h"
+#include "system/recorded_name.h"
 
 namespace brindle::host {
 
@@ -99,12 +98,11 @@ public:
 private:
     [[nodiscard]] Failure reason_against_target(const std::string& target) const {
         std::error_code error;
-        const auto now = std::filesystem::canonical(name_, error);
+        const std::string now = real_name(name_, error);
         if (error) {
             return error.message();
         }
-        return now.string() == target ? std::nullopt
-                                      : Failure("The name now belongs to another file");
+        return now == target ? std::nullopt : Failure("The name now belongs to another file");
     }
 
     std::string name_;

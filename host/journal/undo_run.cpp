@@ -11,12 +11,14 @@
 
 #include "batch/grouped_changes.h"
 #include "journal/journal_folder.h"
-#include "journal/recorded_name.h"
 #include "journal/recorded_run.h"
 #include "journal/undo_file.h"
 #include "output/printable_text.h"
 #include "output/standard_streams.h"
+#include "system/file_path.h"
 #include "system/interruption.h"
+#include "system/recorded_name.h"
+#include "system/state_folder.h"
 #include "system/utc_text.h"
 
 namespace brindle::host {
@@ -28,8 +30,8 @@ using Place = RecordedRun::Place;
 
 std::string absolute_name(const std::string& name) {
     std::error_code error;
-    const fs::path path = fs::absolute(name, error);
-    return error ? name : path.string();
+    const fs::path path = fs::absolute(path_of(name), error);
+    return error ? name : name_of(path);
 }
 
 class Undo {
@@ -66,10 +68,10 @@ private:
         if (!options_.journal.empty()) {
             return journal_path(options_.journal);
         }
-        const auto folder = journal_folder();
+        const auto folder = state_folder();
         const auto journals = folder ? journals_in(*folder) : std::vector<std::string>();
         if (journals.empty()) {
-            write_error(folder.value_or("HOME"), "There is no journal");
+            write_error(folder.value_or(kStateVariable), "There is no journal");
             return std::nullopt;
         }
         return journals.back();
@@ -172,7 +174,7 @@ ExitStatus undo_run(const UndoOptions& options) {
 }
 
 ExitStatus list_journals() {
-    const auto folder = journal_folder();
+    const auto folder = state_folder();
     ExitStatus status = ExitStatus::AllFine;
     for (const std::string& path : folder ? journals_in(*folder) : std::vector<std::string>()) {
         RecordedRun recorded;

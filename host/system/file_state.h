@@ -15,8 +15,9 @@ struct FileState {
     std::int64_t size = 0;
     std::int64_t modified = 0;  // in the system's own unit
     std::int64_t accessed = 0;  // in the same
+    std::int64_t created = 0;   // in the same; 0 where no program can set it
     // Where the system has them.
-    std::uint32_t mode = 0;
+    std::uint32_t mode = 0;  // Windows: the attributes
     std::uint32_t owner = 0;
     std::uint32_t group = 0;
     std::uint64_t links = 1;                             // names of the file

@@ -1,3 +1,6 @@
+#include <algorithm>
+
+#include "system/calls_windows.h"
 #include "system/file_state.h"
 #include "system/windows_handle.h"
 
@@ -10,6 +13,21 @@ std::uint64_t joined(DWORD high, DWORD low) {
     return std::uint64_t{high} << kLowBits | low;
 }
 
+// Those that a user gives to a file. The one for backup programs belongs to the last write.
+constexpr DWORD kUserAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
+                                  FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+
+std::int64_t ticks(const FILETIME& time) {
+    return static_cast<std::int64_t>(joined(time.dwHighDateTime, time.dwLowDateTime));
+}
+
+// 0 lets the time as it is, and what is less has special meanings.
+LARGE_INTEGER time_to_set(std::int64_t time) {
+    LARGE_INTEGER set{};
+    set.QuadPart = std::max<std::int64_t>(time, 0);
+    return set;
+}
+
 }  // namespace
 
 std::optional<FileState> state_of(const std::string& name) {
@@ -18,14 +36,15 @@ std::optional<FileState> state_of(const std::string& name) {
     if (!file.is_open() || GetFileInformationByHandle(file.get(), &found) == 0) {
         return std::nullopt;
     }
-    const FILETIME modified = found.ftLastWriteTime;
     FileState state;
     state.volume = found.dwVolumeSerialNumber;
     state.number = joined(found.nFileIndexHigh, found.nFileIndexLow);
     state.size = static_cast<std::int64_t>(joined(found.nFileSizeHigh, found.nFileSizeLow));
     state.links = found.nNumberOfLinks;
-    state.modified =
-        static_cast<std::int64_t>(joined(modified.dwHighDateTime, modified.dwLowDateTime));
+    state.modified = ticks(found.ftLastWriteTime);
+    state.accessed = ticks(found.ftLastAccessTime);
+    state.created = ticks(found.ftCreationTime);
+    state.mode = found.dwFileAttributes;
     return state;
 }
 
@@ -36,8 +55,26 @@ std::optional<std::string> restore_modification_time(const std::string& name,
     ticks.QuadPart = static_cast<std::uint64_t>(before.modified);
     const FILETIME modified{ticks.LowPart, ticks.HighPart};
     if (!file.is_open() || SetFileTime(file.get(), nullptr, nullptr, &modified) == 0) {
-        return "Saved, but the modification time could not be put back: Windows error " +
-               std::to_string(GetLastError());
+        return "Saved, but the modification time could not be put back: " + system_reason();
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> restore_state(const std::string& name, const FileState& before) {
+    const WindowsHandle file(name, FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES);
+    FILE_BASIC_INFO state{};
+    const bool is_known =
+        file.is_open() &&
+        GetFileInformationByHandleEx(file.get(), FileBasicInfo, &state, sizeof(state)) != 0;
+    state.CreationTime = time_to_set(before.created);
+    state.LastAccessTime = time_to_set(before.accessed);
+    state.LastWriteTime = time_to_set(before.modified);
+    state.ChangeTime = time_to_set(0);
+    state.FileAttributes =
+        (state.FileAttributes & ~kUserAttributes) | (before.mode & kUserAttributes);
+    if (!is_known ||
+        SetFileInformationByHandle(file.get(), FileBasicInfo, &state, sizeof(state)) == 0) {
+        return "Its times and attributes could not be put back: " + system_reason();
     }
     return std::nullopt;
 }

@@ -25,7 +25,7 @@ public:
     // one that others may write. The answer is why, or nothing.
     [[nodiscard]] std::optional<std::string> open(const std::string& name);
     void close();
-    [[nodiscard]] bool is_open() const { return descriptor_ != kNone; }
+    [[nodiscard]] bool is_open() const { return held_ != kNone; }
 
     // Both answer why that could not be done, or nothing.
     [[nodiscard]] std::optional<std::string> append(std::span<const std::uint8_t> bytes) const;
@@ -43,12 +43,17 @@ public:
     [[nodiscard]] bool is_in_use() const;
 
 private:
-    static constexpr int kNone = -1;
-    int descriptor_ = kNone;
+    // A descriptor, or a handle of the system; none of them is this value.
+    static constexpr std::intptr_t kNone = -1;
+    std::intptr_t held_ = kNone;
     std::int64_t size_ = 0;
     std::int64_t modified_ = 0;
     bool is_being_written_ = false;
 };
+
+// Waits until the device has the name of a new file that is flushed next. The answer is why it has
+// not, or nothing.
+[[nodiscard]] std::optional<std::string> flush_name(const std::string& name);
 
 // Makes the folder and those above it that are missing, for the user alone. The answer is why that
 // could not be done, or nothing.

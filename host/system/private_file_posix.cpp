@@ -18,6 +18,11 @@ namespace {
 constexpr mode_t kOwnerReadsAndWrites = S_IRUSR | S_IWUSR;
 constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
 
+// One type for what all systems open.
+int descriptor(std::intptr_t held) {
+    return static_cast<int>(held);
+}
+
 // Why others may have written the file, or nothing.
 std::optional<std::string> reason_against_trusting(const struct stat& status) {
     if (!S_ISREG(status.st_mode)) {
@@ -36,14 +41,14 @@ std::optional<std::string> reason_against_trusting(const struct stat& status) {
 
 std::optional<std::string> PrivateFile::create(const std::string& name) {
     close();
-    descriptor_ = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                         kOwnerReadsAndWrites);
-    if (descriptor_ == kNone) {
+    held_ = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                   kOwnerReadsAndWrites);
+    if (held_ == kNone) {
         return system_reason();
     }
     // Some file systems have no locks. Then a journal that is being written is taken for an old
     // one, and stays because it is new.
-    static_cast<void>(flock(descriptor_, LOCK_EX | LOCK_NB));
+    static_cast<void>(flock(descriptor(held_), LOCK_EX | LOCK_NB));
     size_ = 0;
     return std::nullopt;
 }
@@ -66,7 +71,7 @@ std::optional<std::string> PrivateFile::open(const std::string& name) {
         ::close(file);
         return reason;
     }
-    descriptor_ = file;
+    held_ = file;
     is_being_written_ = flock(file, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     size_ = status.st_size;
     modified_ = status.st_mtim.tv_sec;
@@ -75,23 +80,23 @@ std::optional<std::string> PrivateFile::open(const std::string& name) {
 
 void PrivateFile::close() {
     if (is_open()) {
-        ::close(std::exchange(descriptor_, kNone));
+        ::close(descriptor(std::exchange(held_, kNone)));
     }
 }
 
 std::optional<std::string> PrivateFile::append(std::span<const std::uint8_t> bytes) const {
-    return write_all(descriptor_, bytes) ? std::nullopt : std::optional(system_reason());
+    return write_all(descriptor(held_), bytes) ? std::nullopt : std::optional(system_reason());
 }
 
 std::optional<std::string> PrivateFile::flush() const {
-    return fdatasync(descriptor_) == 0 ? std::nullopt : std::optional(system_reason());
+    return fdatasync(descriptor(held_)) == 0 ? std::nullopt : std::optional(system_reason());
 }
 
 std::vector<std::uint8_t> PrivateFile::read(std::int64_t offset, std::size_t count) const {
     std::vector<std::uint8_t> bytes(count);
     std::size_t filled = 0;
     while (filled < count) {
-        const ssize_t done = pread(descriptor_, bytes.data() + filled, count - filled,
+        const ssize_t done = pread(descriptor(held_), bytes.data() + filled, count - filled,
                                    offset + static_cast<std::int64_t>(filled));
         if (done < 0 && errno == EINTR) {
             continue;
@@ -106,7 +111,11 @@ std::vector<std::uint8_t> PrivateFile::read(std::int64_t offset, std::size_t cou
 }
 
 bool PrivateFile::is_in_use() const {
-    return flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return flock(descriptor(held_), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
+std::optional<std::string> flush_name(const std::string& name) {
+    return flush_folder(std::filesystem::path(name).parent_path());
 }
 
 std::optional<std::string> make_private_folder(const std::string& name) {

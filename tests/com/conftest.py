@@ -1,8 +1,10 @@
 import os
 import pathlib
 import re
+import shutil
 import struct
 import subprocess
+import sys
 import tempfile
 
 import pytest
@@ -10,6 +12,9 @@ import pytest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BITS = os.environ.get("BRINDLE_BITS", "32")
 BUILD = ROOT / "build" / {"32": "windows-x86", "64": "windows-x64"}[BITS]
+
+# The bytes of MP3 files and journals are the same everywhere.
+sys.path.append(str(ROOT / "tests" / "host"))
 
 # The package needs the builds of both widths: it is tested by name.
 collect_ignore = ["test_package.py"]
@@ -67,6 +72,41 @@ def wine():
             output.seek(0)
             result.stdout = output.read()
         return result
+
+    return run
+
+
+@pytest.fixture
+def state():
+    """The folder of the user's data."""
+    path = BUILD / "test-state"
+    shutil.rmtree(path, ignore_errors=True)
+    path.mkdir()
+    yield path
+    shutil.rmtree(path)
+
+
+@pytest.fixture
+def brindle_script(state):
+    """Makes a script that runs the program with a folder of the user's data; every process of Wine
+    begins with its own."""
+
+    def make(place):
+        script = state / "run.cmd"
+        program = windows_name(BUILD / "host" / "brindle.exe")
+        script.write_text(f"@set LOCALAPPDATA={place}\r\n@{program} %*\r\n")
+        return script
+
+    return make
+
+
+@pytest.fixture
+def brindle(wine, brindle_script, state):
+    """Gives the exit status and the text."""
+
+    def run(*arguments, place=windows_name(state)):
+        result = wine("cmd", "/c", windows_name(brindle_script(place)), *arguments)
+        return result.returncode, result.stdout.decode("utf-8")
 
     return run
 

@@ -62,6 +62,15 @@ def test_manual_is_there_to_be_read(package):
     assert len(options) > 20
 
 
+def test_licences_of_what_others_wrote_are_there(package):
+    text = (package / "docs" / "licences.txt").read_text(encoding="utf-8")
+    assert text.startswith("The pages of brindle report contain tabulator:\n\nThe MIT License (MIT)\n")
+    assert "The pages of brindle report contain uplot:" in text and "Leon Sorokin" in text
+    zlib = text[text.index("\nbrindle.exe contains zlib:\n\nzlib.h -- interface of"):]
+    assert "Jean-loup Gailly and Mark Adler" in zlib and "3. This notice may not be removed" in zlib
+    assert text.rstrip()[-1] != "/" and not re.search(r"[@$]\w+[@{]", text)
+
+
 # The document on the C++ library names headers that a Windows host does not need.
 @pytest.mark.parametrize("name", ["README.md", "docs/automation.md"])
 def test_links_lead_somewhere(package, name):

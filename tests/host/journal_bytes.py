@@ -41,6 +41,7 @@ class Entry:
     kept: tuple = (0, sha256(b""))
     new_front: tuple = (0, sha256(b""))
     new_back: tuple = (0, sha256(b""))
+    created: int = 0  # 0: without the field
 
     def record(self):
         record = text(self.name) + text(self.target)
@@ -51,6 +52,8 @@ class Entry:
         record += text(self.front) + text(self.back)
         for length, digits in (self.kept, self.new_front, self.new_back):
             record += struct.pack("<q", length) + text(digits.encode())
+        if self.created:
+            record += struct.pack("<q", self.created)
         return record
 
 
@@ -113,6 +116,8 @@ def read_journal(content):
         entry.front, entry.back = fields.text(), fields.text()
         entry.kept, entry.new_front, entry.new_back = (
             (fields.number(), fields.text().decode()) for _ in range(3))
+        if fields.rest:
+            entry.created = fields.number()
         assert fields.rest == b""
         entries.append(entry)
     return Fields(first).text(), entries

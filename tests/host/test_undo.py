@@ -126,6 +126,7 @@ def test_journal_holds_what_brings_the_file_back(brindle, tmp_path, state_folder
     assert entry.name == entry.target == str(path).encode()
     assert entry.mode == 0o100640
     assert entry.modified == 1_000_000_000_123_456_789
+    assert entry.created == 0
     assert entry.attributes == {b"user.note": b"kept"}
     content = path.read_bytes()
     kept_from, kept_to = entry.new_front[0], entry.new_front[0] + entry.kept[0]

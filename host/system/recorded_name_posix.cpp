@@ -1,11 +1,14 @@
-#include "journal/recorded_name.h"
-
 #include <filesystem>
-#include <system_error>
+
+#include "system/recorded_name.h"
 
 namespace brindle::host {
 
 namespace fs = std::filesystem;
+
+std::string real_name(const std::string& name, std::error_code& error) {
+    return fs::canonical(name, error).string();
+}
 
 std::optional<std::string> recorded_name(const std::string& name) {
     std::error_code error;
