@@ -10,6 +10,7 @@ import subprocess
 import pytest
 
 from mp3_bytes import audio
+from ssh_server import ssh_server
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 README = (ROOT / "README.md").read_text()
@@ -62,11 +63,12 @@ def music(program, tmp_path):
     return {f"{tmp_path}/music/{name}" for name in names}
 
 
-def run_in_shell(command, folder):
+def run_in_shell(command, folder, **environment):
     subprocess.run(
         ["bash", "-o", "pipefail", "-c", command.replace("/music", f"{folder}/music")], cwd=folder,
         check=True, capture_output=True, stdin=subprocess.DEVNULL, timeout=120,
-        env={**os.environ, "PATH": f"{folder}/bin:{os.environ['PATH']}", "HOME": str(folder)})
+        env={**os.environ, "PATH": f"{folder}/bin:{os.environ['PATH']}", "HOME": str(folder),
+             **environment})
 
 
 def test_names_from_find_are_checked(music, tmp_path):
@@ -97,3 +99,29 @@ def test_library_is_spread_over_machines(music, tmp_path):
     lines = (tmp_path / "library.jsonl").read_text().splitlines()
     assert {json.loads(line)["file"] for line in lines} == music
     assert len(lines) == len(music)
+
+
+@pytest.mark.deep
+@pytest.mark.skipif(shutil.which("parallel") is None, reason="needs parallel")
+def test_library_is_spread_over_machines_through_ssh(music, program, tmp_path):
+    (command,) = [one for one in pipelines() if "--sshlogin" in one]
+    machines = re.search(r"--sshlogin (\S+)", command).group(1).split(",")
+    # Enough names for some blocks for each machine.
+    for number in range(2500):
+        os.link(tmp_path / "music" / "a.mp3", tmp_path / "music" / f"{number:0230}.mp3")
+    os.link(tmp_path / "music" / "a.mp3", os.fsencode(tmp_path / "music") + b"/\xff\n.mp3")
+    run_in_shell("find /music -iname '*.mp[23]' -print0 | brindle scan --json --quiet -0 - > one",
+                 tmp_path)
+
+    # Only the other machines have the program.
+    (tmp_path / "bin" / "brindle").unlink()
+    there = tmp_path / "there"
+    there.mkdir()
+    (there / "brindle").write_text(
+        f'#!/bin/sh\necho "$LOGIN" >>{tmp_path}/logins\nexec {program} "$@"\n')
+    (there / "brindle").chmod(0o755)
+    with ssh_server(tmp_path / "ssh", machines, f"{there}:/usr/bin:/bin") as ssh:
+        run_in_shell(command, tmp_path, PARALLEL_SSH=ssh)
+    assert set((tmp_path / "logins").read_text().split()) == set(machines)
+    assert (tmp_path / "library.jsonl").read_bytes() == (tmp_path / "one").read_bytes()
+    assert (tmp_path / "one").read_bytes().count(b"\n") == len(music) + 2501

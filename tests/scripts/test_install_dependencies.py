@@ -20,7 +20,7 @@ E: Unable to acquire the dpkg frontend lock (/var/lib/dpkg/lock-frontend)"""
 def install(tmp_path):
     """Runs the script; the first calls of apt-get for `action` fail and print `message`."""
 
-    def run(action="", message="", failures=0, seconds=600):
+    def run(action="", message="", failures=0, seconds=600, group="build"):
         (tmp_path / "dpkg-query").write_text("#!/bin/sh\nexit 1\n")
         (tmp_path / "sudo").write_text('#!/bin/sh\nexec "$@"\n')
         (tmp_path / "apt-get").write_text(f"""#!/bin/sh
@@ -36,11 +36,12 @@ for word; do
     esac
 done
 """)
-        for name in ("dpkg-query", "sudo", "apt-get"):
+        (tmp_path / "install").write_text(f'#!/bin/sh\necho install "$@" >>{tmp_path}/calls\n')
+        for name in ("dpkg-query", "sudo", "apt-get", "install"):
             (tmp_path / name).chmod(0o755)
         begin = time.monotonic()
         result = subprocess.run(
-            [SCRIPT, "build"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+            [SCRIPT, group], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
             stderr=subprocess.STDOUT, text=True, check=False,
             env={**os.environ, "PATH": f"{tmp_path}:/usr/bin:/bin",
                  "BRINDLE_LOCK_SECONDS": str(seconds)})
@@ -84,3 +85,18 @@ def test_does_not_wait_for_what_no_waiting_mends(install):
     assert result.returncode == 1
     assert len([call for call in calls if "install" in call]) == 1
     assert "Unable to locate package" in result.stdout
+
+
+def test_ssh_server_for_tests_is_never_started(install):
+    result, calls, _ = install(group="deep")
+    assert result.returncode == 0
+    installed = [index for index, call in enumerate(calls) if " openssh-server" in call]
+    # The package starts no server while this file exists, neither when installed nor at boot.
+    forbidden = calls.index("install -D -m 644 /dev/null /etc/ssh/sshd_not_to_be_run")
+    assert installed == [forbidden + 1]
+    assert result.stdout.count("/etc/ssh/sshd_not_to_be_run") == 1
+
+
+def test_ssh_server_is_left_alone_where_none_is_installed(install):
+    _, calls, _ = install(group="test")
+    assert not [call for call in calls if "ssh" in call]
