@@ -50,9 +50,10 @@ def scan_batch(program, folder, names):
         done = subprocess.run([program, "scan", "--json", "--quiet", "-0", "-"], cwd=folder,
                               input=names, capture_output=True, check=False)
     except OSError as error:
-        raise RuntimeError(f"{machine}: {error.filename}: {error.strerror}") from None
+        what = os.fsdecode(error.filename or program)
+        raise RuntimeError(f"{machine}: {what}: {error.strerror}") from None
     if done.returncode not in (0, 1, 2):
-        # A signal ended it early, for example because the machine shuts down.
+        # A signal ended it early, perhaps because the machine shuts down.
         raise RuntimeError(f"{machine}: {program} ended with status {done.returncode}")
     return done.returncode, done.stdout, done.stderr
 
@@ -82,7 +83,7 @@ def results_in_order(client, arguments):
             yield result_of(window.popleft(), client, arguments.wait)
         # The scheduler gives the batch of a worker that is lost to another one; `retries` is for
         # a program that a signal ended.
-        window.append(client.submit(scan_batch, arguments.brindle, os.getcwd(), names,
+        window.append(client.submit(scan_batch, arguments.brindle, os.getcwdb(), names,
                                     pure=False, retries=3))
     while window:
         yield result_of(window.popleft(), client, arguments.wait)

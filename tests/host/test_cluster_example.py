@@ -182,7 +182,8 @@ FAILURES = {
                    b"scan_library.py: .*: /nowhere/brindle: No such file or directory\n"),
     "signal at each attempt": ("kill -TERM $$", [], 1,
                                b"scan_library.py: .*/stand-in ended with status -15\n"),
-    "wrong usage": ("echo unknown option >&2; exit 2", [], 2, b"unknown option\n"),
+    "wrong usage": ("echo unknown option >&2; exit 2", ["--block", "2000"], 2,
+                    b"unknown option\n"),
 }
 
 
