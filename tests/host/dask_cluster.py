@@ -10,7 +10,7 @@ import time
 
 import pytest
 
-SECONDS = 30
+SECONDS = 60
 
 
 class Cluster:
@@ -29,22 +29,24 @@ class Cluster:
         file = self.folder / "scheduler.json"
         if self.scheduler is None:
             file.unlink(missing_ok=True)
-            self.scheduler = self._start("dask-scheduler", "--port", "0", "--scheduler-file", file)
+            self.scheduler = self._start("scheduler", "--port", "0", "--scheduler-file", file)
             wait_for(lambda: file.exists() and file.read_text().endswith("}"))
             self.address = json.loads(file.read_text())["address"]
         while len(self.workers) < workers:
             name = next(self.names)
             self.workers[name] = self._start(
-                "dask-worker", self.address, "--nthreads", "1", "--no-nanny", "--memory-limit", "0",
+                "worker", self.address, "--nthreads", "1", "--no-nanny", "--memory-limit", "0",
                 "--local-directory", self.folder, WORKER=name)
         with self.client(self.address, timeout=SECONDS) as client:
             wait_for(lambda: len(client.nthreads()) == len(self.workers))
 
-    def _start(self, program, *options, **environment):
+    def _start(self, kind, *options, **environment):
         environment["PATH"] = f"{self.folder}/bin:{os.environ['PATH']}"
+        # The scheduler tries for this time to get results from a worker that was just killed.
+        environment["DASK_DISTRIBUTED__COMM__TIMEOUTS__CONNECT"] = "5s"
         with open(self.folder / "log", "ab") as log:
             return subprocess.Popen(
-                [program, *options, "--host", "127.0.0.1", "--no-dashboard"], cwd=self.folder,
+                ["dask", kind, *options, "--host", "127.0.0.1", "--no-dashboard"], cwd=self.folder,
                 env={**os.environ, **environment}, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
                 start_new_session=True)
 
