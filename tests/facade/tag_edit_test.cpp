@@ -429,6 +429,14 @@ TEST(TagEdit, CommonFormOfVersion2IsThatOfItsText) {
     EXPECT_THAT(frames_of(file.content()), ElementsAre(title("A"), std::string(kStamp)));
 }
 
+TEST(TagEdit, CommonFormJoinsTheTwoListsOfPeopleOfVersion4) {
+    OpenedFile file(Tag(4).frame("TIPL", "\3mix\0Ann\0"sv).frame("TMCL", "\3bass\0Bo\0"sv).bytes() +
+                    long_audio());
+    static_cast<void>(file.edit({.common_form = true}));
+    EXPECT_THAT(frames_of(file.content()),
+                ElementsAre(std::string("IPLS=\0mix\0Ann\0bass\0Bo\0"sv), std::string(kStamp)));
+}
+
 TEST(TagEdit, LeavesTheTagAloneWhereOnlyTheRecordIsSet) {
     const Bytes tag = Tag(4).utf8_text("TIT2", "Old").padding(50).bytes();
     OpenedFile file(tag + long_audio());
