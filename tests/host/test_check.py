@@ -474,9 +474,12 @@ TEXTS = {
     "wrong-checksums-in-2-of-201-frames":  # 39 + 50 * 417
         "the checksum of 2 of 201 frames is wrong, from byte 20889: fetch the file again from its "
         "source",
-    "utf-8-as-8-bits": 'read in the wrong encoding: TALB means "Für Élise": set these texts again',
+    "utf-8-as-8-bits":
+        'read in the wrong encoding: TALB means "Für Élise": set these texts again, or brindle '
+        "normalize --repair-text",
     "greek-as-8-bits":
-        "read in the wrong encoding: TALB is Cyrillic or Greek text: set these texts again",
+        "read in the wrong encoding: TALB is Cyrillic or Greek text: set these texts again, or "
+        "brindle normalize --repair-text",
     "record-of-another-title":
         "ID3v1 and ID3v2 differ in title: set it again, which writes both",
     "picture-of-text":
@@ -502,7 +505,8 @@ TEXTS = {
     "utf-16-custom-field": 'hosts read another text: TXXX:1 "Cue In": '
                              'brindle normalize writes a form that all programs read',
     "text-of-5001-bytes": "hosts do not read TALB:1: shorten it",
-    "picture-of-81921-bytes": "hosts do not read APIC:1: replace it with a smaller one",
+    "picture-of-81921-bytes":
+        "hosts do not read APIC:1: brindle normalize --pictures shrink makes it small enough",
 }
 
 
