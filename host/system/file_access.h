@@ -51,6 +51,8 @@ class ReadOnlyFile final : public FileBytes {
 public:
     explicit ReadOnlyFile(std::string name);
     ~ReadOnlyFile() override;
+    ReadOnlyFile(const ReadOnlyFile&) = delete;
+    ReadOnlyFile& operator=(const ReadOnlyFile&) = delete;
 
     [[nodiscard]] std::string read(std::int64_t offset, std::size_t count) override;
 
