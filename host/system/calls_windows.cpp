@@ -43,4 +43,21 @@ bool write_all(HANDLE file, std::span<const std::uint8_t> bytes) {
     return true;
 }
 
+std::int64_t joined(DWORD high, DWORD low) {
+    ULARGE_INTEGER number{};
+    number.HighPart = high;
+    number.LowPart = low;
+    return static_cast<std::int64_t>(number.QuadPart);
+}
+
+std::int64_t ticks(const FILETIME& time) {
+    return joined(time.dwHighDateTime, time.dwLowDateTime);
+}
+
+std::int64_t seconds_since_1970(const FILETIME& time) {
+    constexpr std::int64_t kTicksPerSecond = 10'000'000;
+    constexpr std::int64_t kFrom1601To1970 = 11'644'473'600;  // in seconds
+    return ticks(time) / kTicksPerSecond - kFrom1601To1970;
+}
+
 }  // namespace brindle::host

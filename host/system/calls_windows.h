@@ -17,4 +17,10 @@ namespace brindle::host {
 // False if the system does not take all bytes; GetLastError() tells why.
 [[nodiscard]] bool write_all(HANDLE file, std::span<const std::uint8_t> bytes);
 
+// A number that Windows gives in two halves.
+[[nodiscard]] std::int64_t joined(DWORD high, DWORD low);
+// Units of 100 ns since 1601.
+[[nodiscard]] std::int64_t ticks(const FILETIME& time);
+[[nodiscard]] std::int64_t seconds_since_1970(const FILETIME& time);
+
 }  // namespace brindle::host

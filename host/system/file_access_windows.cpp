@@ -9,24 +9,6 @@
 
 namespace brindle::host {
 
-namespace {
-
-std::int64_t joined(DWORD high, DWORD low) {
-    ULARGE_INTEGER both{};
-    both.HighPart = high;
-    both.LowPart = low;
-    return static_cast<std::int64_t>(both.QuadPart);
-}
-
-// Windows counts units of 100 ns since 1601.
-std::int64_t seconds_since_1970(const FILETIME& time) {
-    constexpr std::int64_t kUnits = 10'000'000;  // of a second
-    constexpr std::int64_t kFrom1601To1970 = 11'644'473'600;
-    return joined(time.dwHighDateTime, time.dwLowDateTime) / kUnits - kFrom1601To1970;
-}
-
-}  // namespace
-
 std::optional<std::string> read_status(const std::string& name, FileStatus& status) {
     WIN32_FILE_ATTRIBUTE_DATA found{};
     if (GetFileAttributesExW(wide_name(name).c_str(), GetFileExInfoStandard, &found) == 0) {

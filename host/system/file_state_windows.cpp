@@ -8,18 +8,9 @@ namespace brindle::host {
 
 namespace {
 
-std::uint64_t joined(DWORD high, DWORD low) {
-    constexpr int kLowBits = 32;
-    return std::uint64_t{high} << kLowBits | low;
-}
-
 // Those that a user gives to a file. The one for backup programs belongs to the last write.
 constexpr DWORD kUserAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
                                   FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-
-std::int64_t ticks(const FILETIME& time) {
-    return static_cast<std::int64_t>(joined(time.dwHighDateTime, time.dwLowDateTime));
-}
 
 // 0 lets the time as it is, and what is less has special meanings.
 LARGE_INTEGER time_to_set(std::int64_t time) {
@@ -38,8 +29,8 @@ std::optional<FileState> state_of(const std::string& name) {
     }
     FileState state;
     state.volume = found.dwVolumeSerialNumber;
-    state.number = joined(found.nFileIndexHigh, found.nFileIndexLow);
-    state.size = static_cast<std::int64_t>(joined(found.nFileSizeHigh, found.nFileSizeLow));
+    state.number = static_cast<std::uint64_t>(joined(found.nFileIndexHigh, found.nFileIndexLow));
+    state.size = joined(found.nFileSizeHigh, found.nFileSizeLow);
     state.links = found.nNumberOfLinks;
     state.modified = ticks(found.ftLastWriteTime);
     state.accessed = ticks(found.ftLastAccessTime);

@@ -185,19 +185,6 @@ bool can_lock(HANDLE file, DWORD kind) {
            (GetLastError() != ERROR_LOCK_VIOLATION && GetLastError() != ERROR_IO_PENDING);
 }
 
-std::int64_t joined(DWORD high, DWORD low) {
-    ULARGE_INTEGER number{};
-    number.HighPart = high;
-    number.LowPart = low;
-    return static_cast<std::int64_t>(number.QuadPart);
-}
-
-std::int64_t seconds_since_1970(const FILETIME& time) {
-    constexpr std::int64_t kTicks = 10'000'000;
-    constexpr std::int64_t kFrom1601 = 11'644'473'600;
-    return joined(time.dwHighDateTime, time.dwLowDateTime) / kTicks - kFrom1601;
-}
-
 }  // namespace
 
 std::optional<std::string> PrivateFile::create(const std::string& name) {
