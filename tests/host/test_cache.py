@@ -353,7 +353,8 @@ def test_file_that_is_read_in_part_is_not_stored(program, brindle, library, cach
             cwd=cache.parent, capture_output=True, check=False, timeout=60)
         changed += result.stdout != without
         assert brindle(*plain[1:]).stdout == without, number
-    assert changed >= 2
+    # Without it nothing can be read.
+    assert changed >= (1 if call == "openat" else 2)
 
 
 # --- --new
@@ -776,19 +777,27 @@ def test_full_disk_costs_no_line(brindle, library, tmp_path, small_disk):
 # --- runs that end early
 
 def fed(program, folder, names, signal_number, *options, wait_for=None):
-    """Kills a run that has printed the first names and still waits for others."""
+    """Kills a run that has printed the first names, and waits for others, as soon as wait_for()."""
     with subprocess.Popen([program, "scan", "--columns", "file", "--jobs", "3", *options, "--cache",
                            "cache.db", "-"], cwd=folder, stdin=subprocess.PIPE,
                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as run:
         run.stdin.write(("\n".join(names) + "\n").encode())
         run.stdin.flush()
         printed = [run.stdout.readline().decode().rstrip("\n") for _ in names]
+        end = time.monotonic() + 60
+        while wait_for and not wait_for() and time.monotonic() < end:
+            time.sleep(0.05)
         run.send_signal(signal_number)
         if signal_number == signal.SIGINT:
             run.stdin.close()
         assert run.wait(timeout=60) != 0
         assert run.stdout.read() == b""
     return printed
+
+
+def has_block(cache):
+    """Whether the first rows are stored, which happens while the next lines are printed."""
+    return len(rows(cache, "name")) >= 512
 
 
 def names_of(count):
@@ -804,7 +813,8 @@ def test_interrupted_run_is_stored_whole(program, brindle, library, cache):
 
 def test_killed_run_is_taken_up(program, brindle, library, cache):
     names = names_of(1400)
-    assert fed(program, cache.parent, names[:700], signal.SIGKILL) == names[:700]
+    assert fed(program, cache.parent, names[:700], signal.SIGKILL,
+               wait_for=lambda: has_block(cache)) == names[:700]
     stored = rows(cache, "name")
     assert 512 <= len(stored) <= 700
     poison(cache)
@@ -817,7 +827,8 @@ def test_killed_run_is_taken_up(program, brindle, library, cache):
 def test_new_of_a_killed_run_prints_what_that_has_not(program, brindle, library, cache):
     """Never is a file lost to both; at most one transaction of them is printed twice."""
     names = names_of(1400)
-    printed = fed(program, cache.parent, names[:700], signal.SIGKILL, "--new")
+    printed = fed(program, cache.parent, names[:700], signal.SIGKILL, "--new",
+                  wait_for=lambda: has_block(cache))
     rest = brindle("scan", "--columns", "file", "--quiet", "--new", "--cache", "cache.db", "-",
                    input="\n".join(names).encode(), stdin=None).stdout.decode().split()
     assert set(printed) | set(rest) == set(names)
