@@ -5,17 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "system/file_access.h"
+#include "system/found_name.h"
 
 namespace brindle::host {
-
-// The name of a file as the system has it, or of a folder that could not be read, and why.
-struct FoundName {
-    std::string name;
-    std::optional<std::string> failure = std::nullopt;
-    // Where the system was asked before, so that it need not be asked again.
-    std::optional<FileStatus> status = std::nullopt;
-};
 
 // Goes through a folder and all below it, in the order of the bytes of the paths. One listing of
 // each folder on the current path is kept, never the whole tree. Links to folders are not followed,

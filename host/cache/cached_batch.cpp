@@ -78,7 +78,8 @@ Answer CachedBatch::cached_answer(const FoundName& found, const FileIdentity& id
         }
     }
     static_cast<void>(take_read_failure());
-    FileResult result = read(found);
+    const FileStatus status{FileKind::Regular, identity.size, identity.modified};
+    FileResult result = read({found.name, found.failure, status});
     const bool has_read_all = result.is_lasting && !take_read_failure();
     if (result.answer.error || !has_read_all || identity_of(found.name) != identity) {
         return counted_answer(std::move(result), count);

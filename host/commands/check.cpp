@@ -10,7 +10,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <brindle/cMPEGHeader.h>
 #include <brindle/error.h>
 
 #include "batch/batch.h"
@@ -76,8 +75,8 @@ std::string line_of(const std::string& name, const std::vector<Finding>& finding
 FileResult check(const FoundName& found, const CheckOptions& options) {
     FileResult result;
     Answer& answer = result.answer;
-    InputFile file(found.name, found.status);
-    answer.error = found.failure ? found.failure : file.open();
+    InputFile file(found);
+    answer.error = file.open();
     answer.bytes = file.size();
     std::vector<Finding> findings;
     if (!answer.error) {

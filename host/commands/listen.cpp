@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include <brindle/cMPEGHeader.h>
 #include <brindle/error.h>
 #include <brindle/text.h>
 
@@ -151,8 +150,8 @@ std::string text_of_failure(const std::string& name, const std::string& error,
 
 Answer listen_to(const FoundName& found, const ListenCommand& options) {
     Answer answer;
-    InputFile file(found.name, found.status);
-    answer.error = found.failure ? found.failure : file.open();
+    InputFile file(found);
+    answer.error = file.open();
     answer.bytes = file.size();
     if (!answer.error) {
         try {

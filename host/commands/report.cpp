@@ -7,7 +7,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <brindle/cMPEGHeader.h>
 #include <brindle/error.h>
 
 #include "batch/batch.h"
@@ -116,8 +115,8 @@ private:
     [[nodiscard]] static FileResult report_file(const FoundName& found) {
         FileResult result;
         Answer& answer = result.answer;
-        InputFile file(found.name, found.status);
-        answer.error = found.failure ? found.failure : file.open();
+        InputFile file(found);
+        answer.error = file.open();
         answer.bytes = file.size();
         if (!answer.error) {
             try {

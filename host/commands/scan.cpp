@@ -129,8 +129,8 @@ private:
     [[nodiscard]] FileResult scan_file(const FoundName& found) const {
         FileResult result;
         Answer& answer = result.answer;
-        InputFile file(found.name, found.status);
-        answer.error = found.failure ? found.failure : file.open();
+        InputFile file(found);
+        answer.error = file.open();
         answer.bytes = file.size();
         std::optional<std::string> hash;
         if (hashes_ && !answer.error) {

@@ -2,8 +2,6 @@
 #include <memory>
 #include <optional>
 
-#include <brindle/cMPEGHeader.h>
-
 #include "batch/name_source.h"
 #include "commands/command_line.h"
 #include "output/file_json.h"
@@ -26,8 +24,8 @@ ExitStatus show(const ShowOptions& options) {
     NameSource names(paths);
     while (const std::optional<FoundName> found = names.next()) {
         const std::string& name = found->name;
-        InputFile file(name, found->status);
-        const auto reason = found->failure ? found->failure : file.open();
+        InputFile file(*found);
+        const auto reason = file.open();
         if (reason) {
             status = ExitStatus::SomeFileFailed;
             write_error(name, *reason);

@@ -1,4 +1,3 @@
-#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <system_error>
@@ -8,15 +7,12 @@
 #include <sys/stat.h>
 
 #include "system/file_access.h"
+#include "system/posix_calls.h"
 #include "system/read_failure.h"
 
 namespace brindle::host {
 
 namespace {
-
-std::string system_reason(int error) {
-    return std::generic_category().message(error);
-}
 
 int open_to_read(const std::string& name) {
     return open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -27,7 +23,7 @@ int open_to_read(const std::string& name) {
 std::optional<std::string> read_status(const std::string& name, FileStatus& status) {
     struct stat found {};
     if (stat(name.c_str(), &found) != 0) {
-        return system_reason(errno);
+        return system_reason();
     }
     status.kind = S_ISREG(found.st_mode)   ? FileKind::Regular
                   : S_ISDIR(found.st_mode) ? FileKind::Folder
@@ -40,7 +36,7 @@ std::optional<std::string> read_status(const std::string& name, FileStatus& stat
 std::optional<std::string> reason_against_reading(const std::string& name) {
     const int file = open_to_read(name);
     if (file == -1) {
-        return system_reason(errno);
+        return system_reason();
     }
     close(file);
     return std::nullopt;
@@ -48,7 +44,7 @@ std::optional<std::string> reason_against_reading(const std::string& name) {
 
 std::optional<std::string> reason_against_writing(const std::string& name) {
     if (faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) != 0) {
-        return system_reason(errno);
+        return system_reason();
     }
     return std::nullopt;
 }
@@ -63,7 +59,7 @@ std::optional<std::string> reason_against_replacing(const std::string& name) {
         return error.message();
     }
     if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
-        return system_reason(errno);
+        return system_reason();
     }
     return std::nullopt;
 }

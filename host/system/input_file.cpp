@@ -62,21 +62,21 @@ std::optional<std::string> open_file(cMPEGHeader& header, const std::string& nam
     return read_file(header, name);
 }
 
-InputFile::InputFile(std::string name, std::optional<FileStatus> status)
-    : name_(std::move(name)), status_(status) {}
-
 std::optional<std::string> InputFile::open() {
-    if (!status_) {
+    if (found_.failure) {
+        return found_.failure;
+    }
+    if (!found_.status) {
         FileStatus status;
-        if (auto reason = read_status(name_, status)) {
+        if (auto reason = read_status(found_.name, status)) {
             return reason;
         }
-        status_ = status;
+        found_.status = status;
     }
-    if (auto reason = reason_against(*status_)) {
+    if (auto reason = reason_against(*found_.status)) {
         return reason;
     }
-    return read_file(header_, name_);
+    return read_file(header_, found_.name);
 }
 
 const TagFacts& InputFile::facts() {

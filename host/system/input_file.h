@@ -5,12 +5,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <brindle/cMPEGHeader.h>
 #include <brindle/file_session.h>
 #include <brindle/tag_facts.h>
 
 #include "system/file_access.h"
+#include "system/found_name.h"
 
 namespace brindle::host {
 
@@ -28,23 +30,23 @@ namespace brindle::host {
 // A file that is only looked at. Whatever asks for its bytes reads the same open file.
 class InputFile final : public FileBytes {
 public:
-    // `status` is what the system said of it, where it was asked.
-    explicit InputFile(std::string name, std::optional<FileStatus> status = std::nullopt);
+    explicit InputFile(FoundName found) : found_(std::move(found)) {}
 
     // To be called once, before all others. Why the file can't be read, or nothing.
     [[nodiscard]] std::optional<std::string> open();
 
-    [[nodiscard]] const std::string& name() const noexcept { return name_; }
+    [[nodiscard]] const std::string& name() const noexcept { return found_.name; }
     [[nodiscard]] const cMPEGHeader& header() const noexcept { return header_; }
-    [[nodiscard]] std::int64_t size() const noexcept { return status_ ? status_->size : 0; }
-    [[nodiscard]] std::int64_t modified() const noexcept { return status_ ? status_->modified : 0; }
+    [[nodiscard]] std::int64_t size() const noexcept { return status().size; }
+    [[nodiscard]] std::int64_t modified() const noexcept { return status().modified; }
     // Read once. Raises Error.
     [[nodiscard]] const TagFacts& facts();
     [[nodiscard]] std::string read(std::int64_t offset, std::size_t count) override;
 
 private:
-    std::string name_;
-    std::optional<FileStatus> status_;
+    [[nodiscard]] FileStatus status() const { return found_.status.value_or(FileStatus()); }
+
+    FoundName found_;
     FileSession session_;
     cMPEGHeader header_{session_.environment()};
     std::optional<TagFacts> facts_;

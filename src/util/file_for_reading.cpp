@@ -4,33 +4,29 @@
 
 namespace brindle {
 
-namespace {
-
-[[noreturn]] void refuse() {
+void refuse_change() {
     throw Error(RuntimeError::InvalidCall);
 }
 
-}  // namespace
-
 void FileForReading::write_at(std::int64_t /*offset*/, std::span<const std::uint8_t> /*bytes*/) {
-    refuse();
+    refuse_change();
 }
 
 std::size_t FileForReading::copy_from(BinaryFile& /*source*/, std::int64_t /*source_offset*/,
                                       std::int64_t /*offset*/, std::size_t /*count*/) {
-    refuse();
+    refuse_change();
 }
 
 void FileForReading::set_length(std::int64_t /*length*/) {
-    refuse();
+    refuse_change();
 }
 
 void FileForReading::flush() {
-    refuse();
+    refuse_change();
 }
 
 void FileForReading::flush_data() {
-    refuse();
+    refuse_change();
 }
 
 }  // namespace brindle

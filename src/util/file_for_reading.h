@@ -8,7 +8,10 @@
 
 namespace brindle {
 
-// A file whose members that would change it raise error 5.
+// Raises error 5: what is only read is not changed.
+[[noreturn]] void refuse_change();
+
+// A file whose members that would change it do so.
 class FileForReading : public BinaryFile {
 public:
     void write_at(std::int64_t offset, std::span<const std::uint8_t> bytes) final;

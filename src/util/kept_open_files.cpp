@@ -1,8 +1,9 @@
 #include "util/kept_open_files.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <utility>
-
-#include <brindle/error.h>
 
 #include "util/file_for_reading.h"
 
@@ -30,15 +31,11 @@ private:
     std::shared_ptr<BinaryFile> file_;
 };
 
-[[noreturn]] void refuse() {
-    throw Error(RuntimeError::InvalidCall);
-}
-
 }  // namespace
 
 std::unique_ptr<BinaryFile> KeptOpenFiles::open(const String& name, OpenMode mode) {
     if (mode != OpenMode::Read) {
-        refuse();
+        refuse_change();
     }
     if (!last_opened_ || name != name_) {
         last_opened_.reset();
@@ -49,32 +46,32 @@ std::unique_ptr<BinaryFile> KeptOpenFiles::open(const String& name, OpenMode mod
 }
 
 void KeptOpenFiles::require_writable(const String& /*name*/) {
-    refuse();
+    refuse_change();
 }
 
 std::unique_ptr<BinaryFile> KeptOpenFiles::create_beside(const String& /*neighbour*/,
                                                          String& /*name*/) {
-    refuse();
+    refuse_change();
 }
 
 void KeptOpenFiles::copy_attributes(const String& /*from*/, BinaryFile& /*to*/) {
-    refuse();
+    refuse_change();
 }
 
 bool KeptOpenFiles::clone(BinaryFile& /*from*/, BinaryFile& /*to*/) {
-    refuse();
+    refuse_change();
 }
 
 void KeptOpenFiles::remove(const String& /*name*/) {
-    refuse();
+    refuse_change();
 }
 
 void KeptOpenFiles::replace(const String& /*from*/, const String& /*to*/) {
-    refuse();
+    refuse_change();
 }
 
 void KeptOpenFiles::flush_folder_of(const String& /*name*/) {
-    refuse();
+    refuse_change();
 }
 
 }  // namespace brindle

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <memory>
-#include <span>
 
 #include "util/binary_file.h"
 

@@ -11,19 +11,8 @@ TAGGED = (tag(*(frame(f"T{letter}00", b"\0text") for letter in "ABCDEFGHIJKLMNOP
               frame("TIT2", b"\0Title"), frame("APIC", b"\0image/png\0\3\0" + bytes(30_000)))
           + audio(300) + id3v1(title=b"Title"))
 FILES = {"tagged.mp3": TAGGED, "plain.mp3": audio(300), "silent.mp3": bytes(20_000)}
-COMMANDS = {
-    "scan": ("scan",),
-    "scan --json": ("scan", "--json"),
-    "scan --csv": ("scan", "--csv"),
-    "scan --hash": ("scan", "--hash"),
-    "check": ("check",),
-    "check --json": ("check", "--json"),
-    "check --listen": ("check", "--listen"),
-    "listen": ("listen",),
-    "report": ("report", "-o", "page.html"),
-    "show": ("show",),
-    "show --json": ("show", "--json"),
-}
+COMMANDS = ["scan", "scan --json", "scan --csv", "scan --hash", "check", "check --json",
+            "check --listen", "listen", "report -o page.html", "show", "show --json"]
 
 
 @pytest.fixture
@@ -37,7 +26,7 @@ def calls(program, tmp_path):
         trace = tmp_path / "trace"
         subprocess.run(["strace", "-f", "-y", "-qq", "-o", trace, "-e",
                         "trace=openat,newfstatat,stat,statx,pread64,preadv", program,
-                        *COMMANDS[command], path],
+                        *command.split(), path],
                        cwd=tmp_path, input=f"music/{name}\n".encode(), capture_output=True,
                        timeout=60, check=False)
         lines = [line for line in trace.read_text("latin-1").splitlines() if name in line]
@@ -57,6 +46,13 @@ def test_file_is_opened_once(calls, command, name, given):
     found = calls(command, name, given)
     assert found["openings"] == 1
     assert found["statuses"] == 1
+
+
+@pytest.mark.plain_build  # strace
+def test_cache_asks_before_and_after_the_reading(calls):
+    found = calls("scan --cache cache.db", "tagged.mp3", "folder")
+    assert found["openings"] == 1
+    assert found["statuses"] == 2
 
 
 @pytest.mark.plain_build  # strace
