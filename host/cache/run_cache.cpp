@@ -105,14 +105,15 @@ struct RunCache::State {
         failure = failure ? failure : error.what();
     }
 
-    std::optional<CachedAnswer> find(const std::string& name, const FileIdentity& identity) {
+    std::optional<CachedAnswer> find(const std::string& words, const std::string& name,
+                                     const FileIdentity& identity) {
         const std::lock_guard<std::mutex> lock(using_database);
         if (!reads) {
             return std::nullopt;
         }
         const StatementUse use(*lookup);
         try {
-            add_key(*lookup, options, name, identity);
+            add_key(*lookup, words, name, identity);
             return lookup->next() ? answer_in(*lookup) : std::nullopt;
         } catch (const DatabaseError& error) {
             if (!error.is_oversize()) {
@@ -220,7 +221,12 @@ RunCache::~RunCache() {
 }
 
 std::optional<CachedAnswer> RunCache::find(const std::string& name, const FileIdentity& identity) {
-    return state_->find(name, identity);
+    return state_->find(state_->options, name, identity);
+}
+
+std::optional<CachedAnswer> RunCache::find_of(const std::string& options, const std::string& name,
+                                              const FileIdentity& identity) {
+    return state_->find(options, name, identity);
 }
 
 void RunCache::keep(const std::string& name, const FileIdentity& identity, CachedAnswer answer) {

@@ -42,6 +42,10 @@ public:
     // The output for the file with this identity, under this name and with the options.
     [[nodiscard]] std::optional<CachedAnswer> find(const std::string& name,
                                                    const FileIdentity& identity);
+    // The same with the options of another run.
+    [[nodiscard]] std::optional<CachedAnswer> find_of(const std::string& options,
+                                                      const std::string& name,
+                                                      const FileIdentity& identity);
     // Answers are stored together: when there are many, or a second after the last time.
     void keep(const std::string& name, const FileIdentity& identity, CachedAnswer answer);
     // Stores the rest, and removes files that no run has found for a long time. Returns why the

@@ -25,6 +25,11 @@ std::optional<CachedAnswer> RunCache::find(const std::string&, const FileIdentit
     return std::nullopt;
 }
 
+std::optional<CachedAnswer> RunCache::find_of(const std::string&, const std::string&,
+                                              const FileIdentity&) {
+    return std::nullopt;
+}
+
 void RunCache::keep(const std::string&, const FileIdentity&, CachedAnswer) {}
 
 std::optional<std::string> RunCache::finish() {

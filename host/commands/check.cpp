@@ -135,8 +135,7 @@ ExitStatus check_all(const CheckOptions& options) {
         write_error("check --listen: " + *reason);
         return ExitStatus::WrongUsage;
     }
-    if (const auto reason = reason_against_caching(); options.cache.file && reason) {
-        write_error("check --cache: " + *reason);
+    if (lacks_cache(options.cache, "check")) {
         return ExitStatus::WrongUsage;
     }
     CheckSummary counts;

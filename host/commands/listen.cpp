@@ -15,12 +15,14 @@
 
 #include "batch/batch.h"
 #include "batch/file_batch.h"
+#include "cache/cached_batch.h"
 #include "commands/command_line.h"
 #include "commands/set_suggestions.h"
 #include "journal/journal.h"
 #include "listen/listen_to_file.h"
 #include "listen/listening_csv.h"
 #include "listen/listening_json.h"
+#include "listen/listening_record.h"
 #include "listen/listening_text.h"
 #include "listen/suggestions.h"
 #include "output/file_json.h"
@@ -34,6 +36,7 @@ namespace {
 
 struct ListenCommand {
     BatchOptions batch;
+    CacheOptions cache;
     ListenOptions listening;
     bool json = false;
     bool csv = false;
@@ -148,26 +151,37 @@ std::string text_of_failure(const std::string& name, const std::string& error,
                        : std::string();
 }
 
-Answer listen_to(const FoundName& found, const ListenCommand& options) {
-    Answer answer;
+FileResult listen_to(const FoundName& found, const ListenCommand& options) {
+    FileResult result;
+    Answer& answer = result.answer;
     InputFile file(found);
     answer.error = file.open();
     answer.bytes = file.size();
     if (!answer.error) {
         try {
             const auto heard = listen_to_file(file.header(), file.size(), options.listening);
-            if (heard) {
-                answer.error = failure_of(*heard);
+            answer.error = heard ? failure_of(*heard) : "no MPEG audio found";
+            if (heard && answer.error) {
                 answer.output = text_of(found.name, *heard, answer.error, options);
-                return answer;
+                return result;
             }
-            answer.error = "no MPEG audio found";
+            if (heard) {
+                result.record = listening_record(*heard);
+                result.is_lasting = !file.header().OpeningError();
+                return result;
+            }
         } catch (const Error& error) {
             answer.error = error.what();
         }
     }
     answer.output = text_of_failure(found.name, *answer.error, options);
-    return answer;
+    return result;
+}
+
+std::optional<std::string> text_of_record(const std::string& name, const std::string& record,
+                                          const ListenCommand& options) {
+    const auto heard = listening_in(record);
+    return heard ? std::optional(text_of(name, *heard, std::nullopt, options)) : std::nullopt;
 }
 
 ExitStatus listen_and_set(ListenCommand& options) {
@@ -210,11 +224,19 @@ ExitStatus listen(ListenCommand& options) {
     if (options.set) {
         return listen_and_set(options);
     }
+    if (lacks_cache(options.cache, "listen")) {
+        return ExitStatus::WrongUsage;
+    }
+    CachedBatch batch(options.batch, options.cache, listening_command(options.listening));
     if (options.csv) {
         write_output(listening_csv_header(options.suggestions.end_styles));
     }
     const BatchOutcome outcome =
-        run_batch(options.batch, [&](const FoundName& found) { return listen_to(found, options); });
+        batch.run([&](const FoundName& found) { return listen_to(found, options); },
+                  [](const Counted&) { return true; },
+                  [&](const std::string& name, const FileIdentity*, const std::string& record) {
+                      return text_of_record(name, record, options);
+                  });
     if (!options.batch.quiet || outcome.is_interrupted) {
         const std::string summary =
             outcome.files_text() + ": " + std::to_string(outcome.failures) + " failed\n";
@@ -264,6 +286,8 @@ void add_listen(CommandLine& program) {
                    "Level below the file's loudness down to which there is sound (default: 40)");
     command.number("--overlap-range", "LU", options->listening.overlap_range, 1, kMaxUnits,
                    "Level below the file's loudness from which the next may start (default: 12)");
+    command.cache(options->cache);
+    command.exclusive("--set", "--cache");
     options->batch.is_busy = true;
     command.batch(options->batch);
 }

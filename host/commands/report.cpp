@@ -14,6 +14,9 @@
 #include "commands/check_json.h"
 #include "commands/check_summary.h"
 #include "commands/command_line.h"
+#include "listen/listening_json.h"
+#include "listen/listening_record.h"
+#include "listen/suggestions.h"
 #include "output/file_json.h"
 #include "output/standard_streams.h"
 #include "report/report_page.h"
@@ -44,8 +47,7 @@ public:
     explicit Report(const ReportOptions& options) : options_(options) {}
 
     ExitStatus run() {
-        if (const auto reason = reason_against_caching(); options_.cache.file && reason) {
-            write_error("report --cache: " + *reason);
+        if (lacks_cache(options_.cache, "report")) {
             return ExitStatus::WrongUsage;
         }
         try {
@@ -65,9 +67,13 @@ private:
             create_file();
         }
         page_.begin(options_.batch.paths);
-        const BatchOutcome outcome =
-            batch.run([](const FoundName& found) { return report_file(found); },
-                      [this](const Counted& counted) { return summary_.add(counted); });
+        const BatchOutcome outcome = batch.run(
+            [](const FoundName& found) { return report_file(found); },
+            [this](const Counted& counted) { return summary_.add(counted); },
+            [&batch](const std::string& name, const FileIdentity* identity,
+                     const std::string& facts) {
+                return report_row(facts, identity ? heard_before(batch, name, *identity) : Json());
+            });
         const bool is_unwritten = outcome.is_interrupted && is_file();
         if (!is_unwritten) {
             page_.end(outcome.is_interrupted ? "Interrupted: not all files are in this report."
@@ -112,6 +118,14 @@ private:
         }
     }
 
+    // What a run of `listen` with the same cache has heard; null where it has not listened.
+    [[nodiscard]] static Json heard_before(CachedBatch& batch, const std::string& name,
+                                           const FileIdentity& identity) {
+        const auto record = batch.record_of(listening_command(ListenOptions()), name, identity);
+        const auto heard = record ? listening_in(*record) : std::nullopt;
+        return heard ? listening_facts(*heard, kReplayGainReference) : Json();
+    }
+
     [[nodiscard]] static FileResult report_file(const FoundName& found) {
         FileResult result;
         Answer& answer = result.answer;
@@ -121,8 +135,8 @@ private:
         if (!answer.error) {
             try {
                 const auto findings = check_file(file, nullptr);
-                answer.output = report_row(found.name, file_json(file, FrameValues::LeftOut),
-                                           findings_json(findings));
+                result.record = report_facts(found.name, file_json(file, FrameValues::LeftOut),
+                                             findings_json(findings));
                 result.counted = CheckSummary::counted(findings);
                 result.is_lasting = !file.header().OpeningError();
             } catch (const Error& error) {

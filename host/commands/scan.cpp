@@ -103,8 +103,7 @@ public:
             write_error("scan --hash: " + *reason);
             return ExitStatus::WrongUsage;
         }
-        if (const auto reason = reason_against_caching(); options_.cache.file && reason) {
-            write_error("scan --cache: " + *reason);
+        if (lacks_cache(options_.cache, "scan")) {
             return ExitStatus::WrongUsage;
         }
         CachedBatch batch(options_.batch, options_.cache, words_of(options_));

@@ -61,7 +61,7 @@ _brindle() {
         report) options="-o --output --cache -0 --null --jobs --quiet" ;;
         listen)
             options="--json --csv --set --overwrite --dry-run --yes --end-style-texts --quick
-                --reference --sound-range --overlap-range -0 --null --jobs --quiet $journal"
+                --reference --sound-range --overlap-range --cache --new -0 --null --jobs --quiet $journal"
             ;;
         time) options="--style" ;;
         genres) ;;

@@ -67,6 +67,8 @@ Json undecoded(const UndecodedFrames& frames) {
                 {"reason", reason_of(frames.fault)}};
 }
 
+}  // namespace
+
 Json listening_facts(const Listening& heard, double reference) {
     const TrimmedPoints trimmed(heard);
     const bool has_sound = heard.sound.has_value();
@@ -99,8 +101,6 @@ Json listening_facts(const Listening& heard, double reference) {
     facts["frames_cut_off"] = heard.frames_cut_off;
     return facts;
 }
-
-}  // namespace
 
 std::string listening_json_line(const std::string& name, const Listening& heard, double reference,
                                 const std::optional<std::string>& error) {

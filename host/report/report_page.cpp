@@ -1,5 +1,7 @@
 #include "report/report_page.h"
 
+#include <initializer_list>
+
 #include <nlohmann/json.hpp>
 
 #include <brindle/text.h>
@@ -50,25 +52,36 @@ struct ColumnPointer {
 constexpr const char* kFile = "/file";
 constexpr const char* kError = "/error";
 
-const std::vector<ColumnPointer>& columns_after_file() {
-    static const std::vector<ColumnPointer> columns = [] {
-        std::vector<ColumnPointer> list;
-        for (const char* const text :
-             {kError, "/verdict", "/reasons", "/Duration", "/VBR", "/TagType", "/Titlev1Tag",
-              "/artistv1Tag", "/tag/title", "/tag/artist", "/tag/album", "/tag/year",
-              "/tag/genre/text", "/tag/genre/name", "/file_facts/bit_rate", "/file_facts/size",
-              "/file_facts/modified"}) {
-            list.push_back({text, Json::json_pointer(text)});
-        }
-        return list;
-    }();
+using ColumnPointers = std::vector<ColumnPointer>;
+
+ColumnPointers pointers(std::initializer_list<const char*> texts) {
+    ColumnPointers list;
+    for (const char* const text : texts) {
+        list.push_back({text, Json::json_pointer(text)});
+    }
+    return list;
+}
+
+const ColumnPointers& columns_of_facts() {
+    static const ColumnPointers columns = pointers(
+        {kError, "/verdict", "/reasons", "/Duration", "/VBR", "/TagType", "/Titlev1Tag",
+         "/artistv1Tag", "/tag/title", "/tag/artist", "/tag/album", "/tag/year", "/tag/genre/text",
+         "/tag/genre/name", "/file_facts/bit_rate", "/file_facts/size", "/file_facts/modified"});
     return columns;
 }
 
-std::string row_of(const std::string& name, const Json& values) {
-    std::string row(kRowSeparator);
-    row += "\n[" + embedded(json_name(name)) + ",";
-    return row.append(embedded(json_text_of(values)), 1);
+const ColumnPointers& columns_of_sound() {
+    static const ColumnPointers columns =
+        pointers({"/loudness_lufs", "/range_lu", "/true_peak_dbtp", "/silence_count", "/silences"});
+    return columns;
+}
+
+void append_value(std::string& row, const Json& value) {
+    row += "," + embedded(json_text_of(value));
+}
+
+std::string beginning_of_row(const std::string& name) {
+    return std::string(kRowSeparator) + "\n[" + embedded(json_name(name));
 }
 
 // null where the object has no such value.
@@ -81,29 +94,39 @@ Json value_at(const Json& object, const Json::json_pointer& pointer) {
 const std::vector<std::string>& report_columns() {
     static const std::vector<std::string> columns = [] {
         std::vector<std::string> list{kFile};
-        for (const ColumnPointer& column : columns_after_file()) {
-            list.push_back(column.text);
+        for (const auto* const columns : {&columns_of_facts(), &columns_of_sound()}) {
+            for (const ColumnPointer& column : *columns) {
+                list.push_back(column.text);
+            }
         }
         return list;
     }();
     return columns;
 }
 
-std::string report_row(const std::string& name, const Json& scanned, const Json& checked) {
-    Json values = Json::array();
-    for (const ColumnPointer& column : columns_after_file()) {
+std::string report_facts(const std::string& name, const Json& scanned, const Json& checked) {
+    std::string row = beginning_of_row(name);
+    for (const ColumnPointer& column : columns_of_facts()) {
         const Json& object = checked.contains(column.pointer) ? checked : scanned;
-        values.push_back(value_at(object, column.pointer));
+        append_value(row, value_at(object, column.pointer));
     }
-    return row_of(name, values);
+    return row;
+}
+
+std::string report_row(const std::string& facts, const Json& heard) {
+    std::string row = facts;
+    for (const ColumnPointer& column : columns_of_sound()) {
+        append_value(row, value_at(heard, column.pointer));
+    }
+    return row + "]";
 }
 
 std::string failure_row(const std::string& name, const std::string& reason) {
-    Json values = Json::array();
-    for (const ColumnPointer& column : columns_after_file()) {
-        values.push_back(column.text == kError ? Json(reason) : Json());
+    std::string row = beginning_of_row(name);
+    for (const ColumnPointer& column : columns_of_facts()) {
+        append_value(row, column.text == kError ? Json(reason) : Json());
     }
-    return row_of(name, values);
+    return report_row(row, nullptr);
 }
 
 bool is_report(std::string_view beginning) {

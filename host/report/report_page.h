@@ -10,12 +10,16 @@
 
 namespace brindle::host {
 
-// What each file's row has, as JSON pointers into the objects of `scan --json` and `check --json`.
+// What each file's row has, as JSON pointers into the objects of `scan --json`, `check --json` and
+// `listen --json`.
 [[nodiscard]] const std::vector<std::string>& report_columns();
 
-// The row of a file, or of one that could not be read; ready for ReportPage::add.
-[[nodiscard]] std::string report_row(const std::string& name, const Json& scanned,
-                                     const Json& checked);
+// The beginning of a file's row: everything but what was heard.
+[[nodiscard]] std::string report_facts(const std::string& name, const Json& scanned,
+                                       const Json& checked);
+// The rows of a file, and of one that could not be read; ready for ReportPage::add. `heard` is null
+// for a file nobody has listened to.
+[[nodiscard]] std::string report_row(const std::string& facts, const Json& heard);
 [[nodiscard]] std::string failure_row(const std::string& name, const std::string& reason);
 
 // Whether a file with this beginning is such a page.

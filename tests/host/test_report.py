@@ -1,5 +1,6 @@
 """brindle report, as far as that needs no browser: tests/real/test_report_page.py uses the page."""
 
+import functools
 import hashlib
 import json
 import os
@@ -18,6 +19,8 @@ from report_page import Page, policy_hash
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 THIRD_PARTY = ROOT / "third_party"
 HOSTILE = "</script><img src=x onerror=alert(1)><!--&lt;\u2028\u2029"
+# Known of files that `listen` has measured.
+SOUND = ("/loudness_lufs", "/range_lu", "/true_peak_dbtp", "/silence_count", "/silences")
 SONG = tag(text_frame("TIT2", "Old")) + audio()
 
 
@@ -158,7 +161,7 @@ def test_data_is_that_of_scan_and_check(brindle, made):
 def test_columns_are_filled(made):
     """What the page shows is not null for a file that has all of it."""
     row = Page(made).rows()["music/good.mp3"]
-    assert {column for column, value in row.items() if value is None} == {"/error"}
+    assert {column for column, value in row.items() if value is None} == {"/error", *SOUND}
     assert (row["/tag/title"], row["/tag/genre/name"], row["/verdict"]) == (
         "A title", "Rock", "ok")
     # 120 frames of 417 bytes at 128 kbit/s.
@@ -166,6 +169,74 @@ def test_columns_are_filled(made):
     bad = Page(made).rows()["music/missing.mp3"]
     assert bad["/verdict"] == "bad"
     assert "audio-missing" in {reason["code"] for reason in bad["/reasons"]}
+
+
+@pytest.fixture(scope="module")
+def music(tmp_path_factory, tone):
+    """A tone, one with a silence of five seconds in it, and one that cannot be decoded."""
+    folder = tmp_path_factory.mktemp("heard") / "music"
+    folder.mkdir()
+    (folder / "tone.mp3").write_bytes(tone)
+    run = functools.partial(subprocess.run, cwd=folder, check=True)
+    run(["sox", "-R", "-n", "-r", "44100", "-c", "2", "-b", "16", "a.wav", "synth", "4", "sine",
+         "1000", "vol", "0.5", "pad", "0", "5", ":", "synth", "3", "sine", "500", "vol", "0.5"])
+    run(["lame", "--quiet", "-b", "128", "a.wav", "silence.mp3"])
+    (folder / "a.wav").unlink()
+    (folder / "damaged.mp3").write_bytes(tone[:200_000] + bytes(2_048) + tone[202_048:])
+    time.sleep(3.1)  # until the files have settled
+    return folder
+
+
+def rows_of_sound(brindle, music, *options):
+    result = brindle("report", "--quiet", *options, "music", "-o", "-", cwd=music.parent)
+    assert result.returncode == 0
+    return Page(result.stdout.decode()).rows()
+
+
+def test_sound_is_that_of_listen_where_the_cache_holds_it(brindle, music, tmp_path):
+    cache = ("--cache", tmp_path / "cache")
+    nothing = dict.fromkeys(SOUND)
+
+    def sound():
+        return {pathlib.Path(name).name: {column: row[column] for column in SOUND}
+                for name, row in rows_of_sound(brindle, music, *cache).items()}
+
+    names = ("tone.mp3", "silence.mp3", "damaged.mp3")
+    assert sound() == dict.fromkeys(names, nothing)
+    # Measured otherwise than the page would have it.
+    for options in (("--quick",), ("--sound-range", "20")):
+        brindle("listen", *cache, *options, "music", cwd=music.parent)
+    assert sound() == dict.fromkeys(names, nothing)
+    printed = brindle("listen", "--json", "--quiet", "--reference", "-23", *cache, "music",
+                      cwd=music.parent)
+    heard = {pathlib.Path(facts["file"]).name: facts
+             for facts in map(json.loads, printed.stdout.splitlines())}
+    for _ in range(2):
+        shown = sound()
+        for name in ("tone.mp3", "silence.mp3"):
+            assert shown[name] == {column: heard[name][column[1:]] for column in SOUND}
+        assert shown["damaged.mp3"] == nothing
+    assert shown["tone.mp3"]["/loudness_lufs"] == pytest.approx(-20.13, abs=0.05)
+    ((begin, end),) = [(silence["begin_ms"], silence["end_ms"])
+                       for silence in shown["silence.mp3"]["/silences"]]
+    assert 4_000 <= begin <= 4_060 and 9_000 <= end <= 9_060
+    # Without the cache nothing of it is known.
+    assert all(row[column] is None for row in rows_of_sound(brindle, music).values()
+               for column in SOUND)
+
+
+def test_sound_of_a_file_that_has_changed_is_not_shown(brindle, music, tmp_path):
+    library = tmp_path / "music"
+    library.mkdir()
+    (library / "a.mp3").write_bytes((music / "tone.mp3").read_bytes())
+    time.sleep(3.1)
+    brindle("listen", "--cache", "cache", "music")
+    (row,) = rows_of_sound(brindle, library, "--cache", tmp_path / "cache").values()
+    assert row["/silence_count"] == 0
+    with open(library / "a.mp3", "ab") as file:
+        file.write(bytes(1))
+    (row,) = rows_of_sound(brindle, library, "--cache", tmp_path / "cache").values()
+    assert row["/silence_count"] is None
 
 
 def test_hostile_texts_are_data(made):

@@ -1,10 +1,12 @@
 """The page of `brindle report`, used in a browser by clicks and keys."""
 
 import base64
+import functools
 import json
 import os
 import re
 import subprocess
+import time
 
 import mutagen.id3
 import pytest
@@ -276,6 +278,78 @@ def test_hostile_texts_stay_texts(browser):
     assert browser.run("return document.querySelectorAll('img').length") == 0
     assert browser.run("return document.querySelectorAll('script').length") == 4
     browser.run("dispatchEvent(new Event('afterprint'))")
+
+
+@pytest.fixture(scope="module")
+def heard_page(program, tmp_path_factory):
+    """Three files that `listen` has measured, and one that it has not."""
+    folder = tmp_path_factory.mktemp("heard")
+    music = folder / "music"
+    music.mkdir()
+    for name, effects in (("loud", ["vol", 0.7]), ("soft", ["vol", 0.05]),
+                          ("gap", ["vol", 0.7, "pad", "3@2"])):
+        run("sox", "-R", "-n", "-r", 44100, "-c", 2, "-b", 16, folder / "a.wav", "synth", 6, "sine",
+            1000, *effects)
+        run("lame", "--quiet", "-b", 192, folder / "a.wav", music / f"{name}.mp3")
+        tagged(music / f"{name}.mp3", TIT2=name)
+    time.sleep(3.1)  # until the files have settled
+    brindle = functools.partial(subprocess.run, cwd=folder, stdout=subprocess.DEVNULL, check=True)
+    brindle([program, "listen", "--cache", "library.db", "music"])
+    (music / "new.mp3").write_bytes((music / "loud.mp3").read_bytes())
+    brindle([program, "report", "--cache", "library.db", "music", "-o", "library.html"])
+    return folder / "library.html"
+
+
+@pytest.fixture
+def heard(started, heard_page):
+    started.open(heard_page)
+    # No file has a reason, so nothing is drawn of the folders.
+    started.wait_until(lambda: len(started.all("canvas")) == 4)
+    yield started
+    assert started.complaints() == []
+
+
+def test_loudness_and_silences_are_shown(heard):
+    # A sine in both channels at 0.7 of full scale: 20 log10(0.7) = -3.1. Windows that hold a part of
+    # the six seconds take 0.2 off, and lame a little more.
+    shown = dict(zip(column(heard, "file"), zip(column(heard, "loudness"),
+                                                column(heard, "silenceCount"), strict=True),
+                     strict=True))
+    assert {name: silences for name, (_, silences) in shown.items()} == {
+        "music/gap.mp3": "1", "music/loud.mp3": "0", "music/new.mp3": "", "music/soft.mp3": "0"}
+    loudness = {name: number for name, (number, _) in shown.items()}
+    assert loudness["music/new.mp3"] == ""
+    assert float(loudness["music/loud.mp3"]) == pytest.approx(-3.3, abs=0.3)
+    # 20 log10(0.7 / 0.05) = 22.9 less.
+    assert float(loudness["music/soft.mp3"]) == pytest.approx(-26.2, abs=0.3)
+    labels = {canvas.get_attribute("aria-label") for canvas in heard.all("canvas")}
+    assert "Loudness, LUFS" in labels
+    sort_by(heard, "loudness", "ascending")
+    assert column(heard, "file")[:2] == ["music/new.mp3", "music/soft.mp3"]
+    row_with(heard, "file", "music/gap.mp3").click()
+    unfolded = row_with(heard, "file", "music/gap.mp3").find_element("css selector", ".reasons").text
+    assert re.search(r"^-3\.\d LUFS, range \d+\.\d LU, true peak -[23]\.\d dBTP$", unfolded, re.M)
+    begin, end = re.search(r"^1 silence inside: 0:0(2\.0\d\d) to 0:0(5\.0\d\d)$", unfolded,
+                           re.M).groups()
+    # The delay of encoder and decoder is 25 ms.
+    assert float(begin) == pytest.approx(2.025, abs=0.03)
+    assert float(end) == pytest.approx(5.025, abs=0.03)
+    row_with(heard, "file", "music/new.mp3").click()
+    assert "LUFS" not in row_with(heard, "file", "music/new.mp3").text
+
+
+@pytest.mark.parametrize("field, typed, files", [
+    ("loudness", "-26", ["soft"]), ("loudness", "<-20", ["soft"]), ("loudness", ">=-10", ["gap", "loud"]),
+    ("loudness", "-30--20", ["soft"]), ("loudness", "-5 - 0", ["gap", "loud"]),
+    ("silenceCount", ">0", ["gap"]), ("silenceCount", "0", ["loud", "soft"])])
+def test_typing_filters_sound(heard, field, typed, files):
+    filter_field(heard, field).send_keys(typed)
+    heard.wait_until(lambda: " of 4 files" in heard.one("#shown").text)
+    assert sorted(column(heard, "file")) == [f"music/{name}.mp3" for name in files]
+
+
+def test_page_without_measurements_has_no_columns_for_them(browser):
+    assert browser.all("[tabulator-field=loudness], [tabulator-field=silenceCount]") == []
 
 
 def background(browser):

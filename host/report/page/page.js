@@ -72,10 +72,19 @@
             reasons: value("/reasons") || [],
             codes: error ?? (value("/reasons") || []).map(reason => reason.code).join(", "),
             error,
+            loudness: value("/loudness_lufs"),
+            range: value("/range_lu"),
+            peak: value("/true_peak_dbtp"),
+            silenceCount: value("/silence_count"),
+            silences: value("/silences") || [],
             folder: slash < 0 ? "." : name.slice(0, slash) || "/",
             file: name,
         };
     });
+
+    // Of the files that brindle listen has measured.
+    const isHeard = file => file.silenceCount !== null;
+    const areSomeHeard = files.some(isHeard);
 
     // --- Elements
 
@@ -254,6 +263,17 @@
         }
     }
 
+    function addLoudness(box) {
+        const values = files.filter(file => file.loudness !== null).map(file => file.loudness);
+        const isPlot = addHistogram(box, values, {
+            xLabel: "LUFS", steps: [1, 2, 5], ticks: [1, 2, 5, 10, 20],
+            none: "No file that was listened to has a loudness."});
+        const rest = files.length - values.length;
+        if (isPlot && rest > 0) {
+            box.append(element("p", {textContent: count(rest, "file") + " without a loudness."}));
+        }
+    }
+
     function byNumber(counts) {
         return [...counts].sort((a, b) => b[1] - a[1] || (a[0] < b[0] ? -1 : 1));
     }
@@ -331,8 +351,11 @@
 
     function showPlots() {
         // Boxes first: a plot is as wide as its box, and they share the width.
-        const boxes = ["Bit rates, kbit/s", "Lengths, minutes", "Files by year"].map(
-            title => plotBox(title, false));
+        const titles = ["Bit rates, kbit/s", "Lengths, minutes", "Files by year"];
+        if (areSomeHeard) {
+            titles.push("Loudness, LUFS");
+        }
+        const boxes = titles.map(title => plotBox(title, false));
         const folders = plotBox("Reasons by folder", true);
         const rates = files.filter(file => file.rate !== null).map(file => file.rate / 1000);
         const none = "No file has a stream.";
@@ -349,6 +372,9 @@
             text: seconds => Math.floor(seconds / minute) + ":" +
                 String(Math.floor(seconds % minute)).padStart(2, "0")});
         addYears(boxes[2]);
+        if (areSomeHeard) {
+            addLoudness(boxes[3]);
+        }
         addFolders(folders);
     }
 
@@ -358,6 +384,8 @@
         duration: file => time(file.duration),
         rate: file => kilobits(file.rate) + (file.isVariable && file.rate !== null ? " VBR" : ""),
         size: file => (file.size === null ? "" : (file.size / 1e6).toFixed(2)),
+        loudness: file => (file.loudness === null ? "" : file.loudness.toFixed(1)),
+        silenceCount: file => (isHeard(file) ? String(file.silenceCount) : ""),
     };
     const cellText = (file, field) => (textOf[field] ? textOf[field](file) : readable(file[field]));
 
@@ -373,22 +401,22 @@
         return document.createTextNode(text);
     }
 
-    // "192", "<192", ">=3:30", "1990-1999"; what is none of them matches nothing.
+    // "192", "<192", ">=3:30", "1990-1999", "-16--14"; what is none of them matches nothing.
     const operators = {
-        "": (value, limit) => Math.floor(value) === limit,
+        "": (value, limit) => Math.trunc(value) === limit,
         "<": (value, limit) => value < limit,
         ">": (value, limit) => value > limit,
         "<=": (value, limit) => value <= limit,
         ">=": (value, limit) => value >= limit,
     };
     function numberTest(text) {
-        const number = part => part.split(":").reduce((total, digits) =>
-            total * 60 + Number(digits), 0);
-        const span = /^([\d.:]+)\s*-\s*([\d.:]+)$/.exec(text.trim());
+        const number = part => (part.startsWith("-") ? -number(part.slice(1))
+            : part.split(":").reduce((total, digits) => total * 60 + Number(digits), 0));
+        const span = /^(-?[\d.:]+)\s*-\s*(-?[\d.:]+)$/.exec(text.trim());
         if (span) {
             return value => value >= number(span[1]) && value <= number(span[2]);
         }
-        const one = /^([<>]=?|)\s*([\d.:]+)$/.exec(text.trim());
+        const one = /^([<>]=?|)\s*(-?[\d.:]+)$/.exec(text.trim());
         return one ? value => operators[one[1]](value, number(one[2])) : () => false;
     }
 
@@ -415,8 +443,13 @@
     const order = ["failed", "bad", "warn", "ok"];
     const text = (title, field, more) => ({title, field, sorter: compareTexts, minWidth: 60,
         headerFilter: "input", formatter: plainText, ...more});
+    const lowest = -1e9;  // below all loudnesses
     const number = (title, field, width, unit) => text(title, field, {width, hozAlign: "right",
-        sorter: (a, b) => (a ?? -1) - (b ?? -1), headerFilterFunc: numberFilter(unit)});
+        sorter: (a, b) => (a ?? lowest) - (b ?? lowest), headerFilterFunc: numberFilter(unit)});
+    const columnsOfSound = [
+        number("LUFS", "loudness", 85, 1),
+        number("Silences", "silenceCount", 100, 1),
+    ];
 
     const columns = [
         {title: "", field: "id", width: 44, headerSort: false, formatter: toggleButton},
@@ -430,9 +463,27 @@
         number("Length", "duration", 95, 1000),
         number("kbit/s", "rate", 90, 1000),
         number("MB", "size", 75, 1e6),
+        ...(areSomeHeard ? columnsOfSound : []),
         text("Reasons", "codes", {widthGrow: 3}),
         text("File", "file", {widthGrow: 4}),
     ];
+
+    // "-14.2 LUFS, range 5.3 LU, true peak -0.3 dBTP"
+    function loudnessOf(file) {
+        const parts = [[file.loudness, "", " LUFS"], [file.range, "range ", " LU"],
+            [file.peak, "true peak ", " dBTP"]];
+        return parts.filter(([value]) => value !== null)
+            .map(([value, before, after]) => before + value.toFixed(1) + after)
+            .join(", ") || "No loudness";
+    }
+
+    function silencesOf(file) {
+        const listed = file.silences.slice(0, 20);
+        const more = file.silenceCount - listed.length;
+        return count(file.silenceCount, "silence") + " inside: "
+            + listed.map(({begin_ms: begin, end_ms: end}) => time(begin) + " to " + time(end))
+                .join(", ") + (more > 0 ? " and " + whole.format(more) + " more" : "");
+    }
 
     // Everything about a file that has no column of its own.
     function reasonsOf(file) {
@@ -445,6 +496,12 @@
             list.append(element("li", {textContent: readable(file.error)}));
         } else if (file.reasons.length === 0) {
             list.append(element("li", {textContent: "No reasons."}));
+        }
+        if (isHeard(file)) {
+            list.append(element("li", {textContent: loudnessOf(file)}));
+            if (file.silenceCount > 0) {
+                list.append(element("li", {textContent: silencesOf(file)}));
+            }
         }
         list.append(element("li", {textContent: readable(file.file)}));
         if (file.modified !== null) {
