@@ -20,6 +20,8 @@
 namespace brindle::test {
 namespace {
 
+using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using namespace std::string_view_literals;
@@ -435,6 +437,27 @@ TEST(TagEdit, CommonFormJoinsTheTwoListsOfPeopleOfVersion4) {
     static_cast<void>(file.edit({.common_form = true}));
     EXPECT_THAT(frames_of(file.content()),
                 ElementsAre(std::string("IPLS=\0mix\0Ann\0bass\0Bo\0"sv), std::string(kStamp)));
+}
+
+// A title in ISO-8859-1 is the same in all of these; only the tag's form is another one.
+TEST(TagEdit, CommonFormRewritesATagOfAnotherFormWhoseFramesStay) {
+    const Tag common = Tag(3).text("TIT2", "A").padding(20);
+    const auto with_flag = [](Tag tag, std::uint8_t flag) { return tag.flags(flag).bytes(); };
+    constexpr std::uint8_t kUnsynchronised = 0x80;
+    const std::vector<std::pair<const char*, Bytes>> tags{
+        {"version 4", Tag(4).text("TIT2", "A").padding(20).bytes()},
+        {"unsynchronised", with_flag(common, kUnsynchronised)},
+        {"two tags", common + Tag(3).text("TPE1", "B").bytes()},
+    };
+    for (const auto& [name, tag] : tags) {
+        SCOPED_TRACE(name);
+        OpenedFile file(tag + long_audio());
+        EXPECT_FALSE(file.edit({.common_form = true}).changes_nothing);
+        EXPECT_THAT(frames_of(file.content()), AllOf(Contains(title("A")), Contains(kStamp)));
+    }
+    OpenedFile file(common + long_audio());
+    EXPECT_TRUE(file.edit({.common_form = true}).changes_nothing);
+    EXPECT_EQ(file.content(), common + long_audio());
 }
 
 TEST(TagEdit, LeavesTheTagAloneWhereOnlyTheRecordIsSet) {

@@ -47,7 +47,9 @@ TEST(BitDigits, BinToDecCountsNothingButOnes) {
 TEST(BitDigits, BinToDecLeavesOutWhatDoesNotFit) {
     EXPECT_EQ(clsMPEG::BinToDec(u"1" + String(49, u'0')), 562949953421312);
     EXPECT_EQ(clsMPEG::BinToDec(u"1" + String(50, u'0')), 0);
-    EXPECT_EQ(clsMPEG::BinToDec(u"1" + String(200, u'0') + u"1"), 1);
+    for (const std::size_t zeros : {61U, 62U, 63U, 64U, 200U}) {
+        EXPECT_EQ(clsMPEG::BinToDec(u"1" + String(zeros, u'0') + u"1"), 1) << zeros;
+    }
     // 2^49 + 2^48 fits, with 2^47 it would be 985,162,418,487,296.
     EXPECT_EQ(clsMPEG::BinToDec(u"111" + String(47, u'0')), 844424930131968);
 }

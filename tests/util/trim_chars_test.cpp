@@ -47,5 +47,10 @@ TEST(TrimChars, StripsBothEndsOnly) {
     }
 }
 
+TEST(TrimChars, ComparesByTheNumbersThatCallersHandOver) {
+    EXPECT_EQ(TrimChars(u"xaX", u"x", 0), u"aX");
+    EXPECT_EQ(TrimChars(u"xaX", u"x", 1), u"a");
+}
+
 }  // namespace
 }  // namespace brindle
