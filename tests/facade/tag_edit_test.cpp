@@ -641,6 +641,13 @@ TEST(NewText, TakesThePlaceOfTheValues) {
     EXPECT_TRUE(file.edit(with_text(u"old", u"new")).changes_nothing);
 }
 
+// Version 2.3 has no UTF-8, but many writers use it there.
+TEST(NewText, OfUtf8InVersion3) {
+    OpenedFile file(Tag(3).utf8_text("TIT2", "old").bytes() + long_audio());
+    file.edit(with_text(u"old", u"new"));
+    EXPECT_EQ(frames_of(file.content()), (Words{std::string("TIT2=\0new"sv), std::string(kStamp)}));
+}
+
 TEST(NewText, OutsideLatin1IsUtf16) {
     OpenedFile file(Tag(3).field("F", "old").bytes() + long_audio());
     file.edit(with_text(u"old", u"\u0416"));

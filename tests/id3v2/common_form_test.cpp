@@ -71,6 +71,8 @@ const CommonFormCase kCases[] = {
     {"PeopleOfVersion4StayApart", "TIPL", "\3a\0b\0c"sv, Recoded, "\0a\0b\0c\0"sv},
     {"PlayersOfVersion4StayApart", "TMCL", "\0a\0b"sv, AsBefore},
     {"GenreByNumber", "TCON", "\3" "17"sv, Recoded, "\0(17)"sv, true},
+    {"FirstAndLastDigit", "TCON", "\3" "9\0" "0"sv, Recoded, "\0(9)(0)"sv, true},
+    {"NextToDigits", "TCON", "\0" "1:\0" "/1"sv, Joined, "\0" "1://1"sv, true},
     {"GenreByNumberOfVersion3", "TCON", "\0" "17"sv, AsBefore, {}, false},
     {"GenresByNumberAndName", "TCON", "\3" "17\0Salsa"sv, Recoded, "\0(17)Salsa"sv, true},
     {"GenresByName", "TCON", "\3Rock\0Salsa"sv, Joined, "\0Rock/Salsa"sv, true},
