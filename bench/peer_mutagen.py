@@ -1,4 +1,7 @@
-"""Does jobs with mutagen as they come in, a line each, and answers each with a byte."""
+"""Does jobs with mutagen as they come in, a line each, and answers each with a byte.
+
+With arguments: opens the files of these names, for xargs.
+"""
 
 import sys
 
@@ -28,7 +31,9 @@ def grow(path):
 
 JOBS = {"open": open_file, "save": save, "grow": grow}
 
-for line in sys.stdin:
+for name in sys.argv[1:]:
+    open_file(name)
+for line in sys.stdin if len(sys.argv) == 1 else ():
     job, path = line.rstrip("\n").split(" ", 1)
     JOBS[job](path)
     sys.stdout.write(".")
