@@ -42,18 +42,7 @@ FrameId written_id(const String& id) {
 }
 
 bool same(const StoredText* a, const StoredText* b) {
-    if (a == nullptr || b == nullptr) {
-        return a == b;
-    }
-    if (a->size() != b->size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < a->size(); ++i) {
-        if ((*a)[i] != (*b)[i]) {
-            return false;
-        }
-    }
-    return true;
+    return a == nullptr || b == nullptr ? a == b : *a == *b;
 }
 
 // The file's tags as this library reads them, with the place of each frame.

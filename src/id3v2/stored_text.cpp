@@ -43,6 +43,13 @@ bool StoredText::operator==(std::u16string_view text) const noexcept {
     return equals(0, size_, text);
 }
 
+bool StoredText::operator==(const StoredText& other) const noexcept {
+    if (is_wide()) {
+        return other == units();
+    }
+    return other.is_wide() ? *this == other.units() : std::ranges::equal(bytes(), other.bytes());
+}
+
 char16_t StoredText::operator[](std::size_t i) const noexcept {
     return is_wide() ? units()[i] : widen(bytes()[i]);
 }

@@ -57,6 +57,8 @@ public:
     // Without the NULs that separate parts of it.
     [[nodiscard]] String wide_without_nuls() const;
     [[nodiscard]] bool operator==(std::u16string_view text) const noexcept;
+    // No text is the same as an empty one.
+    [[nodiscard]] bool operator==(const StoredText& other) const noexcept;
     [[nodiscard]] char16_t operator[](std::size_t i) const noexcept;
     // The position of the first such character, which is one of ASCII; size() when there is none.
     [[nodiscard]] std::size_t find(char16_t character) const noexcept;
