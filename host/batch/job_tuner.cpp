@@ -6,7 +6,7 @@ namespace brindle::host {
 
 namespace {
 
-constexpr unsigned kFirstJobsPerProcessor = 8;
+constexpr unsigned kFirstJobsPerProcessor = 4;
 // Shorter windows measure chance. Two jobs each: where all wait for the same device, jobs end in
 // groups of all that run.
 constexpr std::int64_t kJobsEachInWindow = 2;
@@ -16,13 +16,16 @@ constexpr double kGainOfMore = 1.1;
 constexpr double kCostOfFewer = 0.95;
 // Of twice as many jobs.
 constexpr double kGainFarFromTheBest = 1.6;
-constexpr unsigned kWindowsUntilMeasuredAgain = 64;
+// Twice as long each time: a number that chance chose does not stay, one that is confirmed does.
+constexpr unsigned kFewestWindowsUntilMeasuredAgain = 8;
+constexpr unsigned kMostWindowsUntilMeasuredAgain = 64;
 
 }  // namespace
 
 JobTuner::JobTuner(unsigned processors, Time start)
     : jobs_(std::clamp(processors, 1U, kMaxJobs / kFirstJobsPerProcessor) * kFirstJobsPerProcessor),
       best_jobs_(jobs_),
+      windows_until_measured_again_(kFewestWindowsUntilMeasuredAgain),
       window_start_(start) {}
 
 void JobTuner::job_ended(Time now) {
@@ -42,37 +45,36 @@ void JobTuner::job_ended(Time now) {
     window_start_ = now;
 }
 
-// Half is tried before more: where more is too much, each try of it is dear.
 void JobTuner::decide(double throughput) {
     switch (phase_) {
         case Phase::Settled:
-            if (++settled_windows_ == kWindowsUntilMeasuredAgain) {
+            if (++settled_windows_ == windows_until_measured_again_) {
+                windows_until_measured_again_ =
+                    std::min(2 * windows_until_measured_again_, kMostWindowsUntilMeasuredAgain);
                 phase_ = Phase::Measuring;
             }
             break;
         case Phase::Measuring:
             best_throughput_ = throughput;
-            is_lowered_ = false;
-            lower();
+            is_raised_ = false;
+            raise(2);
+            break;
+        case Phase::Raising:
+            if (throughput >= best_throughput_ * kGainOfMore) {
+                const bool is_far = throughput >= best_throughput_ * kGainFarFromTheBest;
+                keep(throughput);
+                is_raised_ = true;
+                raise(is_far ? 4 : 2);
+            } else if (is_raised_) {
+                settle();
+            } else {
+                lower();
+            }
             break;
         case Phase::Lowering:
             if (throughput >= best_throughput_ * kCostOfFewer) {
                 keep(throughput);
-                is_lowered_ = true;
                 lower();
-            } else if (is_lowered_) {
-                settle();
-            } else {
-                raise(2);
-            }
-            break;
-        case Phase::Raising:
-            if (throughput >= best_throughput_ * kGainFarFromTheBest) {
-                keep(throughput);
-                raise(4);
-            } else if (throughput >= best_throughput_ * kGainOfMore) {
-                keep(throughput);
-                raise(2);
             } else {
                 settle();
             }
@@ -85,19 +87,19 @@ void JobTuner::keep(double throughput) {
     best_throughput_ = std::max(best_throughput_, throughput);
 }
 
-void JobTuner::lower() {
-    if (best_jobs_ > 1) {
-        change_to(best_jobs_ / 2, Phase::Lowering);
-    } else if (is_lowered_) {
-        settle();
-    } else {
-        raise(2);
-    }
-}
-
 void JobTuner::raise(unsigned factor) {
     if (best_jobs_ < kMaxJobs) {
         change_to(std::min(best_jobs_ * factor, kMaxJobs), Phase::Raising);
+    } else if (is_raised_) {
+        settle();
+    } else {
+        lower();
+    }
+}
+
+void JobTuner::lower() {
+    if (best_jobs_ > 1) {
+        change_to(best_jobs_ / 2, Phase::Lowering);
     } else {
         settle();
     }

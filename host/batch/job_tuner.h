@@ -11,7 +11,8 @@ inline constexpr unsigned kMaxJobs = 256;
 // A disk or a share answers many requests in the time of one, up to a number that depends on the
 // device; a library in the page cache needs no more jobs than there are processors, and some
 // devices become slower with each request more. So the throughput is measured at a number of jobs,
-// then at half of it, or else at more, for as long as that pays; and again from time to time.
+// then at more, or else at half of it, for as long as that pays; and again from time to time. It
+// begins with few jobs: where more is too much, each try of it is dear.
 class JobTuner {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -26,17 +27,17 @@ public:
 private:
     enum class Phase {
         Measuring,  // the throughput to compare with
-        Lowering,
         Raising,
+        Lowering,
         Settled,
     };
 
     void decide(double throughput);
     // The present number is the best so far.
     void keep(double throughput);
-    // Half and a multiple of the best number, as far as there is one.
-    void lower();
+    // A multiple and half of the best number, as far as there is one.
     void raise(unsigned factor);
+    void lower();
     void settle();
     void change_to(unsigned jobs, Phase phase);
 
@@ -44,8 +45,9 @@ private:
     unsigned jobs_;
     unsigned best_jobs_;
     double best_throughput_ = 0;
-    bool is_lowered_ = false;  // fewer jobs were as good
+    bool is_raised_ = false;  // more jobs were better
     unsigned settled_windows_ = 0;
+    unsigned windows_until_measured_again_;
 
     // Jobs of the number before, which still end, are no measure.
     std::int64_t skipped_ = 0;

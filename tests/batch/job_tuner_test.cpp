@@ -87,10 +87,10 @@ double crowded(unsigned running) {
     return 4e-3 * (share <= 1 ? 1 : share * share);
 }
 
-TEST(JobTuner, BeginsWithEightJobsAProcessor) {
-    EXPECT_EQ(JobTuner(1, Time{}).jobs(), 8U);
-    EXPECT_EQ(JobTuner(2, Time{}).jobs(), 16U);
-    EXPECT_EQ(JobTuner(0, Time{}).jobs(), 8U);
+TEST(JobTuner, BeginsWithFourJobsAProcessor) {
+    EXPECT_EQ(JobTuner(1, Time{}).jobs(), 4U);
+    EXPECT_EQ(JobTuner(2, Time{}).jobs(), 8U);
+    EXPECT_EQ(JobTuner(0, Time{}).jobs(), 4U);
     EXPECT_EQ(JobTuner(1000, Time{}).jobs(), 256U);
 }
 
@@ -103,6 +103,27 @@ TEST(JobTuner, LongWaitsBringManyJobs) {
 TEST(JobTuner, ShortWaitsCostLittleAgainstTheBestNumber) {
     EXPECT_LE(simulate_tuned(20'000, waiting(3e-3)).seconds,
               best_fixed_seconds(20'000, waiting(3e-3)) / 0.8);
+}
+
+// The first files of a folder bring its inodes with them, and other files use those.
+TEST(JobTuner, SlowBeginningDoesNotCountAgainstMoreJobs) {
+    const auto warming_up = [](int& files) {
+        return [&files](unsigned running) { return waiting(++files < 50 ? 12e-3 : 3e-3)(running); };
+    };
+    int files = 0;
+    const SimulatedRun run = simulate_tuned(2'000, warming_up(files));
+    int files_of_best = 0;
+    const SimulatedRun best = simulate_fixed(2'000, warming_up(files_of_best), 64);
+    EXPECT_GE(run.jobs, 32U);
+    EXPECT_LE(run.seconds, best.seconds / 0.8);
+}
+
+TEST(JobTuner, NumberOfChanceDoesNotStay) {
+    // All is quick for a moment with the first number, and more jobs seem to bring nothing.
+    int files = 0;
+    const SimulatedRun run = simulate_tuned(
+        600, [&](unsigned running) { return waiting(++files < 100 ? 0.5e-3 : 5e-3)(running); });
+    EXPECT_GE(run.jobs, 32U);
 }
 
 TEST(JobTuner, CachedLibraryIsReadByFewJobs) {

@@ -46,6 +46,23 @@ TEST(StoredText, BothFormsReadAlike) {
     }
 }
 
+TEST(StoredText, ComparesInBothForms) {
+    const FileBytes other_bytes{'a', 0, 0x80, 'b', 1};
+    const StoredText other = StoredText::in_file(other_bytes);
+    const StoredText other_units(u"a\0\u20ACb\1"sv);
+    for (const StoredText& a : both_forms()) {
+        for (const StoredText& b : both_forms()) {
+            EXPECT_TRUE(a == b);
+        }
+        for (const StoredText* b : {&other, &other_units}) {
+            EXPECT_FALSE(a == *b);
+            EXPECT_FALSE(*b == a);
+        }
+        EXPECT_FALSE(a == a.share(1));
+        EXPECT_FALSE(a.share(1) == a);
+    }
+}
+
 TEST(StoredText, BothFormsAreWrittenAlike) {
     for (const StoredText& text : both_forms()) {
         FileBytes written{'<'};
