@@ -8,6 +8,7 @@
 #include <brindle/cMPEGHeader.h>
 #include <brindle/tag_edit.h>
 
+#include "journal/journal_entry.h"
 #include "system/file_state.h"
 
 namespace brindle::host {
@@ -25,6 +26,9 @@ public:
                                                              brindle::EditOptions& options) = 0;
     // After that.
     [[nodiscard]] virtual std::optional<std::string> failure() const = 0;
+    // Files beside that before_save() writes.
+    [[nodiscard]] virtual std::vector<PictureFile> files_to_write(
+        const cMPEGHeader& header) const = 0;
     // Right before the file is changed, also if nothing of it changes.
     [[nodiscard]] virtual std::optional<std::string> before_save(const cMPEGHeader& header,
                                                                  const FileState& state) = 0;

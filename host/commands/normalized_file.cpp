@@ -39,6 +39,10 @@ public:
 
     std::optional<std::string> failure() const override { return pictures_.failure(); }
 
+    std::vector<PictureFile> files_to_write(const cMPEGHeader& header) const override {
+        return pictures_.files_to_write(header);
+    }
+
     std::optional<std::string> before_save(const cMPEGHeader& header,
                                            const FileState& state) override {
         return pictures_.extract(header, state);

@@ -6,6 +6,7 @@
 
 #include "output/printable_text.h"
 #include "output/save_text.h"
+#include "pictures/extracted_name.h"
 #include "pictures/image_kind.h"
 #include "pictures/shrunk_picture.h"
 #include "system/created_file.h"
@@ -21,7 +22,6 @@ constexpr std::size_t kLargestBody = 81'920;
 constexpr std::size_t kFrameHeader = 10;
 // The smallest room in which a shrunk image can be expected to fit.
 constexpr std::size_t kLeastRoom = 4'096;
-constexpr std::size_t kMaxExtracted = 99;
 constexpr std::u16string_view kLink = u"-->";
 constexpr std::u16string_view kJpegType = u"image/jpeg";
 
@@ -61,41 +61,37 @@ NormalizedPictures::NormalizedPictures(std::string file, const PictureOptions& o
       options_(options),
       extensions_(options.extracts ? image_extensions() : std::vector<std::string>()) {}
 
-// NAME.cover.EXT, then NAME.cover-2.EXT
-std::string NormalizedPictures::name_of_cover(std::size_t number,
-                                              const std::string& extension) const {
-    std::filesystem::path path = path_of(file_);
-    path.replace_extension();
-    path += ".cover" + (number == 1 ? "" : "-" + std::to_string(number)) + "." + extension;
-    return name_of(path);
-}
-
 // A picture may have been extracted by an earlier run, which then has put it after others, or has
 // made a smaller one of it, of another format.
 NormalizedPictures::Extraction NormalizedPictures::extraction_of(
     const EditedPicture& picture) const {
-    const std::size_t number = extractions_.size() + 1;
+    const auto number = static_cast<std::int64_t>(extractions_.size()) + 1;
     if (picture.image.empty() || picture.mime_type == kLink) {
         return {};
     }
     if (number > kMaxExtracted) {
-        return {"", frame_label(picture) + " is not extracted: a file has too many pictures"};
+        return {"", 0, "",
+                frame_label(picture) + " is not extracted: a file has too many pictures"};
     }
     const std::string extension = image_kind(picture.image).extension;
-    for (std::size_t i = 1;
-         i <= kMaxExtracted && (i <= number || is_there(name_of_cover(i, extension))); ++i) {
-        if (has_content(name_of_cover(i, extension), picture.image)) {
+    for (std::int64_t i = 1; i <= kMaxExtracted; ++i) {
+        const std::string name = extracted_name(file_, i, extension);
+        if (i > number && !is_there(name)) {
+            break;
+        }
+        if (has_content(name, picture.image)) {
             return {};
         }
     }
     for (const std::string& other : extensions_) {
-        const std::string name = name_of_cover(number, other);
+        const std::string name = extracted_name(file_, number, other);
         if (is_there(name)) {
-            return {"", name_in_folder(name) + " is another file, so " + frame_label(picture) +
-                            " is not extracted"};
+            return {"", 0, "",
+                    name_in_folder(name) + " is another file, so " + frame_label(picture) +
+                        " is not extracted"};
         }
     }
-    return {name_of_cover(number, extension), ""};
+    return {extracted_name(file_, number, extension), number, extension, ""};
 }
 
 std::optional<std::string> NormalizedPictures::plan_extraction(const cMPEGHeader& header) {
@@ -165,17 +161,38 @@ std::optional<std::vector<std::uint8_t>> NormalizedPictures::shrunk(const Edited
     return std::nullopt;
 }
 
-std::optional<std::string> NormalizedPictures::extract(const cMPEGHeader& header,
-                                                       const FileState& state) const {
+void NormalizedPictures::visit_extracted(
+    const cMPEGHeader& header,
+    const std::function<void(const Extraction&, const EditedPicture&)>& visit) const {
     if (std::all_of(extractions_.begin(), extractions_.end(),
                     [](const Extraction& extraction) { return extraction.name.empty(); })) {
-        return std::nullopt;
+        return;
     }
-    std::optional<std::string> failure;
     std::size_t place = 0;
     visit_pictures(header, [&](const EditedPicture& picture) {
         const Extraction& extraction = extractions_[place++];
-        if (extraction.name.empty() || failure) {
+        if (!extraction.name.empty()) {
+            visit(extraction, picture);
+        }
+    });
+}
+
+std::vector<PictureFile> NormalizedPictures::files_to_write(const cMPEGHeader& header) const {
+    std::vector<PictureFile> files;
+    visit_extracted(header, [&](const Extraction& extraction, const EditedPicture& picture) {
+        files.push_back({.number = extraction.number,
+                         .extension = extraction.extension,
+                         .is_made = true,
+                         .bytes = picture.image});
+    });
+    return files;
+}
+
+std::optional<std::string> NormalizedPictures::extract(const cMPEGHeader& header,
+                                                       const FileState& state) const {
+    std::optional<std::string> failure;
+    visit_extracted(header, [&](const Extraction& extraction, const EditedPicture& picture) {
+        if (failure) {
             return;
         }
         if (const auto reason = write_new_file(extraction.name, picture.image, state)) {

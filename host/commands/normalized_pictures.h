@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,6 +11,7 @@
 #include <brindle/cMPEGHeader.h>
 #include <brindle/tag_edit.h>
 
+#include "journal/journal_entry.h"
 #include "system/file_state.h"
 
 namespace brindle::host {
@@ -30,6 +33,8 @@ public:
     // Called for the pictures that stay, in their order.
     [[nodiscard]] std::optional<NewImage> new_image(const EditedPicture& picture);
     [[nodiscard]] const std::optional<std::string>& failure() const { return failure_; }
+    // The files that extract() writes, for the journal.
+    [[nodiscard]] std::vector<PictureFile> files_to_write(const cMPEGHeader& header) const;
     // Writes these files.
     [[nodiscard]] std::optional<std::string> extract(const cMPEGHeader& header,
                                                      const FileState& state) const;
@@ -38,11 +43,15 @@ public:
 private:
     struct Extraction {
         std::string name;  // of the file to write; "" if there is none
+        std::int64_t number = 0;
+        std::string extension;
         std::string why_not;
     };
 
     [[nodiscard]] Extraction extraction_of(const EditedPicture& picture) const;
-    [[nodiscard]] std::string name_of_cover(std::size_t number, const std::string& extension) const;
+    void visit_extracted(
+        const cMPEGHeader& header,
+        const std::function<void(const Extraction&, const EditedPicture&)>& visit) const;
     [[nodiscard]] std::optional<std::vector<std::uint8_t>> shrunk(const EditedPicture& picture);
     void keep(const EditedPicture& picture, const std::string& reason);
 

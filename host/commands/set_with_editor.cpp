@@ -132,11 +132,7 @@ public:
                 return reason;
             }
         }
-        if (!plan.changes_nothing && change_.before() && journal_.is_kept()) {
-            const NewContent content = edit_->content();
-            options_.dry_run ? journal_.count(change_.name(), *change_.before(), content)
-                             : journal_.add(change_.name(), *change_.before(), content);
-        }
+        add_to_journal();
         return std::nullopt;
     }
 
@@ -171,6 +167,21 @@ public:
     }
 
 private:
+    void add_to_journal() {
+        if (!change_.before() || !journal_.is_kept()) {
+            return;
+        }
+        const FileState& before = *change_.before();
+        const bool changes_nothing = edit_->plan().changes_nothing;
+        const auto pictures = work_ ? work_->files_to_write(header_) : std::vector<PictureFile>();
+        if (changes_nothing && pictures.empty()) {
+            return;
+        }
+        const NewContent content = changes_nothing ? unchanged_content(before) : edit_->content();
+        options_.dry_run ? journal_.count(change_.name(), before, content, pictures)
+                         : journal_.add(change_.name(), before, content, pictures);
+    }
+
     [[nodiscard]] bool is_outdated() const {
         return options_.expected_state && change_.before() &&
                !options_.expected_state->has_same_content(*change_.before());

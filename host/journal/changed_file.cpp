@@ -31,10 +31,6 @@ std::string hash_of(std::span<const std::uint8_t> bytes) {
     return hash.digits();
 }
 
-PartMark mark_of(std::span<const std::uint8_t> bytes) {
-    return {static_cast<std::int64_t>(bytes.size()), hash_of(bytes)};
-}
-
 std::string read_block(ReadOnlyFile& file, std::int64_t offset, std::int64_t count) {
     std::string block = file.read(offset, static_cast<std::size_t>(count));
     if (std::cmp_less(block.size(), count)) {
@@ -65,12 +61,24 @@ std::size_t common_end(const JournalBytes& one, const JournalBytes& other) {
     return static_cast<std::size_t>(end - one.rbegin());
 }
 
+std::int64_t bytes_to_keep(const std::vector<PictureFile>& pictures) {
+    std::int64_t bytes = 0;
+    for (const PictureFile& picture : pictures) {
+        bytes += picture.is_made ? 0 : std::ssize(picture.bytes);
+    }
+    return bytes;
+}
+
 }  // namespace
 
+PartMark mark_of(std::span<const std::uint8_t> bytes) {
+    return {static_cast<std::int64_t>(bytes.size()), hash_of(bytes)};
+}
+
 JournalEntry entry_of(const std::string& name, const FileState& before, const NewContent& content,
-                      Hashing hashing) {
+                      std::vector<PictureFile> pictures, Hashing hashing) {
     const std::int64_t around = content.kept_from + before.size - content.kept_to;
-    if (around > kMaxRecord - kRoomForTheRest) {
+    if (around + bytes_to_keep(pictures) > kMaxRecord - kRoomForTheRest) {
         throw Error(static_cast<std::int32_t>(RuntimeError::Overflow),
                     u"Its tag is too large for a journal; --no-journal does without one");
     }
@@ -96,6 +104,13 @@ JournalEntry entry_of(const std::string& name, const FileState& before, const Ne
     const std::int64_t kept_length = content.kept_to - kept_from;
     entry.kept = hashing == Hashing::Done ? mark_in(file, kept_from, kept_length)
                                           : PartMark{kept_length, hash_of(as_bytes(name))};
+    entry.pictures = std::move(pictures);
+    for (PictureFile& picture : entry.pictures) {
+        picture.content = mark_of(picture.bytes);
+        if (picture.is_made) {
+            picture.bytes.clear();
+        }
+    }
     return entry;
 }
 
@@ -121,9 +136,9 @@ Comparison compared(const std::string& name, std::int64_t size, const JournalEnt
             const std::int64_t kept_to = kept_from + entry.kept.length;
             if ((is_after || is_before || can_be_between) && kept_to + back.length == size &&
                 holds(0, front) && holds(kept_to, back) && holds(kept_from, entry.kept)) {
-                return {is_after    ? StandsAs::After
-                        : is_before ? StandsAs::Before
-                                    : StandsAs::Between,
+                return {is_before  ? StandsAs::Before
+                        : is_after ? StandsAs::After
+                                   : StandsAs::Between,
                         {entry.front, kept_from, kept_to, entry.back}};
             }
         }

@@ -1,8 +1,10 @@
 // Comparison of a file with its journal entry.
 #pragma once
 
-#include <optional>
+#include <cstdint>
+#include <span>
 #include <string>
+#include <vector>
 
 #include <brindle/new_content.h>
 
@@ -12,14 +14,18 @@ namespace brindle::host {
 
 enum class Hashing { Done, LeftOut };
 
-// The entry of a change that makes `content` of the file, whose state is `before`.
-// Errors: those of reading; 6 where the entry would exceed kMaxRecord.
+[[nodiscard]] PartMark mark_of(std::span<const std::uint8_t> bytes);
+
+// The entry of a change that makes `content` of the file, whose state is `before`, and that makes
+// or removes `pictures`, whose bytes are given. Errors: those of reading; 6 where the entry would
+// exceed kMaxRecord.
 [[nodiscard]] JournalEntry entry_of(const std::string& name, const FileState& before,
-                                    const NewContent& content, Hashing hashing);
+                                    const NewContent& content, std::vector<PictureFile> pictures,
+                                    Hashing hashing);
 
 enum class StandsAs {
+    Before,   // as the change found it, also where it changed pictures alone
     After,    // the change has been made
-    Before,   // as the change found it
     Between,  // part of it is as before: a change in place was cut off
     Other,
 };

@@ -123,24 +123,27 @@ bool Journal::is_kept() const {
     return !state_->options.none;
 }
 
-void Journal::add(const std::string& name, const FileState& before, const NewContent& content) {
+void Journal::add(const std::string& name, const FileState& before, const NewContent& content,
+                  const std::vector<PictureFile>& pictures) {
     if (!is_kept()) {
         return;
     }
     const JournalBytes record =
-        packed_record(bytes_of(entry_of(name, before, content, Hashing::Done)));
+        packed_record(bytes_of(entry_of(name, before, content, pictures, Hashing::Done)));
     const std::unique_lock lock(state_->mutex);
     state_->pending.insert(state_->pending.end(), record.begin(), record.end());
     state_->size += static_cast<std::int64_t>(record.size());
     ++state_->added;
 }
 
-void Journal::count(const std::string& name, const FileState& before, const NewContent& content) {
+void Journal::count(const std::string& name, const FileState& before, const NewContent& content,
+                    const std::vector<PictureFile>& pictures) {
     if (!is_kept()) {
         return;
     }
     const auto size = static_cast<std::int64_t>(
-        packed_record(bytes_of(entry_of(name, before, content, Hashing::LeftOut))).size());
+        packed_record(bytes_of(entry_of(name, before, content, pictures, Hashing::LeftOut)))
+            .size());
     const auto beginning = static_cast<std::int64_t>(journal_beginning().size() +
                                                      packed_record(bytes_of(state_->run)).size());
     const std::unique_lock lock(state_->mutex);

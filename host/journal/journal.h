@@ -7,10 +7,12 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <brindle/new_content.h>
 
 #include "batch/grouped_changes.h"
+#include "journal/journal_entry.h"
 #include "journal/journal_folder.h"
 #include "system/file_state.h"
 
@@ -36,6 +38,11 @@ inline constexpr std::size_t kMaxJournalGroup = 64;
 // Bytes after which an earlier flush makes room in memory.
 inline constexpr std::int64_t kMaxPendingBytes = std::int64_t{16} * 1024 * 1024;
 
+// Of a change of pictures alone.
+[[nodiscard]] inline NewContent unchanged_content(const FileState& state) {
+    return {.front = {}, .kept_from = 0, .kept_to = state.size, .back = {}};
+}
+
 class Journal {
 public:
     // `undone` is the journal that the run takes back. No file is made before the first entry.
@@ -51,9 +58,11 @@ public:
 
     // A change that is about to be made to the file, whose state is `before` and which has been
     // read since. Errors: those of reading; 6 for more bytes than a journal holds of a file.
-    void add(const std::string& name, const FileState& before, const NewContent& content);
+    void add(const std::string& name, const FileState& before, const NewContent& content,
+             const std::vector<PictureFile>& pictures = {});
     // The same for a change that is not made: counts the bytes.
-    void count(const std::string& name, const FileState& before, const NewContent& content);
+    void count(const std::string& name, const FileState& before, const NewContent& content,
+               const std::vector<PictureFile>& pictures = {});
     // Returns when all entries that this thread has added are on the device. One flush serves all
     // threads that wait for it. Raises JournalError; after that, every call does.
     void flush();

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "journal/byte_fields.h"
 #include "system/file_state.h"
@@ -24,6 +25,18 @@ struct PartMark {
     friend bool operator==(const PartMark&, const PartMark&) = default;
 };
 
+// A file beside that holds a picture of the file. Its name follows from that of the file, so that
+// an entry can name no other one (extracted_name).
+struct PictureFile {
+    std::int64_t number = 0;
+    std::string extension;
+    bool is_made = false;  // by the change; otherwise the change removes it
+    PartMark content;
+    // Of a file that the change removes.
+    JournalBytes bytes;
+    FileState state;  // of which mode and times are kept
+};
+
 // One change of one file. Before it the file is `front`, the range that is kept, `back`; after it
 // `new_front`, the same range, `new_back`.
 struct JournalEntry {
@@ -35,6 +48,7 @@ struct JournalEntry {
     PartMark kept;
     PartMark new_front;
     PartMark new_back;
+    std::vector<PictureFile> pictures;
 
     [[nodiscard]] std::int64_t length_before() const;
     [[nodiscard]] std::int64_t length_after() const;

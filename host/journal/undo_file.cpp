@@ -9,6 +9,7 @@
 #include <brindle/text.h>
 
 #include "journal/changed_file.h"
+#include "journal/undo_picture.h"
 #include "output/printable_text.h"
 #include "system/file_access.h"
 #include "system/file_guard.h"
@@ -55,27 +56,28 @@ public:
             return "The file is gone";
         }
         const Comparison comparison = compared(name_, now_->size, entry);
-        if (comparison.state == StandsAs::Before) {
-            report_ = {UndoOutcome::WasSo, printable(name_) + ": already has its old content\n"};
-            return std::nullopt;
-        }
         if (comparison.state == StandsAs::Other) {
             return "It has been changed since: " +
                    (now_->size == entry.length_after()
                         ? "other bytes"
                         : size_text(now_->size) + ", not " + size_text(entry.length_after()));
         }
-        content_ = comparison.restored;
+        if (Failure reason = pictures_.plan(entry)) {
+            return reason;
+        }
+        has_old_content_ = comparison.state == StandsAs::Before;
+        if (has_old_content_ && pictures_.changes().empty()) {
+            return report(UndoOutcome::WasSo, dry_run);
+        }
+        content_ = has_old_content_ ? unchanged_content(*now_) : comparison.restored;
         if (dry_run) {
             if (Failure reason = reason_against_writing(name_)) {
                 return reason;
             }
-            journal.count(name_, *now_, content_);
-            report_ = {UndoOutcome::Restored,
-                       printable(name_) + ": would be restored, " + size_text(before_.size) + "\n"};
-            return std::nullopt;
+            journal.count(name_, *now_, content_, pictures_.changes());
+            return report(UndoOutcome::Restored, dry_run);
         }
-        journal.add(name_, *now_, content_);
+        journal.add(name_, *now_, content_, pictures_.changes());
         is_to_be_written_ = true;
         return std::nullopt;
     }
@@ -83,19 +85,44 @@ public:
     [[nodiscard]] bool is_to_be_written() const { return is_to_be_written_; }
 
     // When the journal of the undo is on the device.
+    // The file never lacks a picture that is not beside it.
     Failure write() {
+        if (Failure reason = pictures_.write(*now_)) {
+            return reason;
+        }
+        if (has_old_content_) {
+            require_same_content(name_, *now_);
+        } else if (Failure reason = write_file()) {
+            return reason;
+        }
+        pictures_.remove();
+        return report(UndoOutcome::Restored, false);
+    }
+
+private:
+    Failure write_file() {
         SaveOptions options = guard_.save_options();
         options.before_write = [this](const NewContent&) { require_same_content(name_, *now_); };
         write_content(from_utf8(name_), content_, options);
         if (Failure reason = restore_state(name_, before_)) {
             return "Its content is restored; " + *reason;
         }
-        report_ = {UndoOutcome::Restored,
-                   printable(name_) + ": restored, " + size_text(before_.size) + "\n"};
         return std::nullopt;
     }
 
-private:
+    // A picture that stays is a failure, whose text tells the rest, too.
+    Failure report(UndoOutcome outcome, bool dry_run) {
+        std::string text = has_old_content_ ? "already has its old content"
+                           : dry_run        ? "would be restored, " + size_text(before_.size)
+                                            : "restored, " + size_text(before_.size);
+        text += pictures_.text(dry_run);
+        if (!pictures_.kept_text().empty()) {
+            return text + pictures_.kept_text();
+        }
+        report_ = {outcome, printable(name_) + ": " + text + "\n"};
+        return std::nullopt;
+    }
+
     [[nodiscard]] Failure reason_against_target(const std::string& target) const {
         std::error_code error;
         const std::string now = real_name(name_, error);
@@ -110,7 +137,9 @@ private:
     UndoReport& report_;
     FileGuard guard_;
     std::optional<FileState> now_;
+    PicturesToUndo pictures_;
     NewContent content_;
+    bool has_old_content_ = false;
     bool is_to_be_written_ = false;
 };
 

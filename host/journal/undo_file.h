@@ -18,8 +18,8 @@ struct UndoReport {
 };
 
 // Only a regular MP3 file whose whole content is what the change made of it is restored: its
-// bytes, times, access rights and user attributes. What is passed by reference must outlive the
-// change. With `dry_run` nothing is left to do.
+// bytes, times, access rights and user attributes, and with it the pictures beside. What is passed
+// by reference must outlive the change. With `dry_run` nothing is left to do.
 [[nodiscard]] PlannedChange plan_undo(const JournalEntry& entry, bool dry_run, Journal& journal,
                                       UndoReport& report);
 

@@ -15,6 +15,7 @@
 #include "journal/undo_file.h"
 #include "output/printable_text.h"
 #include "output/standard_streams.h"
+#include "pictures/extracted_name.h"
 #include "system/file_path.h"
 #include "system/interruption.h"
 #include "system/recorded_name.h"
@@ -32,6 +33,18 @@ std::string absolute_name(const std::string& name) {
     std::error_code error;
     const fs::path path = fs::absolute(path_of(name), error);
     return error ? name : name_of(path);
+}
+
+// "; made song.cover.jpg"
+std::string pictures_text(const JournalEntry& entry) {
+    std::string text;
+    for (const PictureFile& picture : entry.pictures) {
+        const fs::path path =
+            path_of(extracted_name(entry.name, picture.number, picture.extension));
+        text += std::string("; ") + (picture.is_made ? "made " : "removed ") +
+                printable(name_of(path.filename()));
+    }
+    return text;
 }
 
 class Undo {
@@ -204,7 +217,8 @@ ExitStatus list_journal(const std::string& journal) {
     for (const Place& place : places) {
         if (const auto entry = recorded.entry_at(place)) {
             write_output(printable(place.name) + ": " + std::to_string(entry->length_before()) +
-                         " bytes before, " + std::to_string(entry->length_after()) + " after\n");
+                         " bytes before, " + std::to_string(entry->length_after()) + " after" +
+                         pictures_text(*entry) + "\n");
         }
     }
     if (const auto fault = recorded.fault()) {

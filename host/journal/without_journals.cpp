@@ -28,9 +28,11 @@ bool Journal::is_kept() const {
     return false;
 }
 
-void Journal::add(const std::string&, const FileState&, const NewContent&) {}
+void Journal::add(const std::string&, const FileState&, const NewContent&,
+                  const std::vector<PictureFile>&) {}
 
-void Journal::count(const std::string&, const FileState&, const NewContent&) {}
+void Journal::count(const std::string&, const FileState&, const NewContent&,
+                    const std::vector<PictureFile>&) {}
 
 void Journal::flush() {}
 

@@ -17,4 +17,8 @@ namespace brindle::host {
                                                         std::span<const std::uint8_t> bytes,
                                                         const FileState& like);
 
+// Removes the name, and waits until the device knows. The answer is why it is still there, or
+// nothing.
+[[nodiscard]] std::optional<std::string> remove_file(const std::string& name);
+
 }  // namespace brindle::host

@@ -34,4 +34,11 @@ std::optional<std::string> write_new_file(const std::string& name,
     return reason;
 }
 
+std::optional<std::string> remove_file(const std::string& name) {
+    if (unlink(name.c_str()) != 0) {
+        return system_reason();
+    }
+    return flush_folder(std::filesystem::path(name).parent_path());
+}
+
 }  // namespace brindle::host

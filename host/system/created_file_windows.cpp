@@ -23,4 +23,9 @@ std::optional<std::string> write_new_file(const std::string& name,
     return std::nullopt;
 }
 
+std::optional<std::string> remove_file(const std::string& name) {
+    return DeleteFileW(wide_name(name).c_str()) != 0 ? std::nullopt
+                                                     : std::optional(system_reason());
+}
+
 }  // namespace brindle::host

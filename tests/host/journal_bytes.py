@@ -29,6 +29,25 @@ def run_record(command=b"set", started=1_000_000_000, undone=b""):
 
 
 @dataclasses.dataclass
+class Picture:
+    """A file beside that the change made, or removed."""
+    number: int
+    extension: bytes
+    is_made: int = 1
+    content: tuple = (0, sha256(b""))  # of one that was made
+    body: bytes = b""  # of one that was removed
+    state: tuple = (0o100644, 10**18, 10**18, 0)
+
+    def record(self):
+        record = struct.pack("<q", self.number) + text(self.extension)
+        record += struct.pack("<q", self.is_made)
+        if self.is_made:
+            length, digits = self.content
+            return record + struct.pack("<q", length) + text(digits.encode())
+        return record + text(self.body) + struct.pack("<qqqq", *self.state)
+
+
+@dataclasses.dataclass
 class Entry:
     name: bytes
     target: bytes
@@ -41,7 +60,8 @@ class Entry:
     kept: tuple = (0, sha256(b""))
     new_front: tuple = (0, sha256(b""))
     new_back: tuple = (0, sha256(b""))
-    created: int = 0  # 0: without the field
+    created: int = 0  # 0 and no pictures: without the field
+    pictures: list = dataclasses.field(default_factory=list)
 
     def record(self):
         record = text(self.name) + text(self.target)
@@ -52,8 +72,11 @@ class Entry:
         record += text(self.front) + text(self.back)
         for length, digits in (self.kept, self.new_front, self.new_back):
             record += struct.pack("<q", length) + text(digits.encode())
-        if self.created:
+        if self.created or self.pictures:
             record += struct.pack("<q", self.created)
+        if self.pictures:
+            record += struct.pack("<q", len(self.pictures))
+            record += b"".join(picture.record() for picture in self.pictures)
         return record
 
 
@@ -102,6 +125,16 @@ def records(content):
         rest = rest[96 + stored:]
 
 
+def picture_of(fields):
+    picture = Picture(fields.number(), fields.text(), fields.number())
+    if picture.is_made:
+        picture.content = fields.number(), fields.text().decode()
+    else:
+        picture.body = fields.text()
+        picture.state = tuple(fields.number() for _ in range(4))
+    return picture
+
+
 def read_journal(content):
     """The command, and the entries."""
     first, *others = records(content)
@@ -118,6 +151,8 @@ def read_journal(content):
             (fields.number(), fields.text().decode()) for _ in range(3))
         if fields.rest:
             entry.created = fields.number()
+        if fields.rest:
+            entry.pictures = [picture_of(fields) for _ in range(fields.number())]
         assert fields.rest == b""
         entries.append(entry)
     return Fields(first).text(), entries

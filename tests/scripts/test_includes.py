@@ -23,7 +23,7 @@ ROOMS = {
     "batch": {"output", "system"},
     "listen": {"output", "batch", "system"},
     "bridges": {"listen", "output"},
-    "journal": {"batch", "output", "system"},
+    "journal": {"batch", "output", "pictures", "system"},
     "report": {"output"},
     "cache": {"batch", "output", "system"},
     "pictures": {"system"},
