@@ -1,15 +1,6 @@
 #include "pictures/image.h"
 
-#include <cstdlib>
-#include <unistd.h>
-
 namespace brindle::host {
-
-void refuse_image(std::string_view reason) {
-    const ssize_t done = write(STDOUT_FILENO, reason.data(), reason.size());
-    static_cast<void>(done);
-    _exit(kImageRefused);
-}
 
 void require_pixels(std::size_t width, std::size_t height) {
     constexpr std::size_t kMaxPixels = 50'000'000;

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <new>
+#include <string_view>
 #include <unistd.h>
 
 #include <sys/resource.h>
@@ -72,6 +73,12 @@ Bytes read_input() {
 }
 
 }  // namespace
+
+void refuse_image(std::string_view reason) {
+    const ssize_t done = write(STDOUT_FILENO, reason.data(), reason.size());
+    static_cast<void>(done);
+    _exit(kImageRefused);
+}
 
 std::optional<int> run_picture_process(const std::vector<std::string>& arguments) {
     if (arguments.size() != 2 || arguments.front() != kShrinkPicture) {

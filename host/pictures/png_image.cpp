@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 #include <png.h>
+#include <string_view>
 #include <vector>
 
 #include "pictures/exif_orientation.h"
@@ -20,6 +21,25 @@ constexpr unsigned kWhite = 255;
 }
 
 void ignore_warning(png_structp /*png*/, png_const_charp /*message*/) {}
+
+// The decoder allocates as many bytes as a chunk claims before it reads any of them.
+//
+//   signature, 8 | chunks, of which IEND is the last: length, 4 | name, 4 | data | checksum, 4
+void refuse_if_cut(std::span<const std::uint8_t> bytes) {
+    constexpr std::size_t kSignature = 8;
+    constexpr std::size_t kName = 4;
+    constexpr std::size_t kAround = 12;
+    constexpr std::string_view kLast = "IEND";
+    std::span<const std::uint8_t> rest = bytes.subspan(std::min(kSignature, bytes.size()));
+    bool is_last = false;
+    while (!is_last) {
+        if (rest.size() < kAround || png_get_uint_32(rest.data()) > rest.size() - kAround) {
+            refuse_image("it is damaged");
+        }
+        is_last = std::equal(kLast.begin(), kLast.end(), rest.begin() + kName);
+        rest = rest.subspan(kAround + png_get_uint_32(rest.data()));
+    }
+}
 
 void read_ahead(png_structp png, png_bytep to, png_size_t count) {
     auto& ahead = *static_cast<std::span<const std::uint8_t>*>(png_get_io_ptr(png));
@@ -80,6 +100,7 @@ Image read_png(std::span<const std::uint8_t> bytes) {
     constexpr png_uint_32 kMaxSide = 50'000'000;
     constexpr png_alloc_size_t kMaxChunk = std::size_t{8} * 1024 * 1024;
     constexpr png_uint_32 kMaxChunks = 1'000;
+    refuse_if_cut(bytes);
     png_structp png =
         png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, refuse_by_message, ignore_warning);
     png_infop info = png_create_info_struct(png);
