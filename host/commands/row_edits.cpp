@@ -48,10 +48,23 @@ std::string identity_of_removed(const std::string& name) {
     return column ? identity_of(*column) : name;
 }
 
-// A spreadsheet writes true and false in capitals.
+// CR, LF and both together as LF.
+std::string with_one_kind_of_line_ends(const std::string& text) {
+    std::string lines;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\r') {
+            lines += text[i];
+        } else if (text.substr(i + 1, 1) != "\n") {
+            lines += '\n';
+        }
+    }
+    return lines;
+}
+
+// A spreadsheet writes true and false in capitals, and line ends of its own kind.
 bool is_same_value(const std::string& cell, const std::string& value) {
-    return cell == value || (cell == "TRUE" && value == "true") ||
-           (cell == "FALSE" && value == "false");
+    return (cell == "TRUE" && value == "true") || (cell == "FALSE" && value == "false") ||
+           with_one_kind_of_line_ends(cell) == with_one_kind_of_line_ends(value);
 }
 
 // 0 is printed where a file has no year and no track.
@@ -275,7 +288,9 @@ private:
     }
 
     void add_edit(const Given& given) {
-        const std::string& text = given.cell->text;
+        // What the record keeps is written as it is there.
+        const std::string& text =
+            is_same_value(given.cell->text, given.now) ? given.now : given.cell->text;
         try {
             result_.edits.push_back(
                 given.column.field != nullptr

@@ -292,6 +292,26 @@ def test_spreadsheet_prefix_is_taken_off(tmp_path, brindle, apply, value):
         assert value("=a.mp3", "Title", "Artist") == ["+new", "'y"]
 
 
+@pytest.mark.parametrize("end", ["\n", "\r", "\r\n"], ids=repr)
+@pytest.mark.parametrize("saved", ["\n", "\r\n"], ids=repr)
+def test_line_ends_that_a_spreadsheet_changes_are_no_edit(tmp_path, apply, value, end, saved):
+    text = f"one{end}two{end}{end}three"
+    (tmp_path / "a.mp3").write_bytes(tag(text_frame("TIT2", text), text_frame("TALB", "Old"),
+                                         padding=600) + AUDIO + id3v1(b"1" + end.encode() + b"2"))
+    table = ("file,title,album,v1-title\na.mp3,\"" + text.replace(end, saved) + '","{}","1'
+             + saved + '2"\n')
+    before = snapshots(tmp_path)
+    all_fine(apply(table.format("Old")), 1, 0)
+    assert snapshots(tmp_path) == before
+    # Other cells are edits, and leave both as they are.
+    all_fine(apply(table.format("New")), 1, 1)
+    assert value("a.mp3", "Title", "Album", "Titlev1Tag") == [text, "New", f"1{end}2"]
+    # More or fewer lines are another text.
+    all_fine(apply(table.format("New").replace(f"two{saved}{saved}", f"two{saved}")), 1, 1)
+    title, record = value("a.mp3", "Title", "Titlev1Tag")
+    assert (len(title.splitlines()), record) == (3, f"1{end}2")
+
+
 def test_comment_and_genre_are_written_once(files, apply, value):
     table = "file,comment,genre\na.mp3,Hello again,8\n"
     all_fine(apply(table), 1, 1)
