@@ -90,6 +90,7 @@ const int kHooks = __sanitizer_install_malloc_and_free_hooks(note_block, forget_
 void free_the_rest() {
     memory.is_watched = false;
     for (std::size_t i = 0; i < memory.count; ++i) {
+        // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): allocated by C
         std::free(const_cast<void*>(memory.blocks[i]));
     }
     memory.count = 0;
@@ -103,10 +104,10 @@ std::uint32_t number_at(std::span<const std::uint8_t> bytes, std::size_t place, 
     return number;
 }
 
-void put_number(std::span<std::uint8_t> place, std::uint32_t number) {
-    for (auto byte = place.rbegin(); byte != place.rend(); ++byte) {
-        *byte = static_cast<std::uint8_t>(number);
-        number >>= 8U;
+void put_number(std::span<std::uint8_t, 4> place, std::uint32_t number) {
+    for (std::uint8_t& byte : place) {
+        byte = static_cast<std::uint8_t>(number >> 24U);
+        number <<= 8U;
     }
 }
 
@@ -122,7 +123,7 @@ void mend_checksums(std::vector<std::uint8_t>& png) {
         }
         const auto named = std::span(png).subspan(place + 4, 4 + length);
         const auto sum = crc32(0, named.data(), static_cast<uInt>(named.size()));
-        put_number(std::span(png).subspan(place + kAround - 4 + length, 4),
+        put_number(std::span(png).subspan(place + kAround - 4 + length).first<4>(),
                    static_cast<std::uint32_t>(sum));
         place += kAround + length;
     }
