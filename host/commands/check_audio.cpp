@@ -397,11 +397,9 @@ std::optional<CheckedAudio> check_audio(CheckedFile& file, FileListening* listen
     audio.tell(walk, file.size, findings);
     const std::int64_t exact = walk.milliseconds + audio.other_milliseconds();
     check_length(file.header.Duration(), exact, findings);
-    CheckedAudio checked{exact, playing_time(walk, audio.delay())};
-    if (listening != nullptr) {
-        checked.heard = listening->conclude(file.header, walk);
-    }
-    return checked;
+    return CheckedAudio{
+        exact, playing_time(walk, audio.delay()),
+        listening != nullptr ? listening->conclude(file.header, walk) : std::nullopt};
 }
 
 }  // namespace brindle::host

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <string_view>
+#include <utility>
 
 #include "output/printable_text.h"
 #include "output/save_text.h"
@@ -180,10 +181,12 @@ void NormalizedPictures::visit_extracted(
 std::vector<PictureFile> NormalizedPictures::files_to_write(const cMPEGHeader& header) const {
     std::vector<PictureFile> files;
     visit_extracted(header, [&](const Extraction& extraction, const EditedPicture& picture) {
-        files.push_back({.number = extraction.number,
-                         .extension = extraction.extension,
-                         .is_made = true,
-                         .bytes = picture.image});
+        PictureFile file;
+        file.number = extraction.number;
+        file.extension = extraction.extension;
+        file.is_made = true;
+        file.bytes = picture.image;
+        files.push_back(std::move(file));
     });
     return files;
 }

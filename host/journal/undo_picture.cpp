@@ -38,7 +38,8 @@ Found find(const std::string& name, std::int64_t length) {
     if (status.type() == std::filesystem::file_type::not_found) {
         return {};
     }
-    Found found{.is_there = true};
+    Found found;
+    found.is_there = true;
     const std::optional<FileState> state = state_of(name);
     if (status.type() != std::filesystem::file_type::regular || !state) {
         found.reason = "it is not a regular file";
@@ -95,11 +96,12 @@ Failure PicturesToUndo::plan(const PictureFile& picture) {
             changes_.back().is_made = true;
         }
     } else if (is_same) {
-        changes_.push_back({.number = picture.number,
-                            .extension = picture.extension,
-                            .is_made = false,
-                            .bytes = std::move(found.bytes),
-                            .state = std::move(found.state)});
+        PictureFile removed;
+        removed.number = picture.number;
+        removed.extension = picture.extension;
+        removed.bytes = std::move(found.bytes);
+        removed.state = std::move(found.state);
+        changes_.push_back(std::move(removed));
     } else if (found.is_there) {
         keep(name, found.reason.empty() ? "other bytes than were written" : found.reason);
     }

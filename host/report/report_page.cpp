@@ -94,8 +94,8 @@ Json value_at(const Json& object, const Json::json_pointer& pointer) {
 const std::vector<std::string>& report_columns() {
     static const std::vector<std::string> columns = [] {
         std::vector<std::string> list{kFile};
-        for (const auto* const columns : {&columns_of_facts(), &columns_of_sound()}) {
-            for (const ColumnPointer& column : *columns) {
+        for (const auto* const part : {&columns_of_facts(), &columns_of_sound()}) {
+            for (const ColumnPointer& column : *part) {
                 list.push_back(column.text);
             }
         }
