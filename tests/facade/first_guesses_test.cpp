@@ -210,6 +210,16 @@ TEST_F(FirstGuesses, AnEditAlsoRemovesARemovedField) {
     EXPECT_EQ(again.CustomFieldRetrieve("Key"), Variant(u"Am"));
 }
 
+TEST_F(FirstGuesses, AnEditHasNoFieldThatWasSetAndRemoved) {
+    header.CustomFieldAdd("Mood", "calm");
+    header.CustomFieldAdd("Key", "Am");
+    header.CustomFieldRemove("Mood");
+    TagEdit(header).save();
+    const cMPEGHeader again = reopened();
+    EXPECT_FALSE(again.CustomFieldExists("Mood"));
+    EXPECT_EQ(again.CustomFieldRetrieve("Key"), Variant(u"Am"));
+}
+
 TEST_F(FirstGuesses, RemovingWhatIsNotThereChangesNothing) {
     header.CustomFieldAdd("Mood", "calm");
     header.CustomFieldRemove("mood");

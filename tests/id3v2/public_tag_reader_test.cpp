@@ -95,6 +95,7 @@ std::vector<Case> cases() {
         {"TagLongerThanItsFile", Tag(3).text("TIT2", "A").size(5000).bytes(), {with_nul("TIT2=\0A"sv)}},
 
         {"UnsynchronisedVersion3", Tag(3).flags(0x80).frame_claiming("TIT2", 3, "A\xFF\0\xE0"sv).text("TPE1", "B").bytes(), {"TIT2=A\xFF\xE0", with_nul("TPE1=\0B"sv)}},
+        {"ZeroAloneIsUndone", Tag(3).flags(0x80).frame_claiming("TIT2", 3, "\xFF""A\xFF"sv).text("TPE1", "B").bytes(), {"TIT2=\xFF""A\xFF", with_nul("TPE1=\0B"sv)}},
         {"UnsynchronisedSizeOfVersion3", Tag(3).flags(0x80).raw(Bytes("TIT2\0\0\0\xFF\0\0\0"sv) + std::string(255, 'z')).text("TPE1", "B").bytes(), {"TIT2=" + std::string(255, 'z'), with_nul("TPE1=\0B"sv)}},
         {"UnsynchronisedVersion2", Tag(2).flags(0x80).raw(Bytes("TT2\0\0\2"sv) + "\xFF\0A"sv).text("TP1", "B").bytes(), {"TT2=\xFF""A", with_nul("TP1=\0B"sv)}},
         {"UnsynchronisedFrameOfVersion4", Tag(4).raw(flagged("TIT2", 0x02, "A\xFF\0\xE0"sv)).text("TPE1", "B").bytes(), {"TIT2=A\xFF\xE0", with_nul("TPE1=\0B"sv)}},
