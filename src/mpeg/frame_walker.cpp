@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <span>
 
 #include "mpeg/block_walk.h"
 #include "mpeg/duration.h"
@@ -84,23 +85,38 @@ void FrameWalker::follow_chain() {
 
 // The same frame by frame: a visitor receives all bytes of each.
 void FrameWalker::visit_chain() {
+    const FrameLengthTable<kSyncAndKindMask> frames(first_bits_);
     const std::int64_t chain = position_;
-    while (position_ < audio_end_) {
+    std::span<const std::uint8_t> block;  // from the position on
+    // 0 where no frame of the stream begins, or not a whole one.
+    const auto length_of_frame = [&]() -> std::size_t {
+        const auto left = static_cast<std::size_t>(audio_end_ - position_);
+        if (std::min(block.size(), left) < kHeaderBytes || !frames.has(block.data())) {
+            return 0;
+        }
+        const std::size_t length = frames.length(block.data());
+        return length <= left ? length : 0;
+    };
+    for (;;) {
         window_.keep_from(position_);
-        const auto header = header_at(position_);
-        if (!header || position_ + header->length > audio_end_) {
-            break;
+        block = window_.view_block(position_, kHeaderBytes);
+        std::size_t length = length_of_frame();
+        if (length > block.size()) {
+            block = window_.view_block(position_, length);
         }
-        const auto frame = window_.view(position_, header->length);
-        if (frame.size() < header->length) {
-            break;  // the file has become shorter
+        if (length == 0 || length > block.size()) {
+            break;  // or the file has become shorter
         }
-        visit_({.offset = position_,
-                .bytes = frame,
-                .is_header_frame = walk_.has_header_frame && position_ == walk_.first_frame,
-                .follows_gap = walk_.gaps > 0 && position_ == chain});
-        ++walk_.frames;
-        position_ += header->length;
+        do {
+            visit_({.offset = position_,
+                    .bytes = block.first(length),
+                    .is_header_frame = walk_.has_header_frame && position_ == walk_.first_frame,
+                    .follows_gap = walk_.gaps > 0 && position_ == chain});
+            ++walk_.frames;
+            position_ += static_cast<std::int64_t>(length);
+            block = block.subspan(length);
+            length = length_of_frame();
+        } while (length != 0 && length <= block.size());
     }
 }
 
