@@ -419,6 +419,26 @@ TEST(TagEdit, RebuildsWhereALargeFrameMovesInASmallTag) {
     EXPECT_FALSE(file.edit().fits);
 }
 
+// Hosts step over no larger field, so a larger one goes last.
+TEST(TagEdit, LargestFieldThatHostsReadStaysInItsPlace) {
+    for (const std::size_t length : {4'997U, 4'998U}) {
+        OpenedFile file(Tag(3).field("F", letters(4'990)).text("TIT2", "Old").padding(99).bytes() +
+                        long_audio());
+        const Bytes value = repeated(length, 'b');
+        file.header.CustomFieldAdd(u"F", Variant(String(length, u'b')));
+        const EditPlan plan = file.edit();
+        const std::string field = std::string("TXXX=\0F\0"sv) + value.text();
+        const std::string title = std::string("TIT2=\0Old"sv);
+        if (length == 4'997) {
+            EXPECT_THAT(plan.oversized, IsEmpty());
+            EXPECT_EQ(frames_of(file.content()), (Words{field, title, std::string(kStamp)}));
+        } else {
+            EXPECT_THAT(labels(plan.oversized), ElementsAre("TXXX:1"));
+            EXPECT_EQ(frames_of(file.content()), (Words{title, std::string(kStamp), field}));
+        }
+    }
+}
+
 TEST(TagEdit, FieldThatHostsSeeIsNotUnseen) {
     OpenedFile file(Tag(3).field("Intro", "7").padding(99) + long_audio());
     kNewTitle(file.header);

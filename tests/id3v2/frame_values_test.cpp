@@ -26,6 +26,14 @@ TEST(FrameValues, ATakenNumberIsRefused) {
     EXPECT_EQ(values.find(1)->wide(), u"a");
 }
 
+TEST(FrameValues, TheFirstValueTakesItsCountAlong) {
+    for (const std::int32_t count : {1, 2}) {
+        FrameValues values;
+        EXPECT_TRUE(values.add(1, StoredText(u"a"), count));
+        EXPECT_EQ(values.count(), count);
+    }
+}
+
 TEST(FrameValues, ARemovedNumberStaysFree) {
     FrameValues values;
     for (const std::int32_t number : {1, 2, 3}) {

@@ -75,8 +75,21 @@ TEST(BlockWalk, EndsWhereTheChainBreaks) {
 }
 
 TEST(BlockWalk, FrameOfAReservedBitRateEndsIt) {
-    Bytes block = stream(Frame{}, 240);
-    block[100 * kFrame + 2] |= 0xF0;
+    constexpr std::uint8_t kReservedRate = 0xF0;
+    constexpr std::uint8_t kPadded = 0x02;
+    for (const std::uint8_t padding : {std::uint8_t{0}, kPadded}) {
+        Bytes block = stream(Frame{}, 240);
+        block[100 * kFrame + 2] |= kReservedRate | padding;
+        const Walked walked = walk(block, 0, block.size());
+        EXPECT_EQ(walked.stream.frames, 100);
+        EXPECT_EQ(walked.offset, 100 * kFrame);
+        EXPECT_FALSE(walked.goes_on);
+    }
+}
+
+// The segments after the first find no frame to begin with.
+TEST(BlockWalk, FramesThatEndInTheFirstSegmentAreAllCounted) {
+    const Bytes block = stream(Frame{}, 100) + zeros(60'000);
     const Walked walked = walk(block, 0, block.size());
     EXPECT_EQ(walked.stream.frames, 100);
     EXPECT_EQ(walked.offset, 100 * kFrame);

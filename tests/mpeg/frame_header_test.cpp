@@ -68,6 +68,11 @@ TEST(FrameHeader, AllRatesMeanWhatTheFormulasSay) {
             << std::hex << bits;
         ASSERT_EQ(header ? header->length : 0, meaning.valid ? meaning.length : 0)
             << std::hex << bits;
+        if (meaning.valid) {
+            FrameHeaderRecord record = record_of(bits);
+            ASSERT_TRUE(DecodeFrameHeader(record)) << std::hex << bits;
+            ASSERT_EQ(record.BitRate, meaning.kbps) << std::hex << bits;
+        }
     }
 }
 

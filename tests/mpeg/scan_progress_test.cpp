@@ -174,7 +174,7 @@ TEST(ScanProgress, SearchYieldsAfterFourAndFiveTenthsOfASecond) {
 TEST(ScanProgress, ChainYieldsAfterMoreThanASecond) {
     const Bytes content = stream(Frame{}, 120);
     EXPECT_EQ(yield_times(content, 0.5), std::vector<double>{});
-    EXPECT_EQ(yield_times(content, 0.5625), std::vector<double>{1.125});
+    EXPECT_EQ(yield_times(content, 0.53125), std::vector<double>{1.0625});
 }
 
 TEST(ScanProgress, WalkReportsAfterMoreThanHalfASecond) {

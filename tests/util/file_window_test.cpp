@@ -258,6 +258,16 @@ TEST(FileWindow, GoingBackReadsAgain) {
     EXPECT_EQ(file.reads, (Reads{{50'000, 8'192}, {10, 8'192}}));
 }
 
+TEST(FileWindow, WhatThereIsRoomForStays) {
+    ReadLog file(300'000);
+    FileWindow window(file);
+    (void)window.view(200'000, 10);
+    (void)window.view(207'000, 4'000);
+    file.reads.clear();
+    EXPECT_EQ(bytes_of(window.view(200'000, 10)), file.slice(200'000, 10));
+    EXPECT_EQ(file.reads, Reads{});
+}
+
 TEST(FileWindow, KeptBytesCostNothingToGoBackTo) {
     ReadLog file(1'000'000);
     FileWindow window(file);
