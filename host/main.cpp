@@ -13,6 +13,7 @@
 using namespace brindle::host;
 
 int main(int argc, char** argv) {
+    keep_freed_memory();
     prepare_standard_streams();
     try {
         std::vector<std::string> arguments = program_arguments(argc, argv);

@@ -1,6 +1,9 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include <poll.h>
 #include <system_error>
 #include <unistd.h>
@@ -12,6 +15,14 @@ namespace brindle::host {
 
 std::vector<std::string> program_arguments(int argc, char** argv) {
     return {argv + (argc > 0 ? 1 : 0), argv + argc};
+}
+
+void keep_freed_memory() {
+#ifdef __GLIBC__
+    constexpr int kMostKept = 1024 * 1024;  // for each of the few areas that threads share
+    static_cast<void>(mallopt(M_TRIM_THRESHOLD, kMostKept));
+    static_cast<void>(mallopt(M_MMAP_THRESHOLD, kMostKept));
+#endif
 }
 
 void prepare_standard_streams() {

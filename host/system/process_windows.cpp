@@ -22,6 +22,9 @@ std::vector<std::string> program_arguments(int, char**) {
     return arguments;
 }
 
+// The heap of Windows keeps what it needs by itself.
+void keep_freed_memory() {}
+
 // Texts are UTF-8 with line feeds, as on every other system.
 void prepare_standard_streams() {
     SetConsoleOutputCP(CP_UTF8);

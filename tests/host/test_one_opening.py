@@ -1,5 +1,6 @@
-"""What looks at a file asks for its status once, and opens it once."""
+"""What looks at a file asks for its status once, opens it once, and leaves its memory to the next."""
 
+import os
 import re
 import subprocess
 
@@ -59,3 +60,19 @@ def test_cache_asks_before_and_after_the_reading(calls):
 def test_texts_of_a_tag_are_read_together(calls):
     """Two dozen texts and a picture between them and the audio."""
     assert calls("scan --json", "tagged.mp3", "name")["reads"] <= 12
+
+
+@pytest.mark.plain_build  # a sanitizer has its own heap
+def test_memory_of_a_file_serves_the_next(program, tmp_path):
+    """Memory that goes back to the kernel after each file comes again page by page."""
+    (tmp_path / "a.mp3").write_bytes(
+        tag(frame("APIC", b"\0image/png\0\3\0" + bytes(60_000))) + audio(1_000))
+
+    def faults(files):
+        process = subprocess.Popen([program, "check", "--quiet", "--jobs", "1", *["a.mp3"] * files],
+                                   cwd=tmp_path, stdout=subprocess.DEVNULL)
+        _, status, used = os.wait4(process.pid, 0)
+        assert status == 0
+        return used.ru_minflt
+
+    assert faults(220) - faults(20) < 200 * 16
