@@ -153,13 +153,19 @@ CHANGES = {
 }
 
 
+def identity(path):
+    """All but the time of access: a look changes that."""
+    status = path.lstat()
+    return status.st_ino, status.st_mode, status.st_size, status.st_mtime_ns, status.st_ctime_ns
+
+
 @pytest.mark.parametrize("change", CHANGES)
 @pytest.mark.parametrize("options", [(), ("--dry-run",)], ids=["undo", "dry"])
 def test_picture_that_was_changed_stays(brindle, song, tmp_path, change, options):
     extract(brindle, what="extract,drop")
     changed, reason = CHANGES[change]
     changed(tmp_path / "song.cover.jpg")
-    kept = (tmp_path / "song.cover.jpg").lstat()
+    kept = identity(tmp_path / "song.cover.jpg")
     result = brindle("undo", *options)
     assert result.returncode == 1
     assert result.stderr.decode().splitlines()[0] == (
@@ -167,7 +173,7 @@ def test_picture_that_was_changed_stays(brindle, song, tmp_path, change, options
         f"; song.cover.jpg stays: {reason}" if options else
         f"brindle: {song}: restored, {len(SONG)} bytes; removed song.cover-2.gif"
         f"; song.cover.jpg stays: {reason}")
-    assert (tmp_path / "song.cover.jpg").lstat() == kept
+    assert identity(tmp_path / "song.cover.jpg") == kept
     assert ("other.jpg" in os.listdir(tmp_path)) == (change == "a link")
     if change == "a link":
         assert (tmp_path / "other.jpg").read_bytes() == JPEG
