@@ -17,15 +17,15 @@ constexpr double kCostOfFewer = 0.95;
 // Of twice as many jobs.
 constexpr double kGainFarFromTheBest = 1.6;
 // Twice as long each time: a number that chance chose does not stay, one that is confirmed does.
-constexpr unsigned kFewestWindowsUntilMeasuredAgain = 8;
-constexpr unsigned kMostWindowsUntilMeasuredAgain = 64;
+constexpr unsigned kMinWindowsUntilMeasuredAgain = 8;
+constexpr unsigned kMaxWindowsUntilMeasuredAgain = 64;
 
 }  // namespace
 
 JobTuner::JobTuner(unsigned processors, Time start)
     : jobs_(std::clamp(processors, 1U, kMaxJobs / kFirstJobsPerProcessor) * kFirstJobsPerProcessor),
       best_jobs_(jobs_),
-      windows_until_measured_again_(kFewestWindowsUntilMeasuredAgain),
+      windows_until_measured_again_(kMinWindowsUntilMeasuredAgain),
       window_start_(start) {}
 
 void JobTuner::job_ended(Time now) {
@@ -50,7 +50,7 @@ void JobTuner::decide(double throughput) {
         case Phase::Settled:
             if (++settled_windows_ == windows_until_measured_again_) {
                 windows_until_measured_again_ =
-                    std::min(2 * windows_until_measured_again_, kMostWindowsUntilMeasuredAgain);
+                    std::min(2 * windows_until_measured_again_, kMaxWindowsUntilMeasuredAgain);
                 phase_ = Phase::Measuring;
             }
             break;

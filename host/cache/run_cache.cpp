@@ -20,12 +20,12 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kLongestOutput = std::size_t{1024} * 1024;
 
 // Limits of one transaction.
-constexpr std::size_t kMostRows = 512;
-constexpr std::size_t kMostBytes = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t kMaxRows = 512;
+constexpr std::size_t kMaxBytes = std::size_t{4} * 1024 * 1024;
 constexpr std::chrono::seconds kLongestWait{1};
 
 constexpr std::int64_t kDaysUntilForgotten = 90;
-constexpr int kMostForgotten = 4096;  // at the end of one run
+constexpr int kMaxForgotten = 4096;  // at the end of one run
 
 constexpr const char* kFind =
     "SELECT settled, run, day, counted_1, counted_2, counted_3, output FROM files"
@@ -180,7 +180,7 @@ struct RunCache::State {
         }
         const std::string old = " FROM files WHERE day < " +
                                 std::to_string(today - kDaysUntilForgotten) + " LIMIT " +
-                                std::to_string(kMostForgotten);
+                                std::to_string(kMaxForgotten);
         try {
             if (database->number("SELECT count(*) FROM (SELECT 1" + old + ")") == 0) {
                 return;
@@ -239,7 +239,7 @@ void RunCache::keep(const std::string& name, const FileIdentity& identity, Cache
         state_->waiting_bytes += name.size() + answer.output.size();
         state_->waiting.push_back({name, identity, std::move(answer)});
         const Clock::time_point now = Clock::now();
-        if (state_->waiting.size() < kMostRows && state_->waiting_bytes < kMostBytes &&
+        if (state_->waiting.size() < kMaxRows && state_->waiting_bytes < kMaxBytes &&
             now - state_->last_stored < kLongestWait) {
             return;
         }

@@ -122,16 +122,13 @@ void take_layer2(const MpegFrame& frame, ProtectedBits& bits) {
 }  // namespace
 
 std::optional<bool> frame_crc_fits(std::string_view bytes) {
-    constexpr std::size_t kProtectionByte = 1;
-    constexpr unsigned kNoCrc = 1;
     // Most files have no checksums, and no other field of their frames is looked at.
-    if (bytes.size() > kProtectionByte &&
-        (static_cast<unsigned>(bytes[kProtectionByte]) & kNoCrc) != 0) {
+    const std::optional<std::uint32_t> header = header_bits_in(bytes);
+    if (!header || MpegFrame::lacks_crc(*header)) {
         return std::nullopt;
     }
     const auto frame = mpeg_frame_in(bytes);
-    if (!frame || !frame->has_crc() || frame->is_free_format() || frame->layer == 1 ||
-        bytes.size() < kAfterCrc) {
+    if (!frame || frame->is_free_format() || frame->layer == 1 || bytes.size() < kAfterCrc) {
         return std::nullopt;
     }
     ProtectedBits bits(bytes);

@@ -163,11 +163,11 @@ FileResult listen_to(const FoundName& found, const ListenCommand& options) {
             answer.error = heard ? failure_of(*heard) : "no MPEG audio found";
             if (heard && answer.error) {
                 answer.output = text_of(found.name, *heard, answer.error, options);
-                return result;
-            }
-            if (heard) {
+            } else if (heard) {
                 result.record = listening_record(*heard);
                 result.is_lasting = !file.header().OpeningError();
+            }
+            if (heard) {
                 return result;
             }
         } catch (const Error& error) {

@@ -62,6 +62,10 @@ NormalizedPictures::NormalizedPictures(std::string file, const PictureOptions& o
       options_(options),
       extensions_(options.extracts ? image_extensions() : std::vector<std::string>()) {}
 
+std::string NormalizedPictures::file_name_of(const Extraction& extraction) const {
+    return extracted_name(file_, extraction.number, extraction.extension);
+}
+
 // A picture may have been extracted by an earlier run, which then has put it after others, or has
 // made a smaller one of it, of another format.
 NormalizedPictures::Extraction NormalizedPictures::extraction_of(
@@ -71,8 +75,7 @@ NormalizedPictures::Extraction NormalizedPictures::extraction_of(
         return {};
     }
     if (number > kMaxExtracted) {
-        return {"", 0, "",
-                frame_label(picture) + " is not extracted: a file has too many pictures"};
+        return {0, "", frame_label(picture) + " is not extracted: a file has too many pictures"};
     }
     const std::string extension = image_kind(picture.image).extension;
     for (std::int64_t i = 1; i <= kMaxExtracted; ++i) {
@@ -87,12 +90,12 @@ NormalizedPictures::Extraction NormalizedPictures::extraction_of(
     for (const std::string& other : extensions_) {
         const std::string name = extracted_name(file_, number, other);
         if (is_there(name)) {
-            return {"", 0, "",
+            return {0, "",
                     name_in_folder(name) + " is another file, so " + frame_label(picture) +
                         " is not extracted"};
         }
     }
-    return {extracted_name(file_, number, extension), number, extension, ""};
+    return {number, extension, ""};
 }
 
 std::optional<std::string> NormalizedPictures::plan_extraction(const cMPEGHeader& header) {
@@ -166,13 +169,13 @@ void NormalizedPictures::visit_extracted(
     const cMPEGHeader& header,
     const std::function<void(const Extraction&, const EditedPicture&)>& visit) const {
     if (std::all_of(extractions_.begin(), extractions_.end(),
-                    [](const Extraction& extraction) { return extraction.name.empty(); })) {
+                    [](const Extraction& extraction) { return extraction.number == 0; })) {
         return;
     }
     std::size_t place = 0;
     visit_pictures(header, [&](const EditedPicture& picture) {
         const Extraction& extraction = extractions_[place++];
-        if (!extraction.name.empty()) {
+        if (extraction.number != 0) {
             visit(extraction, picture);
         }
     });
@@ -198,8 +201,9 @@ std::optional<std::string> NormalizedPictures::extract(const cMPEGHeader& header
         if (failure) {
             return;
         }
-        if (const auto reason = write_new_file(extraction.name, picture.image, state)) {
-            failure = name_in_folder(extraction.name) + " was not written: " + *reason;
+        const std::string name = file_name_of(extraction);
+        if (const auto reason = write_new_file(name, picture.image, state)) {
+            failure = name_in_folder(name) + " was not written: " + *reason;
         }
     });
     return failure;
@@ -208,9 +212,9 @@ std::optional<std::string> NormalizedPictures::extract(const cMPEGHeader& header
 std::vector<std::string> NormalizedPictures::remarks(bool dry_run) const {
     std::vector<std::string> remarks = remarks_;
     for (const Extraction& extraction : extractions_) {
-        if (!extraction.name.empty()) {
+        if (extraction.number != 0) {
             remarks.push_back((dry_run ? "would write " : "wrote ") +
-                              name_in_folder(extraction.name));
+                              name_in_folder(file_name_of(extraction)));
         }
     }
     return remarks;

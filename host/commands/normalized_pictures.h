@@ -41,13 +41,14 @@ public:
     [[nodiscard]] std::vector<std::string> remarks(bool dry_run) const;
 
 private:
+    // The file to write for one picture.
     struct Extraction {
-        std::string name;  // of the file to write; "" if there is none
-        std::int64_t number = 0;
+        std::int64_t number = 0;  // 0: there is none to write
         std::string extension;
         std::string why_not;
     };
 
+    [[nodiscard]] std::string file_name_of(const Extraction& extraction) const;
     [[nodiscard]] Extraction extraction_of(const EditedPicture& picture) const;
     void visit_extracted(
         const cMPEGHeader& header,

@@ -121,7 +121,8 @@ private:
     // What a run of `listen` with the same cache has heard; null where it has not listened.
     [[nodiscard]] static Json heard_before(CachedBatch& batch, const std::string& name,
                                            const FileIdentity& identity) {
-        const auto record = batch.record_of(listening_command(ListenOptions()), name, identity);
+        static const std::string kListen = listening_command(ListenOptions());
+        const auto record = batch.record_of(kListen, name, identity);
         const auto heard = record ? listening_in(*record) : std::nullopt;
         return heard ? listening_facts(*heard, kReplayGainReference) : Json();
     }

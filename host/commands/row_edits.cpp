@@ -63,7 +63,8 @@ std::string with_one_kind_of_line_ends(const std::string& text) {
 
 // A spreadsheet writes true and false in capitals, and line ends of its own kind.
 bool is_same_value(const std::string& cell, const std::string& value) {
-    return (cell == "TRUE" && value == "true") || (cell == "FALSE" && value == "false") ||
+    return cell == value || (cell == "TRUE" && value == "true") ||
+           (cell == "FALSE" && value == "false") ||
            with_one_kind_of_line_ends(cell) == with_one_kind_of_line_ends(value);
 }
 

@@ -106,8 +106,8 @@ JournalEntry entry_of(const std::string& name, const FileState& before, const Ne
                                           : PartMark{kept_length, hash_of(as_bytes(name))};
     entry.pictures = std::move(pictures);
     for (PictureFile& picture : entry.pictures) {
-        picture.content = mark_of(picture.bytes);
         if (picture.is_made) {
+            picture.content = mark_of(picture.bytes);
             picture.bytes.clear();
         }
     }

@@ -12,8 +12,8 @@ namespace brindle::host {
 [[nodiscard]] std::vector<std::string> program_arguments(int argc, char** argv);
 
 // Each file needs the same buffers as the one before. The C library of Linux would give them back
-// to the kernel after each, and get them again page by page: a third of the processor time of a
-// check.
+// to the kernel after each, and get them again page by page: a quarter of the processor time of
+// a check.
 void keep_freed_memory();
 
 // To be called before anything else is opened.

@@ -19,9 +19,9 @@ std::vector<std::string> program_arguments(int argc, char** argv) {
 
 void keep_freed_memory() {
 #ifdef __GLIBC__
-    constexpr int kMostKept = 1024 * 1024;  // for each of the few areas that threads share
-    static_cast<void>(mallopt(M_TRIM_THRESHOLD, kMostKept));
-    static_cast<void>(mallopt(M_MMAP_THRESHOLD, kMostKept));
+    constexpr int kMaxKept = 1024 * 1024;  // for each of the few areas that threads share
+    static_cast<void>(mallopt(M_TRIM_THRESHOLD, kMaxKept));
+    static_cast<void>(mallopt(M_MMAP_THRESHOLD, kMaxKept));
 #endif
 }
 

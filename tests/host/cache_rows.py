@@ -4,6 +4,11 @@ import contextlib
 import sqlite3
 
 
+def facts(result):
+    """What a run with the cache and one without it have in common."""
+    return result.returncode, result.stdout, result.stderr
+
+
 @contextlib.contextmanager
 def opened(path):
     connection = sqlite3.connect(path, isolation_level=None)

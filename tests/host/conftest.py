@@ -48,6 +48,12 @@ def brindle(program, tmp_path):
 
 
 @pytest.fixture
+def cache(tmp_path):
+    """The name of a database that there is not yet."""
+    return tmp_path / "cache.db"
+
+
+@pytest.fixture
 def open_folder(tmp_path_factory):
     """Others may enter it, and all folders above it."""
     folder = tmp_path_factory.mktemp("open")

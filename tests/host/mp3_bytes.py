@@ -41,3 +41,8 @@ def tag(*frames, padding=0):
 def id3v1(title=b"", artist=b"", album=b"", year=b"", comment=b"", track=0, genre=255):
     return (b"TAG" + title.ljust(30) + artist.ljust(30) + album.ljust(30) + year.ljust(4)
             + comment.ljust(28) + bytes((0, track, genre)))
+
+
+def with_missing_data(song):
+    """A file of which a part of several frames in the middle was lost: it can't be decoded."""
+    return song[:200_000] + bytes(2_048) + song[202_048:]

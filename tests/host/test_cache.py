@@ -10,17 +10,16 @@ import time
 
 import pytest
 
-from cache_rows import change, is_whole, opened, rows
+from cache_rows import change, facts, is_whole, opened, rows
 from mp3_bytes import audio, audio_with_xing, id3v1, tag, text_frame, user_frame
 from other_user import NOBODY, as_nobody, needs_root
+from settled_files import wait_until_settled
 
 AUDIO = audio()
 SONG = tag(text_frame("TIT2", "Song"), text_frame("TPE1", "Ann"), padding=100) + AUDIO
 # The footer alone, which claims no items.
 APE = b"APETAGEX" + struct.pack("<IIII8x", 2000, 32, 0, 0)
 APPLICATION_ID = 0x42524E44
-# A file whose status changed less than 2 seconds before it was read is read again.
-SECONDS_TO_SETTLE = 3.1
 
 
 def fill_library(folder):
@@ -55,7 +54,7 @@ def libraries(tmp_path_factory):
         (folder / str(number)).mkdir()
         fill_library(folder / str(number) / "music")
         made.append(folder / str(number))
-    time.sleep(SECONDS_TO_SETTLE)
+    wait_until_settled()
     return made
 
 
@@ -65,15 +64,6 @@ def library(libraries, tmp_path):
     music = libraries.pop() / "music"
     (tmp_path / "music").symlink_to(music)
     return music
-
-
-@pytest.fixture
-def cache(tmp_path):
-    return tmp_path / "cache.db"
-
-
-def facts(result):
-    return result.returncode, result.stdout, result.stderr
 
 
 def is_poisoned(result):
@@ -385,7 +375,7 @@ def test_new_prints_what_no_run_has_printed(brindle, library, cache):
     assert rows(cache, "settled") == [(0,)] * 2 + [(1,)] * 10
     # All is printed without the option.
     assert brindle(*form, "--cache", "cache.db", "music").stdout.count(b"\n") == 12
-    time.sleep(SECONDS_TO_SETTLE)
+    wait_until_settled()
     assert new(brindle, *form).stdout == b""
     assert rows(cache, "settled") == [(1,)] * 12
     assert new(brindle, *form).stdout == b""

@@ -3,15 +3,13 @@
 import functools
 import json
 import subprocess
-import time
 
 import pytest
 
-from cache_rows import change, rows
-from mp3_bytes import audio, tag, text_frame
+from cache_rows import change, facts, rows
+from mp3_bytes import audio, tag, text_frame, with_missing_data
+from settled_files import wait_until_settled
 
-# A file whose status changed less than 2 seconds before it was read is read again.
-SECONDS_TO_SETTLE = 3.1
 FORMS = [(), ("--json",), ("--csv",), ("--reference", "-23"), ("--json", "--reference", "-23"),
          ("--csv", "--end-style-texts", "cold=Cold,fade=Fade")]
 MEASURING = [(), ("--quick",), ("--sound-range", "30"), ("--overlap-range", "6")]
@@ -28,10 +26,9 @@ def music(tmp_path_factory, tone):
          "1000", "vol", "0.5", "fade", "l", "0", "10", "9"])
     run(["lame", "--quiet", "-b", "128", "a.wav", "fading.mp3"])
     (folder / "a.wav").unlink()
-    # Data of frames in the middle is missing.
-    (folder / "damaged.mp3").write_bytes(tone[:200_000] + bytes(2_048) + tone[202_048:])
+    (folder / "damaged.mp3").write_bytes(with_missing_data(tone))
     (folder / "none.mp3").write_bytes(bytes(5000))
-    time.sleep(SECONDS_TO_SETTLE)
+    wait_until_settled()
     return folder
 
 
@@ -40,15 +37,6 @@ def listen(brindle, music):
     def run(*options):
         return brindle("listen", *options, "music", cwd=music.parent)
     return run
-
-
-@pytest.fixture
-def cache(tmp_path):
-    return tmp_path / "cache.db"
-
-
-def facts(result):
-    return result.returncode, result.stdout, result.stderr
 
 
 def measured(result):
@@ -123,7 +111,7 @@ def test_new_prints_what_no_run_has_printed(listen, cache):
 
 def test_changed_file_is_measured_again(brindle, tmp_path, tone):
     (tmp_path / "a.mp3").write_bytes(audio())
-    time.sleep(SECONDS_TO_SETTLE)
+    wait_until_settled()
     for _ in range(2):
         assert b"no sound" in brindle("listen", "--cache", "cache", "a.mp3").stdout
     (tmp_path / "a.mp3").write_bytes(tone)

@@ -6,13 +6,13 @@ import json
 import os
 import re
 import subprocess
-import time
 
 import mutagen.id3
 import pytest
 
 from browser import opened_browser
 from commands import run
+from settled_files import wait_until_settled
 
 HOSTILE = "</script><img src=x onerror=alert(1)>"
 ROWS = 100_000
@@ -77,14 +77,18 @@ def started():
         yield browser
 
 
-@pytest.fixture
-def browser(started, page):
-    """The page is open, and its console stays silent whatever a test does."""
+def opened_page(started, page):
+    """Its console stays silent whatever a test does."""
     started.open(page)
     started.wait_until(lambda: len(started.all("canvas")) == 4)
     yield started
     assert started.complaints() == []
     assert started.run("return document.querySelectorAll('img').length") == 0
+
+
+@pytest.fixture
+def browser(started, page):
+    yield from opened_page(started, page)
 
 
 def header(browser, field):
@@ -292,7 +296,7 @@ def heard_page(program, tmp_path_factory):
             1000, *effects)
         run("lame", "--quiet", "-b", 192, folder / "a.wav", music / f"{name}.mp3")
         tagged(music / f"{name}.mp3", TIT2=name)
-    time.sleep(3.1)  # until the files have settled
+    wait_until_settled()
     brindle = functools.partial(subprocess.run, cwd=folder, stdout=subprocess.DEVNULL, check=True)
     brindle([program, "listen", "--cache", "library.db", "music"])
     (music / "new.mp3").write_bytes((music / "loud.mp3").read_bytes())
@@ -302,11 +306,7 @@ def heard_page(program, tmp_path_factory):
 
 @pytest.fixture
 def heard(started, heard_page):
-    started.open(heard_page)
-    # No file has a reason, so nothing is drawn of the folders.
-    started.wait_until(lambda: len(started.all("canvas")) == 4)
-    yield started
-    assert started.complaints() == []
+    yield from opened_page(started, heard_page)
 
 
 def test_loudness_and_silences_are_shown(heard):
