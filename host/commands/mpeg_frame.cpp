@@ -55,17 +55,6 @@ bool is_same_kind(const MpegFrame& a, const MpegFrame& b) {
     return a.version == b.version && a.layer == b.layer && a.frequency == b.frequency;
 }
 
-std::optional<std::uint32_t> header_bits_in(std::string_view bytes) {
-    if (bytes.size() < MpegFrame::kHeaderBytes) {
-        return std::nullopt;
-    }
-    std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < MpegFrame::kHeaderBytes; ++i) {
-        bits = bits << 8U | static_cast<std::uint8_t>(bytes[i]);
-    }
-    return bits;
-}
-
 std::optional<MpegFrame> mpeg_frame_in(std::string_view bytes) {
     constexpr std::uint32_t kSync = 0xFFE0'0000U;
     constexpr unsigned kReserved = 3;  // of the frequency
@@ -73,12 +62,13 @@ std::optional<MpegFrame> mpeg_frame_in(std::string_view bytes) {
     constexpr std::array<int, 4> kVersions{25, 0, 2, 1};
     constexpr std::array<int, 4> kLayers{0, 3, 2, 1};
     constexpr std::array<int, 3> kFrequencies{44'100, 48'000, 32'000};
-    const std::optional<std::uint32_t> bits = header_bits_in(bytes);
-    if (!bits) {
+    if (bytes.size() < MpegFrame::kHeaderBytes) {
         return std::nullopt;
     }
     MpegFrame frame;
-    frame.bits = *bits;
+    for (std::size_t i = 0; i < MpegFrame::kHeaderBytes; ++i) {
+        frame.bits = frame.bits << 8U | static_cast<std::uint8_t>(bytes[i]);
+    }
     frame.version = kVersions.at(frame.bits >> 19U & 3U);
     frame.layer = kLayers.at(frame.bits >> 17U & 3U);
     const unsigned rate = frame.bits >> 12U & 15U;

@@ -28,7 +28,12 @@ struct MpegFrame {
     std::int64_t length = 0;  // bytes, header and padding included; 0 in free format
 
     [[nodiscard]] bool is_free_format() const { return kbps == 0; }
-    [[nodiscard]] static bool lacks_crc(std::uint32_t bits) { return (bits & 0x0001'0000U) != 0; }
+    // Of the bytes of a frame, whose other fields are not looked at.
+    [[nodiscard]] static bool lacks_crc(std::string_view bytes) {
+        constexpr std::size_t kPlace = 1;
+        constexpr unsigned kNoCrc = 1;
+        return bytes.size() > kPlace && (static_cast<unsigned>(bytes[kPlace]) & kNoCrc) != 0;
+    }
     [[nodiscard]] unsigned mode() const { return bits >> 6U & 3U; }
     [[nodiscard]] unsigned mode_extension() const { return bits >> 4U & 3U; }
     [[nodiscard]] int channels() const { return mode() == 3 ? 1 : 2; }
@@ -39,9 +44,6 @@ struct MpegFrame {
 
 // Version, layer and sampling frequency are the same. A player cannot change them without a gap.
 [[nodiscard]] bool is_same_kind(const MpegFrame& a, const MpegFrame& b);
-
-// A frame's first four bytes as a number; none if there are fewer.
-[[nodiscard]] std::optional<std::uint32_t> header_bits_in(std::string_view bytes);
 
 // Of a frame's first four bytes; none if they are not a header.
 [[nodiscard]] std::optional<MpegFrame> mpeg_frame_in(std::string_view bytes);

@@ -43,7 +43,7 @@ TagFacts cMP3ID3v2::read_tag_facts() const {
     }
     return as_writer([&] {
         FileWindow window(*file);
-        const auto range = find_tag_range(window, reading_.accepted_in(window));
+        const auto range = find_tag_range(window, reading_.accepted_after_tag_in(window));
         return read_facts(window, range.value_or(ByteRange()));
     });
 }

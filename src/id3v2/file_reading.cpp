@@ -213,6 +213,16 @@ std::optional<AcceptedFrame> FileReading::accepted_in(FileWindow& file) const {
     return is_known ? accepted : find_stream(*environment_, name_, file);
 }
 
+std::optional<AcceptedFrame> FileReading::accepted_after_tag_in(FileWindow& file) const {
+    constexpr auto kFirstFrames = static_cast<std::int64_t>(FileWindow::kHeadBlock);
+    constexpr auto kMaxHeld = static_cast<std::int64_t>(FileWindow::kMaxHeld);
+    if (accepted && accepted->position + kFirstFrames <= kMaxHeld) {
+        file.expect_at_once(accepted->position + kFirstFrames);
+        static_cast<void>(file.view(0, 1));
+    }
+    return accepted_in(file);
+}
+
 FrameWalk FileReading::walk_frames(const FrameVisitor& visit) const {
     if (name_.empty()) {
         return {};

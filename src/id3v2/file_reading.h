@@ -66,6 +66,8 @@ public:
     [[nodiscard]] std::unique_ptr<BinaryFile> open_to_look() const;
     // The accepted first frame in the file.
     [[nodiscard]] std::optional<AcceptedFrame> accepted_in(FileWindow& file) const;
+    // The same for a caller that reads the tag before it, too: the window then holds both.
+    [[nodiscard]] std::optional<AcceptedFrame> accepted_after_tag_in(FileWindow& file) const;
     // All frames.
     [[nodiscard]] FrameWalk walk_frames(const FrameVisitor& visit) const;
 

@@ -21,6 +21,7 @@
 #include "id3v2/tag_writer.h"
 #include "util/big_endian.h"
 #include "util/code_page.h"
+#include "util/window_file.h"
 
 namespace brindle {
 
@@ -276,14 +277,15 @@ private:
     std::map<FrameId, std::int32_t> counts_;
 };
 
-void plan(const FileReading& reading, BinaryFile& file, SavePlan& plan) {
-    FileWindow window(file);
+void plan(const FileReading& reading, BinaryFile& disk_file, SavePlan& plan) {
+    FileWindow window(disk_file);
+    WindowFile file(window);
     plan.tag_version = reading.tag_version;
     plan_step(plan.refusal, [&] { require_addressable_length(window.length()); });
     if (plan.refusal) {
         return;
     }
-    const std::optional<AcceptedFrame> accepted = reading.accepted_in(window);
+    const std::optional<AcceptedFrame> accepted = reading.accepted_after_tag_in(window);
     const FrameStore to_write = frames_to_save(reading);
     const std::vector<std::uint8_t> built = build_tag(to_write);
     WrittenFrames written(built);
@@ -291,7 +293,7 @@ void plan(const FileReading& reading, BinaryFile& file, SavePlan& plan) {
 
     TagArea area;
     plan_step(plan.refusal, [&] {
-        const Id3v1Change record = reading.record.plan(file, window.length());
+        const Id3v1Change record = reading.record.plan(disk_file, window.length());
         const FileContent content = with_record(file, window.length(), record);
         ContentFile content_file(content);
         FileWindow content_window(content_file);
