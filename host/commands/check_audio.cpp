@@ -129,7 +129,8 @@ public:
         const unsigned mode = frame.bytes[kModeByte] >> kModeShift;
         mode_changes_ += last_mode_ && *last_mode_ != mode ? 1 : 0;
         last_mode_ = mode;
-        if (frame_crc_fits(bytes) == false) {
+        // Most files have no checksums.
+        if (!MpegFrame::lacks_crc(bytes) && frame_crc_fits(bytes) == false) {
             first_wrong_crc_ = wrong_crcs_ == 0 ? frame.offset : first_wrong_crc_;
             ++wrong_crcs_;
         }

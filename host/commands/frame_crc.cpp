@@ -122,12 +122,9 @@ void take_layer2(const MpegFrame& frame, ProtectedBits& bits) {
 }  // namespace
 
 std::optional<bool> frame_crc_fits(std::string_view bytes) {
-    // That is the case in most files.
-    if (MpegFrame::lacks_crc(bytes)) {
-        return std::nullopt;
-    }
     const auto frame = mpeg_frame_in(bytes);
-    if (!frame || frame->is_free_format() || frame->layer == 1 || bytes.size() < kAfterCrc) {
+    if (!frame || MpegFrame::lacks_crc(bytes) || frame->is_free_format() || frame->layer == 1 ||
+        bytes.size() < kAfterCrc) {
         return std::nullopt;
     }
     ProtectedBits bits(bytes);

@@ -256,9 +256,11 @@ std::optional<std::string> single_bytes(const String& text) {
 }
 
 std::optional<MisreadText> find_misread_encoding(const String& text) {
+    if (std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < kFirstHigh; })) {
+        return std::nullopt;
+    }
     const std::optional<std::string> bytes = single_bytes(text);
-    if (!bytes || std::all_of(bytes->begin(), bytes->end(),
-                              [](char c) { return static_cast<Byte>(c) < kFirstHigh; })) {
+    if (!bytes) {
         return std::nullopt;
     }
     if (is_utf8(*bytes)) {
