@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <brindle/cMPEGHeader.h>
+#include <brindle/file_session.h>
 #include <brindle/tag_edit.h>
 #include <brindle/text.h>
 
@@ -153,7 +154,8 @@ public:
         if (Failure reason = change_.conclude("Saved", options_.preserve, remarks)) {
             return reason;
         }
-        cMPEGHeader now;
+        FileSession session;
+        cMPEGHeader now(session.environment());
         now.FileName(from_utf8(change_.name()));
         const TagFacts facts = read_tag_facts(now);
         const Reading reading(now, facts);

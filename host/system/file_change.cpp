@@ -65,26 +65,22 @@ std::optional<std::string> FileChange::reason_against(SaveWay way) const {
                                    : reason_against_replacing(name_);
 }
 
-std::optional<std::vector<std::string>> FileChange::remarks() const {
-    const std::optional<FileState> after = state_of(name_);
-    if (!after || !before_) {
-        return std::nullopt;
-    }
+std::vector<std::string> FileChange::remarks() const {
     std::vector<std::string> remarks;
-    if (after->is_same_file(*before_)) {
+    if (!is_rebuilt()) {
         return remarks;
     }
     if (before_->links > 1) {
         remarks.emplace_back("its other names keep the old content");
     }
-    if (after->owner != before_->owner) {
+    if (after_->owner != before_->owner) {
         remarks.emplace_back("it belongs to another user now");
-    } else if (after->group != before_->group) {
+    } else if (after_->group != before_->group) {
         remarks.emplace_back("it belongs to another group now");
     }
     for (const auto& [name, value] : before_->user_attributes) {
-        const auto kept = after->user_attributes.find(name);
-        if (kept == after->user_attributes.end() || kept->second != value) {
+        const auto kept = after_->user_attributes.find(name);
+        if (kept == after_->user_attributes.end() || kept->second != value) {
             remarks.push_back("its attribute " + name + " was not kept");
         }
     }
@@ -92,18 +88,17 @@ std::optional<std::vector<std::string>> FileChange::remarks() const {
 }
 
 std::optional<std::string> FileChange::conclude(const std::string& done, bool preserve,
-                                                std::vector<std::string>& remarks) const {
-    auto found = this->remarks();
-    if (!found) {
+                                                std::vector<std::string>& remarks) {
+    after_ = state_of(name_);
+    if (!after_ || !before_) {
         return done + ", but another program has removed it since";
     }
-    remarks = std::move(*found);
-    return preserve && before_ ? restore_modification_time(name_, *before_) : std::nullopt;
+    remarks = this->remarks();
+    return preserve ? restore_modification_time(name_, *before_) : std::nullopt;
 }
 
 bool FileChange::is_rebuilt() const {
-    const std::optional<FileState> after = state_of(name_);
-    return after && before_ && !after->is_same_file(*before_);
+    return after_ && before_ && !after_->is_same_file(*before_);
 }
 
 }  // namespace brindle::host

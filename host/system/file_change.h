@@ -35,17 +35,17 @@ public:
     // demand. `remarks` then tell what of its surroundings is not as before, in a few words each.
     // The answer is why the file failed, or nothing.
     [[nodiscard]] std::optional<std::string> conclude(const std::string& done, bool preserve,
-                                                      std::vector<std::string>& remarks) const;
-    // Whether the change was made in another file than the one that was opened.
+                                                      std::vector<std::string>& remarks);
+    // After conclude(): whether the change was made in another file than the one that was opened.
     [[nodiscard]] bool is_rebuilt() const;
 
 private:
-    // Nothing when the file is gone.
-    [[nodiscard]] std::optional<std::vector<std::string>> remarks() const;
+    [[nodiscard]] std::vector<std::string> remarks() const;
 
     std::string name_;
     FileGuard guard_;
     std::optional<FileState> before_;
+    std::optional<FileState> after_;
 };
 
 // What the error means for a file, in words.

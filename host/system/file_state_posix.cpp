@@ -45,7 +45,10 @@ std::map<std::string, std::string> user_attributes_of(const std::string& name) {
     std::map<std::string, std::string> attributes;
 #ifdef __linux__
     const ssize_t size = listxattr(name.c_str(), nullptr, 0);
-    std::string names(static_cast<std::size_t>(std::max<ssize_t>(size, 0)), '\0');
+    if (size <= 0) {
+        return attributes;
+    }
+    std::string names(static_cast<std::size_t>(size), '\0');
     const ssize_t listed = listxattr(name.c_str(), names.data(), names.size());
     names.resize(static_cast<std::size_t>(std::max<ssize_t>(listed, 0)));
     for (std::size_t begin = 0; begin < names.size();) {

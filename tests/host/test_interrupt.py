@@ -19,8 +19,9 @@ STATUS = {signal.SIGINT: 130, signal.SIGTERM: 143}
 def start(program, tmp_path):
     def run(*arguments, **options):
         options.setdefault("stdin", subprocess.DEVNULL)
+        # A run whose output is not read yet stays in the middle.
         return subprocess.Popen([program, *arguments], cwd=tmp_path, stdout=subprocess.PIPE,
-                                stderr=subprocess.PIPE, **options)
+                                stderr=subprocess.PIPE, pipesize=4096, **options)
     return run
 
 

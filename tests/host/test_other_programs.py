@@ -236,8 +236,9 @@ def test_signal_ends_the_batch_and_leaves_no_temporary_file(program, tmp_path, e
     names = [f"{number}.mp3" for number in range(400)]
     for name in names:
         (tmp_path / name).write_bytes(TIGHT + AUDIO)
+    # It stays in the middle: nobody reads its output yet.
     process = subprocess.Popen([program, "set", "--title", "New" * 100, *names], cwd=tmp_path,
-                               stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, pipesize=4096)
     process.stdout.readline()
     process.send_signal(end)
     output, errors = process.communicate(timeout=60)

@@ -330,14 +330,15 @@ def test_names_that_come_slowly_are_done_at_once(program, tmp_path):
 @pytest.mark.parametrize("first", [("set", "--title", "New", "--yes", "."), ("apply", "edits.csv"),
                                    ("undo",)], ids=lambda words: words[0])
 def test_run_that_is_interrupted_is_taken_back(program, brindle, tmp_path, state_folder, first):
-    names = [f"{number:04}.mp3" for number in range(800)]
+    # More than the answers that wait for a reader.
+    names = [f"{number:04}.mp3" for number in range(1_600)]
     for name in names:
         (tmp_path / name).write_bytes(ROOM + AUDIO)
     (tmp_path / "edits.csv").write_text("file,title\n" + "".join(f"{name},New\n" for name in names))
     if first == ("undo",):
         assert brindle("strip", "--v2", "--yes", ".").returncode == 0
     with subprocess.Popen([program, *first], cwd=tmp_path, stdin=subprocess.DEVNULL,
-                          stdout=subprocess.PIPE, stderr=subprocess.PIPE) as run:
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, pipesize=4096) as run:
         run.stdout.readline()
         run.send_signal(signal.SIGINT)
         run.stdout.read()
