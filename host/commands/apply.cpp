@@ -21,7 +21,7 @@
 #include "output/printable_text.h"
 #include "output/standard_streams.h"
 #include "system/file_access.h"
-#include "system/file_identity.h"
+#include "system/file_state.h"
 #include "system/input_file.h"
 #include "system/interruption.h"
 #include "system/process.h"
@@ -131,13 +131,12 @@ private:
                 task.errors.push_back("column file: " + printable(task.name) + ": " + *reason);
                 continue;
             }
-            const std::optional<FileIdentity> identity = identity_of(task.name);
-            if (!identity) {
+            const std::optional<FileState> state = state_of(task.name);
+            if (!state) {
                 task.errors.push_back("column file: " + printable(task.name) + " is gone");
                 continue;
             }
-            const auto [place, is_first] =
-                known.try_emplace({identity->volume, identity->number}, &task);
+            const auto [place, is_first] = known.try_emplace({state->volume, state->number}, &task);
             if (!is_first) {
                 RowTask& first = *place->second;
                 task.errors.push_back(same_file_text(first));
