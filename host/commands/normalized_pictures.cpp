@@ -71,7 +71,7 @@ std::string NormalizedPictures::file_name_of(const Extraction& extraction) const
 NormalizedPictures::Extraction NormalizedPictures::extraction_of(
     const EditedPicture& picture) const {
     const auto number = static_cast<std::int64_t>(extractions_.size()) + 1;
-    if (picture.image.empty() || picture.mime_type == kLink) {
+    if (picture.mime_type == kLink) {
         return {};
     }
     if (number > kMaxExtracted) {

@@ -145,8 +145,8 @@ struct EditOptions {
     // code page has it, such as a quotation mark or the euro sign. Other programs read these right;
     // hosts do not read them.
     bool latin1 = false;
-    // Is called once for each picture that stays, except compressed and encrypted ones and those of
-    // more than 64 MiB. An image that it returns takes the place of the picture's; type and
+    // Is called once for each picture that stays, except compressed and encrypted ones, those
+    // without an image and those of more than 64 MiB. An image that it returns takes the place of the picture's; type and
     // description stay.
     std::function<std::optional<NewImage>(const EditedPicture&)> new_image = nullptr;
     // Is called once for each value of the texts that stay ("T" frames, COMM, USLT, USER, IPLS). A

@@ -53,8 +53,8 @@ std::optional<std::vector<std::uint8_t>> with_new_image(
     Bytes content, std::size_t prefix, const TagFrame& frame,
     const decltype(EditOptions::new_image)& new_image) {
     const FrameText text(kPicture, content);
-    if (content.empty() || text.data_begin == 0) {
-        return std::nullopt;
+    if (text.data_begin == content.size()) {
+        return std::nullopt;  // no image, or cut in front of it
     }
     EditedPicture picture;
     static_cast<TagFrame&>(picture) = frame;

@@ -398,6 +398,23 @@ TEST(TagEdit, WritesInPlaceOnlyTheBytesThatDiffer) {
     EXPECT_LT(file.files().bytes_written(), 1'000U);
 }
 
+// Beyond that the file is rebuilt, so that the old bytes need not be kept in memory, too. The stamp
+// that each save writes and the value are new bytes, one after the other.
+TEST(TagEdit, WritesAMebibyteInPlaceAndNotMore) {
+    constexpr std::size_t kMebibyte = 1'048'576;
+    constexpr std::size_t kFrameHeader = 10;
+    constexpr std::size_t kStampFrame = kFrameHeader + kStamp.size() - "TXXX="sv.size();
+    constexpr std::size_t kAroundValue = kFrameHeader + "\0F\0"sv.size();
+    for (const auto& [length, fits] : {std::pair(kMebibyte, true), {kMebibyte + 1, false}}) {
+        const std::size_t value = length - kStampFrame - kAroundValue;
+        OpenedFile file(long_audio());
+        file.header.CustomFieldAdd(u"F", Variant(String(value, u'a')));
+        file.edit();
+        file.header.CustomFieldAdd(u"F", Variant(String(value, u'b')));
+        EXPECT_EQ(file.edit().fits, fits) << length;
+    }
+}
+
 TEST(TagEdit, RebuildsWhereALargeFrameMoves) {
     const Bytes picture = Bytes("\0image/png\0\3\0"sv) + letters(90'000);
     OpenedFile file(Tag(3).text("TIT2", "Old").frame("APIC", picture).padding(999) + long_audio());
@@ -623,6 +640,13 @@ TEST(NewImage, IsNotAskedForWhereNoneCanBe) {
                     long_audio());
     EXPECT_TRUE(file.edit(with_image("new", &asked)).changes_nothing);
     EXPECT_THAT(asked, IsEmpty());
+    for (const Bytes& cut : {Bytes("\0"sv), Bytes("\0image/png"sv), Bytes("\0image/png\0"sv),
+                             Bytes("\0image/png\0\3"sv), Bytes("\0image/png\0\3d"sv),
+                             Bytes("\0image/png\0\3d\0"sv), Bytes("\1image/png\0\3\xFF\xFE"sv)}) {
+        OpenedFile without(Tag(3).frame("APIC", cut).bytes() + long_audio());
+        EXPECT_TRUE(without.edit(with_image("new", &asked)).changes_nothing) << cut.text();
+        EXPECT_THAT(asked, IsEmpty()) << cut.text();
+    }
     OpenedFile other(Tag(3).picture("image/png", 3, "", "old").bytes() + long_audio());
     EditOptions options = with_image("new", &asked);
     options.removed = {{u"APIC"}};

@@ -1,15 +1,20 @@
 #include "id3v2/tag_search.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "support/bytes.h"
 #include "support/memory_files.h"
+#include "support/read_only_file.h"
 #include "support/shrunk_file.h"
 #include "util/file_window.h"
 
@@ -150,6 +155,37 @@ TEST(TagSearch, ReadsAFileOfMegabytesOnceWhenNothingIsFound) {
     EXPECT_EQ(find_tag(window), std::nullopt);
     EXPECT_LE(files.bytes_read(), kLength);
     EXPECT_LE(files.calls(test::FileCall::Read), kLength / FileWindow::kBlock + 4);
+}
+
+// 2 GiB, less a byte, that nobody has to store.
+class LongestFile final : public test::ReadOnlyFile {
+public:
+    static constexpr std::int64_t kLength = std::numeric_limits<std::int32_t>::max();
+
+    explicit LongestFile(std::int64_t tag) : tag_(tag) {}
+
+    std::int64_t length() override { return kLength; }
+    std::size_t read_at(std::int64_t offset, std::span<std::uint8_t> into) override {
+        std::fill(into.begin(), into.end(), kFiller);
+        for (std::size_t i = 0; i < kTag.size(); ++i) {
+            const std::int64_t place = tag_ + static_cast<std::int64_t>(i) - offset;
+            if (place >= 0 && std::cmp_less(place, into.size())) {
+                into[static_cast<std::size_t>(place)] = kTag[i];
+            }
+        }
+        return into.size();
+    }
+
+private:
+    std::int64_t tag_;
+};
+
+// The last block that is searched begins at 4,093 x 524,670 = 2,147,474,310: the next one would end
+// less than a block before 2 GiB.
+TEST(TagSearch, EndsTwoBlocksBefore2GiB) {
+    LongestFile file(std::int64_t{2'147'474'310} + 4'093 + 1'000);
+    FileWindow window(file);
+    EXPECT_EQ(find_tag(window), std::nullopt);
 }
 
 TEST(TagSearch, TagThatWasCutOffSinceIsNone) {

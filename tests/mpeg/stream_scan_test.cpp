@@ -394,6 +394,21 @@ TEST(SetFileName, SearchesAfterTheModelsTagFirst) {
     EXPECT_EQ(file.analyser.HeaderStartPos(), 5 * kFrameBytes);
 }
 
+// From the model's tag on, a run of two frames up to the file's end is too short. It must not count
+// for the second search, which comes to the place right after the analyser's tag.
+TEST(SetFileName, ChainOfTheFirstSearchIsForgottenInTheSecond) {
+    const Frame slow{.version = 2, .kbps = 8, .frequency = 24'000};  // 24 bytes each
+    const Bytes content =
+        stream(slow, 120) + zeros(6'000 - 2'880) + kFrame.bytes() + kFrame.with_kbps(320).bytes();
+    ASSERT_EQ(content.size(), 7'461U);
+    Analysis file(content);
+    file.tag(6'200).analyser.SetFileName(GivenFile(kName, 3'000));
+    EXPECT_TRUE(file.found());
+    EXPECT_EQ(file.analyser.HeaderStartPos(), 0);
+    EXPECT_EQ(file.analyser.BitRate(), 8'000);
+    EXPECT_EQ(file.analyser.DurationmS(), 7'461);  // 7,461 x 8 / 8
+}
+
 TEST(SetFileName, SearchesAfterTheAnalysersTagWhenThatFails) {
     // At 43,000 and for the next 16,384 bytes there are only zeros.
     Analysis file(zeros(30) + stream(kFrame, 101) + zeros(60'000));
