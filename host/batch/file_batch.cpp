@@ -11,7 +11,7 @@
 #include "batch/folder_walk.h"
 #include "output/printable_text.h"
 #include "output/standard_streams.h"
-#include "system/file_change.h"
+#include "system/error_text.h"
 #include "system/file_path.h"
 #include "system/interruption.h"
 #include "system/process.h"
@@ -56,9 +56,9 @@ std::string progress(std::size_t done, const PathOptions& options) {
 }  // namespace
 
 // An error is reported for its file, and the next file is processed.
-std::optional<std::string> outcome_of(const FileStep& step, const std::string& name) {
+std::optional<std::string> outcome_of(const FileStep& step) {
     try {
-        return step(name);
+        return step();
     } catch (const Error& error) {
         return reason_of(error);
     } catch (const std::bad_alloc&) {

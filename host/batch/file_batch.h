@@ -11,11 +11,11 @@
 
 namespace brindle::host {
 
-// What is done to each file; the answer is why it failed, or nothing.
-using FileStep = std::function<std::optional<std::string>(const std::string& name)>;
+// What is done with one file; the answer is why it failed, or nothing.
+using FileStep = std::function<std::optional<std::string>()>;
 
-// Runs the step; what it raises of one file is the reason, too.
-[[nodiscard]] std::optional<std::string> outcome_of(const FileStep& step, const std::string& name);
+// Runs the step; an error that it raises is the reason, too.
+[[nodiscard]] std::optional<std::string> outcome_of(const FileStep& step);
 
 struct ChangeOptions : PathOptions {
     bool yes = false;      // changes files in folders without asking

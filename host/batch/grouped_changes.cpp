@@ -16,12 +16,10 @@ void GroupedChanges::add(const std::string& name, const PlanStep& plan) {
         files_.emplace(state->volume, state->number);
     }
     PlannedChange change;
-    change.failure = outcome_of(
-        [&](const std::string& file) {
-            change = plan(file);
-            return change.failure;
-        },
-        name);
+    change.failure = outcome_of([&] {
+        change = plan(name);
+        return change.failure;
+    });
     group_.push_back({name, std::move(change)});
     if (group_.size() >= rules_.size || rules_.is_full()) {
         write();
@@ -44,7 +42,7 @@ void GroupedChanges::write() {
         }
         if (change.write) {
             is_first = false;
-            change.failure = outcome_of([&](const std::string&) { return change.write(); }, name);
+            change.failure = outcome_of(change.write);
             change.write = nullptr;  // releases the file
         }
         done_(name, change.failure);

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "output/standard_streams.h"
-#include "system/read_failure.h"
 
 namespace brindle::host {
 
@@ -94,11 +93,9 @@ Answer CachedBatch::cached_answer(const FoundName& found, const FileIdentity& id
             return *std::move(answer);
         }
     }
-    static_cast<void>(take_read_failure());
     const FileStatus status{FileKind::Regular, identity.size, identity.modified};
     FileResult result = work.read({found.name, found.failure, status});
-    const bool has_read_all = result.is_lasting && !take_read_failure();
-    if (result.answer.error || !has_read_all || identity_of(found.name) != identity) {
+    if (result.answer.error || !result.is_lasting || identity_of(found.name) != identity) {
         return finished_answer(std::move(result), found.name, &identity, work);
     }
     CachedAnswer now{.output = work.present ? result.record : result.answer.output,

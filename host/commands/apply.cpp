@@ -179,10 +179,8 @@ private:
             false, [](const RowTask& task) { return task.errors.empty(); },
             [this](RowTask& task) {
                 Answer answer;
-                const auto check = [&](const std::string& name) {
-                    return reason_against(task, name, answer);
-                };
-                if (const auto reason = outcome_of(check, task.name)) {
+                const auto check = [&] { return reason_against(task, answer); };
+                if (const auto reason = outcome_of(check)) {
                     task.errors.push_back(printable(task.name) + ": " + *reason);
                 }
                 return answer;
@@ -190,10 +188,9 @@ private:
     }
 
     // Called on several threads, each with its own task.
-    [[nodiscard]] std::optional<std::string> reason_against(RowTask& task, const std::string& name,
-                                                            Answer& answer) const {
+    [[nodiscard]] std::optional<std::string> reason_against(RowTask& task, Answer& answer) const {
         cMPEGHeader header;
-        if (auto reason = open_file(header, name, answer.bytes)) {
+        if (auto reason = open_file(header, task.name, answer.bytes)) {
             return reason;
         }
         RowEdits row = edits_of(task.row, header, options_.unicode);
@@ -206,7 +203,7 @@ private:
         trial.dry_run = true;
         SetReport report;
         auto reason =
-            set_with_editor(name, trial, report, options_.dry_run ? journal_ : no_journal_);
+            set_with_editor(task.name, trial, report, options_.dry_run ? journal_ : no_journal_);
         if (options_.dry_run && !reason) {
             answer.output = report.lines;
         }
@@ -242,10 +239,8 @@ private:
         const BatchOutcome outcome = run_tasks(true, is_wanted, [&](RowTask& task) {
             Answer answer;
             SetReport report;
-            const auto save = [&](const std::string& name) {
-                return set_with_editor(name, task.changes, report, journal_);
-            };
-            answer.error = outcome_of(save, task.name);
+            answer.error = outcome_of(
+                [&] { return set_with_editor(task.name, task.changes, report, journal_); });
             answer.output = report.lines;
             written += report.is_written && !answer.error ? 1 : 0;
             return answer;
@@ -283,7 +278,8 @@ private:
 ExitStatus apply(const ApplyOptions& options) {
     std::string text;
     const bool is_input = options.edits == kStandardInput;
-    const auto reason = is_input ? read_all_input(text) : read_whole_file(options.edits, text);
+    const auto reason = is_input ? read_all_input(text)
+                                 : outcome_of([&] { return read_whole_file(options.edits, text); });
     if (reason) {
         write_error(is_input ? "standard input" : options.edits, *reason);
         return ExitStatus::SomeFileFailed;

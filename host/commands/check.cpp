@@ -10,9 +10,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include <brindle/error.h>
-
 #include "batch/batch.h"
+#include "batch/file_batch.h"
 #include "commands/check_file.h"
 #include "commands/check_json.h"
 #include "commands/check_reasons.h"
@@ -76,16 +75,15 @@ FileResult check(const FoundName& found, const CheckOptions& options) {
     FileResult result;
     Answer& answer = result.answer;
     InputFile file(found);
-    answer.error = file.open();
-    answer.bytes = file.size();
     std::vector<Finding> findings;
-    if (!answer.error) {
-        try {
-            findings = check_file(file, options.listen ? &options.limits : nullptr);
-        } catch (const Error& error) {
-            answer.error = error.what();
+    answer.error = outcome_of([&]() -> std::optional<std::string> {
+        if (auto reason = file.open()) {
+            return reason;
         }
-    }
+        findings = check_file(file, options.listen ? &options.limits : nullptr);
+        return std::nullopt;
+    });
+    answer.bytes = file.size();
     if (answer.error) {
         answer.output = options.json ? failure_json_line(found.name, *answer.error) : "";
         return result;

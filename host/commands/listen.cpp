@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include <brindle/error.h>
 #include <brindle/text.h>
 
 #include "batch/batch.h"
@@ -155,26 +154,22 @@ FileResult listen_to(const FoundName& found, const ListenCommand& options) {
     FileResult result;
     Answer& answer = result.answer;
     InputFile file(found);
-    answer.error = file.open();
+    std::optional<Listening> heard;
+    answer.error = outcome_of([&]() -> std::optional<std::string> {
+        if (auto reason = file.open()) {
+            return reason;
+        }
+        heard = listen_to_file(file.header(), file.size(), options.listening);
+        return heard ? failure_of(*heard) : "no MPEG audio found";
+    });
     answer.bytes = file.size();
     if (!answer.error) {
-        try {
-            const auto heard = listen_to_file(file.header(), file.size(), options.listening);
-            answer.error = heard ? failure_of(*heard) : "no MPEG audio found";
-            if (heard && answer.error) {
-                answer.output = text_of(found.name, *heard, answer.error, options);
-            } else if (heard) {
-                result.record = listening_record(*heard);
-                result.is_lasting = !file.header().OpeningError();
-            }
-            if (heard) {
-                return result;
-            }
-        } catch (const Error& error) {
-            answer.error = error.what();
-        }
+        result.record = listening_record(*heard);
+        result.is_lasting = !file.header().OpeningError();
+    } else {
+        answer.output = heard ? text_of(found.name, *heard, answer.error, options)
+                              : text_of_failure(found.name, *answer.error, options);
     }
-    answer.output = text_of_failure(found.name, *answer.error, options);
     return result;
 }
 
@@ -197,10 +192,11 @@ ExitStatus listen_and_set(ListenCommand& options) {
     const BatchOutcome outcome = run_batch(options.batch, [&](const FoundName& found) {
         Answer answer;
         SetReport report;
-        const auto step = [&](const std::string& name) {
-            return set_suggestions(name, options.listening, options.suggestions, report, journal);
+        const auto step = [&] {
+            return set_suggestions(found.name, options.listening, options.suggestions, report,
+                                   journal);
         };
-        answer.error = found.failure ? found.failure : outcome_of(step, found.name);
+        answer.error = found.failure ? found.failure : outcome_of(step);
         answer.output = report.lines;
         written += report.is_written && !answer.error ? 1 : 0;
         return answer;

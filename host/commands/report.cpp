@@ -7,9 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include <brindle/error.h>
-
 #include "batch/batch.h"
+#include "batch/file_batch.h"
 #include "commands/check_file.h"
 #include "commands/check_json.h"
 #include "commands/check_summary.h"
@@ -96,12 +95,14 @@ private:
     // A slip must not cost a recording or any other file.
     void create_file() {
         constexpr std::size_t kBeginning = 64;
-        std::int64_t size = 0;
-        if (!reason_against_file(options_.output, size) && size > 0 &&
-            !is_report(read_bytes(options_.output, 0, kBeginning))) {
-            throw PageError("It exists and is not a report");
-        }
-        require(file_.create(options_.output));
+        require(outcome_of([&]() -> std::optional<std::string> {
+            std::int64_t size = 0;
+            if (!reason_against_file(options_.output, size) && size > 0 &&
+                !is_report(read_bytes(options_.output, 0, kBeginning))) {
+                return "It exists and is not a report";
+            }
+            return file_.create(options_.output);
+        }));
     }
 
     void write(std::string_view text) {
@@ -131,19 +132,18 @@ private:
         FileResult result;
         Answer& answer = result.answer;
         InputFile file(found);
-        answer.error = file.open();
-        answer.bytes = file.size();
-        if (!answer.error) {
-            try {
-                const auto findings = check_file(file, nullptr);
-                result.record = report_facts(found.name, file_json(file, FrameValues::LeftOut),
-                                             findings_json(findings));
-                result.counted = CheckSummary::counted(findings);
-                result.is_lasting = !file.header().OpeningError();
-            } catch (const Error& error) {
-                answer.error = error.what();
+        answer.error = outcome_of([&]() -> std::optional<std::string> {
+            if (auto reason = file.open()) {
+                return reason;
             }
-        }
+            const auto findings = check_file(file, nullptr);
+            result.record = report_facts(found.name, file_json(file, FrameValues::LeftOut),
+                                         findings_json(findings));
+            result.counted = CheckSummary::counted(findings);
+            result.is_lasting = !file.header().OpeningError();
+            return std::nullopt;
+        });
+        answer.bytes = file.size();
         if (answer.error) {
             answer.output = failure_row(found.name, *answer.error);
         }

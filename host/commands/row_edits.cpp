@@ -221,7 +221,7 @@ private:
             if (given.is_removed || is_same_value(text, given.now)) {
                 continue;
             }
-            facts = facts ? facts : facts_of(header_);
+            facts = facts ? facts : read_tag_facts(header_);
             if (is_reading_of_utf8(text, given.column, *facts)) {
                 continue;
             }

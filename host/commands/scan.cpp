@@ -3,10 +3,10 @@
 #include <optional>
 
 #include <brindle/cMPEGHeader.h>
-#include <brindle/error.h>
 #include <brindle/text.h>
 
 #include "batch/batch.h"
+#include "batch/file_batch.h"
 #include "commands/command_line.h"
 #include "commands/scan_summary.h"
 #include "output/audio_hash.h"
@@ -16,7 +16,6 @@
 #include "output/printable_text.h"
 #include "output/standard_streams.h"
 #include "output/stream_text.h"
-#include "system/file_change.h"
 #include "system/input_file.h"
 #include "system/sha256.h"
 
@@ -129,20 +128,17 @@ private:
         FileResult result;
         Answer& answer = result.answer;
         InputFile file(found);
-        answer.error = file.open();
-        answer.bytes = file.size();
-        std::optional<std::string> hash;
-        if (hashes_ && !answer.error) {
-            try {
-                hash = audio_hash(file);
-            } catch (const Error& error) {
-                answer.error = reason_of(error);
+        answer.error = outcome_of([&]() -> std::optional<std::string> {
+            if (auto reason = file.open()) {
+                return reason;
             }
-        }
+            answer.output = text_of(file, hashes_ ? std::optional(audio_hash(file)) : std::nullopt);
+            return std::nullopt;
+        });
+        answer.bytes = file.size();
         if (answer.error) {
             answer.output = text_of_failure(found.name, *answer.error);
         } else {
-            answer.output = text_of(file, hash);
             result.counted = ScanSummary::counted(file.header());
             result.is_lasting = !file.header().OpeningError();
         }

@@ -12,6 +12,7 @@
 #include "output/save_text.h"
 #include "output/standard_streams.h"
 #include "output/stream_text.h"
+#include "system/error_text.h"
 #include "system/file_change.h"
 
 namespace brindle::host {

@@ -13,6 +13,7 @@
 #include "output/printable_text.h"
 #include "output/save_text.h"
 #include "output/stream_text.h"
+#include "system/error_text.h"
 #include "system/file_change.h"
 
 namespace brindle::host {

@@ -1,7 +1,9 @@
 // brindle show: stream, tags and fields of each file.
 #include <memory>
 #include <optional>
+#include <string>
 
+#include "batch/file_batch.h"
 #include "batch/name_source.h"
 #include "commands/command_line.h"
 #include "output/file_json.h"
@@ -25,19 +27,22 @@ ExitStatus show(const ShowOptions& options) {
     while (const std::optional<FoundName> found = names.next()) {
         const std::string& name = found->name;
         InputFile file(*found);
-        const auto reason = file.open();
+        std::string text;
+        const auto reason = outcome_of([&]() -> std::optional<std::string> {
+            if (auto why = file.open()) {
+                return why;
+            }
+            text = options.json ? file_json_line(file, FrameValues::Shown)
+                                : (blank_line ? "\n" : "") + file_report(name, file.header());
+            return std::nullopt;
+        });
         if (reason) {
             status = ExitStatus::SomeFileFailed;
             write_error(name, *reason);
-            if (options.json) {
-                write_output(failure_json_line(name, *reason));
-            }
-        } else if (options.json) {
-            write_output(file_json_line(file, FrameValues::Shown));
-        } else {
-            write_output((blank_line ? "\n" : "") + file_report(name, file.header()));
-            blank_line = true;
+            text = options.json ? failure_json_line(name, *reason) : "";
         }
+        write_output(text);
+        blank_line = blank_line || !reason;
     }
     return status;
 }

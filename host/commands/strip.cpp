@@ -13,6 +13,7 @@
 #include "output/printable_text.h"
 #include "output/save_text.h"
 #include "output/standard_streams.h"
+#include "system/error_text.h"
 #include "system/file_access.h"
 #include "system/file_change.h"
 #include "system/file_state.h"

@@ -10,6 +10,7 @@
 #include "output/printable_text.h"
 #include "pictures/extracted_name.h"
 #include "system/created_file.h"
+#include "system/error_text.h"
 #include "system/file_access.h"
 #include "system/file_path.h"
 #include "system/recorded_name.h"
@@ -49,9 +50,13 @@ Found find(const std::string& name, std::int64_t length) {
     } else if (Failure reason = reason_against_reading(name)) {
         found.reason = *reason;
     } else {
-        const std::string bytes = read_bytes(name, 0, static_cast<std::size_t>(length));
-        found.bytes.assign(bytes.begin(), bytes.end());
-        found.state = *state;
+        try {
+            const std::string bytes = read_bytes(name, 0, static_cast<std::size_t>(length));
+            found.bytes.assign(bytes.begin(), bytes.end());
+            found.state = *state;
+        } catch (const Error& fault) {
+            found.reason = reason_of(fault);
+        }
     }
     return found;
 }

@@ -206,7 +206,7 @@ Json file_object(InputFile& file, const TagFacts& facts) {
 }  // namespace
 
 Json file_json(InputFile& file, FrameValues values, const std::optional<std::string>& audio_hash) {
-    const TagFacts facts = facts_of(file);
+    const TagFacts& facts = file.facts();
     Json object = hosts_object(file.header(), values);
     object["schema"] = kJsonSchema;
     object["tag"] = tag_object(facts);

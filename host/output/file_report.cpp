@@ -86,7 +86,7 @@ std::string tag_field_text(const Field& field, const cMPEGHeader& header, const 
 }
 
 Group tags(const cMPEGHeader& header) {
-    const TagFacts facts = facts_of(header);
+    const TagFacts facts = read_tag_facts(header);
     Group group{"Tags", {}};
     group.add("Present", tag_type_text(header.TagType()));
     if (const std::int32_t size = header.ID3TagSizeIncludingHeader(); size != 0) {

@@ -3,26 +3,13 @@
 #include <charconv>
 #include <string>
 
-#include <brindle/error.h>
 #include <brindle/text.h>
-
-#include "system/read_failure.h"
 
 namespace brindle::host {
 
 namespace {
 
 constexpr std::u16string_view kStamp = u"Corrupt ID3v2 Tag";
-
-template <typename Read>
-TagFacts facts_or_none(const Read& read) {
-    try {
-        return read();
-    } catch (const Error&) {
-        note_read_failure();
-        return {};
-    }
-}
 
 }  // namespace
 
@@ -58,14 +45,6 @@ std::vector<String> tag_frame_ids(const cMPEGHeader& header) {
 
 bool is_picture(const String& frame_id) {
     return frame_id == u"APIC";
-}
-
-TagFacts facts_of(const cMPEGHeader& header) {
-    return facts_or_none([&] { return read_tag_facts(header); });
-}
-
-TagFacts facts_of(InputFile& file) {
-    return facts_or_none([&] { return file.facts(); });
 }
 
 std::optional<String> tag_year(const TagFacts& facts) {

@@ -9,8 +9,6 @@
 #include <brindle/cMPEGHeader.h>
 #include <brindle/tag_facts.h>
 
-#include "system/input_file.h"
-
 namespace brindle::host {
 
 // Hosts cannot read the tag to its end. The library puts a stamp in the place of title and artist;
@@ -26,10 +24,6 @@ namespace brindle::host {
 // In the order of the file, each once.
 [[nodiscard]] std::vector<String> tag_frame_ids(const cMPEGHeader& header);
 [[nodiscard]] bool is_picture(const String& frame_id);
-
-// By the public documents. Nothing for a file that is gone, or can't be read, since it was opened.
-[[nodiscard]] TagFacts facts_of(const cMPEGHeader& header);
-[[nodiscard]] TagFacts facts_of(InputFile& file);
 
 // The first four characters of the recording time (TDRC), or the text of TYER.
 [[nodiscard]] std::optional<String> tag_year(const TagFacts& facts);

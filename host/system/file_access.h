@@ -42,7 +42,8 @@ public:
     FileBytes& operator=(const FileBytes&) = delete;
     virtual ~FileBytes() = default;
 
-    // `count` bytes from an offset on, fewer where the file ends or can't be read.
+    // `count` bytes from an offset on, fewer only where the file ends. Raises Error where it can't
+    // be read.
     [[nodiscard]] virtual std::string read(std::int64_t offset, std::size_t count) = 0;
 };
 

@@ -6,9 +6,10 @@
 
 #include <sys/stat.h>
 
+#include <brindle/error.h>
+
 #include "system/file_access.h"
 #include "system/posix_calls.h"
-#include "system/read_failure.h"
 
 namespace brindle::host {
 
@@ -88,9 +89,9 @@ std::string ReadOnlyFile::read(std::int64_t offset, std::size_t count) {
     std::string bytes(count, '\0');
     const ssize_t done = pread(handle_->file, bytes.data(), bytes.size(), offset);
     if (done < 0) {
-        note_read_failure();
+        throw Error(RuntimeError::DeviceInputOutput, u"brindle");
     }
-    bytes.resize(done > 0 ? static_cast<std::size_t>(done) : 0);
+    bytes.resize(static_cast<std::size_t>(done));
     return bytes;
 }
 

@@ -2,9 +2,10 @@
 #include <system_error>
 #include <utility>
 
+#include <brindle/error.h>
+
 #include "system/calls_windows.h"
 #include "system/file_access.h"
-#include "system/read_failure.h"
 #include "system/windows_handle.h"
 
 namespace brindle::host {
@@ -64,8 +65,7 @@ std::string ReadOnlyFile::read(std::int64_t offset, std::size_t count) {
     std::string bytes(count, '\0');
     if (!file.is_open() || SetFilePointerEx(file.get(), place, nullptr, FILE_BEGIN) == 0 ||
         ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr) == 0) {
-        note_read_failure();
-        return {};
+        throw Error(RuntimeError::DeviceInputOutput, u"brindle");
     }
     bytes.resize(done);
     return bytes;

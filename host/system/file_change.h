@@ -5,7 +5,6 @@
 #include <vector>
 
 #include <brindle/cMPEGHeader.h>
-#include <brindle/error.h>
 
 #include "system/file_guard.h"
 #include "system/file_state.h"
@@ -47,8 +46,5 @@ private:
     std::optional<FileState> before_;
     std::optional<FileState> after_;
 };
-
-// What the error means for a file, in words.
-[[nodiscard]] std::string reason_of(const Error& error);
 
 }  // namespace brindle::host

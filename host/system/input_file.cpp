@@ -9,14 +9,14 @@
 #include <brindle/error.h>
 #include <brindle/text.h>
 
-#include "system/read_failure.h"
+#include "system/error_text.h"
 
 namespace brindle::host {
 
 namespace {
 
-// The value for a file with neither tag.
-constexpr auto kUntagged = static_cast<eTagType>(-1);
+// Of files above 2 GiB, in which hosts find nothing.
+constexpr auto kTooLong = static_cast<std::int32_t>(RuntimeError::Overflow);
 
 char ascii_lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -32,9 +32,13 @@ std::optional<std::string> read_file(cMPEGHeader& header, const std::string& nam
     if (header.FileName().empty()) {
         return std::generic_category().message(ENOENT);
     }
-    // If anything was found, the file was read and need not be opened again.
-    const bool has_nothing = header.Frequency() == 0 && header.TagType() == kUntagged;
-    return has_nothing && header.OpeningError() ? reason_against_reading(name) : std::nullopt;
+    const std::optional<Error> error = header.OpeningError();
+    if (!error || error->number() == kTooLong) {
+        return std::nullopt;
+    }
+    // In the system's words, if it has any.
+    const auto reason = reason_against_reading(name);
+    return reason ? reason : reason_of(*error);
 }
 
 }  // namespace
@@ -88,12 +92,7 @@ const TagFacts& InputFile::facts() {
 
 std::string InputFile::read(std::int64_t offset, std::size_t count) {
     std::vector<std::uint8_t> bytes(count);
-    try {
-        bytes.resize(session_.read(offset, bytes));
-    } catch (const Error&) {
-        note_read_failure();
-        return {};
-    }
+    bytes.resize(session_.read(offset, bytes));
     return {bytes.begin(), bytes.end()};
 }
 

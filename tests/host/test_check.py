@@ -721,7 +721,7 @@ def test_fault_of_the_disk_is_no_verdict(program, tmp_path):
         cwd=tmp_path, capture_output=True, timeout=60, check=False)
     assert result.returncode == 1
     assert result.stdout == b""
-    assert result.stderr == b"brindle: a.mp3: Device I/O error\n"
+    assert result.stderr == b"brindle: a.mp3: The device could not be read or written\n"
 
 
 @pytest.mark.parametrize("arguments", [[], ["--csv", "."], ["--jobs", "0", "."], ["--json=no", "."]],
