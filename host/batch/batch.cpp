@@ -101,10 +101,11 @@ private:
 
     void work() {
         try {
-            while (std::optional<Task> task = take()) {
+            bool has_turn = false;
+            while (std::optional<Task> task = take(has_turn)) {
                 Answer answer = job_(task->found);
                 progress_.add_file(answer.bytes);
-                deliver(task->number, {std::move(task->found.name), std::move(answer)});
+                has_turn = deliver(task->number, {std::move(task->found.name), std::move(answer)});
             }
         } catch (...) {
             const Lock lock(answers_);
@@ -123,8 +124,8 @@ private:
         turn_.notify_all();
     }
 
-    std::optional<Task> take() {
-        {
+    std::optional<Task> take(bool has_turn) {
+        if (!has_turn) {
             Lock lock(answers_);
             turn_.wait(lock, [this] { return running_ < jobs() || is_over_; });
             if (is_over_) {
@@ -157,26 +158,29 @@ private:
         return Task{*std::move(found), written_ + waiting_.size() - 1};
     }
 
-    void count_ended_job() {
-        --running_;
-        const unsigned before = jobs();
+    // Whether its thread goes on with another file. To wake one of those that wait for their turn
+    // instead takes longer than many a file.
+    bool count_ended_job() {
         if (fixed_jobs_ == 0) {
+            const unsigned before = jobs();
             tuner_.job_ended(std::chrono::steady_clock::now());
+            if (jobs() > before) {
+                turn_.notify_all();
+            }
         }
-        if (jobs() > before) {
-            turn_.notify_all();
-        } else {
-            turn_.notify_one();
-        }
+        const bool goes_on = running_ <= jobs();
+        running_ -= goes_on ? 0 : 1;
+        return goes_on;
     }
 
-    // The thread with the next answer writes it, and all that wait after it.
-    void deliver(std::size_t number, std::pair<std::string, Answer> answer) {
+    // The thread with the next answer writes it, and all that wait after it. The answer is whether
+    // the thread goes on with another file.
+    bool deliver(std::size_t number, std::pair<std::string, Answer> answer) {
         Lock lock(answers_);
-        count_ended_job();
+        const bool goes_on = count_ended_job();
         waiting_[number - written_] = std::move(answer);
         if (is_writing_) {
-            return;
+            return goes_on;
         }
         is_writing_ = true;
         while (!waiting_.empty() && waiting_.front() && !fault_) {
@@ -192,6 +196,7 @@ private:
             lock.lock();
         }
         is_writing_ = false;
+        return goes_on;
     }
 
     void write(const std::vector<Waiting>& ready) {
