@@ -151,6 +151,9 @@ private:
             end();
             return std::nullopt;
         }
+        if (written_ + waiting_.size() == 0) {
+            tuner_.first_job_begins(std::chrono::steady_clock::now());
+        }
         waiting_.emplace_back();
         if (needs_thread()) {
             done_.notify_one();

@@ -10,7 +10,7 @@ constexpr unsigned kFirstJobsPerProcessor = 4;
 // Shorter windows measure chance. Two jobs each: where all wait for the same device, jobs end in
 // groups of all that run.
 constexpr std::int64_t kJobsEachInWindow = 2;
-constexpr std::chrono::milliseconds kShortestWindow{10};
+constexpr std::chrono::milliseconds kShortestWindow{5};
 // More jobs must pay for their memory; fewer may cost next to nothing.
 constexpr double kGainOfMore = 1.1;
 constexpr double kCostOfFewer = 0.95;
@@ -37,10 +37,18 @@ void JobTuner::job_ended(Time now) {
     }
     ++ended_;
     const auto elapsed = now - window_start_;
-    if (ended_ < kJobsEachInWindow * jobs_ || elapsed < kShortestWindow) {
+    if (ended_ < jobs_ || elapsed < kShortestWindow) {
         return;
     }
-    decide(static_cast<double>(ended_) / std::chrono::duration<double>(elapsed).count());
+    const double throughput =
+        static_cast<double>(ended_) / std::chrono::duration<double>(elapsed).count();
+    // One job each is enough for a gain that chance does not make.
+    const bool is_clear =
+        phase_ == Phase::Raising && throughput >= best_throughput_ * kGainFarFromTheBest;
+    if (ended_ < kJobsEachInWindow * jobs_ && !is_clear) {
+        return;
+    }
+    decide(throughput);
     ended_ = 0;
     window_start_ = now;
 }
@@ -111,7 +119,8 @@ void JobTuner::settle() {
 }
 
 void JobTuner::change_to(unsigned jobs, Phase phase) {
-    skipped_ = jobs_;
+    // Of fewer jobs all go on; of more some still end, which is no measure.
+    skipped_ = jobs < jobs_ ? jobs_ : 0;
     jobs_ = jobs;
     phase_ = phase;
 }

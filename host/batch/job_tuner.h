@@ -21,6 +21,8 @@ public:
 
     // Number of jobs to run now, 1 to kMaxJobs.
     [[nodiscard]] unsigned jobs() const { return jobs_; }
+    // The first job begins later than the batch: a folder had to be read before.
+    void first_job_begins(Time now) { window_start_ = now; }
     // Takes the end of one job.
     void job_ended(Time now);
 

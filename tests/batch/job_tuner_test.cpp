@@ -52,10 +52,13 @@ SimulatedRun simulate(int files, const JobSeconds& job_seconds,
     return run;
 }
 
-SimulatedRun simulate_tuned(int files, const JobSeconds& job_seconds, unsigned processors = 2) {
+SimulatedRun simulate_tuned(int files, const JobSeconds& job_seconds, unsigned processors = 2,
+                            std::chrono::milliseconds before = {}) {
     JobTuner tuner(processors, Time{});
+    tuner.first_job_begins(Time{} + before);
     return simulate(
-        files, job_seconds, [&] { return tuner.jobs(); }, [&](Time now) { tuner.job_ended(now); });
+        files, job_seconds, [&] { return tuner.jobs(); },
+        [&](Time now) { tuner.job_ended(now + before); });
 }
 
 SimulatedRun simulate_fixed(int files, const JobSeconds& job_seconds, unsigned jobs) {
@@ -138,6 +141,11 @@ TEST(JobTuner, CrowdedDeviceIsFoundWithin500Files) {
     EXPECT_GE(run.jobs, 3U);
     EXPECT_LE(run.jobs, 8U);
     EXPECT_LE(simulate_tuned(20'000, crowded).seconds, best_fixed_seconds(20'000, crowded) / 0.9);
+}
+
+TEST(JobTuner, TimeBeforeTheFirstJobDoesNotCount) {
+    // As if many more jobs were far better than the first eight.
+    EXPECT_EQ(simulate_tuned(200, cached, 2, std::chrono::seconds(1)).most_jobs, 16U);
 }
 
 TEST(JobTuner, NeverMoreThanTheMost) {
