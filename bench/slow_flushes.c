@@ -1,5 +1,5 @@
-// Loaded before other libraries: every flush waits longer, by the microseconds in SLOW_FLUSHES_US, as
-// a device without a cache that survives a power cut makes it wait.
+// Loaded before other libraries: every flush waits longer, by the microseconds in SLOW_FLUSHES_US,
+// as a device without a cache that survives a power cut makes it wait.
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <stdlib.h>

@@ -1,5 +1,5 @@
-// Loaded before other libraries: every open and read of a file whose name, or whose other name, ends
-// in .mp3 waits as a disk or a share would make it wait.
+// Loaded before other libraries: every open and read of a file whose name, or whose other name,
+// ends in .mp3 waits as a disk or a share would make it wait.
 //
 //   SLOW_READS_US       microseconds that one request takes
 //   SLOW_READS_CROWD    above so many requests at a time each takes longer, by the square of their

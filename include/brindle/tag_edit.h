@@ -146,8 +146,8 @@ struct EditOptions {
     // hosts do not read them.
     bool latin1 = false;
     // Is called once for each picture that stays, except compressed and encrypted ones, those
-    // without an image and those of more than 64 MiB. An image that it returns takes the place of the picture's; type and
-    // description stay.
+    // without an image and those of more than 64 MiB. An image that it returns takes the place of
+    // the picture's; type and description stay.
     std::function<std::optional<NewImage>(const EditedPicture&)> new_image = nullptr;
     // Is called once for each value of the texts that stay ("T" frames, COMM, USLT, USER, IPLS). A
     // text that it returns takes the value's place, in ISO-8859-1 or UTF-16.
