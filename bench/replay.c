@@ -11,9 +11,8 @@
 //   advise ADVICE            of posix_fadvise, a number
 //   read OFFSET LENGTH
 //   change | create          open for writing: what is there, and what is not
-//   append                   opens for writing at the end; what all do to this one file goes
-//   through
-//                            one descriptor, which the first of them creates
+//   append                   opens for writing at the end: what all files of this name do goes
+//                            through one descriptor, which the first of them creates
 //   write OFFSET LENGTH
 //   add LENGTH               writes where the last write ended
 //   cut LENGTH
@@ -46,8 +45,17 @@ struct place {
     char* buffer;
 };
 
-struct call {
+struct call;
+
+struct kind {
+    const char* word;
     void (*make)(const struct call* call, struct place* place);
+    int flags;             // of make_open
+    int (*act)(int file);  // of make_act
+};
+
+struct call {
+    const struct kind* kind;
     long long first;
     long long second;
     char* name;
@@ -78,36 +86,24 @@ static void open_for(struct place* place, int flags) {
     require(place->descriptor >= 0, place->name);
 }
 
+static void make_open(const struct call* call, struct place* place) {
+    open_for(place, call->kind->flags);
+}
+
+static void make_act(const struct call* call, struct place* place) {
+    require(call->kind->act(place->descriptor) == 0, place->name);
+}
+
 static void make_stat(const struct call* call, struct place* place) {
     (void)call;
     struct stat status;
     require(stat(place->name, &status) == 0, place->name);
 }
 
-static void make_open(const struct call* call, struct place* place) {
-    (void)call;
-    open_for(place, O_RDONLY);
-}
-
 static void make_fstat(const struct call* call, struct place* place) {
     (void)call;
     struct stat status;
     require(fstat(place->descriptor, &status) == 0, place->name);
-}
-
-static void make_fsync(const struct call* call, struct place* place) {
-    (void)call;
-    require(fsync(place->descriptor) == 0, place->name);
-}
-
-static void make_fdatasync(const struct call* call, struct place* place) {
-    (void)call;
-    require(fdatasync(place->descriptor) == 0, place->name);
-}
-
-static void make_close(const struct call* call, struct place* place) {
-    (void)call;
-    require(close(place->descriptor) == 0, place->name);
 }
 
 static void make_advise(const struct call* call, struct place* place) {
@@ -119,16 +115,6 @@ static void make_read(const struct call* call, struct place* place) {
     char* const buffer = place->buffer + call->first % PAGE;
     require(pread(place->descriptor, buffer, (size_t)call->second, call->first) == call->second,
             place->name);
-}
-
-static void make_change(const struct call* call, struct place* place) {
-    (void)call;
-    open_for(place, O_RDWR);
-}
-
-static void make_create(const struct call* call, struct place* place) {
-    (void)call;
-    open_for(place, O_RDWR | O_CREAT | O_EXCL);
 }
 
 static void make_append(const struct call* call, struct place* place) {
@@ -173,19 +159,24 @@ static void make_print(const struct call* call, struct place* place) {
     require(write(STDOUT_FILENO, written, (size_t)call->first) == call->first, "write");
 }
 
-static const struct {
-    const char* word;
-    void (*make)(const struct call*, struct place*);
-} kinds[] = {
-    {"stat", make_stat},     {"open", make_open},
-    {"fstat", make_fstat},   {"fsync", make_fsync},
-    {"close", make_close},   {"fdatasync", make_fdatasync},
-    {"advise", make_advise}, {"read", make_read},
-    {"change", make_change}, {"create", make_create},
-    {"append", make_append}, {"write", make_write},
-    {"add", make_add},       {"cut", make_cut},
-    {"rename", make_rename}, {"flush-folder", make_flush_folder},
-    {"print", make_print},
+static const struct kind kinds[] = {
+    {.word = "open", .make = make_open, .flags = O_RDONLY},
+    {.word = "change", .make = make_open, .flags = O_RDWR},
+    {.word = "create", .make = make_open, .flags = O_RDWR | O_CREAT | O_EXCL},
+    {.word = "append", .make = make_append},
+    {.word = "fsync", .make = make_act, .act = fsync},
+    {.word = "fdatasync", .make = make_act, .act = fdatasync},
+    {.word = "close", .make = make_act, .act = close},
+    {.word = "stat", .make = make_stat},
+    {.word = "fstat", .make = make_fstat},
+    {.word = "advise", .make = make_advise},
+    {.word = "read", .make = make_read},
+    {.word = "write", .make = make_write},
+    {.word = "add", .make = make_add},
+    {.word = "cut", .make = make_cut},
+    {.word = "rename", .make = make_rename},
+    {.word = "flush-folder", .make = make_flush_folder},
+    {.word = "print", .make = make_print},
 };
 
 // With room for one more, twice as much whenever the count is a power of two.
@@ -211,12 +202,12 @@ static void add_call(const char* word, const char* rest) {
     require(call->first >= 0 && call->second >= 0 && call->second <= LONGEST_CALL, "list");
     for (size_t kind = 0; kind < sizeof kinds / sizeof *kinds; ++kind) {
         if (strcmp(word, kinds[kind].word) == 0) {
-            call->make = kinds[kind].make;
+            call->kind = &kinds[kind];
         }
     }
-    require(call->make != NULL, word);
-    require((call->make != make_add && call->make != make_print) || call->first <= LONGEST_CALL,
-            "list");
+    require(call->kind != NULL, word);
+    const int takes_length = call->kind->make == make_add || call->kind->make == make_print;
+    require(!takes_length || call->first <= LONGEST_CALL, "list");
     files[file_count - 1].calls_end = ++call_count;
 }
 
@@ -248,7 +239,7 @@ static void* work(void* unused) {
         place.name = files[number].name;
         place.descriptor = -1;
         for (size_t call = files[number].calls_begin; call < files[number].calls_end; ++call) {
-            calls[call].make(&calls[call], &place);
+            calls[call].kind->make(&calls[call], &place);
         }
     }
     free(place.buffer);
