@@ -171,9 +171,11 @@ private:
                 turn_.notify_all();
             }
         }
-        const bool goes_on = running_ <= jobs();
-        running_ -= goes_on ? 0 : 1;
-        return goes_on;
+        if (running_ <= jobs()) {
+            return true;
+        }
+        --running_;
+        return false;
     }
 
     // The thread with the next answer writes it, and all that wait after it. The answer is whether
@@ -251,7 +253,7 @@ private:
     std::condition_variable done_;
     std::vector<std::thread> threads_;
     bool has_all_threads_ = false;  // the system creates no more
-    JobTuner tuner_{processors(), std::chrono::steady_clock::now()};
+    JobTuner tuner_{processors()};
     unsigned running_ = 0;
     bool is_over_ = false;
     std::deque<Waiting> waiting_;

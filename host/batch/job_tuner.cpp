@@ -22,11 +22,10 @@ constexpr unsigned kMaxWindowsUntilMeasuredAgain = 64;
 
 }  // namespace
 
-JobTuner::JobTuner(unsigned processors, Time start)
+JobTuner::JobTuner(unsigned processors)
     : jobs_(std::clamp(processors, 1U, kMaxJobs / kFirstJobsPerProcessor) * kFirstJobsPerProcessor),
       best_jobs_(jobs_),
-      windows_until_measured_again_(kMinWindowsUntilMeasuredAgain),
-      window_start_(start) {}
+      windows_until_measured_again_(kMinWindowsUntilMeasuredAgain) {}
 
 void JobTuner::job_ended(Time now) {
     if (skipped_ > 0) {

@@ -17,11 +17,12 @@ class JobTuner {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    JobTuner(unsigned processors, Time start);
+    explicit JobTuner(unsigned processors);
 
     // Number of jobs to run now, 1 to kMaxJobs.
     [[nodiscard]] unsigned jobs() const { return jobs_; }
-    // The first job begins later than the batch: a folder had to be read before.
+    // To be called once, before any has ended. What was done before, such as reading a folder, is
+    // no measure.
     void first_job_begins(Time now) { window_start_ = now; }
     // Takes the end of one job.
     void job_ended(Time now);

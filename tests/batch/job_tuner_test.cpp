@@ -54,7 +54,7 @@ SimulatedRun simulate(int files, const JobSeconds& job_seconds,
 
 SimulatedRun simulate_tuned(int files, const JobSeconds& job_seconds, unsigned processors = 2,
                             std::chrono::milliseconds before = {}) {
-    JobTuner tuner(processors, Time{});
+    JobTuner tuner(processors);
     tuner.first_job_begins(Time{} + before);
     return simulate(
         files, job_seconds, [&] { return tuner.jobs(); },
@@ -91,10 +91,10 @@ double crowded(unsigned running) {
 }
 
 TEST(JobTuner, BeginsWithFourJobsAProcessor) {
-    EXPECT_EQ(JobTuner(1, Time{}).jobs(), 4U);
-    EXPECT_EQ(JobTuner(2, Time{}).jobs(), 8U);
-    EXPECT_EQ(JobTuner(0, Time{}).jobs(), 4U);
-    EXPECT_EQ(JobTuner(1000, Time{}).jobs(), 256U);
+    EXPECT_EQ(JobTuner(1).jobs(), 4U);
+    EXPECT_EQ(JobTuner(2).jobs(), 8U);
+    EXPECT_EQ(JobTuner(0).jobs(), 4U);
+    EXPECT_EQ(JobTuner(1000).jobs(), 256U);
 }
 
 TEST(JobTuner, LongWaitsBringManyJobs) {
