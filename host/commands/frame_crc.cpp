@@ -123,8 +123,7 @@ void take_layer2(const MpegFrame& frame, ProtectedBits& bits) {
 
 std::optional<bool> frame_crc_fits(std::string_view bytes) {
     const auto frame = mpeg_frame_in(bytes);
-    if (!frame || MpegFrame::lacks_crc(bytes) || frame->is_free_format() || frame->layer == 1 ||
-        bytes.size() < kAfterCrc) {
+    if (!frame || frame->is_free_format() || frame->layer == 1 || bytes.size() < kAfterCrc) {
         return std::nullopt;
     }
     ProtectedBits bits(bytes);
