@@ -66,6 +66,13 @@ std::optional<std::string> outcome_of(const FileStep& step) {
     }
 }
 
+std::optional<std::string> outcome_of(InputFile& file, const FileStep& step) {
+    return outcome_of([&] {
+        const auto reason = file.open();
+        return reason ? reason : step();
+    });
+}
+
 Consent ask_for_folders(const ChangeOptions& options) {
     std::vector<std::string> folders;
     std::copy_if(options.paths.begin(), options.paths.end(), std::back_inserter(folders),

@@ -8,6 +8,7 @@
 #include "batch/grouped_changes.h"
 #include "batch/name_source.h"
 #include "system/exit_status.h"
+#include "system/input_file.h"
 
 namespace brindle::host {
 
@@ -16,6 +17,8 @@ using FileStep = std::function<std::optional<std::string>()>;
 
 // Runs the step; an error that it raises is the reason, too.
 [[nodiscard]] std::optional<std::string> outcome_of(const FileStep& step);
+// The same with the file opened before.
+[[nodiscard]] std::optional<std::string> outcome_of(InputFile& file, const FileStep& step);
 
 struct ChangeOptions : PathOptions {
     bool yes = false;      // changes files in folders without asking

@@ -76,10 +76,7 @@ FileResult check(const FoundName& found, const CheckOptions& options) {
     Answer& answer = result.answer;
     InputFile file(found);
     std::vector<Finding> findings;
-    answer.error = outcome_of([&]() -> std::optional<std::string> {
-        if (auto reason = file.open()) {
-            return reason;
-        }
+    answer.error = outcome_of(file, [&] {
         findings = check_file(file, options.listen ? &options.limits : nullptr);
         return std::nullopt;
     });

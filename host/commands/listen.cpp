@@ -155,10 +155,7 @@ FileResult listen_to(const FoundName& found, const ListenCommand& options) {
     Answer& answer = result.answer;
     InputFile file(found);
     std::optional<Listening> heard;
-    answer.error = outcome_of([&]() -> std::optional<std::string> {
-        if (auto reason = file.open()) {
-            return reason;
-        }
+    answer.error = outcome_of(file, [&]() -> std::optional<std::string> {
         heard = listen_to_file(file.header(), file.size(), options.listening);
         return heard ? failure_of(*heard) : "no MPEG audio found";
     });

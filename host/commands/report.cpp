@@ -132,10 +132,7 @@ private:
         FileResult result;
         Answer& answer = result.answer;
         InputFile file(found);
-        answer.error = outcome_of([&]() -> std::optional<std::string> {
-            if (auto reason = file.open()) {
-                return reason;
-            }
+        answer.error = outcome_of(file, [&] {
             const auto findings = check_file(file, nullptr);
             result.record = report_facts(found.name, file_json(file, FrameValues::LeftOut),
                                          findings_json(findings));

@@ -128,10 +128,7 @@ private:
         FileResult result;
         Answer& answer = result.answer;
         InputFile file(found);
-        answer.error = outcome_of([&]() -> std::optional<std::string> {
-            if (auto reason = file.open()) {
-                return reason;
-            }
+        answer.error = outcome_of(file, [&] {
             answer.output = text_of(file, hashes_ ? std::optional(audio_hash(file)) : std::nullopt);
             return std::nullopt;
         });

@@ -28,10 +28,7 @@ ExitStatus show(const ShowOptions& options) {
         const std::string& name = found->name;
         InputFile file(*found);
         std::string text;
-        const auto reason = outcome_of([&]() -> std::optional<std::string> {
-            if (auto why = file.open()) {
-                return why;
-            }
+        const auto reason = outcome_of(file, [&] {
             text = options.json ? file_json_line(file, FrameValues::Shown)
                                 : (blank_line ? "\n" : "") + file_report(name, file.header());
             return std::nullopt;
