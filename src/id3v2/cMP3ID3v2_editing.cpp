@@ -30,7 +30,9 @@ std::unique_ptr<FileEdit> cMP3ID3v2::begin_edit(const EditOptions& options) cons
     for (const String& name : reading_.tag().removed_custom_fields()) {
         all.removed.push_back({String(kCustomFrame), name});
     }
-    const auto find_accepted = [this](FileWindow& window) { return reading_.accepted_in(window); };
+    const auto find_accepted = [this](FileWindow& window) {
+        return reading_.accepted_after_tag_in(window);
+    };
     return std::make_unique<FileEdit>(
         FileToEdit{reading_.environment(), reading_.name(), Owner, std::move(file), state},
         find_accepted, reading_.record, reading_.tag().edited_fields(), std::move(all));

@@ -84,8 +84,6 @@ bool FileEdit::loses_stream_at_end(const FindAccepted& find_accepted) const {
 void FileEdit::plan_tag(const FindAccepted& find_accepted) {
     ContentFile old_file(old_content_);
     FileWindow window(old_file);
-    // The tag's first block holds the accepted frame of most files, too.
-    (void)window.view(0, 1);
     const std::optional<AcceptedFrame> accepted = find_accepted(window);
     const std::optional<ByteRange> old_tag = find_tag_range(window, accepted);
     if (old_tag) {
