@@ -1,5 +1,6 @@
 """A device or a share that fails: what could not be read is never printed as what is there."""
 
+import itertools
 import json
 import subprocess
 
@@ -41,10 +42,7 @@ def run(program, tmp_path):
 def test_file_that_cannot_be_read_fails_and_the_next_is_done(run, brindle, command):
     of_both = brindle(*command, "a.mp3", "b.mp3")
     assert of_both.returncode == 0, of_both.stderr
-    number = 0
-    has_failed = True
-    while has_failed:
-        number += 1
+    for number in itertools.count(1):
         has_failed, result = run(command, number)
         if not has_failed:
             break
