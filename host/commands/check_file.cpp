@@ -36,7 +36,8 @@ bool is_riff(CheckedFile& file) {
 std::vector<Finding> check_file(InputFile& input, const SoundLimits* limits) {
     std::vector<Finding> findings;
     const cMPEGHeader& header = input.header();
-    CheckedFile file{header, input.name(), input.size(), input, input.facts()};
+    const ComparedTag& tag = input.compared_tag();
+    CheckedFile file{header, input.name(), input.size(), input, tag.facts, tag.hosts_read_the_same};
     std::optional<FileListening> listening;
     if (limits != nullptr) {
         listening.emplace(input.size(), listen_options(*limits));

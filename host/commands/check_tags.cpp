@@ -66,14 +66,17 @@ void check_names(const CheckedFile& file, Findings& findings) {
     }
 }
 
-void check_frames_of_tag(const cMPEGHeader& header, Findings& findings) {
+void check_frames_of_tag(const CheckedFile& file, Findings& findings) {
+    if (file.hosts_read_the_same) {
+        return;
+    }
     const auto add = [&](Reason reason, const std::string& what,
                          const std::vector<std::string>& labels) {
         if (!labels.empty()) {
             findings.push_back({reason, what + comma_list(labels, std::identity())});
         }
     };
-    const MisreadFrames frames = find_misread_frames(header);
+    const MisreadFrames frames = find_misread_frames(file.header);
     add(Reason::MisreadText, "hosts read another text: ", frames.misread_texts);
     add(Reason::UnreadText, "hosts do not read ", frames.unread_texts);
     add(Reason::LargePicture, "hosts do not read ", frames.large_pictures);
@@ -256,7 +259,7 @@ std::int64_t check_tags_at_end(CheckedFile& file, Findings& findings) {
 void check_tags(CheckedFile& file, Findings& findings) {
     check_size(file, findings);
     check_names(file, findings);
-    check_frames_of_tag(file.header, findings);
+    check_frames_of_tag(file, findings);
     check_mojibake(file, findings);
     check_agreement(file, findings);
     check_pictures(file.facts, findings);

@@ -18,6 +18,7 @@ struct CheckedFile {
     // What neither the walk nor the tag's reading hands out. Of most files nothing.
     FileBytes& bytes;
     const TagFacts& facts;
+    bool hosts_read_the_same;  // of the tag's texts, and all of its pictures
 };
 
 }  // namespace brindle::host

@@ -84,10 +84,20 @@ std::optional<std::string> InputFile::open() {
 }
 
 const TagFacts& InputFile::facts() {
+    if (compared_tag_) {
+        return compared_tag_->facts;
+    }
     if (!facts_) {
         facts_ = read_tag_facts(header_);
     }
     return *facts_;
+}
+
+const ComparedTag& InputFile::compared_tag() {
+    if (!compared_tag_) {
+        compared_tag_ = compare_tag(header_);
+    }
+    return *compared_tag_;
 }
 
 std::string InputFile::read(std::int64_t offset, std::size_t count) {

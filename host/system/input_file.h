@@ -41,6 +41,8 @@ public:
     [[nodiscard]] std::int64_t modified() const noexcept { return status().modified; }
     // Read once. Raises Error.
     [[nodiscard]] const TagFacts& facts();
+    // The same, and whether hosts read that.
+    [[nodiscard]] const ComparedTag& compared_tag();
     [[nodiscard]] std::string read(std::int64_t offset, std::size_t count) override;
 
 private:
@@ -50,6 +52,7 @@ private:
     FileSession session_;
     cMPEGHeader header_{session_.environment()};
     std::optional<TagFacts> facts_;
+    std::optional<ComparedTag> compared_tag_;
 };
 
 }  // namespace brindle::host

@@ -43,6 +43,7 @@ struct Environment;
 struct FrameWalk;
 struct WalkedFrame;
 struct SavePlan;
+struct ComparedTag;
 struct TagFacts;
 struct StripPlan;
 
@@ -354,7 +355,8 @@ private:
     friend StripPlan plan_strip(const cMPEGHeader& header, eTagType eTagTypes);
     friend class TagEdit;                                       // <brindle/tag_edit.h>
     friend TagFacts read_tag_facts(const cMPEGHeader& header);  // <brindle/tag_facts.h>
-    friend FrameWalk walk_frames(const cMPEGHeader& header);    // <brindle/frame_walk.h>
+    friend ComparedTag compare_tag(const cMPEGHeader& header);
+    friend FrameWalk walk_frames(const cMPEGHeader& header);  // <brindle/frame_walk.h>
     friend FrameWalk walk_frames(const cMPEGHeader& header,
                                  const std::function<void(const WalkedFrame& frame)>& visit);
 

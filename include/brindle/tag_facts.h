@@ -61,4 +61,19 @@ struct TagFacts {
 // Errors: those of opening and reading (7, 57, 70, 75).
 [[nodiscard]] BRINDLE_EXPORT TagFacts read_tag_facts(const cMPEGHeader& header);
 
+struct ComparedTag {
+    TagFacts facts;
+    // v2Tag() answers every text as the tag says it, but for the NULs between its parts, and no
+    // picture is too large for hosts. True without a tag. False for a tag of version 2.2, for
+    // compressed and encrypted texts, and where hosts find another tag. plan_save() tells which
+    // frames hosts read in another way.
+    bool hosts_read_the_same = false;
+};
+
+// The same facts, compared with what FileName has read. Values that were set since then count as
+// read.
+//
+// Errors: those of read_tag_facts().
+[[nodiscard]] BRINDLE_EXPORT ComparedTag compare_tag(const cMPEGHeader& header);
+
 }  // namespace brindle

@@ -40,4 +40,8 @@ TagFacts read_tag_facts(const cMPEGHeader& header) {
     return header.model_ ? header.model_->read_tag_facts() : TagFacts{};
 }
 
+ComparedTag compare_tag(const cMPEGHeader& header) {
+    return header.model_ ? header.model_->compare_tag() : ComparedTag{};
+}
+
 }  // namespace brindle

@@ -192,6 +192,8 @@ public:
     [[nodiscard]] std::unique_ptr<FileEdit> begin_edit(const EditOptions& options) const;
     // What the tag says by the public documents. Raises what reading the file raises.
     [[nodiscard]] TagFacts read_tag_facts() const;
+    // The same, and whether hosts read that.
+    [[nodiscard]] ComparedTag compare_tag() const;
     // As FileName() would, were there a file of that content.
     void read_content(const String& name, const FileContent& content);
     // All frames of the file as it stands.

@@ -2,10 +2,13 @@
 // calls none of them, such as the automation server, is then linked without the editor (90 KB).
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "id3v2/cMP3ID3v2.h"
 #include "id3v2/error_sources.h"
 #include "id3v2/fact_reader.h"
+#include "id3v2/public_tag_reader.h"
+#include "id3v2/reading_comparison.h"
 #include "id3v2/save_planning.h"
 #include "id3v2/tag_range.h"
 
@@ -47,6 +50,20 @@ TagFacts cMP3ID3v2::read_tag_facts() const {
         FileWindow window(*file);
         const auto range = find_tag_range(window, reading_.accepted_after_tag_in(window));
         return read_facts(window, range.value_or(ByteRange()));
+    });
+}
+
+ComparedTag cMP3ID3v2::compare_tag() const {
+    const std::unique_ptr<BinaryFile> file = reading_.open_to_look();
+    if (!file) {
+        return {};
+    }
+    return as_writer([&] {
+        FileWindow window(*file);
+        const auto range = find_tag_range(window, reading_.accepted_after_tag_in(window));
+        const std::vector<PublicTag> tags = read_public_tags(window, range.value_or(ByteRange()));
+        return ComparedTag{read_facts(window, range.value_or(ByteRange()), tags),
+                           hosts_read_the_same(window, range, tags, reading_.tag().frames)};
     });
 }
 

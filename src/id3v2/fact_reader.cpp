@@ -83,10 +83,14 @@ private:
 }  // namespace
 
 TagFacts read_facts(FileWindow& window, const ByteRange& range) {
+    return read_facts(window, range, read_public_tags(window, range));
+}
+
+TagFacts read_facts(FileWindow& window, const ByteRange& range, std::span<const PublicTag> tags) {
     TagFacts facts;
     facts.tag_bytes = range.length();
     FactReader reader(window, facts);
-    for (const PublicTag& tag : read_public_tags(window, range)) {
+    for (const PublicTag& tag : tags) {
         if (facts.version == 0) {
             facts.version = tag.version;
         }

@@ -87,7 +87,8 @@ def test_shared_library_shows_only_what_the_headers_declare(shared_build):
                            symbols, re.MULTILINE))
     assert names == {"cMPEGHeader", "Error", "KeyedCollection", "GenreName", "plan_save",
                      "plan_strip", "walk_frames", "to_utf8", "from_utf8", "fits_code_page",
-                     "TagEdit", "EditPlan", "FileSession", "read_tag_facts", "TagFacts", "TagText", "write_content"}
+                     "TagEdit", "EditPlan", "FileSession", "read_tag_facts", "compare_tag", "TagFacts",
+                     "TagText", "write_content"}
 
 
 def test_code_of_the_guide_is_that_of_the_tour():
