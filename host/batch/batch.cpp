@@ -14,6 +14,7 @@
 #include "output/printable_text.h"
 #include "output/standard_streams.h"
 #include "system/interruption.h"
+#include "system/processor_time.h"
 #include "system/terminal.h"
 
 namespace brindle::host {
@@ -253,7 +254,7 @@ private:
     std::condition_variable done_;
     std::vector<std::thread> threads_;
     bool has_all_threads_ = false;  // the system creates no more
-    JobTuner tuner_{processors()};
+    JobTuner tuner_{processors(), processor_time};
     unsigned running_ = 0;
     bool is_over_ = false;
     std::deque<Waiting> waiting_;

@@ -1,6 +1,7 @@
 #include "batch/job_tuner.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace brindle::host {
 
@@ -16,21 +17,32 @@ constexpr double kGainOfMore = 1.1;
 constexpr double kCostOfFewer = 0.95;
 // Of twice as many jobs.
 constexpr double kGainFarFromTheBest = 1.6;
+constexpr double kClearLoss = 0.6;
+// Of the time of all processors. The system's count lags behind by up to a few milliseconds.
+constexpr double kBusyShare = 0.75;
 // Twice as long each time: a number that chance chose does not stay, one that is confirmed does.
 constexpr unsigned kMinWindowsUntilMeasuredAgain = 8;
 constexpr unsigned kMaxWindowsUntilMeasuredAgain = 64;
 
 }  // namespace
 
-JobTuner::JobTuner(unsigned processors)
-    : jobs_(std::clamp(processors, 1U, kMaxJobs / kFirstJobsPerProcessor) * kFirstJobsPerProcessor),
+JobTuner::JobTuner(unsigned processors, ProcessorTime processor_time)
+    : processors_(std::max(processors, 1U)),
+      processor_time_(std::move(processor_time)),
+      jobs_(std::min(processors_ * kFirstJobsPerProcessor, kMaxJobs)),
       best_jobs_(jobs_),
       windows_until_measured_again_(kMinWindowsUntilMeasuredAgain) {}
+
+void JobTuner::begin_window(Time now) {
+    ended_ = 0;
+    window_start_ = now;
+    used_at_start_ = processor_time_();
+}
 
 void JobTuner::job_ended(Time now) {
     if (skipped_ > 0) {
         if (--skipped_ == 0) {
-            window_start_ = now;
+            begin_window(now);
         }
         return;
     }
@@ -39,17 +51,26 @@ void JobTuner::job_ended(Time now) {
     if (ended_ < jobs_ || elapsed < kShortestWindow) {
         return;
     }
-    const double throughput =
-        static_cast<double>(ended_) / std::chrono::duration<double>(elapsed).count();
-    // One job each is enough for a gain that chance does not make.
-    const bool is_clear =
-        phase_ == Phase::Raising && throughput >= best_throughput_ * kGainFarFromTheBest;
-    if (ended_ < kJobsEachInWindow * jobs_ && !is_clear) {
+    const double seconds = std::chrono::duration<double>(elapsed).count();
+    const double throughput = static_cast<double>(ended_) / seconds;
+    if (ended_ < kJobsEachInWindow * jobs_ && !is_clear(throughput)) {
         return;
     }
+    is_busy_ = are_processors_busy(seconds);
     decide(throughput);
-    ended_ = 0;
-    window_start_ = now;
+    begin_window(now);
+}
+
+bool JobTuner::is_clear(double throughput) const {
+    // Of the first number whatever is wrong shows at the second.
+    return best_throughput_ == 0 ||
+           (phase_ == Phase::Raising && (throughput >= best_throughput_ * kGainFarFromTheBest ||
+                                         throughput <= best_throughput_ * kClearLoss));
+}
+
+bool JobTuner::are_processors_busy(double seconds) const {
+    const std::chrono::duration<double> used = processor_time_() - used_at_start_;
+    return used.count() >= kBusyShare * seconds * processors_;
 }
 
 void JobTuner::decide(double throughput) {
@@ -95,7 +116,9 @@ void JobTuner::keep(double throughput) {
 }
 
 void JobTuner::raise(unsigned factor) {
-    if (best_jobs_ < kMaxJobs) {
+    if (is_busy_) {
+        settle();
+    } else if (best_jobs_ < kMaxJobs) {
         change_to(std::min(best_jobs_ * factor, kMaxJobs), Phase::Raising);
     } else if (is_raised_) {
         settle();
@@ -105,7 +128,7 @@ void JobTuner::raise(unsigned factor) {
 }
 
 void JobTuner::lower() {
-    if (best_jobs_ > 1) {
+    if (best_jobs_ > 1 && !is_busy_) {
         change_to(best_jobs_ / 2, Phase::Lowering);
     } else {
         settle();

@@ -26,6 +26,9 @@ struct SimulatedRun {
     unsigned most_jobs = 0;
 };
 
+// Of each job, on two processors.
+constexpr double kWork = 100e-6;
+
 // Every job is given its time when it begins, with some spread.
 SimulatedRun simulate(int files, const JobSeconds& job_seconds,
                       const std::function<unsigned()>& jobs,
@@ -52,13 +55,27 @@ SimulatedRun simulate(int files, const JobSeconds& job_seconds,
     return run;
 }
 
-SimulatedRun simulate_tuned(int files, const JobSeconds& job_seconds, unsigned processors = 2,
-                            std::chrono::milliseconds before = {}) {
-    JobTuner tuner(processors);
+struct Circumstances {
+    unsigned processors = 2;
+    std::chrono::milliseconds before_first_job{};
+    bool is_processor_time_known = true;
+};
+
+SimulatedRun simulate_tuned(int files, const JobSeconds& job_seconds,
+                            const Circumstances& circumstances = {}) {
+    int ended = 0;
+    JobTuner tuner(circumstances.processors, [&] {
+        const Seconds used(circumstances.is_processor_time_known ? ended * kWork : 0);
+        return std::chrono::duration_cast<std::chrono::nanoseconds>(used);
+    });
+    const auto before = circumstances.before_first_job;
     tuner.first_job_begins(Time{} + before);
     return simulate(
         files, job_seconds, [&] { return tuner.jobs(); },
-        [&](Time now) { tuner.job_ended(now + before); });
+        [&](Time now) {
+            ++ended;
+            tuner.job_ended(now + before);
+        });
 }
 
 SimulatedRun simulate_fixed(int files, const JobSeconds& job_seconds, unsigned jobs) {
@@ -74,14 +91,13 @@ double best_fixed_seconds(int files, const JobSeconds& job_seconds) {
     return best;
 }
 
-// Reads that wait, with a little work on two processors.
+// Reads that wait, and then the work.
 JobSeconds waiting(double seconds) {
-    return [=](unsigned running) { return seconds + 100e-6 * std::max(1.0, running / 2.0); };
+    return [=](unsigned running) { return std::max(seconds + kWork, kWork * running / 2); };
 }
 
-// Two processors and no waits.
 double cached(unsigned running) {
-    return 200e-6 * std::max(1.0, running / 2.0);
+    return waiting(0)(running);
 }
 
 // Twice as slow for each doubling above four.
@@ -91,16 +107,26 @@ double crowded(unsigned running) {
 }
 
 TEST(JobTuner, BeginsWithFourJobsAProcessor) {
-    EXPECT_EQ(JobTuner(1).jobs(), 4U);
-    EXPECT_EQ(JobTuner(2).jobs(), 8U);
-    EXPECT_EQ(JobTuner(0).jobs(), 4U);
-    EXPECT_EQ(JobTuner(1000).jobs(), 256U);
+    const auto first_jobs = [](unsigned processors) {
+        return JobTuner(processors, [] { return std::chrono::nanoseconds(); }).jobs();
+    };
+    EXPECT_EQ(first_jobs(1), 4U);
+    EXPECT_EQ(first_jobs(2), 8U);
+    EXPECT_EQ(first_jobs(0), 4U);
+    EXPECT_EQ(first_jobs(1000), 256U);
 }
 
 TEST(JobTuner, LongWaitsBringManyJobs) {
     const SimulatedRun run = simulate_tuned(20'000, waiting(30e-3));
     EXPECT_GE(run.jobs, 128U);
     EXPECT_LE(run.seconds, best_fixed_seconds(20'000, waiting(30e-3)) / 0.8);
+}
+
+// With the best number all files take the time of eight, one after the other; the way to that
+// number takes three.
+TEST(JobTuner, SmallLibraryWithLongWaitsFindsManyJobsSoon) {
+    EXPECT_LE(simulate_tuned(2'000, waiting(25e-3)).seconds,
+              best_fixed_seconds(2'000, waiting(25e-3)) / 0.7);
 }
 
 TEST(JobTuner, ShortWaitsCostLittleAgainstTheBestNumber) {
@@ -129,8 +155,22 @@ TEST(JobTuner, NumberOfChanceDoesNotStay) {
     EXPECT_GE(run.jobs, 32U);
 }
 
-TEST(JobTuner, CachedLibraryIsReadByFewJobs) {
+TEST(JobTuner, BusyProcessorsNeedNoOtherNumber) {
     const SimulatedRun run = simulate_tuned(20'000, cached);
+    EXPECT_EQ(run.jobs, 8U);
+    EXPECT_EQ(run.most_jobs, 8U);
+    EXPECT_LE(run.seconds, best_fixed_seconds(20'000, cached) * 1.01);
+}
+
+// 20 jobs wait as long as one job works.
+TEST(JobTuner, NumberIsNotRaisedAboveWhatKeepsTheProcessorsBusy) {
+    const SimulatedRun run = simulate_tuned(20'000, waiting(19 * kWork));
+    EXPECT_LE(run.most_jobs, 64U);
+    EXPECT_LE(run.seconds, best_fixed_seconds(20'000, waiting(19 * kWork)) / 0.9);
+}
+
+TEST(JobTuner, CachedLibraryIsReadByFewJobsWithoutProcessorTime) {
+    const SimulatedRun run = simulate_tuned(20'000, cached, {.is_processor_time_known = false});
     EXPECT_GE(run.jobs, 2U);
     EXPECT_LE(run.jobs, 4U);
     EXPECT_LE(run.seconds, best_fixed_seconds(20'000, cached) * 1.05);
@@ -140,17 +180,20 @@ TEST(JobTuner, CrowdedDeviceIsFoundWithin500Files) {
     const SimulatedRun run = simulate_tuned(500, crowded);
     EXPECT_GE(run.jobs, 3U);
     EXPECT_LE(run.jobs, 8U);
+    EXPECT_LE(run.seconds, best_fixed_seconds(500, crowded) / 0.75);
     EXPECT_LE(simulate_tuned(20'000, crowded).seconds, best_fixed_seconds(20'000, crowded) / 0.9);
 }
 
 TEST(JobTuner, TimeBeforeTheFirstJobDoesNotCount) {
     // As if many more jobs were far better than the first eight.
-    EXPECT_EQ(simulate_tuned(200, cached, 2, std::chrono::seconds(1)).most_jobs, 16U);
+    const Circumstances late{.before_first_job = std::chrono::seconds(1),
+                             .is_processor_time_known = false};
+    EXPECT_EQ(simulate_tuned(200, cached, late).most_jobs, 16U);
 }
 
 TEST(JobTuner, NeverMoreThanTheMost) {
-    const SimulatedRun run = simulate_tuned(
-        50'000, [](unsigned) { return 1.0; }, 1000);
+    const SimulatedRun run =
+        simulate_tuned(50'000, [](unsigned) { return 1.0; }, {.processors = 1000});
     EXPECT_EQ(run.most_jobs, kMaxJobs);
 }
 
