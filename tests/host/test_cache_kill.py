@@ -6,7 +6,6 @@ import random
 import re
 import shutil
 import subprocess
-import time
 
 import pytest
 
@@ -109,9 +108,8 @@ def test_every_call_that_writes(program, music, injected, existing):
 
 
 def kill_at_random(program, folder, times):
-    begin = time.monotonic()
+    """After a random part of its output: a clock would tell less, as runs with a cache are faster."""
     without = output_without(program, folder)
-    longest = time.monotonic() - begin
     cache = folder / "cache.db"
     chance = random.Random(19)
     stored = 0
@@ -121,9 +119,9 @@ def kill_at_random(program, folder, times):
             for path in folder.glob("cache.db*"):
                 path.unlink()
             stored = 0
-        with subprocess.Popen(cached(program), cwd=folder, stdout=subprocess.DEVNULL,
+        with subprocess.Popen(cached(program), cwd=folder, stdout=subprocess.PIPE,
                               stderr=subprocess.DEVNULL) as run:
-            time.sleep(chance.uniform(0, longest))
+            run.stdout.read(chance.randrange(len(without)))
             run.kill()
             killed += run.wait() != 0
         if cache.exists() and cache.stat().st_size > 0:
@@ -133,8 +131,8 @@ def kill_at_random(program, folder, times):
             now = len(rows(cache, "name")) if has_tables else 0
             assert now >= stored, attempt
             stored = now
-    # A run that finds everything in the cache is faster.
-    assert killed > times / 4
+    # Once the rest of the output fits into the pipe, a run may have ended.
+    assert killed > times * 3 / 4
     assert is_recovered(program, folder, without)
 
 
