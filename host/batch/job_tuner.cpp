@@ -20,6 +20,8 @@ constexpr double kGainFarFromTheBest = 1.6;
 constexpr double kClearLoss = 0.6;
 // Of the time of all processors. The system's count lags behind by up to a few milliseconds.
 constexpr double kBusyShare = 0.75;
+// Twice as many jobs use all of it.
+constexpr double kHalfBusyShare = 0.5;
 // Twice as long each time: a number that chance chose does not stay, one that is confirmed does.
 constexpr unsigned kMinWindowsUntilMeasuredAgain = 8;
 constexpr unsigned kMaxWindowsUntilMeasuredAgain = 64;
@@ -56,7 +58,7 @@ void JobTuner::job_ended(Time now) {
     if (ended_ < kJobsEachInWindow * jobs_ && !is_clear(throughput)) {
         return;
     }
-    is_busy_ = are_processors_busy(seconds);
+    used_share_ = used_share(seconds);
     decide(throughput);
     begin_window(now);
 }
@@ -68,9 +70,9 @@ bool JobTuner::is_clear(double throughput) const {
                                          throughput <= best_throughput_ * kClearLoss));
 }
 
-bool JobTuner::are_processors_busy(double seconds) const {
+double JobTuner::used_share(double seconds) const {
     const std::chrono::duration<double> used = processor_time_() - used_at_start_;
-    return used.count() >= kBusyShare * seconds * processors_;
+    return used.count() / (seconds * processors_);
 }
 
 void JobTuner::decide(double throughput) {
@@ -92,7 +94,7 @@ void JobTuner::decide(double throughput) {
                 const bool is_far = throughput >= best_throughput_ * kGainFarFromTheBest;
                 keep(throughput);
                 is_raised_ = true;
-                raise(is_far ? 4 : 2);
+                raise(is_far && used_share_ < kHalfBusyShare ? 4 : 2);
             } else if (is_raised_) {
                 settle();
             } else {
@@ -116,7 +118,7 @@ void JobTuner::keep(double throughput) {
 }
 
 void JobTuner::raise(unsigned factor) {
-    if (is_busy_) {
+    if (used_share_ >= kBusyShare) {
         settle();
     } else if (best_jobs_ < kMaxJobs) {
         change_to(std::min(best_jobs_ * factor, kMaxJobs), Phase::Raising);
@@ -128,7 +130,7 @@ void JobTuner::raise(unsigned factor) {
 }
 
 void JobTuner::lower() {
-    if (best_jobs_ > 1 && !is_busy_) {
+    if (best_jobs_ > 1 && used_share_ < kBusyShare) {
         change_to(best_jobs_ / 2, Phase::Lowering);
     } else {
         settle();

@@ -42,7 +42,8 @@ private:
     void begin_window(Time now);
     // A gain or a loss that chance does not make.
     [[nodiscard]] bool is_clear(double throughput) const;
-    [[nodiscard]] bool are_processors_busy(double seconds) const;
+    // Of the time of all processors, since the window began.
+    [[nodiscard]] double used_share(double seconds) const;
     void decide(double throughput);
     // The present number is the best so far.
     void keep(double throughput);
@@ -59,7 +60,7 @@ private:
     unsigned best_jobs_;
     double best_throughput_ = 0;
     bool is_raised_ = false;  // more jobs were better
-    bool is_busy_ = false;    // the processors were, in the last window
+    double used_share_ = 0;   // of the processors, in the last window
     unsigned settled_windows_ = 0;
     unsigned windows_until_measured_again_;
 
