@@ -10,7 +10,6 @@
 #include "mpeg/full_scan.h"
 #include "mpeg/header_search.h"
 #include "mpeg/pacing.h"
-#include "util/find_byte.h"
 #include "util/fixed_decimal.h"
 #include "util/skip_errors.h"
 
@@ -148,19 +147,22 @@ std::optional<FrameHeader> StreamScan::header_at(std::int64_t position) {
 }
 
 // How many positions from this one on can be passed over at once, as trying them would change
-// nothing: only FF begins a header.
+// nothing.
 std::int32_t StreamScan::positions_without_header(std::int64_t position,
                                                   std::int32_t attempts) const {
     const std::int64_t last_tried = window_.length() - static_cast<std::int64_t>(kHeaderBytes) - 2;
     const std::int64_t most =
         std::min<std::int64_t>(kMaxAttempts - attempts, last_tried - position);
-    auto held = window_.held_from(position);
-    if (most <= 0 || held.empty()) {
+    const auto held = window_.held_from(position);
+    if (most <= 0 || held.size() < kHeaderBytes) {
         return 0;
     }
-    held = held.first(static_cast<std::size_t>(
-        std::min<std::int64_t>(most, static_cast<std::int64_t>(held.size()) - 1)));
-    return static_cast<std::int32_t>(find_byte(held, kSyncByte));
+    const std::size_t end =
+        std::min(static_cast<std::size_t>(most), held.size() - kHeaderBytes + 1);
+    const auto is_header = [&](std::size_t offset) {
+        return parse_frame_header(header_bits(&held[offset])).has_value();
+    };
+    return static_cast<std::int32_t>(find_header(held, 0, end, is_header).value_or(end));
 }
 
 std::int64_t StreamScan::audio_bytes_from(std::int64_t position) const {
