@@ -118,9 +118,7 @@ void JobTuner::keep(double throughput) {
 }
 
 void JobTuner::raise(unsigned factor) {
-    if (used_share_ >= kBusyShare) {
-        settle();
-    } else if (best_jobs_ < kMaxJobs) {
+    if (best_jobs_ < kMaxJobs && used_share_ < kBusyShare) {
         change_to(std::min(best_jobs_ * factor, kMaxJobs), Phase::Raising);
     } else if (is_raised_) {
         settle();
