@@ -64,7 +64,8 @@ void JobTuner::job_ended(Time now) {
 }
 
 bool JobTuner::is_clear(double throughput) const {
-    // Of the first number whatever is wrong shows at the second.
+    // A wrong throughput of the first number shows at the second. Otherwise a gain or a loss must
+    // be larger than chance makes it.
     return best_throughput_ == 0 ||
            (phase_ == Phase::Raising && (throughput >= best_throughput_ * kGainFarFromTheBest ||
                                          throughput <= best_throughput_ * kClearLoss));

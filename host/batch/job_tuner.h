@@ -40,9 +40,9 @@ private:
     };
 
     void begin_window(Time now);
-    // A gain or a loss that chance does not make.
+    // A window of one job each tells enough.
     [[nodiscard]] bool is_clear(double throughput) const;
-    // Of the time of all processors, since the window began.
+    // Used by the jobs of the time of all processors since the window began, as a share.
     [[nodiscard]] double used_share(double seconds) const;
     void decide(double throughput);
     // The present number is the best so far.
