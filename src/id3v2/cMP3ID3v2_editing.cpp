@@ -14,6 +14,23 @@
 
 namespace brindle {
 
+namespace {
+
+// What `read` makes of the tag as it stands in the file; an empty answer without a file.
+template <typename Answer, typename Read>
+Answer look(const FileReading& reading, const Read& read) {
+    const std::unique_ptr<BinaryFile> file = reading.open_to_look();
+    if (!file) {
+        return {};
+    }
+    return as_writer([&] {
+        FileWindow window(*file);
+        return read(window, find_tag_range(window, reading.accepted_after_tag_in(window)));
+    });
+}
+
+}  // namespace
+
 SavePlan cMP3ID3v2::plan_save() const {
     return brindle::plan_save(reading_);
 }
@@ -42,28 +59,16 @@ std::unique_ptr<FileEdit> cMP3ID3v2::begin_edit(const EditOptions& options) cons
 }
 
 TagFacts cMP3ID3v2::read_tag_facts() const {
-    const std::unique_ptr<BinaryFile> file = reading_.open_to_look();
-    if (!file) {
-        return {};
-    }
-    return as_writer([&] {
-        FileWindow window(*file);
-        const auto range = find_tag_range(window, reading_.accepted_after_tag_in(window));
-        return read_facts(window, range.value_or(ByteRange()));
+    return look<TagFacts>(reading_, [](FileWindow& window, const FoundTag& found) {
+        return read_facts(window, found.range_or_empty());
     });
 }
 
 ComparedTag cMP3ID3v2::compare_tag() const {
-    const std::unique_ptr<BinaryFile> file = reading_.open_to_look();
-    if (!file) {
-        return {};
-    }
-    return as_writer([&] {
-        FileWindow window(*file);
-        const auto range = find_tag_range(window, reading_.accepted_after_tag_in(window));
-        const std::vector<PublicTag> tags = read_public_tags(window, range.value_or(ByteRange()));
-        return ComparedTag{read_facts(window, range.value_or(ByteRange()), tags),
-                           hosts_read_the_same(window, range, tags, reading_.tag().frames)};
+    return look<ComparedTag>(reading_, [this](FileWindow& window, const FoundTag& found) {
+        const std::vector<PublicTag> tags = read_public_tags(window, found.range_or_empty());
+        return ComparedTag{read_facts(window, found.range_or_empty(), tags),
+                           hosts_read_the_same(window, found, tags, reading_.tag().frames)};
     });
 }
 

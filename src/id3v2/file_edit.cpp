@@ -85,7 +85,7 @@ void FileEdit::plan_tag(const FindAccepted& find_accepted) {
     ContentFile old_file(old_content_);
     FileWindow window(old_file);
     const std::optional<AcceptedFrame> accepted = find_accepted(window);
-    const std::optional<ByteRange> old_tag = find_tag_range(window, accepted);
+    const std::optional<ByteRange> old_tag = find_tag_range(window, accepted).range;
     if (old_tag) {
         plan_.tag_version = read_public_tag_header(window, old_tag->begin)->version;
         plan_.tag_area = old_tag->length();
@@ -196,7 +196,7 @@ TagFacts FileEdit::facts() const {
     FileWindow window(file);
     if (fields_.empty()) {
         const auto accepted = find_stream(subject_.environment, subject_.name, window);
-        return read_facts(window, find_tag_range(window, accepted).value_or(ByteRange()));
+        return read_facts(window, find_tag_range(window, accepted).range_or_empty());
     }
     const std::int64_t end = layout_.tag_position + layout_.tag.size();
     return read_facts(window, {layout_.tag_position, end});

@@ -9,7 +9,6 @@
 #include "id3v2/frame_form.h"
 #include "id3v2/stored_text.h"
 #include "id3v2/tag_layout.h"
-#include "id3v2/tag_search.h"
 #include "util/code_page.h"
 
 namespace brindle {
@@ -60,26 +59,25 @@ private:
 };
 
 // Both find a tag at the same place, and it ends where it says.
-bool is_found_alike(FileWindow& file, const std::optional<ByteRange>& range) {
-    const std::optional<std::int32_t> position = find_tag(file);
-    if (!range || !position) {
-        return !range && !position && !read_public_tag_header(file, 0);
+bool is_found_alike(FileWindow& file, const FoundTag& found) {
+    if (!found.range || !found.host_position) {
+        return !found.range && !found.host_position && !read_public_tag_header(file, 0);
     }
-    std::int64_t end = *position;
+    std::int64_t end = *found.host_position;
     while (const auto header = read_public_tag_header(file, end)) {
         end = header->claimed_tag_end();
     }
-    return range->begin == *position && range->end == end;
+    return found.range->begin == *found.host_position && found.range->end == end;
 }
 
 }  // namespace
 
-bool hosts_read_the_same(FileWindow& file, const std::optional<ByteRange>& range,
+bool hosts_read_the_same(FileWindow& file, const FoundTag& found,
                          std::span<const PublicTag> tags_in_range,
                          const FrameStore& read_by_hosts) {
     ReadingComparison comparison(file, read_by_hosts);
     const auto is_read = [&](const PublicFrame& frame) { return comparison.is_read(frame); };
-    return is_found_alike(file, range) &&
+    return is_found_alike(file, found) &&
            std::all_of(tags_in_range.begin(), tags_in_range.end(), [&](const PublicTag& tag) {
                return tag.version != kOldestVersion &&
                       std::all_of(tag.frames.begin(), tag.frames.end(), is_read);

@@ -1,12 +1,11 @@
 // Whether hosts read of a tag what it says by the public documents.
 #pragma once
 
-#include <optional>
 #include <span>
 
 #include "id3v2/frame_store.h"
 #include "id3v2/public_tag_reader.h"
-#include "util/byte_range.h"
+#include "id3v2/tag_range.h"
 #include "util/file_window.h"
 
 namespace brindle {
@@ -17,7 +16,7 @@ namespace brindle {
 //
 // The plan of a save finds out of each frame what becomes of it, and takes ten times as long: it
 // reads the tag once more as hosts do, and builds a new one.
-[[nodiscard]] bool hosts_read_the_same(FileWindow& file, const std::optional<ByteRange>& range,
+[[nodiscard]] bool hosts_read_the_same(FileWindow& file, const FoundTag& found,
                                        std::span<const PublicTag> tags_in_range,
                                        const FrameStore& read_by_hosts);
 

@@ -9,15 +9,13 @@
 
 namespace brindle {
 
-std::optional<ByteRange> find_tag_range(FileWindow& file,
-                                        const std::optional<AcceptedFrame>& accepted) {
-    std::optional<std::int64_t> position = 0;
-    if (!read_public_tag_header(file, 0)) {
-        position = find_tag(file);
-    }
+FoundTag find_tag_range(FileWindow& file, const std::optional<AcceptedFrame>& accepted) {
+    const bool is_at_start = read_public_tag_header(file, 0).has_value();
+    const std::optional<std::int32_t> host_position = find_tag(file);
+    const std::optional<std::int64_t> position = is_at_start ? 0 : host_position;
     const TagArea area = find_tag_area(file, accepted, position);
     if (!area.position) {
-        return std::nullopt;
+        return {std::nullopt, host_position};
     }
     // Without audio, a tag that claims more than there is extends to the end of the file.
     const std::int64_t limit = area.audio ? *area.position + area.length : file.length();
@@ -29,7 +27,7 @@ std::optional<ByteRange> find_tag_range(FileWindow& file,
         }
         range.end = std::min(header->claimed_tag_end(), limit);
     }
-    return range;
+    return {range, host_position};
 }
 
 }  // namespace brindle
