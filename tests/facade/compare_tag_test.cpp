@@ -24,15 +24,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-Bytes letters(std::size_t count) {
-    return repeated(count, 'a');
-}
-
-// A frame with flags, in version 3 and 4 as long as its size is below 128.
-Bytes flagged(std::string_view id, std::uint8_t flags, const Bytes& body) {
-    return Bytes(id) + big_endian(body.size(), 4) + Bytes{0, flags} + body;
-}
-
 Bytes picture_of(std::size_t frame_size) {
     const Bytes start = "\0image/png\0\3\0"sv;
     return start + letters(frame_size - start.size());

@@ -77,15 +77,6 @@ struct OpenedFile : LoadedHeader {
     [[nodiscard]] SavePlan plan() const { return plan_save(header); }
 };
 
-Bytes letters(std::size_t count) {
-    return repeated(count, 'a');
-}
-
-// A frame with flags, in version 3 and 4 as long as its size is below 128.
-Bytes flagged(std::string_view id, std::uint8_t flags, const Bytes& body) {
-    return Bytes(id) + big_endian(body.size(), 4) + Bytes{0, flags} + body;
-}
-
 // --- Frames of the file and what becomes of them
 
 struct FrameCase {

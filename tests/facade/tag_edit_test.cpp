@@ -35,10 +35,6 @@ Bytes long_audio() {
     return stream(Frame{}, 600);
 }
 
-Bytes letters(std::size_t count) {
-    return repeated(count, 'a');
-}
-
 // The frames of the version 3 tag at the start of a file, as "TIT2=body", and "TIT2+flags=body".
 Words frames_of(const Bytes& file) {
     Words frames;

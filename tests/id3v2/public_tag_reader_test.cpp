@@ -50,10 +50,6 @@ private:
     std::optional<PublicTag> tag_;
 };
 
-Bytes flagged(std::string_view id, std::uint8_t flags, const Bytes& body) {
-    return Bytes(id) + big_endian(body.size(), 4) + Bytes{0, flags} + body;
-}
-
 std::string with_nul(std::string_view text) {
     return std::string(text);
 }

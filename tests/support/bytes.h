@@ -41,6 +41,11 @@ inline Bytes repeated(std::size_t count, std::uint8_t byte) {
     return std::vector<std::uint8_t>(count, byte);
 }
 
+// Content that means nothing.
+inline Bytes letters(std::size_t count) {
+    return repeated(count, 'a');
+}
+
 inline Bytes zeros(std::size_t count) {
     return repeated(count, 0);
 }

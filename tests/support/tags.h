@@ -61,6 +61,12 @@ private:
     Bytes frames_;
 };
 
+// A frame with flags, for Tag::raw(); in version 3, and in version 4 as long as its size is below
+// 128.
+inline Bytes flagged(std::string_view id, std::uint8_t flags, const Bytes& body) {
+    return Bytes(id) + big_endian(body.size(), 4) + Bytes{0, flags} + body;
+}
+
 inline Bytes operator+(const Tag& tag, const Bytes& more) {
     return tag.bytes() + more;
 }
