@@ -63,12 +63,16 @@ void JobTuner::job_ended(Time now) {
     begin_window(now);
 }
 
+bool JobTuner::is_far_from_the_best(double throughput) const {
+    return throughput >= best_throughput_ * kGainFarFromTheBest;
+}
+
 bool JobTuner::is_clear(double throughput) const {
     // A wrong throughput of the first number shows at the second. Otherwise a gain or a loss must
     // be larger than chance makes it.
     return best_throughput_ == 0 ||
-           (phase_ == Phase::Raising && (throughput >= best_throughput_ * kGainFarFromTheBest ||
-                                         throughput <= best_throughput_ * kClearLoss));
+           (phase_ == Phase::Raising &&
+            (is_far_from_the_best(throughput) || throughput <= best_throughput_ * kClearLoss));
 }
 
 double JobTuner::used_share(double seconds) const {
@@ -92,7 +96,7 @@ void JobTuner::decide(double throughput) {
             break;
         case Phase::Raising:
             if (throughput >= best_throughput_ * kGainOfMore) {
-                const bool is_far = throughput >= best_throughput_ * kGainFarFromTheBest;
+                const bool is_far = is_far_from_the_best(throughput);
                 keep(throughput);
                 is_raised_ = true;
                 raise(is_far && used_share_ < kHalfBusyShare ? 4 : 2);

@@ -40,6 +40,7 @@ private:
     };
 
     void begin_window(Time now);
+    [[nodiscard]] bool is_far_from_the_best(double throughput) const;
     // A window of one job each tells enough.
     [[nodiscard]] bool is_clear(double throughput) const;
     // Used by the jobs of the time of all processors since the window began, as a share.
